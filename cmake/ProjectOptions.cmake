@@ -1,0 +1,36 @@
+# Options, language level, optimisation and warnings of every target in the project.
+include(GNUInstallDirs)
+
+option(ZELWELD_BUILD_TOOLS "Build the program zelweld" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_WERROR "Turn warnings into errors" OFF)
+option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
+
+# Same input, same bits: no contraction into fused multiply-add, on any processor. Build paths stay out
+# of the binaries.
+add_compile_options(-ffp-contract=off -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
+if(ZELWELD_WERROR)
+  add_compile_options(-Werror)
+endif()
+
+if(ZELWELD_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,29 @@
+// How an application plugs its switches into the library and receives its texts.
+//
+// Everything is silent and every switch is false until the application says otherwise. The setters may be
+// called from any thread at any time; a call under way finishes with what was set when it began. An empty
+// function takes the plug out again. Texts are in the GBK code page.
+#pragma once
+
+#include "zelWeldDetectExport.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace zel {
+
+using TDebugStringSink = std::function<void(const std::string& text)>;
+using TMessageSink = std::function<void(const std::string& text, std::uint32_t colour)>;  // 0x00RRGGBB
+using TParamBoolSource = std::function<bool(const std::string& name)>;
+
+// Receives debugging text, one call per line.
+ZELWELDDETECT_EXPORT void setDebugStringSink(TDebugStringSink sink);
+
+// Receives messages meant for the operator.
+ZELWELDDETECT_EXPORT void setMessageSink(TMessageSink sink);
+
+// Answers application switches, for example "NeedPrintPlateWeldInfo".
+ZELWELDDETECT_EXPORT void setParamBoolSource(TParamBoolSource source);
+
+}  // namespace zel

@@ -1,0 +1,21 @@
+// Where to look for the stripe: the whole image on a first detection, bands around the previous stripe
+// when tracking.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace weld {
+
+// The image with everything outside the mask set to 0; the image itself, uncopied, when the mask is empty.
+cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask);
+
+// Search regions for an image, left to right, in image coordinates.
+//   guide   the previous stripe, any order; taken over because it gets sorted.
+//   bandPx  half height of the band around the guide; 1.5 times as much where the guide is sparse.
+// Fewer than 10 guide points, or any outside the image: one region, the whole image. A guide that spans
+// 150 px or less in x: no regions. A region may be the empty rectangle. An empty image: no regions.
+std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, std::vector<cv::Point> guide, int bandPx);
+
+}  // namespace weld

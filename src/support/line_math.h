@@ -1,0 +1,47 @@
+// Arithmetic of lines y = k * x + b in image pixels, and the conversions of points to integers.
+// Every other file uses these; none repeats them.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <cmath>
+#include <limits>
+
+namespace weld {
+
+inline constexpr double kMinDivisor = 1e-5;
+inline constexpr double kDegPerRad = 180.0 / 3.141592653589793;
+
+// A divisor kept away from zero: +-1e-5 with the sign kept, zero counting as positive.
+inline double guardDivisor(double divisor) {
+  if (std::abs(divisor) >= kMinDivisor) return divisor;
+  return divisor < 0.0 ? -kMinDivisor : kMinDivisor;
+}
+
+// Distance of (x, y) from the line, px.
+inline double pointLineDistance(double k, double b, double x, double y) {
+  return std::abs(k * x - y + b) / std::sqrt(k * k + 1.0);
+}
+
+// Angle of a slope, degrees.
+inline double slopeToDeg(double k) { return std::atan(k) * kDegPerRad; }
+
+// True when the value has a 32-bit integer next to it; false for NaN.
+inline bool fitsInt(double value) { return value > -2147483649.0 && value < 2147483648.0; }
+
+// Truncation toward zero. Values without a 32-bit integer, NaN among them, give the smallest one, so that
+// a wild coordinate is outside every image.
+inline int truncToInt(double value) {
+  return fitsInt(value) ? static_cast<int>(value) : std::numeric_limits<int>::min();
+}
+
+// Nearest integer, ties to even; out of range as in truncToInt.
+inline int roundToInt(double value) {
+  const double rounded = std::nearbyint(value);
+  return fitsInt(rounded) ? static_cast<int>(rounded) : std::numeric_limits<int>::min();
+}
+
+inline cv::Point truncPoint(cv::Point2f p) { return {truncToInt(p.x), truncToInt(p.y)}; }
+inline cv::Point roundPoint(cv::Point2f p) { return {roundToInt(p.x), roundToInt(p.y)}; }
+
+}  // namespace weld
