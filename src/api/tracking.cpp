@@ -1,0 +1,40 @@
+// The per-frame entry point and the choice of the detector.
+#include "zelWeldDetect.h"
+
+#include "api/image_check.h"
+#include "detectors/detector_object.h"
+#include "detectors/gap.h"
+#include "detectors/presence.h"
+
+namespace {
+
+template <typename TObject>
+using TDetect = TWeldLineRes (*)(TObject&, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                                 const cv::Mat& searchMask);
+
+template <typename TObject>
+TWeldLineRes runOnFreshObject(TDetect<TObject> detect, const cv::Mat& grey, const TWeldParams& params,
+                              const TWeldLineRes& prevRes) {
+  TObject object;
+  object.setWeldParameters(params);
+  return detect(object, grey, prevRes, cv::Mat());
+}
+
+TWeldLineRes dispatch(const cv::Mat& grey, const TWeldParams& params, const TWeldLineRes& prevRes) {
+  using weld::TDetectorObject;
+  switch (params.weldType) {
+    case TWeldType::buttGap:
+      return runOnFreshObject<TDetectorObject>(weld::detectGapSeam, grey, params, prevRes);
+    case TWeldType::stripePresence:
+      return runOnFreshObject<TDetectorObject>(weld::checkStripePresence, grey, params, prevRes);
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLineRes prevRes) {
+  if (!weld::prepareGreyImage(img)) return {};
+  return dispatch(img, params, prevRes);
+}

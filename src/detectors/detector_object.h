@@ -1,0 +1,18 @@
+// The object that a detector works on.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+namespace weld {
+
+// Opens the column status of TBaseWeld to the detectors. Reusable over frames: every detector sets the
+// status of its frame before it reads it.
+class TDetectorObject : public TBaseWeld {
+public:
+  using TBaseWeld::getSamplinePointsStatus;
+  using TBaseWeld::isWeldPosContinueMissingPts;
+  using TBaseWeld::isWeldPosMissingPts;
+  using TBaseWeld::setSamplinePointsStatus;
+};
+
+}  // namespace weld

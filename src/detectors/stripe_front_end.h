@@ -1,0 +1,38 @@
+// How every detector begins: search regions, stripe centres, column status.
+#pragma once
+
+#include "detectors/detector_object.h"
+#include "stripe/centres.h"
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace weld {
+
+inline constexpr int kBandPx = 60;              // half height of the search band around the previous stripe
+inline constexpr float kEdgeThreshold = 30.0F;  // grey levels
+
+struct TStripe {
+  std::vector<cv::Point2f> centres;
+  double widthPx = 0.0;
+};
+
+// Each of these stores the column status in the object. An image that is not 8-bit with one channel raises
+// cv::Exception.
+
+// Stripe centres of the whole image, where the mask is empty or not zero.
+TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& grey, const cv::Mat& searchMask);
+
+// Stripe centres in a band around the previous stripe.
+TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& grey,
+                          const std::vector<cv::Point2f>& previousStripe, int bandPx);
+
+// Near the previous stripe when the previous frame found its seam, in the whole image otherwise.
+TStripe extractStripe(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                      const cv::Mat& searchMask, int trackingBandPx = kBandPx);
+
+// Ridges instead of edge pairs, always in the whole image; the column status is left alone.
+std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& grey);
+
+}  // namespace weld

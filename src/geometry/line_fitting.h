@@ -1,0 +1,47 @@
+// Lines through stripe points: fits, the points near and far from a line, and how much a line explains.
+// The members of TBaseWeld forward here.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace weld {
+
+// Points truncated toward zero, in order.
+std::vector<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points);
+
+// Points strictly nearer than distTolPx to y = k * x + b, in order.
+std::vector<cv::Point2f> selectLineInliers(double k, double b, double distTolPx,
+                                           const std::vector<cv::Point2f>& points);
+std::vector<cv::Point> selectLineInliers(double k, double b, double distTolPx,
+                                         const std::vector<cv::Point>& points);
+
+// Points strictly farther than distTolPx, in order. A point exactly at the tolerance is in neither selection.
+std::vector<cv::Point2f> selectLineOutliers(double k, double b, double distTolPx,
+                                            const std::vector<cv::Point2f>& points);
+
+// Share of points strictly nearer than distTolPx; 0 for an empty list.
+double lineShare(double k, double b, double distTolPx, const std::vector<cv::Point>& points);
+
+// At most 101 points about a hundredth of the x extent apart; lists under 100 points come back whole.
+std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points);
+
+// Robust fit of all points. tolPx is the scale of the fit and the inlier distance. Without success the
+// inliers are all points and the ratio is 0.
+TLinePara fitLine(const std::vector<cv::Point2f>& points, double tolPx);
+
+// Robust fit of the points startIdx .. endIdx - 1, then of all points near that line. Fewer than 10 points in
+// the range, a range beyond the list, or no first line: the empty record.
+TLinePara fitLineRange(const std::vector<cv::Point2f>& points, int startIdx, int endIdx, double tolPx);
+
+// Consensus fit with an angle between the two bounds (degrees); see TBaseWeld::findALineRansac.
+TLinePara fitLineRansac(double angleFromDeg, double angleToDeg, double distTolPx, double minFitRatio,
+                        const std::vector<cv::Point2f>& points);
+
+// Foot of the perpendicular from the point to the line.
+cv::Point2f dropFoot(double k, double b, cv::Point2f point);
+
+}  // namespace weld

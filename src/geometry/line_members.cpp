@@ -1,0 +1,42 @@
+// The line members of TBaseWeld.
+#include "zelWeldDetect.h"
+
+#include "geometry/line_fitting.h"
+
+TLinePara TBaseWeld::findALine(std::vector<cv::Point2f> points, int startIdx, int endIdx) const {
+  const double tolPx = weldParams.dPara4;
+  if (startIdx < 0 || endIdx < 0) return weld::fitLine(points, tolPx);
+  return weld::fitLineRange(points, startIdx, endIdx, tolPx);
+}
+
+TLinePara TBaseWeld::findALineRansac(double angleFrom, double angleTo, double distTolerance, double minFitRatio,
+                                     std::vector<cv::Point2f> points) const {
+  return weld::fitLineRansac(angleFrom, angleTo, distTolerance, minFitRatio, points);
+}
+
+void TBaseWeld::filterOutLinePts(double k, double b, double distTolerance, std::vector<cv::Point2f> points,
+                                 std::vector<cv::Point2f>& outliers) const {
+  outliers = weld::selectLineOutliers(k, b, distTolerance, points);
+}
+
+bool TBaseWeld::calcFitPercent(std::vector<cv::Point> points, std::vector<cv::Point>& inliers, double k, double b,
+                               double distTolerance, double& percent) const {
+  inliers = weld::selectLineInliers(k, b, distTolerance, points);
+  if (points.empty()) return false;
+  percent = static_cast<double>(inliers.size()) / static_cast<double>(points.size());
+  return true;
+}
+
+bool TBaseWeld::calcFitPercent(std::vector<cv::Point2f> points, std::vector<cv::Point>& inliers, double k,
+                               double b, double distTolerance, double& percent) const {
+  return calcFitPercent(weld::toIntPoints(points), inliers, k, b, distTolerance, percent);
+}
+
+double TBaseWeld::calcFitLinePercent(double k, double b, double distTolerance,
+                                     std::vector<cv::Point> points) const {
+  return weld::lineShare(k, b, distTolerance, points);
+}
+
+cv::Point2f TBaseWeld::calcDropFeet(TLinePara line, cv::Point2f point) const {
+  return weld::dropFoot(line.k, line.b, point);
+}
