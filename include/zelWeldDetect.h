@@ -163,6 +163,28 @@ struct TSplitAtom {
   TLinePara line;
 };
 
+// One straight piece of the stripe from segmentation.
+struct TStripePiece {
+  static constexpr float kUnset = 1e11F;  // not measured yet
+
+  std::vector<cv::Point2f> pts;     // stripe points of the piece, in stripe order
+  std::vector<cv::Point2f> fitPts;  // those nearer to the line than the fit tolerance
+  cv::Point startPt;                // first end
+  cv::Point endPt;                  // second end
+  std::int32_t lineState = 0;       // 0 not fitted, 1 the line below is there
+  float k = 0.0F;                   // slope
+  float b = 0.0F;                   // intercept, px
+  float maxDist = kUnset;           // largest distance of a point from the line, or from the chord before a fit, px
+  float meanDist = kUnset;          // mean distance of the points from the line, px
+  float aux1 = 0.0F;                // carried along
+  float aux2 = 0.0F;
+  float aux3 = 0.0F;
+  float auxDist1 = kUnset;
+  float auxDist2 = kUnset;
+  bool isFitted = false;  // the robust fit succeeded
+  bool auxFlag = false;   // carried along
+};
+
 // The detector object: the parameters of a call, the column status of its frame, and the geometry
 // toolkit that every detector shares. One object per thread.
 class ZELWELDDETECT_EXPORT TBaseWeld {
@@ -205,6 +227,19 @@ public:
 
   // Foot of the perpendicular from point to line; slopes below 1e-5 count as 1e-5 with their sign.
   cv::Point2f calcDropFeet(TLinePara line, cv::Point2f point) const;
+
+  // Cuts the stripe into straight pieces, left to right: drops steep jumps, smooths, cuts at the vertices of a
+  // polygon within polyEpsilon (px) of the stripe, fits every piece, and joins neighbours whose ends are nearer
+  // than maxMergeGapX and maxMergeGapY (px) and whose joint is flatter than maxMergeHeight (px). Fewer than 20
+  // points, or one that is not finite, give no pieces.
+  void segmentStripe(std::vector<cv::Point2f> stripePts, std::vector<TStripePiece>& pieces, float maxMergeHeight,
+                     float maxMergeGapX, float maxMergeGapY, float polyEpsilon) const;
+
+  // Moves roughPos along the line y = k * x + b to where the brightness of the 8-bit grey image drops most, by
+  // more than dPara1 grey levels; without such a drop roughPos comes back. (-1, -1) when fewer than 10 stripe
+  // points lie within dPara2 of the line or the line crosses fewer than 6 columns there.
+  cv::Point2f modifySingleVGroovePos(std::vector<cv::Point2f> stripePts, cv::Point2f roughPos, float k, float b,
+                                     cv::Mat image) const;
 
 protected:
   void setSamplinePointsStatus(std::vector<TWeldPointStatus> status);

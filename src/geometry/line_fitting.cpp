@@ -32,12 +32,6 @@ std::vector<TPoint> selectNear(double k, double b, double distTolPx, const std::
   return inliers;
 }
 
-zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx) {
-  zelFit::TLineFitFactory factory;
-  factory.createFitType_robustLine(points, kRobustMethod, tolPx);
-  return factory.result();
-}
-
 double ratioOf(const std::vector<cv::Point2f>& part, const std::vector<cv::Point2f>& whole) {
   return static_cast<double>(part.size()) / static_cast<double>(whole.size());
 }
@@ -50,6 +44,12 @@ std::vector<cv::Point> roundPoints(const std::vector<cv::Point2f>& points, int s
 }
 
 }  // namespace
+
+zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx) {
+  zelFit::TLineFitFactory factory;
+  factory.createFitType_robustLine(points, kRobustMethod, tolPx);
+  return factory.result();
+}
 
 std::vector<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points) {
   std::vector<cv::Point> truncated;

@@ -4,11 +4,16 @@
 
 #include "zelWeldDetect.h"
 
+#include "support/line_fit.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
 
 namespace weld {
+
+// Robust line through integer points; tolPx is the scale of the residuals.
+zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx);
 
 // Points truncated toward zero, in order.
 std::vector<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points);

@@ -10,7 +10,6 @@
 namespace weld {
 
 inline constexpr double kMinDivisor = 1e-5;
-inline constexpr double kDegPerRad = 180.0 / 3.141592653589793;
 
 // A divisor kept away from zero: +-1e-5 with the sign kept, zero counting as positive.
 inline double guardDivisor(double divisor) {
@@ -22,9 +21,6 @@ inline double guardDivisor(double divisor) {
 inline double pointLineDistance(double k, double b, double x, double y) {
   return std::abs(k * x - y + b) / std::sqrt(k * k + 1.0);
 }
-
-// Angle of a slope, degrees.
-inline double slopeToDeg(double k) { return std::atan(k) * kDegPerRad; }
 
 // True when the value has a 32-bit integer next to it; false for NaN.
 inline bool fitsInt(double value) { return value > -2147483649.0 && value < 2147483648.0; }

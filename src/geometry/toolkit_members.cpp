@@ -1,7 +1,9 @@
-// The line members of TBaseWeld.
+// The geometry toolkit of TBaseWeld: each member reads the parameter it needs and forwards.
 #include "zelWeldDetect.h"
 
+#include "geometry/groove.h"
 #include "geometry/line_fitting.h"
+#include "geometry/segmentation.h"
 
 TLinePara TBaseWeld::findALine(std::vector<cv::Point2f> points, int startIdx, int endIdx) const {
   const double tolPx = weldParams.dPara4;
@@ -39,4 +41,15 @@ double TBaseWeld::calcFitLinePercent(double k, double b, double distTolerance,
 
 cv::Point2f TBaseWeld::calcDropFeet(TLinePara line, cv::Point2f point) const {
   return weld::dropFoot(line.k, line.b, point);
+}
+
+void TBaseWeld::segmentStripe(std::vector<cv::Point2f> stripePts, std::vector<TStripePiece>& pieces,
+                              float maxMergeHeight, float maxMergeGapX, float maxMergeGapY,
+                              float polyEpsilon) const {
+  pieces = weld::segmentStripe(stripePts, {maxMergeHeight, maxMergeGapX, maxMergeGapY}, polyEpsilon);
+}
+
+cv::Point2f TBaseWeld::modifySingleVGroovePos(std::vector<cv::Point2f> stripePts, cv::Point2f roughPos, float k,
+                                              float b, cv::Mat image) const {
+  return weld::refineGroovePos(stripePts, roughPos, k, b, image, weldParams.dPara2, weldParams.dPara1);
 }

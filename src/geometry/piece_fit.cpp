@@ -1,0 +1,70 @@
+#include "geometry/piece_fit.h"
+
+#include "geometry/line_fitting.h"
+#include "support/arc_tangent.h"
+#include "support/line_fit.h"
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kMinFitPoints = 10;
+
+// Mean and largest distance of all points, and the points nearer than the tolerance.
+void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
+  double sum = 0.0;
+  piece.maxDist = 0.0F;
+  piece.fitPts.reserve(piece.pts.size());
+  for (const cv::Point2f& p : piece.pts) {
+    const auto distance =
+        static_cast<float>(pointLineDistance(k, b, static_cast<double>(p.x), static_cast<double>(p.y)));
+    if (distance < fitTolPx) piece.fitPts.push_back(p);
+    piece.maxDist = std::max(piece.maxDist, distance);
+    sum += static_cast<double>(distance);
+  }
+  piece.meanDist = static_cast<float>(sum / static_cast<double>(piece.pts.size()));
+}
+
+}  // namespace
+
+TStripePiece fitPiece(std::vector<cv::Point2f> points, float fitTolPx) {
+  TStripePiece piece;
+  piece.pts = std::move(points);
+  if (piece.pts.size() < kMinFitPoints) return piece;
+  const zelFit::TLineFitResult fit = fitRobust(toIntPoints(piece.pts), static_cast<double>(fitTolPx));
+  if (!fit.success) return piece;
+  measureResiduals(fit.slope, fit.intercept, fitTolPx, piece);
+  piece.k = static_cast<float>(fit.slope);
+  piece.b = static_cast<float>(fit.intercept);
+  piece.isFitted = true;
+  piece.lineState = 1;
+  piece.startPt = roundPoint(piece.pts.front());
+  piece.endPt = roundPoint(piece.pts.back());
+  return piece;
+}
+
+double pieceLength(const TStripePiece& piece) {
+  const double dx = static_cast<double>(piece.endPt.x) - piece.startPt.x;
+  const double dy = static_cast<double>(piece.endPt.y) - piece.startPt.y;
+  return std::sqrt(dx * dx + dy * dy);
+}
+
+double pieceAngleDeg(const TStripePiece& piece) {
+  const auto angle = static_cast<float>(arcTangent(static_cast<double>(piece.k)));
+  return static_cast<double>(angle) * kDegPerRad;
+}
+
+std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second) {
+  std::vector<cv::Point2f> joined;
+  joined.reserve(first.size() + second.size());
+  joined.insert(joined.end(), first.begin(), first.end());
+  joined.insert(joined.end(), second.begin(), second.end());
+  return joined;
+}
+
+}  // namespace weld

@@ -1,0 +1,27 @@
+// The line of one straight piece of the stripe.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace weld {
+
+inline constexpr float kPieceFitTolPx = 3.0F;  // distance tolerance of every piece fit
+
+// A piece through the points: robust line, inliers within fitTolPx, residuals, ends rounded to whole pixels.
+// Fewer than 10 points, or no line: a piece that holds the points and nothing else.
+TStripePiece fitPiece(std::vector<cv::Point2f> points, float fitTolPx);
+
+// Distance between the two ends of a piece, px.
+double pieceLength(const TStripePiece& piece);
+
+// Angle of a piece, degrees: taken in single precision and widened.
+double pieceAngleDeg(const TStripePiece& piece);
+
+// The points of one piece followed by those of the other.
+std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second);
+
+}  // namespace weld

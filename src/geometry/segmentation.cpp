@@ -1,0 +1,95 @@
+#include "geometry/segmentation.h"
+
+#include "geometry/piece_fit.h"
+#include "geometry/stripe_smoothing.h"
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace weld {
+
+namespace {
+
+constexpr float kJumpSlopeFactor = 4.0F;
+constexpr std::size_t kMinStripePoints = 20;
+constexpr std::size_t kMinPieceInliers = 10;  // a piece needs more
+constexpr int kMaxMergePasses = 101;
+
+using TPointList = std::vector<cv::Point2f>;
+
+// Deliberate: a point in a vertex's column belongs to neither neighbour.
+std::vector<TPointList> cutAtPolygonVertices(const TPointList& points, float polyEpsilonPx) {
+  std::vector<TPointList> cuts;
+  if (points.size() < kMinStripePoints) return cuts;
+  const std::vector<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx));
+  for (std::size_t j = 0; j + 1 < vertices.size(); ++j) {
+    cuts.push_back(pointsBetween(points, vertices[j].x, vertices[j + 1].x));
+  }
+  return cuts;
+}
+
+std::vector<TStripePiece> fitPieces(std::vector<TPointList> cuts) {
+  std::vector<TStripePiece> pieces;
+  for (TPointList& cut : cuts) {
+    TStripePiece piece = fitPiece(std::move(cut), kPieceFitTolPx);
+    if (piece.isFitted && piece.fitPts.size() > kMinPieceInliers) pieces.push_back(std::move(piece));
+  }
+  return pieces;
+}
+
+// One merge per pass, found from the left. Pairs left of the last merge have not changed and would fail again,
+// so that a pass begins at the piece before the merged one.
+void mergeNeighbours(std::vector<TStripePiece>& pieces, const TMergeLimits& limits) {
+  std::size_t i = 0;
+  int merges = 0;
+  while (i + 1 < pieces.size() && merges < kMaxMergePasses) {
+    TStripePiece merged;
+    if (!tryMergePieces(pieces[i], pieces[i + 1], merged, limits)) {
+      ++i;
+      continue;
+    }
+    pieces[i] = std::move(merged);
+    pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+    i = i > 0 ? i - 1 : 0;
+    ++merges;
+  }
+}
+
+float triangleArea(cv::Point2f p, cv::Point2f q, cv::Point2f r) {
+  return 0.5F * std::abs(p.x * (q.y - r.y) + q.x * (r.y - p.y) + r.x * (p.y - q.y));
+}
+
+// Height of the higher of the two inner ends over the chord from the first start to the second end.
+float jointHeight(const TStripePiece& first, const TStripePiece& second) {
+  const cv::Point2f start = first.startPt;
+  const cv::Point2f end = second.endPt;
+  const float area1 = triangleArea(start, first.endPt, end);
+  const float area2 = triangleArea(start, second.startPt, end);
+  const cv::Point2f chord = end - start;
+  const auto base = static_cast<float>(guardDivisor(static_cast<double>(std::sqrt(chord.dot(chord)))));
+  return 2.0F * std::max(area1, area2) / base;
+}
+
+}  // namespace
+
+std::vector<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
+                                        float polyEpsilonPx) {
+  const std::vector<cv::Point2f> smoothed = smoothStripe(dropSteepJumps(stripePts, kJumpSlopeFactor));
+  std::vector<TStripePiece> pieces = fitPieces(cutAtPolygonVertices(smoothed, polyEpsilonPx));
+  mergeNeighbours(pieces, limits);
+  return pieces;
+}
+
+bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,
+                    const TMergeLimits& limits) {
+  if (!first.isFitted || !second.isFitted) return false;
+  const cv::Point2f gap = cv::Point2f(first.endPt) - cv::Point2f(second.startPt);
+  const bool isNear = std::abs(gap.x) < limits.gapXPx && std::abs(gap.y) < limits.gapYPx;
+  if (!isNear || !(jointHeight(first, second) < limits.heightPx)) return false;
+  merged = fitPiece(joinPoints(first.pts, second.pts), kPieceFitTolPx);
+  return true;
+}
+
+}  // namespace weld
