@@ -2,8 +2,11 @@
 #include "zelWeldDetect.h"
 
 #include "api/image_check.h"
+#include "detectors/corner.h"
 #include "detectors/detector_object.h"
 #include "detectors/gap.h"
+#include "detectors/lap.h"
+#include "detectors/plate.h"
 #include "detectors/presence.h"
 
 namespace {
@@ -22,9 +25,16 @@ TWeldLineRes runOnFreshObject(TDetect<TObject> detect, const cv::Mat& grey, cons
 
 TWeldLineRes dispatch(const cv::Mat& grey, const TWeldParams& params, const TWeldLineRes& prevRes) {
   using weld::TDetectorObject;
+  using weld::TPlateDetector;
   switch (params.weldType) {
     case TWeldType::buttGap:
       return runOnFreshObject<TDetectorObject>(weld::detectGapSeam, grey, params, prevRes);
+    case TWeldType::lap:
+      return runOnFreshObject<TDetectorObject>(weld::detectLapSeam, grey, params, prevRes);
+    case TWeldType::corner:
+      return runOnFreshObject<TDetectorObject>(weld::detectCornerSeam, grey, params, prevRes);
+    case TWeldType::plate:
+      return runOnFreshObject<TPlateDetector>(weld::detectPlateSeam, grey, params, prevRes);
     case TWeldType::stripePresence:
       return runOnFreshObject<TDetectorObject>(weld::checkStripePresence, grey, params, prevRes);
     default:

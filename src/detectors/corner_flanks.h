@@ -1,0 +1,42 @@
+// The two flanks of a corner: four ways to find them in the stripe points.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include "detectors/corner_params.h"
+
+#include <opencv2/core.hpp>
+
+#include <optional>
+#include <vector>
+
+namespace weld {
+
+// A left and a right flank. Each holds its stripe points in ascending column order.
+struct TFlankPair {
+  TLinePara left;
+  TLinePara right;
+};
+
+// Consensus lines over all points: one flank, then the other from what the first leaves over.
+std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points, const TCornerParams& params);
+
+// The longest straight piece in each flank's angle range; the first piece stands in where none qualifies.
+std::optional<TFlankPair> findFlankPairByPolyline(const std::vector<cv::Point2f>& points,
+                                                  const TCornerParams& params);
+
+// The longest two neighbouring pieces within 5 degrees of the previous flanks (slopes given), refitted there.
+std::optional<TFlankPair> findFlankPairNear(const std::vector<cv::Point2f>& points, double previousLeftK,
+                                            double previousRightK, const TCornerParams& params);
+
+// Cuts off the points of each flank that lie beyond the far end of the other, and refits both; leaves alone a
+// pair with too few points or whose intersection lies outside the image.
+void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParams& params);
+
+// Intersection of the two lines.
+cv::Point2f intersectionOf(const TFlankPair& flanks);
+
+// True strictly inside the image borders.
+bool isStrictlyInside(cv::Size imageSize, cv::Point2f p);
+
+}  // namespace weld

@@ -1,0 +1,127 @@
+#include "detectors/lap.h"
+
+#include "detectors/piece_end.h"
+#include "detectors/stripe_front_end.h"
+#include "geometry/groove.h"
+#include "geometry/piece_fit.h"
+#include "geometry/segmentation.h"
+#include "support/arc_tangent.h"
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace weld {
+
+namespace {
+
+constexpr int kTouchingPx = 10;        // facing ends of touching pieces are nearer
+constexpr int kCollinearDeg = 10;      // and their whole degrees differ by less
+constexpr int kMaxMergePasses = 101;
+constexpr std::size_t kMinStripePoints = 10;
+constexpr float kMaxOverlapPx = -30.0F;  // the right corner must lie beyond this
+constexpr float kMinTotalLengthPx = 300.0F;
+
+bool areTouchingCollinear(const TStripePiece& first, const TStripePiece& second) {
+  const double angleDeg = std::abs(arcTangent(static_cast<double>(first.k)) -
+                                   arcTangent(static_cast<double>(second.k))) *
+                          kDegPerRad;
+  return std::abs(first.endPt.x - second.startPt.x) < kTouchingPx &&
+         std::abs(first.endPt.y - second.startPt.y) < kTouchingPx && truncToInt(angleDeg) < kCollinearDeg;
+}
+
+void joinTouchingPieces(std::vector<TStripePiece>& pieces) {
+  for (int pass = 0; pass < kMaxMergePasses && pieces.size() >= 3; ++pass) {
+    const auto pair = std::adjacent_find(pieces.begin(), pieces.end(), areTouchingCollinear);
+    if (pair == pieces.end()) return;
+    *pair = fitPiece(joinPoints(pair->pts, std::next(pair)->pts), kPieceFitTolPx);
+    pieces.erase(std::next(pair));
+  }
+}
+
+// Deliberate: the order of equal counts is that of these exchanges.
+void sortByInliers(std::vector<TStripePiece>& pieces) {
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    for (std::size_t j = i + 1; j < pieces.size(); ++j) {
+      if (pieces[i].fitPts.size() < pieces[j].fitPts.size()) std::swap(pieces[i], pieces[j]);
+    }
+  }
+}
+
+struct TLapCorners {
+  cv::Point2f left;
+  cv::Point2f right;
+};
+
+std::optional<TLapCorners> findCorners(const TStripePiece& left, const TStripePiece& right,
+                                       const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                                       const TWeldParams& params) {
+  const TPieceEnd leftEnd{left.endPt, left.endPt.y, lastPoints(left.pts)};
+  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, grey, params);
+  if (!leftCorner) return std::nullopt;
+  // Deliberate: the right piece, too, is judged by the row where it ends, not by where it starts.
+  const TPieceEnd rightEnd{right.startPt, right.endPt.y, firstPoints(right.pts)};
+  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, grey, params);
+  if (!rightCorner) return std::nullopt;
+  // Deliberate: of the two markers only the left column and the right row are looked at.
+  if (leftCorner->x == kNoGroovePos.x || rightCorner->y == kNoGroovePos.y) return std::nullopt;
+  return TLapCorners{*leftCorner, *rightCorner};
+}
+
+bool isLap(const TLapCorners& corners, const TStripePiece& left, const TStripePiece& right,
+           const TWeldParams& params) {
+  const auto minStepPx = static_cast<float>(params.dPara7);
+  const auto minLengthPx = static_cast<float>(params.dPara6);
+  const auto leftLength = static_cast<float>(pieceLength(left));
+  const auto rightLength = static_cast<float>(pieceLength(right));
+  return std::abs(corners.right.y - corners.left.y) > minStepPx &&
+         corners.right.x - corners.left.x > kMaxOverlapPx && std::min(leftLength, rightLength) > minLengthPx &&
+         leftLength + rightLength > kMinTotalLengthPx;
+}
+
+// On a tie the right corner is the upper and the lower one.
+cv::Point2f seamPoint(const TLapCorners& corners, TWeldPosType pos) {
+  switch (pos) {
+    case TWeldPosType::upper:
+      return corners.right.y > corners.left.y ? corners.left : corners.right;
+    case TWeldPosType::lower:
+      return corners.left.y > corners.right.y ? corners.left : corners.right;
+    default:
+      return (corners.left + corners.right) * 0.5F;
+  }
+}
+
+}  // namespace
+
+std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces) {
+  joinTouchingPieces(pieces);
+  if (pieces.size() < 2) return std::nullopt;
+  if (pieces.size() > 2) sortByInliers(pieces);
+  return std::pair{std::move(pieces[0]), std::move(pieces[1])};
+}
+
+TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
+                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                            const TWeldParams& params) {
+  if (!left.isFitted || !right.isFitted || stripePts.size() < kMinStripePoints) return {};
+  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, grey, params);
+  if (!corners || !isLap(*corners, left, right, params)) return {};
+  TWeldLineRes result;
+  result.isFound = true;
+  result.weldPos = seamPoint(*corners, params.weldPosType);
+  result.stripePts = stripePts;
+  return result;
+}
+
+TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                           const cv::Mat& searchMask) {
+  const std::vector<cv::Point2f> centres = extractStripe(object, grey, prevRes, searchMask).centres;
+  auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits));
+  if (!pair) return {};
+  auto& [left, right] = *pair;
+  if (left.startPt.x > right.startPt.x) std::swap(left, right);
+  return computeLapSeam(left, right, centres, grey, object.getWeldParameters());
+}
+
+}  // namespace weld

@@ -1,0 +1,29 @@
+// Lap: two straight pieces displaced in height.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include "detectors/detector_object.h"
+
+#include <opencv2/core.hpp>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace weld {
+
+// The step between the facing ends of two pieces. Not found: the empty result.
+TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                           const cv::Mat& searchMask);
+
+// The two pieces of a lap: nearly collinear touching neighbours are joined first; of more than two the ones with
+// the most inliers. Nothing when fewer than two are left. The order is not yet left to right.
+std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces);
+
+// The seam of a left and a right piece, with every acceptance test.
+TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
+                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                            const TWeldParams& params);
+
+}  // namespace weld

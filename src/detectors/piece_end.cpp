@@ -1,0 +1,44 @@
+#include "detectors/piece_end.h"
+
+#include "geometry/groove.h"
+#include "geometry/piece_fit.h"
+
+#include <algorithm>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kPointsNearEnd = 100;
+constexpr double kBandTop = 0.3;  // share of the image height
+constexpr double kBandBottom = 0.7;
+
+bool isOutsideMiddleBand(int row, int rows) { return rows * kBandTop > row || row > rows * kBandBottom; }
+
+}  // namespace
+
+std::vector<cv::Point2f> lastPoints(const std::vector<cv::Point2f>& points) {
+  return {points.end() - static_cast<std::ptrdiff_t>(std::min(points.size(), kPointsNearEnd)), points.end()};
+}
+
+// Deliberate: the last point is left out of a short list, unlike in lastPoints.
+std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points) {
+  const std::size_t count = points.empty() ? 0 : std::min(points.size() - 1, kPointsNearEnd);
+  return {points.begin(), points.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
+                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& grey,
+                                          const TWeldParams& params) {
+  float k = piece.k;
+  float b = piece.b;
+  if (isOutsideMiddleBand(end.bandRow, grey.rows)) {
+    const TStripePiece refitted = fitPiece(end.pointsNearEnd, kPieceFitTolPx);
+    if (!refitted.isFitted) return std::nullopt;
+    k = refitted.k;
+    b = refitted.b;
+  }
+  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, grey, params.dPara2, params.dPara1);
+}
+
+}  // namespace weld

@@ -1,0 +1,124 @@
+#include "detectors/plate.h"
+
+#include "detectors/piece_end.h"
+#include "detectors/stripe_front_end.h"
+#include "geometry/piece_fit.h"
+#include "geometry/segmentation.h"
+#include "support/arc_tangent.h"
+#include "support/line_math.h"
+#include "support/zel_functions.h"
+
+#include <cmath>
+#include <optional>
+#include <vector>
+
+namespace weld {
+
+namespace {
+
+constexpr int kTrackingBandPx = 40;
+constexpr std::size_t kMinPiecePoints = 10;
+constexpr int kLowestRow = 9999;          // a piece must lie above this row
+constexpr int kFramesPerMessage = 20;     // the message is shown after more successful frames than this
+constexpr char kPlateInfoSwitch[] = "NeedPrintPlateWeldInfo";
+// Seam width in pixels and line slope in degrees, in the GBK code page.
+constexpr char kPlateInfoFormat[] =
+    "\xBA\xB8\xB7\xEC\xBF\xED\xA3\xBA" "%.2f"
+    "\xCF\xF1\xCB\xD8\xA3\xAC\xD6\xB1\xCF\xDF\xD0\xB1\xC2\xCA\xA3\xBA" "%.2f" "\xA1\xE3";
+
+struct TPlateEnds {
+  cv::Point2f start;
+  cv::Point2f end;
+};
+
+bool isPlateCandidate(const TStripePiece& piece, const TWeldParams& params) {
+  const double angleDeg = pieceAngleDeg(piece);
+  return params.angleRange0Min < angleDeg && angleDeg < params.angleRange0Max && pieceLength(piece) > params.dPara6;
+}
+
+// The highest piece in the image, the first of equally high ones.
+const TStripePiece* selectPlateLine(const std::vector<TStripePiece>& pieces, const TWeldParams& params) {
+  const TStripePiece* highest = nullptr;
+  int highestRow = kLowestRow;
+  for (const TStripePiece& piece : pieces) {
+    if (!isPlateCandidate(piece, params)) continue;
+    const int row = roundToInt((static_cast<double>(piece.startPt.y) + piece.endPt.y) * 0.5);
+    if (row >= highestRow) continue;
+    highest = &piece;
+    highestRow = row;
+  }
+  return highest;
+}
+
+std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params) {
+  const TPieceEnd end{piece.endPt, piece.endPt.y, lastPoints(piece.fitPts)};
+  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, grey, params);
+  if (!endCorner) return std::nullopt;
+  const TPieceEnd start{piece.startPt, piece.startPt.y, firstPoints(piece.fitPts)};
+  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, grey, params);
+  if (!startCorner) return std::nullopt;
+  return TPlateEnds{*startCorner, *endCorner};
+}
+
+double widthOf(const TPlateEnds& ends) {
+  const cv::Point2f d = ends.start - ends.end;
+  return std::sqrt(d.ddot(d));
+}
+
+cv::Point2f seamPoint(const TPlateEnds& ends, TWeldPosType pos) {
+  const float y = (ends.start.y + ends.end.y) * 0.5F;
+  switch (pos) {
+    case TWeldPosType::left:
+      return {ends.start.x, y};
+    case TWeldPosType::right:
+      return {ends.end.x, y};
+    default:
+      return {(ends.end.x + ends.start.x) * 0.5F, y};
+  }
+}
+
+void storeEndLine(const TPlateEnds& ends, TWeldLineRes& result) {
+  const cv::Point2f d = ends.start - ends.end;
+  const auto dx = static_cast<float>(guardDivisor(static_cast<double>(d.x)));
+  const auto k = static_cast<double>(d.y / dx);
+  const double b = static_cast<double>(ends.start.y) - static_cast<double>(ends.start.x) * k;
+  result.auxVal1 = result.auxVal3 = k;
+  result.auxVal2 = result.auxVal4 = b;
+}
+
+void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx) {
+  if (!result.isFound || !zel::APPgetParamBool(kPlateInfoSwitch)) return;
+  if (++object.plateInfoFrameCounter <= kFramesPerMessage) return;
+  object.plateInfoFrameCounter = 0;
+  const auto slopeDeg = static_cast<double>(static_cast<float>(slopeToDeg(-result.auxVal1)));
+  zel::APPshowMessage(cv::format(kPlateInfoFormat, stripeWidthPx, slopeDeg), zel::G_appshowMsg_defaultColor);
+}
+
+}  // namespace
+
+// Deliberate: the markers (-1, -1) of the corner refinement are not looked at here.
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params) {
+  const double minWidthPx = params.dPara9;
+  if (!piece.isFitted || piece.fitPts.size() < kMinPiecePoints) return {};
+  const std::optional<TPlateEnds> ends = findEnds(piece, grey, params);
+  if (!ends || minWidthPx > widthOf(*ends)) return {};
+  TWeldLineRes result;
+  result.isFound = true;
+  result.weldPos = seamPoint(*ends, params.weldPosType);
+  result.stripePts = piece.fitPts;
+  storeEndLine(*ends, result);
+  return result;
+}
+
+TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                             const cv::Mat& searchMask) {
+  const TWeldParams params = object.getWeldParameters();
+  const TStripe stripe = extractStripe(object, grey, prevRes, searchMask, kTrackingBandPx);
+  const std::vector<TStripePiece> pieces = segmentStripe(stripe.centres, kPlateMergeLimits);
+  const TStripePiece* plate = selectPlateLine(pieces, params);
+  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, grey, params) : TWeldLineRes{};
+  showPlateInfo(object, result, stripe.widthPx);
+  return result;
+}
+
+}  // namespace weld

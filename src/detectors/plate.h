@@ -1,0 +1,24 @@
+// Plate: the highest straight piece of the stripe and its two ends.
+#pragma once
+
+#include "detectors/detector_object.h"
+
+#include <opencv2/core.hpp>
+
+namespace weld {
+
+// Lives over several frames when its owner does, so that the counter can count them.
+class TPlateDetector : public TDetectorObject {
+public:
+  int plateInfoFrameCounter = 0;  // successful frames since the last diagnostic message
+};
+
+// The seam between the two ends, with the line through them. Not found: the empty result. With the application
+// switch "NeedPrintPlateWeldInfo" on, every 21st successful frame of the object shows a message.
+TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+                             const cv::Mat& searchMask);
+
+// The seam of one piece: corners at its ends, width, line through the corners.
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params);
+
+}  // namespace weld
