@@ -1,0 +1,30 @@
+// Places where a column may hold the stripe. Internal to the ridge extraction.
+#pragma once
+
+#include "stripe/ridge_response.h"
+
+#include <opencv2/core.hpp>
+
+#include <array>
+#include <vector>
+
+namespace weld {
+
+struct TRidgeCandidate {
+  int y = 0;         // image row, twice: rows and half rows
+  int contrast = 0;  // grey levels times kRidgeUnit
+  int widthPx = 0;   // scale of the strongest response
+};
+
+// The strongest candidates of a column, strongest first once merged.
+struct TRidgeCandidates {
+  static constexpr int kMax = 6;
+  int count = 0;
+  std::array<TRidgeCandidate, kMax> items;
+};
+
+// Candidates of every kRidgeColumnStep image columns, left to right.
+std::vector<TRidgeCandidates> findRidgeCandidates(const std::vector<TRidgeLevel>& levels,
+                                                  const std::vector<TRidgeScale>& scales, double minContrast);
+
+}  // namespace weld

@@ -1,0 +1,115 @@
+#include "stripe/ridge_response.h"
+
+#include <algorithm>
+
+namespace weld {
+
+namespace {
+
+constexpr int kLevelUnit = 8;            // level values per grey level
+constexpr double kFwhmPerSigma = 2.355;  // of a Gaussian profile
+constexpr double kWidestFactor = 4.0;    // widest centre box over the FWHM at the largest sigma
+constexpr int kMaxLevels = 8;
+constexpr int kSideRows = 2;  // height of the boxes beside the ridge, rows of the level
+
+// Pairs of columns; an odd last column counts twice.
+void pairColumns(const uchar* source, int columns, short* target) {
+  const int pairs = columns / 2;
+  for (int x = 0; x < pairs; ++x) {
+    target[x] = static_cast<short>((source[2 * x] + source[2 * x + 1]) * (kLevelUnit / 2));
+  }
+  if (columns % 2 != 0) target[pairs] = static_cast<short>(source[columns - 1] * kLevelUnit);
+}
+
+TRidgeLevel buildFinestLevel(const cv::Mat& grey) {
+  TRidgeLevel level;
+  level.grey.create(grey.rows, (grey.cols + 1) / 2);
+  level.stepX = kRidgeColumnStep;
+  for (int y = 0; y < grey.rows; ++y) pairColumns(grey.ptr<uchar>(y), grey.cols, level.grey[y]);
+  return level;
+}
+
+TRidgeLevel halveRows(const TRidgeLevel& fine) {
+  TRidgeLevel coarse;
+  coarse.grey.create((fine.grey.rows + 1) / 2, fine.grey.cols);
+  coarse.stepX = fine.stepX;
+  coarse.stepY = fine.stepY * 2;
+  for (int y = 0; y < coarse.grey.rows; ++y) {
+    const short* upper = fine.grey[2 * y];
+    const short* lower = fine.grey[std::min(2 * y + 1, fine.grey.rows - 1)];
+    short* target = coarse.grey[y];
+    for (int x = 0; x < coarse.grey.cols; ++x) target[x] = static_cast<short>((upper[x] + lower[x] + 1) >> 1);
+  }
+  return coarse;
+}
+
+TRidgeLevel halveBoth(const TRidgeLevel& fine) {
+  TRidgeLevel coarse;
+  coarse.grey.create((fine.grey.rows + 1) / 2, (fine.grey.cols + 1) / 2);
+  coarse.stepX = fine.stepX * 2;
+  coarse.stepY = fine.stepY * 2;
+  const int pairs = fine.grey.cols / 2;
+  for (int y = 0; y < coarse.grey.rows; ++y) {
+    const short* upper = fine.grey[2 * y];
+    const short* lower = fine.grey[std::min(2 * y + 1, fine.grey.rows - 1)];
+    short* target = coarse.grey[y];
+    for (int x = 0; x < pairs; ++x) {
+      const int sum = upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1];
+      target[x] = static_cast<short>((sum + 2) >> 2);
+    }
+    if (pairs < coarse.grey.cols) {
+      target[pairs] = static_cast<short>((upper[2 * pairs] + lower[2 * pairs] + 1) >> 1);
+    }
+  }
+  return coarse;
+}
+
+// Two rows of the level from `first` on, rows outside repeated.
+struct TRowPair {
+  const short* a;
+  const short* b;
+  TRowPair(const cv::Mat_<short>& grey, int first)
+      : a(grey[std::clamp(first, 0, grey.rows - 1)]), b(grey[std::clamp(first + 1, 0, grey.rows - 1)]) {}
+};
+
+}  // namespace
+
+std::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count) {
+  std::vector<TRidgeLevel> levels;
+  levels.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    // The first step keeps the columns: a steep narrow stripe leaves wider columns too soon.
+    if (i == 0) levels.push_back(buildFinestLevel(grey));
+    if (i == 1) levels.push_back(halveRows(levels.back()));
+    if (i >= 2) levels.push_back(halveBoth(levels.back()));
+  }
+  return levels;
+}
+
+std::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize) {
+  std::vector<TRidgeScale> scales{{0, 1, 2}};
+  const double widestPx = kWidestFactor * kFwhmPerSigma * maxSigmaPx;
+  for (int level = 0; level < kMaxLevels; ++level) {
+    const int widthPx = 4 << level;
+    // Written so that a NaN keeps the narrow scales only.
+    if (!(widthPx <= widestPx) || widthPx > imageSize.height) break;
+    scales.push_back({level, 2, widthPx});
+  }
+  return scales;
+}
+
+void computeRidgeRow(const TRidgeLevel& level, int halfRows, int y, short* response) {
+  const cv::Mat_<short>& grey = level.grey;
+  const TRowPair above(grey, y - 2 * halfRows - kSideRows);
+  const TRowPair below(grey, y + 2 * halfRows);
+  const TRowPair upper(grey, y - halfRows);
+  const TRowPair lower(grey, y + halfRows - 2);  // the same rows as `upper` when the box is two rows high
+  for (int x = 0; x < grey.cols; ++x) {
+    const short centre = static_cast<short>(upper.a[x] + upper.b[x] + lower.a[x] + lower.b[x]);
+    const short side =
+        std::max<short>(static_cast<short>(above.a[x] + above.b[x]), static_cast<short>(below.a[x] + below.b[x]));
+    response[x] = static_cast<short>(centre - 2 * side);
+  }
+}
+
+}  // namespace weld

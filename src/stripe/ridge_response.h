@@ -1,0 +1,40 @@
+// Response of the image columns to a bright stripe, over scales. Internal to the ridge extraction.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace weld {
+
+// Responses and thresholds are grey levels times this.
+inline constexpr int kRidgeUnit = 32;
+
+// Image columns that share one set of candidates.
+inline constexpr int kRidgeColumnStep = 2;
+
+// The image averaged over stepX columns and stepY rows; values are grey levels times 8.
+struct TRidgeLevel {
+  cv::Mat_<short> grey;
+  int stepX = 1;
+  int stepY = 1;
+};
+
+// One width of stripe that is searched for, in one level.
+struct TRidgeScale {
+  int level = 0;
+  int halfRows = 1;  // half height of the centre box, rows of the level
+  int widthPx = 2;   // height of the centre box in the image
+};
+
+// The averaged images that the scales need, finest first.
+std::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count);
+
+// The scales for stripes up to maxSigmaPx and for plateaus and blur beyond it, narrow to wide.
+std::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize);
+
+// Response of every column in row y: mean of the centre box less the brighter one of the two boxes beside
+// it. The ridge lies half a row above y. Rows beyond the image repeat its border.
+void computeRidgeRow(const TRidgeLevel& level, int halfRows, int y, short* response);
+
+}  // namespace weld
