@@ -267,3 +267,49 @@ ZELWELDDETECT_EXPORT void initWeldParameters(TWeldType type, TWeldParams& params
 // result with isFound false. Calls on different threads do not interfere.
 ZELWELDDETECT_EXPORT TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params,
                                                             TWeldLineRes prevRes);
+
+// Measures a seam once, before tracking, and reports the measurement as one line of debugging text in the GBK
+// code page (see zelFunctions.h).
+//   img     8-bit image with 1, 3 (BGR) or 4 (BGRA) channels; never written to. Depths that cannot be converted
+//           to grey raise cv::Exception.
+//   params  the joint.
+// This release measures nothing yet: every value of the record is 0 and every flag false, the score included.
+// An empty image gives the same record and no report.
+ZELWELDDETECT_EXPORT TWeldFeatures calcWeldFeatures(cv::Mat img, TWeldParams params);
+
+// The parameters with haveGap taken over from a measurement whose score is above 30; every other field as
+// handed in. A score of NaN changes nothing.
+ZELWELDDETECT_EXPORT TWeldParams updateWeldParamByWeldFeature(TWeldFeatures features, TWeldParams params);
+
+// Figures from which a caller sets the exposure of its camera. Large specular reflections count only partly, so
+// that a shiny plate does not drive the exposure down; the stripe counts in full. Images are never written to.
+namespace LightingAdaptation {
+
+// Mean grey level and number of nearly saturated pixels of one frame.
+//   image           8-bit, 1 or 3 (BGR) channels; other types raise cv::Exception.
+//   meanGray        mean grey level, see calcMeanGrayVal; -1 for an empty image.
+//   brightPixelNum  weighted number of pixels above grey level 240, see calcRangePixelNum; -1 for an empty image.
+// An area is a reflection when it is above grey level 240 and holds a square of 50 x 50 pixels.
+ZELWELDDETECT_EXPORT void calcExposureParam(cv::Mat image, int& meanGray, int& brightPixelNum);
+
+// Mask of the image's size with 0 in large areas above grey level 240 and 255 elsewhere.
+//   image       8-bit, one channel; an empty image and other types raise cv::Exception.
+//   mask        allocated when its size or type differs; may be the image itself.
+//   kernelSize  side of the square that an area must hold, px, > 0; others raise cv::Exception. What lies outside
+//               the image counts as bright. With an even side the area moves by one pixel to the right and down.
+// Morphological opening by a rectangle (Serra, "Image Analysis and Mathematical Morphology", 1982).
+ZELWELDDETECT_EXPORT void removeReflectiveAreas(cv::Mat image, cv::Mat& mask, int kernelSize);
+
+// Sum of the grey levels in every second row and column, divided by rows * cols / 4 and truncated; where the
+// mask is 0 a grey level counts 0.3 times. Both divisions truncate, so that odd sizes give a little more than the
+// mean. Fewer than 4 pixels give the smallest 32-bit integer, a mask that is not continuous or not of the image's
+// size -1. Image and mask: 8-bit, one channel; other types raise cv::Exception.
+ZELWELDDETECT_EXPORT int calcMeanGrayVal(cv::Mat image, cv::Mat mask);
+
+// Number of pixels with low < grey level < high, truncated; where the mask is not 255 a pixel counts 0.2. The sum
+// is kept in single precision: it differs a little from the exact one when many pixels count 0.2. A mask that is
+// not continuous or not of the image's size gives -1. Image and mask: 8-bit, one channel; other types raise
+// cv::Exception.
+ZELWELDDETECT_EXPORT int calcRangePixelNum(cv::Mat image, cv::Mat mask, int low, int high);
+
+}  // namespace LightingAdaptation
