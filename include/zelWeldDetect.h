@@ -241,6 +241,29 @@ public:
   cv::Point2f modifySingleVGroovePos(std::vector<cv::Point2f> stripePts, cv::Point2f roughPos, float k, float b,
                                      cv::Mat image) const;
 
+  // Cuts the stripe into straight atoms with a polygon within 10 px, fits each (dPara4), merges neighbours that
+  // meet flat and keeps those with a line of at least 21 inliers. One straight line gives no atoms. No result
+  // depends on the image, here and in fusePolyLines2LinesSegment; it may be empty.
+  void splitWeldLine2lines(std::vector<cv::Point2f> stripePts, std::vector<TSplitAtom>& atoms,
+                           cv::Mat image) const;
+
+  // Fits a line to every atom, drops atoms without points, and merges neighbours that combine2Lines joins, the
+  // leftmost first, at most 10 times.
+  void fusePolyLines2LinesSegment(std::vector<TSplitAtom>& atoms, cv::Mat image) const;
+
+  // One line through the points of both when the lines meet less than 6 px from the chord between the first inlier
+  // of the first and the last inlier of the second; else, or when a line is invalid or has no inliers, an invalid
+  // one.
+  TLinePara combine2Lines(TLinePara first, TLinePara second, std::vector<cv::Point2f> firstPts,
+                          std::vector<cv::Point2f> secondPts) const;
+
+  // Keeps the points whose row differs by less than maxJump (px) from the mean of their two neighbours' rows. The
+  // first point and the last two are never kept; fewer than 3 points stay as they are.
+  void removeDiscontinuousPts(std::vector<cv::Point2f>& points, int maxJump) const;
+
+  // True when the image has data, dimensions and elements.
+  bool checkImgLegality(cv::Mat image) const;
+
 protected:
   void setSamplinePointsStatus(std::vector<TWeldPointStatus> status);
   std::vector<TWeldPointStatus> getSamplinePointsStatus() const;

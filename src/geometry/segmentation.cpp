@@ -12,7 +12,6 @@ namespace weld {
 
 namespace {
 
-constexpr float kJumpSlopeFactor = 4.0F;
 constexpr std::size_t kMinStripePoints = 20;
 constexpr std::size_t kMinPieceInliers = 10;  // a piece needs more
 constexpr int kMaxMergePasses = 101;
@@ -57,19 +56,10 @@ void mergeNeighbours(std::vector<TStripePiece>& pieces, const TMergeLimits& limi
   }
 }
 
-float triangleArea(cv::Point2f p, cv::Point2f q, cv::Point2f r) {
-  return 0.5F * std::abs(p.x * (q.y - r.y) + q.x * (r.y - p.y) + r.x * (p.y - q.y));
-}
-
 // Height of the higher of the two inner ends over the chord from the first start to the second end.
 float jointHeight(const TStripePiece& first, const TStripePiece& second) {
-  const cv::Point2f start = first.startPt;
-  const cv::Point2f end = second.endPt;
-  const float area1 = triangleArea(start, first.endPt, end);
-  const float area2 = triangleArea(start, second.startPt, end);
-  const cv::Point2f chord = end - start;
-  const auto base = static_cast<float>(guardDivisor(static_cast<double>(std::sqrt(chord.dot(chord)))));
-  return 2.0F * std::max(area1, area2) / base;
+  return std::max(heightOverChord(first.startPt, second.endPt, first.endPt),
+                  heightOverChord(first.startPt, second.endPt, second.startPt));
 }
 
 }  // namespace

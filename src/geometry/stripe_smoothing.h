@@ -7,6 +7,8 @@
 
 namespace weld {
 
+inline constexpr float kJumpSlopeFactor = 4.0F;
+
 // Keeps the first point and every point whose rise against its predecessor in the input is below
 // slopeFactor * its step in x. Fewer than 2 points stay as they are.
 std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor);

@@ -4,6 +4,8 @@
 #include "geometry/groove.h"
 #include "geometry/line_fitting.h"
 #include "geometry/segmentation.h"
+#include "geometry/split_merge.h"
+#include "support/image_test.h"
 
 TLinePara TBaseWeld::findALine(std::vector<cv::Point2f> points, int startIdx, int endIdx) const {
   const double tolPx = weldParams.dPara4;
@@ -53,3 +55,23 @@ cv::Point2f TBaseWeld::modifySingleVGroovePos(std::vector<cv::Point2f> stripePts
                                               float b, cv::Mat image) const {
   return weld::refineGroovePos(stripePts, roughPos, k, b, image, weldParams.dPara2, weldParams.dPara1);
 }
+
+void TBaseWeld::splitWeldLine2lines(std::vector<cv::Point2f> stripePts, std::vector<TSplitAtom>& atoms,
+                                    cv::Mat /*image*/) const {
+  atoms = weld::splitWeldLine(stripePts, weldParams.dPara4);
+}
+
+void TBaseWeld::fusePolyLines2LinesSegment(std::vector<TSplitAtom>& atoms, cv::Mat /*image*/) const {
+  weld::fuseSplitAtoms(atoms, weldParams.dPara4);
+}
+
+TLinePara TBaseWeld::combine2Lines(TLinePara first, TLinePara second, std::vector<cv::Point2f> firstPts,
+                                   std::vector<cv::Point2f> secondPts) const {
+  return weld::combineLines(first, second, firstPts, secondPts, weldParams.dPara4);
+}
+
+void TBaseWeld::removeDiscontinuousPts(std::vector<cv::Point2f>& points, int maxJump) const {
+  points = weld::dropDiscontinuousPts(points, maxJump);
+}
+
+bool TBaseWeld::checkImgLegality(cv::Mat image) const { return weld::hasPixels(image); }

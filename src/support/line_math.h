@@ -37,6 +37,15 @@ inline int roundToInt(double value) {
   return fitsInt(rounded) ? static_cast<int>(rounded) : std::numeric_limits<int>::min();
 }
 
+// Height of the apex over the chord, px, in single precision.
+inline float heightOverChord(cv::Point2f from, cv::Point2f to, cv::Point2f apex) {
+  const float doubleArea =
+      std::abs(from.x * (apex.y - to.y) + apex.x * (to.y - from.y) + to.x * (from.y - apex.y));
+  const cv::Point2f chord = to - from;
+  const float length = std::sqrt(chord.x * chord.x + chord.y * chord.y);
+  return doubleArea / static_cast<float>(guardDivisor(static_cast<double>(length)));
+}
+
 inline cv::Point truncPoint(cv::Point2f p) { return {truncToInt(p.x), truncToInt(p.y)}; }
 inline cv::Point roundPoint(cv::Point2f p) { return {roundToInt(p.x), roundToInt(p.y)}; }
 
