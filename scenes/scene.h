@@ -17,45 +17,48 @@ enum class TJoint { buttGap, lap, corner, plate, vGroove, singleBevel, uGroove, 
 // What the joint looks like, in pixels of the frame.
 struct TGeometry {
   cv::Point2d seam{0.5, 0.5};  // seam position as a share of the frame width and height
-  double tiltDeg = 0.0;        // tilt of the whole stripe, y down
-  double gapPx = 30.0;         // buttGap: width; grooves: root gap
-  double stepPx = 60.0;        // lap: height of the step (right end lower when positive); plate: height over the table
-  double overlapPx = 0.0;      // lap: how far the right piece reaches back under the left one (negative: a hole)
+  double tiltDeg = 0.0;        // shears the whole stripe around the seam by this slope angle, y down
+  double gapPx = 30.0;         // buttGap: distance of its last and first lit columns; grooves: root gap
+  double stepPx = 60.0;    // lap: height of the step (right end lower when positive); plate: height over the table
+  double overlapPx = 0.0;  // lap: how far the right piece reaches back beside the left one (negative: a hole)
   double leftFlankDeg = 25.0;  // corner, grooves: flank angles, y down
   double rightFlankDeg = -25.0;
-  double depthPx = 120.0;      // grooves: depth below the shoulders
-  double plateWidthPx = 500.0; // plate: width
+  double depthPx = 120.0;       // grooves: depth below the shoulders
+  double plateWidthPx = 500.0;  // plate: width
 };
 
 // How the stripe and its surroundings look.
 struct TLook {
-  double fwhmPx = 7.0;           // full width at half maximum on the parent surface
-  double rootFwhmPx = 7.0;       // the same in the groove, at the root and on far flanks (2..50)
-  double peak = 200.0;           // grey level of the stripe's ridge before clipping at 255; above 255 saturates
-  double rootPeak = 200.0;       // the same in the groove and on far flanks
-  double brightnessRatio = 1.0;  // right surface darker than the left one by this factor (1..10)
-  double fade = 0.0;             // loss of brightness towards the sides, share, 0..1
-  double speckle = 0.0;          // contrast of the multiplicative speckle, 0..1
-  double speckleGrainPx = 2.0;   // grain of the speckle, 1..4
-  double noiseSigma = 0.0;       // additive Gaussian noise, grey levels
-  double background = 0.0;       // mean grey level of the surroundings
-  double texture = 0.0;          // amplitude of the background texture, grey levels
-  double missingShare = 0.0;     // share of stripe columns lost in stretches
-  double flare = 0.0;            // 0..1: flare that fattens the stripe near the seam
-  int blobs = 0;                 // specular blobs beside the stripe
-  int spatter = 0;               // spatter streaks
-  double arcGlow = 0.0;          // grey level of the arc glow above the seam
-  double ghostShare = 0.0;       // brightness of a reflected second stripe, share of the first; 0: none
-  double ghostOffsetPx = 40.0;   // its distance below the first
-  double ghostTiltDeg = 0.0;     // its tilt against the first: not 0 gives a crossing ghost
-  double ghostSpan = 1.0;        // share of the frame width that it covers, around the seam
-  double doubleExposurePx = 0.0; // shift of a second exposure of the same stripe; 0: none
+  double fwhmPx = 7.0;            // full width at half maximum on the parent surface
+  double rootFwhmPx = 7.0;        // the same in the groove, at the root and on far flanks (2..50)
+  double peak = 200.0;            // grey level of the stripe's ridge before clipping at 255; above 255 saturates
+  double rootPeak = 200.0;        // the same in the groove and on far flanks
+  double brightnessRatio = 1.0;   // right surface (plate: the table) darker than the other by this factor (1..10)
+  double fade = 0.0;              // loss of brightness towards the sides, share, 0..1
+  double speckle = 0.0;           // contrast of the multiplicative speckle, 0..1
+  double speckleGrainPx = 2.0;    // grain of the speckle, 1..4
+  double noiseSigma = 0.0;        // additive Gaussian noise, grey levels
+  double background = 0.0;        // mean grey level of the surroundings
+  double texture = 0.0;           // amplitude of the background texture, grey levels
+  double flatTop = 0.0;           // 0: Gaussian across the stripe; 1: flat top with steep edges
+  double missingShare = 0.0;      // share of the frame's columns in which the stripe is lost, in stretches
+  double missingRunPx = 40.0;     // longest such stretch; none comes within 30 px of a feature point
+  double flare = 0.0;             // 0..1: flare that fattens the stripe near the seam
+  int blobs = 0;                  // specular blobs beside the stripe
+  int spatter = 0;                // spatter streaks
+  double arcGlow = 0.0;           // grey level of the arc glow above the seam
+  double ghostShare = 0.0;        // brightness of a reflected second stripe, share of the first; 0: none
+  double ghostOffsetPx = 40.0;    // its distance below the first
+  double ghostTiltDeg = 0.0;      // its tilt against the first: not 0 gives a crossing ghost
+  double ghostSpan = 1.0;         // share of the frame width that it covers, around the seam
+  double doubleExposurePx = 0.0;  // shift of a second exposure of the same stripe; 0: none
 };
 
 struct TSceneParams {
   TJoint joint = TJoint::buttGap;
   cv::Size size{1280, 1024};
   std::uint64_t seed = 1;
+  std::uint64_t frame = 0;  // noise, speckle, glow and spatter are new in every frame; the workpiece stays
   TGeometry geometry;
   TLook look;
 };
@@ -67,9 +70,9 @@ struct TFeature {
 
 struct TTruth {
   bool hasSeam = false;
-  cv::Point2d seam;                // centre of the seam
-  std::vector<double> centreY;     // one per column: true stripe row, NaN where the stripe is not visible
-  std::vector<double> fwhmPx;      // one per column, 0 where the stripe is not visible
+  cv::Point2d seam;             // centre of the seam
+  std::vector<double> centreY;  // one per column: true stripe row, NaN where the stripe is not visible
+  std::vector<double> fwhmPx;   // one per column, 0 where the stripe is not visible
   std::vector<TFeature> features;
 };
 
@@ -85,7 +88,11 @@ cv::Point2d seamPoint(TJoint joint, const TTruth& truth, TWeldPosType pos);
 
 enum class TLevel { clean, noisy, harsh };
 
-// A random joint of that kind at that level of difficulty. `spread` moves and tilts it inside the frame.
+// A random joint of that kind at that level of difficulty, its seam within the middle 40 % of the frame width.
+//   clean  unsaturated stripe, nothing else in the frame.
+//   noisy  noise, speckle, surfaces of unlike brightness (up to 10:1), fading, background with texture.
+//   harsh  all that, and a saturated stripe up to 40 px tall, lost stretches, flare, blobs, a ghost, arc glow
+//          and spatter.
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size = {1280, 1024});
 
 // Parameters that find the joints that randomScene makes.

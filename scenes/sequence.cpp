@@ -1,0 +1,39 @@
+#include "scenes/random.h"
+#include "scenes/scene.h"
+
+namespace scenes {
+namespace {
+
+constexpr double kProfileGrowth = 1.4;    // of gap, step and depth when the profile changes
+constexpr double kFlankFlattening = 0.7;  // of the flank angles
+constexpr double kPlateShrinking = 0.8;   // of the plate
+
+void changeProfile(TGeometry& geometry) {
+  geometry.gapPx *= kProfileGrowth;
+  geometry.stepPx *= kProfileGrowth;
+  geometry.depthPx *= kProfileGrowth;
+  geometry.plateWidthPx *= kPlateShrinking;
+  geometry.leftFlankDeg *= kFlankFlattening;
+  geometry.rightFlankDeg *= kFlankFlattening;
+}
+
+}  // namespace
+
+TSceneParams frameOf(const TSceneParams& first, const TMotion& motion, int n) {
+  TSceneParams params = first;
+  params.frame = first.frame + static_cast<std::uint64_t>(n);
+  TRandom random(params.seed, TStream::jitter, params.frame);
+  const double jitterX = random.uniform(-motion.jitterPx, motion.jitterPx);
+  const double jitterY = random.uniform(-motion.jitterPx, motion.jitterPx);
+  cv::Point2d shiftPx = motion.driftPx * n + cv::Point2d(jitterX, jitterY);
+  if (motion.jumpAtFrame >= 0 && n >= motion.jumpAtFrame) {
+    shiftPx += motion.jumpPx;
+    if (motion.changesProfile) changeProfile(params.geometry);
+  }
+  params.geometry.seam.x += shiftPx.x / params.size.width;
+  params.geometry.seam.y += shiftPx.y / params.size.height;
+  params.geometry.tiltDeg += motion.tiltDriftDeg * n;
+  return params;
+}
+
+}  // namespace scenes

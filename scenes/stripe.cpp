@@ -1,0 +1,153 @@
+#include "scenes/stripe.h"
+
+#include "scenes/exact_math.h"
+#include "scenes/random.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace scenes {
+namespace {
+
+constexpr double kSteepestVisible = 3.5;  // slope; walls reflect the stripe away from the camera
+constexpr double kDarkestVisible = 10.0;  // grey level of the ridge
+constexpr double kKeepNearSeamPx = 30.0;  // no stripe is lost this near to a feature point
+constexpr int kShortestRunPx = 3;         // of a lost stretch
+constexpr int kMostRuns = 1000;           // tries to place lost stretches
+constexpr double kFlareReachPx = 45.0;    // distance from the seam at which flare has half its effect
+constexpr double kFlareWidening = 1.5;    // a full flare adds this many widths
+constexpr double kHaloWidth = 4.0;        // width of the halo around a flare, stripe widths
+constexpr double kHaloLevel = 50.0;       // grey level of the halo at full flare
+constexpr double kSecondExposure = 0.6;   // brightness of the second exposure against the first
+constexpr double kWhite = 255.0;
+
+bool isNearFeature(const TProfile& profile, double fromX, double toX) {
+  const auto isNear = [&](const cv::Point2d& p) {
+    return p.x > fromX - kKeepNearSeamPx && p.x < toX + kKeepNearSeamPx;
+  };
+  if (profile.hasSeam && isNear(profile.seam)) return true;
+  return std::any_of(profile.features.begin(), profile.features.end(),
+                     [&](const TFeature& f) { return isNear(f.point); });
+}
+
+// One flag per column: the stripe is lost there.
+std::vector<char> loseStretches(const TSceneParams& params, const TProfile& profile) {
+  const int cols = params.size.width;
+  std::vector<char> isLost(cols, 0);
+  const auto wanted = static_cast<int>(params.look.missingShare * cols);
+  const int longest = std::max(kShortestRunPx, static_cast<int>(params.look.missingRunPx));
+  TRandom random(params.seed, TStream::missing);
+  int lost = 0;
+  for (int i = 0; i < kMostRuns && lost < wanted; ++i) {
+    const int first = random.integer(0, cols - 1);
+    const int last = std::min(first + random.integer(kShortestRunPx, longest), cols) - 1;
+    // Stretches that touch would add up to a longer one.
+    const bool isTaken = std::any_of(isLost.begin() + std::max(first - 1, 0),
+                                     isLost.begin() + std::min(last + 2, cols), [](char c) { return c != 0; });
+    if (isTaken || isNearFeature(profile, first, last)) continue;
+    std::fill(isLost.begin() + first, isLost.begin() + last + 1, 1);
+    lost += last - first + 1;
+  }
+  return isLost;
+}
+
+double flareAt(const TSceneParams& params, const TProfile& profile, double x) {
+  const double share = (x - profile.seam.x) / kFlareReachPx;
+  return params.look.flare * halve(static_cast<float>(share * share));
+}
+
+TStripeColumn layOutColumn(const TSceneParams& params, const TProfile& profile, const TPiece& piece, int x) {
+  const TLook& look = params.look;
+  const double span = piece.lastX - piece.firstX;
+  const double along = span > 0.0 ? (x - piece.firstX) / span : 0.0;
+  const double root = piece.rootShareFirst + (piece.rootShareLast - piece.rootShareFirst) * along;
+  const double side = x < profile.seam.x ? (profile.seam.x - x) / profile.seam.x
+                                         : (x - profile.seam.x) / (params.size.width - profile.seam.x);
+  const double slope = slopeAt(profile, piece, x);
+  TStripeColumn column;
+  column.x = x;
+  column.row = rowAt(profile, piece, x);
+  column.cosine = 1.0 / std::sqrt(1.0 + slope * slope);
+  column.fwhmPx = (look.fwhmPx + (look.rootFwhmPx - look.fwhmPx) * root) *
+                  (1.0 + kFlareWidening * flareAt(params, profile, x));
+  column.peak = (look.peak + (look.rootPeak - look.peak) * root) * (1.0 - look.fade * side * side) /
+                (piece.isDark ? look.brightnessRatio : 1.0);
+  return column;
+}
+
+bool isVisible(const TSceneParams& params, const TStripeColumn& column) {
+  static const double kSmallestCosine = 1.0 / std::sqrt(1.0 + kSteepestVisible * kSteepestVisible);
+  return column.cosine >= kSmallestCosine && column.peak >= kDarkestVisible && column.row >= 0.0 &&
+         column.row <= params.size.height - 1.0;
+}
+
+// flatTop 0: a Gaussian; 1: steeper edges around a flat top. Both have their half height at the same width.
+void drawColumn(const TStripeColumn& column, double flatTop, const TSpeckle& speckle, cv::Mat1f& light) {
+  const double perRow = 2.0 * column.cosine / column.fwhmPx;
+  const double reach = std::sqrt(static_cast<double>(kFadedOut)) / perRow;
+  const int top = std::max(0, static_cast<int>(std::ceil(column.row - reach)));
+  const int bottom = std::min(light.rows - 1, static_cast<int>(std::floor(column.row + reach)));
+  const auto peak = static_cast<float>(column.peak);
+  const auto flat = static_cast<float>(flatTop);
+  for (int y = top; y <= bottom; ++y) {
+    const double distance = (y - column.row) * perRow;
+    const auto u = static_cast<float>(distance * distance);
+    const float gaussian = halve(u);
+    const float shape = flat > 0.0F ? gaussian + flat * (halve(u * u * u) - gaussian) : gaussian;
+    light(y, column.x) += peak * shape * speckle.factor(column.x, y);
+  }
+}
+
+void drawGhost(const TSceneParams& params, const TProfile& profile, const TSpeckle& speckle, cv::Mat1f& light) {
+  const TLook& look = params.look;
+  const double halfSpan = look.ghostSpan * params.size.width / 2.0;
+  const double crossing = tanDeg(look.ghostTiltDeg);
+  TSceneParams whole = params;
+  whole.look.missingShare = 0.0;  // a reflection has no part in what the surface loses
+  whole.look.flare = 0.0;
+  for (TStripeColumn column : layOutStripe(whole, profile)) {
+    const double dx = column.x - profile.pivotX;
+    if (std::abs(dx) > halfSpan) continue;
+    column.row += look.ghostOffsetPx + crossing * dx;
+    column.peak = look.ghostShare * std::min(column.peak, kWhite);
+    drawColumn(column, look.flatTop, speckle, light);
+  }
+}
+
+}  // namespace
+
+std::vector<TStripeColumn> layOutStripe(const TSceneParams& params, const TProfile& profile) {
+  const std::vector<char> isLost = loseStretches(params, profile);
+  std::vector<TStripeColumn> columns;
+  for (const TPiece& piece : profile.pieces) {
+    const int first = static_cast<int>(std::ceil(std::max(piece.firstX, 0.0)));
+    const int last = static_cast<int>(std::floor(std::min(piece.lastX, params.size.width - 1.0)));
+    for (int x = first; x <= last; ++x) {
+      const TStripeColumn column = layOutColumn(params, profile, piece, x);
+      if (isLost[x] == 0 && isVisible(params, column)) columns.push_back(column);
+    }
+  }
+  return columns;
+}
+
+void drawStripe(const TSceneParams& params, const TProfile& profile, const std::vector<TStripeColumn>& columns,
+                const TSpeckle& speckle, cv::Mat1f& light) {
+  const TLook& look = params.look;
+  for (TStripeColumn column : columns) {
+    drawColumn(column, look.flatTop, speckle, light);
+    const double flare = look.flare > 0.0 ? flareAt(params, profile, column.x) : 0.0;
+    if (flare > 0.0) {
+      TStripeColumn halo = column;
+      halo.fwhmPx = kHaloWidth * column.fwhmPx;
+      halo.peak = kHaloLevel * flare;
+      drawColumn(halo, 0.0, speckle, light);
+    }
+    if (look.doubleExposurePx == 0.0) continue;
+    column.row += look.doubleExposurePx;
+    column.peak *= kSecondExposure;
+    drawColumn(column, look.flatTop, speckle, light);
+  }
+  if (look.ghostShare > 0.0) drawGhost(params, profile, speckle, light);
+}
+
+}  // namespace scenes
