@@ -71,8 +71,8 @@ int calcRangePixelNum(cv::Mat image, cv::Mat mask, int low, int high) {
   const int lowest = std::max(low + 1, 0);
   const int highest = std::min(high - 1, kMaxGrey);
   if (lowest > highest) return 0;
-  return static_cast<int>(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(lowest),
-                                                static_cast<std::uint8_t>(highest)));
+  return static_cast<int>(
+      weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(lowest), static_cast<std::uint8_t>(highest)));
 }
 
 }  // namespace LightingAdaptation

@@ -1,0 +1,294 @@
+#include "plain_exposure.h"
+
+#include "lighting/weighted_sums.h"
+#include "zelWeldDetect.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace LightingAdaptation;
+
+cv::RNG seededByTestName() {
+  const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+  const auto seed = std::hash<std::string>{}(test->name());
+  testing::Test::RecordProperty("seed", std::to_string(seed));
+  return cv::RNG(seed);
+}
+
+cv::Mat randomPixels(cv::RNG& rng, cv::Size size, int from, int to) {
+  cv::Mat image(size, CV_8UC1);
+  rng.fill(image, cv::RNG::UNIFORM, from, to + 1);
+  return image;
+}
+
+// Dim noise with bright rectangles, the border and the corners included.
+cv::Mat imageWithRectangles(cv::RNG& rng, cv::Size size, int count) {
+  cv::Mat image = randomPixels(rng, size, 0, 240);
+  for (int i = 0; i < count; ++i) {
+    const cv::Rect rect(rng.uniform(-size.width / 4, size.width), rng.uniform(-size.height / 4, size.height),
+                        rng.uniform(1, size.width + 1), rng.uniform(1, size.height + 1));
+    image(rect & cv::Rect({0, 0}, size)).setTo(rng.uniform(239, 256));
+  }
+  return image;
+}
+
+// A part of a larger image, so that its rows do not follow each other in memory.
+cv::Mat withGapsBetweenRows(const cv::Mat& image) {
+  cv::Mat larger(image.rows + 2, image.cols + 3, image.type(), cv::Scalar::all(255));
+  cv::Mat part = larger({2, 1, image.cols, image.rows});
+  image.copyTo(part);
+  return part;
+}
+
+bool isSame(const cv::Mat& a, const cv::Mat& b) {
+  return a.size() == b.size() && a.type() == b.type() && cv::countNonZero(a != b) == 0;
+}
+
+const std::vector<cv::Size> kSizes{{1, 1},    {2, 1},     {3, 1},    {1, 3},   {2, 2},    {5, 1},
+                                   {16, 3},   {31, 47},   {49, 90},  {64, 64}, {65, 120}, {127, 50},
+                                   {128, 51}, {333, 217}, {2200, 9}, {9, 1100}};
+
+TEST(RemoveReflectiveAreas, equalsTheOpeningForEverySizeOfImageAndKernel) {
+  cv::RNG rng = seededByTestName();
+  for (const cv::Size size : kSizes) {
+    for (const int kernelSize : {1, 2, 3, 7, 50, 64, 65, 130}) {
+      for (int rectangles = 0; rectangles < 9; rectangles += 2) {
+        const cv::Mat image = imageWithRectangles(rng, size, rectangles);
+        cv::Mat mask;
+        removeReflectiveAreas(image, mask, kernelSize);
+        ASSERT_TRUE(isSame(mask, plain::notReflective(image, kernelSize)))
+            << size << " kernel " << kernelSize << " rectangles " << rectangles;
+      }
+    }
+  }
+}
+
+TEST(RemoveReflectiveAreas, squareMustBeFullyBrightAndFullyPresent) {
+  struct {
+    const char* name;
+    int side;
+    int grey;
+    int holes;
+    int cleared;
+  } const rows[] = {{"side 49", 49, 255, 0, 0},
+                    {"side 50", 50, 255, 0, 2500},
+                    {"side 50, grey 241", 50, 241, 0, 2500},
+                    {"side 50, grey 240", 50, 240, 0, 0},
+                    {"side 50, one dark pixel", 50, 255, 1, 0}};
+  for (const auto& row : rows) {
+    cv::Mat image(300, 300, CV_8UC1, cv::Scalar(10));
+    image({100, 120, row.side, row.side}).setTo(row.grey);
+    if (row.holes != 0) image.at<std::uint8_t>(140, 130) = 10;
+    cv::Mat mask;
+    removeReflectiveAreas(image, mask, 50);
+    EXPECT_EQ(300 * 300 - cv::countNonZero(mask), row.cleared) << row.name;
+  }
+}
+
+TEST(RemoveReflectiveAreas, writesIntoTheMaskThatIsHandedIn) {
+  cv::RNG rng = seededByTestName();
+  const cv::Mat image = imageWithRectangles(rng, {200, 150}, 4);
+  const cv::Mat expected = plain::notReflective(image, 50);
+  cv::Mat part = withGapsBetweenRows(cv::Mat::zeros(image.size(), CV_8UC1));
+  const std::uint8_t* const data = part.data;
+  removeReflectiveAreas(withGapsBetweenRows(image), part, 50);
+  EXPECT_EQ(part.data, data);
+  EXPECT_TRUE(isSame(part, expected));
+
+  cv::Mat inPlace = image.clone();
+  removeReflectiveAreas(inPlace, inPlace, 50);
+  EXPECT_TRUE(isSame(inPlace, expected));
+}
+
+// Masks hold 0, 255 and values between, which the mean takes for set and the count for reflective.
+class WeightedFigures : public testing::TestWithParam<int> {
+protected:
+  cv::Mat makeMask(cv::RNG& rng, cv::Size size) const {
+    cv::Mat mask(size, CV_8UC1, cv::Scalar(255));
+    cv::Mat chosen = randomPixels(rng, size, 0, 99);
+    mask.setTo(0, chosen < GetParam());
+    mask.setTo(1, chosen < GetParam() / 2);
+    if (GetParam() > 0 && size.area() > 1000) mask.rowRange(0, size.height / 2).setTo(255);
+    return mask;
+  }
+};
+
+TEST_P(WeightedFigures, equalAddingPixelAfterPixel) {
+  cv::RNG rng(std::hash<std::string>{}("weighted figures") + GetParam());
+  for (const cv::Size size : kSizes) {
+    const cv::Mat image = withGapsBetweenRows(randomPixels(rng, size, 0, 255));
+    const cv::Mat mask = makeMask(rng, size);
+    EXPECT_EQ(weld::sumSampledGrey(image, mask), plain::sampledSum(image, mask)) << size;
+    const int divisor = size.area() / 4;
+    EXPECT_EQ(calcMeanGrayVal(image, mask),
+              divisor == 0 ? INT_MIN : static_cast<int>(plain::sampledSum(image, mask) / divisor))
+        << size;
+    for (const auto& [low, high] : std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
+      EXPECT_EQ(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(std::max(low + 1, 0)),
+                                      static_cast<std::uint8_t>(std::min(high - 1, 255))),
+                plain::rangeWeights(image, mask, low, high))
+          << size;
+      EXPECT_EQ(calcRangePixelNum(image, mask, low, high),
+                static_cast<int>(plain::rangeWeights(image, mask, low, high)))
+          << size << " " << low << " " << high;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(SharesOfReflectivePixels, WeightedFigures, testing::Values(0, 1, 50, 101));
+
+// So many bright pixels that double and single precision round.
+TEST(WeightedSums, roundLikeAddingPixelAfterPixelOnHugeFrames) {
+  cv::RNG rng = seededByTestName();
+  const cv::Size size(4200, 4100);
+  for (const int share : {0, 3, 60, 100}) {
+    const cv::Mat image = randomPixels(rng, size, 254, 255);
+    cv::Mat mask(size, CV_8UC1, cv::Scalar(255));
+    mask.setTo(0, randomPixels(rng, size, 0, 99) < share);
+    EXPECT_EQ(weld::sumSampledGrey(image, mask), plain::sampledSum(image, mask)) << share;
+    EXPECT_EQ(weld::sumRangeWeights(image, mask, 241, 255), plain::rangeWeights(image, mask, 240, 256)) << share;
+  }
+}
+
+TEST(WeightedSums, uniformReflectionsOfEveryLengthRoundLikeAddingPixelAfterPixel) {
+  cv::RNG rng = seededByTestName();
+  for (int i = 0; i < 40; ++i) {
+    const cv::Mat image(rng.uniform(1, 900), rng.uniform(1, 900), CV_8UC1, cv::Scalar(255));
+    cv::Mat mask(image.size(), CV_8UC1, cv::Scalar(255));
+    const int reflectiveRows = rng.uniform(0, image.rows + 1);
+    mask.rowRange(0, reflectiveRows).setTo(0);
+    EXPECT_EQ(weld::sumRangeWeights(image, mask, 241, 255), plain::rangeWeights(image, mask, 240, 256))
+        << image.size() << " " << reflectiveRows;
+  }
+}
+
+TEST(CalcMeanGrayVal, masksThatDoNotFitGiveMinusOneAndFewPixelsTheSmallestInteger) {
+  const cv::Mat image(40, 60, CV_8UC1, cv::Scalar(255));
+  struct {
+    const char* name;
+    cv::Mat image;
+    cv::Mat mask;
+    int mean;
+    int count;
+  } const rows[] = {
+      {"fits", image, cv::Mat(40, 60, CV_8UC1, cv::Scalar(255)), 255, 2400},
+      {"rows differ", image, cv::Mat(41, 60, CV_8UC1, cv::Scalar(255)), -1, -1},
+      {"columns differ", image, cv::Mat(40, 59, CV_8UC1, cv::Scalar(255)), -1, -1},
+      {"rows and columns exchanged", image, cv::Mat(60, 40, CV_8UC1, cv::Scalar(255)), -1, -1},
+      {"not continuous", image, withGapsBetweenRows(image), -1, -1},
+      {"no mask", image, cv::Mat(), -1, -1},
+      {"one pixel", image({0, 0, 1, 1}), cv::Mat(1, 1, CV_8UC1, cv::Scalar(255)), INT_MIN, 1},
+      {"two pixels", image({0, 0, 2, 1}), cv::Mat(1, 2, CV_8UC1, cv::Scalar(0)), INT_MIN, 0},
+      {"three black pixels", cv::Mat::zeros(3, 1, CV_8UC1), cv::Mat(3, 1, CV_8UC1, cv::Scalar(255)), INT_MIN, 0},
+      {"four pixels in a row", image({0, 0, 4, 1}), cv::Mat(1, 4, CV_8UC1, cv::Scalar(255)), 510, 4},
+      {"five pixels in a row", image({0, 0, 5, 1}), cv::Mat(1, 5, CV_8UC1, cv::Scalar(255)), 765, 5}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(calcMeanGrayVal(row.image, row.mask), row.mean) << row.name;
+    EXPECT_EQ(calcRangePixelNum(row.image, row.mask, 240, 256), row.count) << row.name;
+  }
+}
+
+TEST(CalcRangePixelNum, boundsAreExclusiveAndMayBeAnyInteger) {
+  cv::Mat image(1, 256, CV_8UC1);
+  for (int grey = 0; grey < 256; ++grey) image.at<std::uint8_t>(0, grey) = static_cast<std::uint8_t>(grey);
+  const cv::Mat mask(image.size(), CV_8UC1, cv::Scalar(255));
+  struct {
+    int low;
+    int high;
+    int count;
+  } const rows[] = {
+      {240, 256, 15},  {239, 255, 15}, {240, 242, 1},           {240, 241, 0},         {240, 240, 0},
+      {-1, 1, 1},      {254, 256, 1},  {255, 256, 0},           {254, 255, 0},         {-1, 0, 0},
+      {200, 100, 0},   {-1, 256, 256}, {INT_MIN, INT_MAX, 256}, {INT_MAX, INT_MIN, 0}, {INT_MAX, 256, 0},
+      {-1, INT_MIN, 0}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(calcRangePixelNum(image, mask, row.low, row.high), row.count) << row.low << " " << row.high;
+  }
+}
+
+struct TExposure {
+  int meanGray = 0;
+  int brightPixelNum = 0;
+};
+
+TExposure exposureOf(const cv::Mat& image) {
+  TExposure exposure;
+  calcExposureParam(image, exposure.meanGray, exposure.brightPixelNum);
+  return exposure;
+}
+
+TEST(CalcExposureParam, countsReflectionsPartlyAndTheStripeFully) {
+  // The frame that a reflection covers: 0.2 per pixel, kept in single precision, so not 0.2 * 1310720 = 262144.
+  const cv::Mat white(1024, 1280, CV_8UC1, cv::Scalar(255));
+  const float whiteCount = plain::rangeWeights(white, cv::Mat::zeros(white.size(), CV_8UC1), 240, 256);
+  cv::Mat stripe(200, 400, CV_8UC1, cv::Scalar(20));
+  stripe.rowRange(100, 103).setTo(250);
+  cv::Mat justNotBright(200, 400, CV_8UC1, cv::Scalar(240));
+  struct {
+    const char* name;
+    cv::Mat image;
+    int meanGray;
+    int brightPixelNum;
+  } const rows[] = {{"empty", cv::Mat(), -1, -1},
+                    {"no rows", cv::Mat(0, 5, CV_8UC1), -1, -1},
+                    {"white", white, 76, static_cast<int>(whiteCount)},
+                    {"stripe of 3 px", stripe, (98 * 20 + 2 * 250) / 100, 1200},
+                    {"grey 240", justNotBright, 240, 0},
+                    {"one white pixel", white({0, 0, 1, 1}), INT_MIN, 0},
+                    {"three dark pixels", stripe({0, 0, 3, 1}), INT_MIN, 0}};
+  for (const auto& row : rows) {
+    const TExposure exposure = exposureOf(row.image);
+    EXPECT_EQ(exposure.meanGray, row.meanGray) << row.name;
+    EXPECT_EQ(exposure.brightPixelNum, row.brightPixelNum) << row.name;
+  }
+  EXPECT_NE(static_cast<int>(whiteCount), 262144);
+}
+
+TEST(CalcExposureParam, colourImageGivesWhatItsGreyConversionGivesAndKeepsItsPixels) {
+  cv::RNG rng = seededByTestName();
+  for (const cv::Size size : kSizes) {
+    cv::Mat colour(size, CV_8UC3);
+    rng.fill(colour, cv::RNG::UNIFORM, 0, 256);
+    colour.rowRange(size.height / 2, size.height).setTo(cv::Scalar::all(250));
+    const cv::Mat before = colour.clone();
+    cv::Mat grey;
+    cv::cvtColor(colour, grey, cv::COLOR_BGR2GRAY);
+    const TExposure exposure = exposureOf(colour);
+    const cv::Mat mask = plain::notReflective(grey, 50);
+    EXPECT_EQ(exposure.meanGray, calcMeanGrayVal(grey, mask)) << size;
+    EXPECT_EQ(exposure.brightPixelNum, calcRangePixelNum(grey, mask, 240, 256)) << size;
+    EXPECT_EQ(std::memcmp(colour.data, before.data, before.total() * before.elemSize()), 0) << size;
+  }
+}
+
+TEST(LightingAdaptation, imagesThatAreNotGreyAndKernelsWithoutSizeRaise) {
+  const cv::Mat grey(8, 8, CV_8UC1, cv::Scalar(255));
+  int meanGray = 0;
+  int brightPixelNum = 0;
+  cv::Mat mask;
+  for (const int type : {CV_8UC2, CV_8UC3, CV_8UC4, CV_8SC1, CV_16UC1, CV_32FC1, CV_64FC1}) {
+    const cv::Mat other = cv::Mat::zeros(8, 8, type);
+    if (type != CV_8UC3) {
+      EXPECT_THROW(calcExposureParam(other, meanGray, brightPixelNum), cv::Exception) << type;
+    }
+    EXPECT_THROW(removeReflectiveAreas(other, mask, 50), cv::Exception) << type;
+    EXPECT_THROW(calcMeanGrayVal(other, grey), cv::Exception) << type;
+    EXPECT_THROW(calcMeanGrayVal(grey, other), cv::Exception) << type;
+    EXPECT_THROW(calcRangePixelNum(other, grey, 240, 256), cv::Exception) << type;
+    EXPECT_THROW(calcRangePixelNum(grey, other, 240, 256), cv::Exception) << type;
+  }
+  EXPECT_THROW(removeReflectiveAreas(cv::Mat(), mask, 50), cv::Exception);
+  for (const int kernelSize : {0, -1, INT_MIN}) {
+    EXPECT_THROW(removeReflectiveAreas(grey, mask, kernelSize), cv::Exception) << kernelSize;
+    EXPECT_THROW(plain::notReflective(grey, kernelSize), cv::Exception) << kernelSize;
+  }
+  EXPECT_NO_THROW(removeReflectiveAreas(grey, mask, INT_MAX));
+}
+
+}  // namespace
