@@ -1,0 +1,128 @@
+#include "stripe/centres.h"
+
+#include "stripe/regions.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace weld {
+namespace {
+
+constexpr float kThreshold = 30.0F;
+
+// A stripe with a soft profile along y = k * x + b over black.
+cv::Mat drawStripe(cv::Size size, double k, double b, double peak = 220.0, double sigmaPx = 4.0) {
+  cv::Mat image(size, CV_8UC1);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const double distance = y - (k * x + b);
+      image.at<uchar>(y, x) =
+          cv::saturate_cast<uchar>(peak * std::exp(-0.5 * distance * distance / (sigmaPx * sigmaPx)));
+    }
+  }
+  return image;
+}
+
+std::vector<cv::Rect> wholeOf(const cv::Mat& image) {
+  return {cv::Rect({0, 0}, image.size())};
+}
+
+double largestError(const std::vector<cv::Point2f>& centres, double k, double b) {
+  double largest = 0.0;
+  for (const cv::Point2f c : centres) largest = std::max(largest, std::abs(c.y - (k * c.x + b)));
+  return largest;
+}
+
+TEST(ExtractStripeCentres, FollowsASlantedStripe) {
+  const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
+  const TStripeCentres stripe = extractStripeCentres(image, wholeOf(image), kThreshold);
+  EXPECT_EQ(stripe.points.size(), 640U);
+  EXPECT_EQ(stripe.status.size(), 640U);
+  EXPECT_LE(largestError(stripe.points, 0.2, 150.0), 1.0);
+  EXPECT_GT(stripe.modalWidthPx, 2.0);
+}
+
+TEST(ExtractStripeCentres, TrackingBandsGiveTheSameCentresAsTheWholeImage) {
+  const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
+  const TStripeCentres whole = extractStripeCentres(image, wholeOf(image), kThreshold);
+  const std::vector<cv::Point> guide(whole.points.begin(), whole.points.end());
+  const TStripeCentres banded =
+      extractStripeCentres(image, buildStripeRegions(image.size(), guide, 60), kThreshold);
+  // The bands end before the last column.
+  EXPECT_EQ(banded.points, std::vector<cv::Point2f>(whole.points.begin(), whole.points.end() - 1));
+}
+
+TEST(ExtractStripeCentres, DimmerSecondStripeNearbyDoesNotCaptureIt) {
+  const cv::Size size{640, 480};
+  const cv::Mat stripe = drawStripe(size, 0.1, 200.0);
+  for (const double offset : {-60.0, -35.0, 35.0, 60.0}) {
+    const cv::Mat image = cv::max(stripe, drawStripe(size, 0.1, 200.0 + offset, 120.0));
+    const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold);
+    EXPECT_EQ(found.points.size(), 640U);
+    EXPECT_LE(largestError(found.points, 0.1, 200.0), 1.5) << offset;
+  }
+}
+
+TEST(ExtractStripeCentres, ThinColumnsWithoutStripeLeaveAStatus) {
+  cv::Mat image = drawStripe({640, 480}, 0.0, 240.0);
+  image.colRange(300, 340).setTo(0);
+  const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold);
+  EXPECT_EQ(found.points.size(), 600U);
+  for (const TWeldPointStatus& column : found.status) {
+    EXPECT_EQ(column.status, column.pos >= 300 && column.pos < 340 ? 1 : 0) << column.pos;
+  }
+}
+
+TEST(ExtractStripeCentres, ColourIsConverted) {
+  const cv::Mat grey = drawStripe({320, 240}, 0.1, 100.0);
+  const TStripeCentres expected = extractStripeCentres(grey, wholeOf(grey), kThreshold);
+  for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
+    cv::Mat colour;
+    cv::cvtColor(grey, colour, code);
+    EXPECT_EQ(extractStripeCentres(colour, wholeOf(colour), kThreshold).points, expected.points);
+  }
+}
+
+TEST(ExtractStripeCentres, InputItCannotReadRaisesOpenCvsException) {
+  for (const int type : {CV_8UC2, CV_8SC1, CV_16UC1, CV_16UC3, CV_32FC1, CV_32FC4, CV_64FC1}) {
+    const cv::Mat image = cv::Mat::zeros(64, 64, type);
+    EXPECT_THROW(extractStripeCentres(image, wholeOf(image), kThreshold), cv::Exception) << type;
+  }
+}
+
+TEST(ExtractStripeCentres, NothingToScanGivesNothing) {
+  const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
+  for (const TStripeCentres& found :
+       {extractStripeCentres({}, {{0, 0, 10, 10}}, kThreshold), extractStripeCentres(image, {}, kThreshold)}) {
+    EXPECT_TRUE(found.points.empty());
+    EXPECT_TRUE(found.status.empty());
+    EXPECT_EQ(found.modalWidthPx, 0.0);
+  }
+}
+
+TEST(ExtractStripeCentres, ThresholdIsRoundedAndAnyValueIsSafe) {
+  const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
+  const auto statusSum = [&](float threshold) {
+    int sum = 0;
+    for (const TWeldPointStatus& s : extractStripeCentres(image, wholeOf(image), threshold).status)
+      sum += s.status;
+    return sum;
+  };
+  EXPECT_EQ(statusSum(30.4F), statusSum(30.0F));
+  EXPECT_EQ(statusSum(29.5F), statusSum(30.0F));
+  using TLimits = std::numeric_limits<float>;
+  for (const float threshold : {256.0F, 1e30F, TLimits::infinity(), TLimits::quiet_NaN()}) {
+    EXPECT_EQ(statusSum(threshold), 320) << threshold;  // status 1 in every column
+  }
+  for (const float threshold : {-1e30F, -TLimits::infinity(), TLimits::lowest()}) {
+    EXPECT_EQ(statusSum(threshold), statusSum(-1.0F)) << threshold;
+  }
+}
+
+}  // namespace
+}  // namespace weld
