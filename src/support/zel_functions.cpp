@@ -1,0 +1,59 @@
+#include "support/zel_functions.h"
+
+#include "zelFunctions.h"
+
+#include <atomic>
+#include <memory>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+// One function that the application plugs in. Reading an empty plug costs one atomic load.
+template <typename TFunction>
+class TPlug {
+public:
+  void set(TFunction function) {
+    std::shared_ptr<const TFunction> next;
+    if (function) next = std::make_shared<const TFunction>(std::move(function));
+    const bool isNextSet = next != nullptr;
+    std::atomic_store(&current, std::move(next));
+    isSet.store(isNextSet, std::memory_order_release);
+  }
+
+  // Keeps the function alive for the call, even when another thread unplugs it meanwhile.
+  std::shared_ptr<const TFunction> get() const {
+    if (!isSet.load(std::memory_order_acquire)) return nullptr;
+    return std::atomic_load(&current);
+  }
+
+private:
+  std::atomic<bool> isSet{false};
+  std::shared_ptr<const TFunction> current;
+};
+
+TPlug<TDebugStringSink> debugStringSink;
+TPlug<TMessageSink> messageSink;
+TPlug<TParamBoolSource> paramBoolSource;
+
+}  // namespace
+
+void setDebugStringSink(TDebugStringSink sink) { debugStringSink.set(std::move(sink)); }
+void setMessageSink(TMessageSink sink) { messageSink.set(std::move(sink)); }
+void setParamBoolSource(TParamBoolSource source) { paramBoolSource.set(std::move(source)); }
+
+void outPutDebugString(const std::string& text) {
+  if (const auto sink = debugStringSink.get()) (*sink)(text);
+}
+
+void APPshowMessage(const std::string& text, std::uint32_t colour) {
+  if (const auto sink = messageSink.get()) (*sink)(text, colour);
+}
+
+bool APPgetParamBool(const std::string& name) {
+  const auto source = paramBoolSource.get();
+  return source != nullptr && (*source)(name);
+}
+
+}  // namespace zel
