@@ -8,15 +8,16 @@ namespace weld {
 namespace {
 
 constexpr int kStripPx = 128;   // columns that share one noise estimate
-constexpr int kSampleRows = 8;  // every n-th row of a level enters the noise estimate
-constexpr int kSampleColumns = 4;
+constexpr int kSampleRowsPx = 16;      // the noise estimate reads every n-th row
+constexpr int kSampleColumnsPx = 8;    // and every n-th column
 constexpr int kBins = 512;  // histogram of the response, a quarter of a grey level each
 constexpr int kUnitsPerBin = kRidgeUnit / 4;
 constexpr double kUpperShare = 0.8;       // quantile above the median that measures the spread
 constexpr double kSigmaPerSpread = 1.19;  // Gaussian sigma over the distance of the two quantiles
 constexpr double kNoiseFactor = 5.0;      // least contrast over the spread of the response
 constexpr double kFloorGrey = 8.0;        // least contrast where there is no noise
-constexpr int kLanes = 16;
+constexpr double kMostOverWanted = 2.0;  // highest threshold over the wanted contrast
+constexpr int kLanes = 32;
 
 class TResponseHistogram {
 public:
@@ -40,34 +41,42 @@ private:
   int total = 0;
 };
 
-// Least contrast per column of the level: a multiple of the spread of the response nearby, which holds
-// noise and texture alike, but not below the floor and not above twice the wanted contrast.
-std::vector<short> chooseThresholds(const TRidgeLevel& level, int halfRows, double minContrast) {
+std::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns) {
   const int columns = level.grey.cols;
-  const int stripColumns = std::max(1, kStripPx / level.stepX);
-  const int strips = (columns + stripColumns - 1) / stripColumns;
-  std::vector<TResponseHistogram> histograms(static_cast<std::size_t>(strips));
+  std::vector<TResponseHistogram> strips(static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns));
   std::vector<short> row(static_cast<std::size_t>(columns));
-  const int sampleRows = std::max(1, kSampleRows / level.stepY);
-  for (int y = 0; y < level.grey.rows; y += sampleRows) {
+  const int rowStep = std::max(1, kSampleRowsPx / level.stepY);
+  const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
+  for (int y = 0; y < level.grey.rows; y += rowStep) {
     computeRidgeRow(level, halfRows, y, row.data());
-    for (int x = 0; x < columns; x += std::max(1, kSampleColumns / level.stepX)) {
-      histograms[static_cast<std::size_t>(x / stripColumns)].add(row[static_cast<std::size_t>(x)]);
+    int first = 0;
+    for (TResponseHistogram& strip : strips) {
+      const int last = std::min(first + stripColumns, columns);
+      for (int x = first; x < last; x += columnStep) strip.add(row[static_cast<std::size_t>(x)]);
+      first = last;
     }
   }
-  std::vector<short> thresholds(static_cast<std::size_t>(columns));
-  for (int x = 0; x < columns; ++x) {
-    const TResponseHistogram& histogram = histograms[static_cast<std::size_t>(x / stripColumns)];
-    if (x % stripColumns != 0) {
-      thresholds[static_cast<std::size_t>(x)] = thresholds[static_cast<std::size_t>(x - 1)];
-      continue;
-    }
-    const double median = histogram.quantile(0.5);
-    const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
-    const double least = std::min(median + kNoiseFactor * sigma, 2.0 * minContrast * kRidgeUnit);
-    thresholds[static_cast<std::size_t>(x)] =
-        static_cast<short>(std::min(std::max(least, kFloorGrey * kRidgeUnit), 255.0 * kRidgeUnit));
+  return strips;
+}
+
+// A multiple of the spread of the response, which holds noise and texture alike, but not below the floor and
+// not above twice the wanted contrast.
+short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
+  const double median = histogram.quantile(0.5);
+  const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
+  const double least = std::min(median + kNoiseFactor * sigma, kMostOverWanted * minContrast * kRidgeUnit);
+  return static_cast<short>(std::min(std::max(least, kFloorGrey * kRidgeUnit), 255.0 * kRidgeUnit));
+}
+
+// Least contrast per column of the level.
+std::vector<short> chooseThresholds(const TRidgeLevel& level, int halfRows, double minContrast) {
+  const int stripColumns = std::max(1, kStripPx / level.stepX);
+  std::vector<short> thresholds;
+  thresholds.reserve(static_cast<std::size_t>(level.grey.cols + stripColumns));
+  for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns)) {
+    thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns), chooseThreshold(strip, minContrast));
   }
+  thresholds.resize(static_cast<std::size_t>(level.grey.cols));
   return thresholds;
 }
 
@@ -111,18 +120,23 @@ private:
     const short* after = row(y + 1);
     const short* least = thresholds.data();
     const int count = level.grey.cols;
-    const auto isMaximum = [&](int x) {
-      return (here[x] >= least[x]) & (here[x] > before[x]) & (here[x] >= after[x]);
+    // Positive where the response reaches the threshold and neither neighbour exceeds it; 16-bit minima, so
+    // that a whole block of columns is ruled out at once.
+    const auto excess = [&](int x) {
+      const short overBefore = static_cast<short>(here[x] - before[x]);
+      const short overAfter = static_cast<short>(here[x] - after[x] + 1);
+      const short overLeast = static_cast<short>(here[x] - least[x] + 1);
+      return std::min(overBefore, std::min(overAfter, overLeast));
     };
     for (int first = 0; first < count; first += kLanes) {
       const int last = std::min(first + kLanes, count);
       if (last - first == kLanes) {
-        short any = 0;
-        for (int x = first; x < first + kLanes; ++x) any = static_cast<short>(any | isMaximum(x));
-        if (any == 0) continue;
+        short greatest = 0;
+        for (int x = first; x < first + kLanes; ++x) greatest = std::max(greatest, excess(x));
+        if (greatest == 0) continue;
       }
       for (int x = first; x < last; ++x) {
-        if (!isMaximum(x)) continue;
+        if (excess(x) <= 0) continue;
         insertCandidate(columns[static_cast<std::size_t>(x)], {2 * y * level.stepY - 1, here[x], widthPx});
       }
     }
