@@ -52,7 +52,7 @@ void lookClean(TRandom& random, TLook& look) {
 }
 
 void lookNoisy(TRandom& random, TLook& look) {
-  look.flatTop = random.uniform(0.0, 1.0);
+  look.flatTop = random.uniform(0.6, 1.0);  // clipped Gaussians would make bright surfaces look wider
   look.brightnessRatio = random.uniform(1.0, 10.0);
   look.fade = random.uniform(0.0, 0.3);
   look.peak = std::max(random.uniform(200.0, 250.0), kDimmestPeak * look.brightnessRatio / (1.0 - look.fade));
@@ -65,13 +65,13 @@ void lookNoisy(TRandom& random, TLook& look) {
 }
 
 void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
-  look.fwhmPx = random.uniform(11.0, 20.0);
+  look.fwhmPx = random.uniform(10.0, 19.0);
   look.rootFwhmPx = look.fwhmPx * random.uniform(0.6, 1.0);
   look.peak = std::max(look.peak, random.uniform(2.0, 6.0) * kWhite);
   look.speckle = random.uniform(0.25, 0.5);
   look.missingShare = random.uniform(0.02, 0.08);
   look.missingRunPx = std::min(8.0, 0.4 * g.gapPx);
-  look.flare = random.uniform(0.0, 0.4);
+  look.flare = random.uniform(0.0, 0.3);
   look.blobs = random.integer(1, 4);
   look.spatter = random.integer(3, 12);
   look.arcGlow = random.uniform(40.0, 140.0);
