@@ -52,6 +52,8 @@ void lookClean(TRandom& random, TLook& look) {
 }
 
 void lookNoisy(TRandom& random, TLook& look) {
+  look.fwhmPx = random.uniform(10.0, 16.0);  // the edges of thinner ones come too close under noise
+  look.rootFwhmPx = look.fwhmPx * random.uniform(0.8, 1.0);
   look.flatTop = random.uniform(0.6, 1.0);  // clipped Gaussians would make bright surfaces look wider
   look.brightnessRatio = random.uniform(1.0, 10.0);
   look.fade = random.uniform(0.0, 0.3);
@@ -65,10 +67,12 @@ void lookNoisy(TRandom& random, TLook& look) {
 }
 
 void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
-  look.fwhmPx = random.uniform(10.0, 19.0);
-  look.rootFwhmPx = look.fwhmPx * random.uniform(0.6, 1.0);
-  look.peak = std::max(look.peak, random.uniform(2.0, 6.0) * kWhite);
-  look.speckle = random.uniform(0.25, 0.5);
+  look.fwhmPx = random.uniform(11.0, 19.0);
+  look.rootFwhmPx = look.fwhmPx * random.uniform(0.7, 1.0);
+  look.brightnessRatio = random.uniform(1.0, 4.0);  // speckle breaks up what does not saturate
+  look.peak = random.uniform(2.0, 6.0) * kWhite;
+  look.rootPeak = look.peak * random.uniform(0.5, 1.0);
+  look.speckle = random.uniform(0.2, 0.45);
   look.missingShare = random.uniform(0.02, 0.08);
   look.missingRunPx = std::min(8.0, 0.4 * g.gapPx);
   look.flare = random.uniform(0.0, 0.3);

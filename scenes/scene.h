@@ -91,8 +91,8 @@ enum class TLevel { clean, noisy, harsh };
 // A random joint of that kind at that level of difficulty, its seam within the middle 40 % of the frame width.
 //   clean  unsaturated stripe, nothing else in the frame.
 //   noisy  noise, speckle, surfaces of unlike brightness (up to 10:1), fading, background with texture.
-//   harsh  all that, and a saturated stripe up to 40 px tall, lost stretches, flare, blobs, a ghost, arc glow
-//          and spatter.
+//   harsh  a saturated stripe up to 40 px tall on surfaces up to 4:1, noise, speckle, lost stretches, flare,
+//          blobs, a ghost, arc glow and spatter.
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size = {1280, 1024});
 
 // Parameters that find the joints that randomScene makes.

@@ -9,7 +9,7 @@
 namespace scenes {
 namespace {
 
-constexpr double kSteepestVisible = 3.5;  // slope; walls reflect the stripe away from the camera
+constexpr double kSteepestVisible = 2.5;  // slope; walls reflect the stripe away from the camera
 constexpr double kDarkestVisible = 10.0;  // grey level of the ridge
 constexpr double kKeepNearSeamPx = 30.0;  // no stripe is lost this near to a feature point
 constexpr int kShortestRunPx = 3;         // of a lost stretch
