@@ -4,6 +4,7 @@
 #include "stripe/ridge_path.h"
 #include "stripe/ridge_refine.h"
 #include "stripe/ridge_response.h"
+#include "stripe/ridge_smooth.h"
 
 #include <algorithm>
 
@@ -11,25 +12,39 @@ namespace weld {
 
 namespace {
 
-// Expected stripe between two nodes of a piece, at image column x.
+constexpr double kKeptContrast = 0.35;  // least contrast of a single column over that of its candidates
+
+// Expected stripe at image column x, between two nodes of a piece.
 TRidgeGuess interpolate(const TRidgeNode& left, const TRidgeNode& right, int x) {
   const double from = left.column * kRidgeColumnStep + 0.5;
   const double to = right.column * kRidgeColumnStep + 0.5;
   const double share = to > from ? std::clamp((x - from) / (to - from), 0.0, 1.0) : 0.0;
-  const double y = (left.candidate.y + (right.candidate.y - left.candidate.y) * share) / 2;
-  return {x, y, static_cast<double>(share < 0.5 ? left.candidate.widthPx : right.candidate.widthPx)};
+  const TRidgeCandidate& nearer = share < 0.5 ? left.candidate : right.candidate;
+  TRidgeGuess guess;
+  guess.x = x;
+  guess.y = (left.candidate.y + (right.candidate.y - left.candidate.y) * share) / 2;
+  guess.widthPx = nearer.widthPx;
+  guess.leastContrast = kKeptContrast * nearer.contrast / kRidgeUnit;
+  return guess;
 }
 
-void refinePiece(const cv::Mat& grey, const TRidgePiece& piece, std::vector<TRidgePoint>& points) {
+void refinePiece(const TRidgePiece& piece, int imageColumns, TRidgeRefiner& refiner,
+                 std::vector<TRidgePoint>& points) {
   std::size_t right = 0;
-  const int last = std::min(piece.back().column * kRidgeColumnStep + 1, grey.cols - 1);
+  const int last = std::min(piece.back().column * kRidgeColumnStep + 1, imageColumns - 1);
   for (int x = piece.front().column * kRidgeColumnStep; x <= last; ++x) {
     while (right + 1 < piece.size() && piece[right].column * kRidgeColumnStep < x) ++right;
     const TRidgeNode& left = piece[right == 0 ? 0 : right - 1];
-    const TRidgeGuess guess = interpolate(left, piece[right], x);
-    const auto point = refineRidgePoint(grey, guess, 8.0);
-    if (point) points.push_back(*point);
+    if (const auto ridge = refiner.refine(interpolate(left, piece[right], x))) points.push_back(*ridge);
   }
+}
+
+std::vector<TRidgePoint> refinePath(const cv::Mat& grey, const std::vector<TRidgePiece>& path) {
+  std::vector<TRidgePoint> points;
+  points.reserve(static_cast<std::size_t>(grey.cols));
+  TRidgeRefiner refiner(grey);
+  for (const TRidgePiece& piece : path) refinePiece(piece, grey.cols, refiner, points);
+  return points;
 }
 
 }  // namespace
@@ -41,9 +56,8 @@ std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigm
   const auto levels = buildRidgeLevels(grey, scales.back().level + 1);
   const auto candidates = findRidgeCandidates(levels, scales, minContrast);
   const auto path = findRidgePath(candidates);
-  std::vector<TRidgePoint> points;
-  points.reserve(static_cast<std::size_t>(grey.cols));
-  for (const TRidgePiece& piece : path) refinePiece(grey, piece, points);
+  std::vector<TRidgePoint> points = refinePath(grey, path);
+  smoothRidge(points);
   return points;
 }
 

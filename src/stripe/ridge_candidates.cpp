@@ -15,6 +15,8 @@ constexpr int kUnitsPerBin = kRidgeUnit / 4;
 constexpr double kUpperShare = 0.8;       // quantile above the median that measures the spread
 constexpr double kSigmaPerSpread = 1.19;  // Gaussian sigma over the distance of the two quantiles
 constexpr double kNoiseFactor = 5.0;      // least contrast over the spread of the response
+constexpr int kWeakNumerator = 5;  // a weak candidate has 5/8 of the contrast of a strong one
+constexpr int kWeakShift = 3;
 constexpr double kFloorGrey = 8.0;        // least contrast where there is no noise
 constexpr double kMostOverWanted = 2.0;  // highest threshold over the wanted contrast
 constexpr int kLanes = 32;
@@ -97,9 +99,13 @@ public:
       : level(source),
         halfRows(scale.halfRows),
         widthPx(scale.widthPx),
-        thresholds(chooseThresholds(source, scale.halfRows, minContrast)),
-        rows(3, std::vector<short>(thresholds.size())),
-        columns(thresholds.size()) {}
+        strong(chooseThresholds(source, scale.halfRows, minContrast)),
+        weak(strong.size()),
+        rows(3, std::vector<short>(strong.size())),
+        columns(strong.size()) {
+    std::transform(strong.begin(), strong.end(), weak.begin(),
+                   [](short least) { return static_cast<short>(least * kWeakNumerator >> kWeakShift); });
+  }
 
   std::vector<TRidgeCandidates> run() {
     computeRidgeRow(level, halfRows, 0, row(0));
@@ -118,7 +124,7 @@ private:
     const short* before = row(y + 2);
     const short* here = row(y);
     const short* after = row(y + 1);
-    const short* least = thresholds.data();
+    const short* least = weak.data();
     const int count = level.grey.cols;
     // Positive where the response reaches the threshold and neither neighbour exceeds it; 16-bit minima, so
     // that a whole block of columns is ruled out at once.
@@ -137,7 +143,10 @@ private:
       }
       for (int x = first; x < last; ++x) {
         if (excess(x) <= 0) continue;
-        insertCandidate(columns[static_cast<std::size_t>(x)], {2 * y * level.stepY - 1, here[x], widthPx});
+        const int over = here[x] - least[x];
+        const bool isStrong = here[x] >= strong[static_cast<std::size_t>(x)];
+        insertCandidate(columns[static_cast<std::size_t>(x)],
+                        {2 * y * level.stepY - 1, here[x], widthPx, over, isStrong});
       }
     }
   }
@@ -145,7 +154,8 @@ private:
   const TRidgeLevel& level;
   int halfRows;
   int widthPx;
-  std::vector<short> thresholds;
+  std::vector<short> strong;  // least contrast per column of a strong candidate
+  std::vector<short> weak;    // and of a weak one
   std::vector<std::vector<short>> rows;
   std::vector<TRidgeCandidates> columns;
 };

@@ -11,9 +11,11 @@
 namespace weld {
 
 struct TRidgeCandidate {
-  int y = 0;         // image row, twice: rows and half rows
-  int contrast = 0;  // grey levels times kRidgeUnit
-  int widthPx = 0;   // scale of the strongest response
+  int y = 0;              // image row, twice: rows and half rows
+  int contrast = 0;       // grey levels times kRidgeUnit
+  int widthPx = 0;        // scale of the strongest response
+  int excess = 0;         // contrast over the least that counts, grey levels times kRidgeUnit
+  bool isStrong = false;  // a stripe by itself; the others only continue one
 };
 
 // The strongest candidates of a column, strongest first once merged.

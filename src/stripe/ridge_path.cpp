@@ -10,24 +10,50 @@ namespace {
 
 // Gains and costs are fixed-point numbers; kGainOne is the most that one column can add.
 constexpr int kGainOne = 1024;
-constexpr int kHalfGainContrast = 40 * kRidgeUnit;  // contrast that adds half of it
+constexpr int kHalfGainExcess = 40 * kRidgeUnit;  // contrast over the least one that adds half of it
 constexpr int kReachColumns = 4;                    // columns that a link may skip to, others are breaks
 constexpr int kCostPerRow = 8;                      // per half row of shift
-constexpr int kCostPerExcessRow = 100;              // per half row beyond what a steep flank shifts
+constexpr int kCostPerExcessRow = 50;              // per half row beyond what a steep flank shifts
 constexpr int kSteepRows = 6;                       // half rows of shift per column on a steep flank
 constexpr int kCostPerGapColumn = 100;
-constexpr int kBreakCost = 3 * kGainOne;
-constexpr int kMinPieceColumns = 5;
+constexpr int kBreakCost = 5 * kGainOne;
+constexpr int kMinStrongColumns = 5;  // of a piece
+constexpr int kStrongShare = 4;       // at least one column in so many of a piece is strong
+
+// A piece that stops may resume on its own continuation: the columns between count as if the stripe were
+// there, a little weaker, so that spatter in a missing stretch does not pay.
+constexpr int kResumeColumns = 64;    // longest such gap
+constexpr int kDirectionNodes = 8;    // nodes that tell the direction of a piece
+constexpr int kResumeRows = 6;        // half rows off the continuation that are tolerated,
+constexpr int kResumeRowsPerGap = 3;  // and one more per so many columns of gap
+constexpr int kSideStepCost = kGainOne;  // of resuming farther off than that, besides the excess rows
+constexpr int kResumeGainNum = 5;     // gain of a column between: 5/8 of the last one's
+constexpr int kResumeGainShift = 3;
 constexpr int kNone = -1;
 
 struct TState {
   std::int64_t score = 0;
   int previous = kNone;  // state index
+  int run = 1;           // nodes of the piece so far
   bool isLinked = false;
+  bool isContinued = false;
 };
 
+// A piece that stopped, and its direction.
+struct TEnd {
+  int state = kNone;
+  int shift = 0;    // half rows over
+  int columns = 1;  // so many columns
+};
+
+bool isStripe(const TRidgePiece& piece) {
+  const auto strong =
+      std::count_if(piece.begin(), piece.end(), [](const TRidgeNode& node) { return node.candidate.isStrong; });
+  return strong >= kMinStrongColumns && strong * kStrongShare >= static_cast<std::ptrdiff_t>(piece.size());
+}
+
 int gainOf(const TRidgeCandidate& candidate) {
-  return kGainOne * candidate.contrast / (candidate.contrast + kHalfGainContrast);
+  return kGainOne * candidate.excess / (candidate.excess + kHalfGainExcess);
 }
 
 int linkCost(const TRidgeCandidate& from, const TRidgeCandidate& to, int columns) {
@@ -45,6 +71,7 @@ public:
   std::vector<TRidgePiece> run() {
     int best = kNone;
     for (int c = 0; c < static_cast<int>(columns.size()); ++c) {
+      collectEnds(c - kReachColumns - 1, c);
       const int bestBefore = best;
       for (int i = 0; i < at(c).count; ++i) {
         const int state = enter(c, i, bestBefore);
@@ -63,24 +90,66 @@ private:
   }
   std::int64_t score(int state) const { return states[static_cast<std::size_t>(state)].score; }
 
-  // Best way to reach candidate i of column c: a start, a break after the best path so far, or a link.
+  // Best way to reach candidate i of column c: a start, a break after the best path so far, a link to a
+  // neighbour, or the continuation of a piece that stopped.
   int enter(int c, int i, int bestBefore) {
     const TRidgeCandidate& here = at(c).items[static_cast<std::size_t>(i)];
     TState best;
     if (bestBefore != kNone && score(bestBefore) > kBreakCost) {
-      best = {score(bestBefore) - kBreakCost, bestBefore, false};
+      best.score = score(bestBefore) - kBreakCost;
+      best.previous = bestBefore;
     }
-    for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
-      for (int j = 0; j < at(c - step).count; ++j) {
-        const int from = (c - step) * kPerColumn + j;
-        const int cost = linkCost(candidate(from), here, step);
-        if (cost < kBreakCost && score(from) - cost > best.score) best = {score(from) - cost, from, true};
-      }
-    }
+    link(c, here, best);
+    if (!best.isLinked) resume(c, here, best);
     best.score += gainOf(here);
     const int state = c * kPerColumn + i;
     states[static_cast<std::size_t>(state)] = best;
     return state;
+  }
+
+  void link(int c, const TRidgeCandidate& here, TState& best) {
+    for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
+      for (int j = 0; j < at(c - step).count; ++j) {
+        const int from = (c - step) * kPerColumn + j;
+        const int cost = linkCost(candidate(from), here, step);
+        if (cost >= kBreakCost || score(from) - cost <= best.score) continue;
+        best.score = score(from) - cost;
+        best.previous = from;
+        best.isLinked = true;
+      }
+    }
+    if (!best.isLinked) return;
+    TState& from = states[static_cast<std::size_t>(best.previous)];
+    from.isContinued = true;
+    best.run = from.run + 1;
+  }
+
+  void resume(int c, const TRidgeCandidate& here, TState& best) const {
+    for (const TEnd& end : ends) {
+      const int gap = c - end.state / kPerColumn;
+      const int expected = candidate(end.state).y + end.shift * gap / end.columns;
+      const int off = std::abs(here.y - expected) - kResumeRows - gap / kResumeRowsPerGap;
+      const int gain = std::min(gainOf(candidate(end.state)), gainOf(here));
+      const int bonus = (gap - 1) * gain * kResumeGainNum >> kResumeGainShift;
+      const std::int64_t total = score(end.state) + (off <= 0 ? bonus : -kSideStepCost - off * kCostPerExcessRow);
+      if (total <= best.score) continue;
+      best.score = total;
+      best.previous = end.state;
+    }
+  }
+
+  // Notes the pieces that stopped at column c, and forgets those out of reach of column `now`.
+  void collectEnds(int c, int now) {
+    const auto isOld = [&](const TEnd& end) { return now - end.state / kPerColumn > kResumeColumns; };
+    ends.erase(std::remove_if(ends.begin(), ends.end(), isOld), ends.end());
+    for (int i = 0; c >= 0 && i < at(c).count; ++i) {
+      const int state = c * kPerColumn + i;
+      const TState& last = states[static_cast<std::size_t>(state)];
+      if (last.isContinued || last.run < kDirectionNodes) continue;
+      int first = state;
+      for (int n = 1; n < kDirectionNodes; ++n) first = states[static_cast<std::size_t>(first)].previous;
+      ends.push_back({state, candidate(state).y - candidate(first).y, c - first / kPerColumn});
+    }
   }
 
   std::vector<TRidgePiece> collect(int last) const {
@@ -91,7 +160,7 @@ private:
       piece.push_back({s / kPerColumn, candidate(s)});
       if (!state.isLinked) {
         std::reverse(piece.begin(), piece.end());
-        if (static_cast<int>(piece.size()) >= kMinPieceColumns) pieces.push_back(std::move(piece));
+        if (isStripe(piece)) pieces.push_back(std::move(piece));
         piece.clear();
       }
       s = state.previous;
@@ -102,6 +171,7 @@ private:
 
   const std::vector<TRidgeCandidates>& columns;
   std::vector<TState> states;
+  std::vector<TEnd> ends;
 };
 
 }  // namespace

@@ -7,80 +7,95 @@ namespace weld {
 
 namespace {
 
-constexpr double kKernelPerFwhm = 1.27;  // half support of the matched kernel, so that its sigma is the stripe's
+constexpr double kTrustedWidth = 1.2;  // wider than this over the guess, the stripe is measured again
+constexpr double kMostWidening = 3.0;
+constexpr int kMinPeakReachPx = 2;     // search for the peak: half the width, at least this, either way
+constexpr int kMinBackDistancePx = 3;  // the background begins a width off the centre, at least this
+constexpr double kWalkWidths = 1.5;    // an edge is sought so many widths off the peak
+constexpr int kSmoothingShare = 8;     // wide profiles are read as means over +- this part of the width
+constexpr double kWidePx = 24.0;       // wider stripes take the middle of their edges
+constexpr double kKernelPerFwhm = 1.27;  // half support of the kernel, so that its sigma is the stripe's own
 constexpr double kMinKernelPx = 2.5;
 constexpr int kNewtonSteps = 3;
-constexpr double kWidePx = 24.0;  // wider stripes take the middle of their edges
 
-// Grey levels of one column; rows outside the image repeat its border.
-class TColumn {
-public:
-  TColumn(const cv::Mat& grey, int x) : base(grey.ptr<uchar>(0) + x), step(grey.step[0]), rows(grey.rows) {}
-  int operator[](int y) const { return base[step * static_cast<std::size_t>(std::clamp(y, 0, rows - 1))]; }
-  double mean(int first, int last) const {
-    int sum = 0;
-    for (int y = first; y <= last; ++y) sum += (*this)[y];
-    return static_cast<double>(sum) / (last - first + 1);
+}  // namespace
+
+void TRidgeRefiner::load(int x, int first, int last) {
+  firstRow = first;
+  sums.resize(static_cast<std::size_t>(last - first + 2));
+  sums[0] = 0;
+  const int bottom = image.rows - 1;
+  const uchar* column = image.ptr<uchar>(0) + x;
+  int sum = 0;
+  for (int y = first; y <= last; ++y) {
+    sum += column[image.step[0] * static_cast<std::size_t>(std::clamp(y, 0, bottom))];
+    sums[static_cast<std::size_t>(y - first + 1)] = sum;
   }
+}
 
-private:
-  const uchar* base;
-  std::size_t step;
-  int rows;
-};
+double TRidgeRefiner::mean(int first, int last) const {
+  return static_cast<double>(sums[static_cast<std::size_t>(last - firstRow + 1)] -
+                             sums[static_cast<std::size_t>(first - firstRow)]) /
+         (last - first + 1);
+}
 
-struct TProfile {
-  double peak = 0.0;
-  double backAbove = 0.0;
-  double backBelow = 0.0;
-  int peakRow = 0;
-  int smoothRows = 0;  // half height of the mean that steadies wide profiles
-};
-
-TProfile measureLevels(const TColumn& column, int middle, double widthPx) {
-  TProfile profile;
-  const int reach = std::max(2, static_cast<int>(widthPx / 2));
-  profile.smoothRows = static_cast<int>(widthPx / 8);
-  for (int y = middle - reach; y <= middle + reach; ++y) {
-    const double level = column.mean(y - profile.smoothRows, y + profile.smoothRows);
-    const bool isCloser = std::abs(y - middle) < std::abs(profile.peakRow - middle);
-    if (level > profile.peak || (level == profile.peak && isCloser) || y == middle - reach) {
-      profile.peak = level;
-      profile.peakRow = y;
+TRidgeRefiner::TPeak TRidgeRefiner::findPeak(int middle, int reach, int smoothRows) const {
+  TPeak peak{middle, mean(middle - smoothRows, middle + smoothRows)};
+  // Outwards, so that of equal rows the one nearest to the middle wins.
+  for (int i = 1; i <= reach; ++i) {
+    for (const int y : {middle - i, middle + i}) {
+      const double level = mean(y - smoothRows, y + smoothRows);
+      if (level > peak.level) peak = {y, level};
     }
   }
-  const int near = std::max(3, static_cast<int>(widthPx));
-  const int far = near + std::max(1, static_cast<int>(widthPx / 2));
-  profile.backAbove = column.mean(middle - far, middle - near);
-  profile.backBelow = column.mean(middle + near, middle + far);
-  return profile;
+  return peak;
 }
 
 // Row where the profile falls to half its height, walking from the peak in direction `step`.
-double findHalfHeight(const TColumn& column, const TProfile& profile, double back, int step, int limit) {
-  const double half = (profile.peak + back) / 2;
-  double inner = profile.peak;
+double TRidgeRefiner::findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const {
+  const double half = (peak.level + back) / 2;
+  double inner = peak.level;
   for (int i = 1; i <= limit; ++i) {
-    const int y = profile.peakRow + i * step;
-    const double level = column.mean(y - profile.smoothRows, y + profile.smoothRows);
-    if (level < half) return y - step * (half - level) / std::max(inner - level, 1e-9);
+    const int y = peak.row + i * step;
+    const double level = mean(y - smoothRows, y + smoothRows);
+    if (level < half) return y - step * (half - level) / (inner - level);
     inner = level;
   }
-  return profile.peakRow + limit * step;
+  return peak.row + limit * step;
+}
+
+TRidgeRefiner::TExtent TRidgeRefiner::measureExtent(int x, double y, double widthPx) {
+  const int middle = static_cast<int>(std::floor(y + 0.5));
+  const int smoothRows = static_cast<int>(widthPx) / kSmoothingShare;
+  const int reach = std::max(kMinPeakReachPx, static_cast<int>(widthPx / 2));
+  const int limit = static_cast<int>(kWalkWidths * widthPx) + kMinBackDistancePx;
+  const int near = std::max(kMinBackDistancePx, static_cast<int>(widthPx));
+  const int far = near + std::max(1, static_cast<int>(widthPx / 2));
+  const int extent = std::max(far, reach + limit + smoothRows);
+  load(x, middle - extent, middle + extent);
+
+  const TPeak peak = findPeak(middle, reach, smoothRows);
+  const double above = mean(middle - far, middle - near);
+  const double below = mean(middle + near, middle + far);
+  const double top = findHalfHeight(peak, above, -1, limit, smoothRows);
+  const double bottom = findHalfHeight(peak, below, 1, limit, smoothRows);
+  return {(top + bottom) / 2, bottom - top, peak.level - std::max(above, below), (above + below) / 2};
 }
 
 // Maximum of the correlation with the kernel (1 - u^2)^3, which comes close to a Gaussian of the stripe's
 // own sigma: the best linear estimate of position in white noise.
-double correlatePosition(const TColumn& column, double start, double back, double halfSupport) {
+double TRidgeRefiner::correlatePosition(double start, double back, double halfSupport) const {
   double centre = start;
   for (int i = 0; i < kNewtonSteps; ++i) {
     double slope = 0.0;
     double curvature = 0.0;
-    const int last = static_cast<int>(std::floor(centre + halfSupport));
-    for (int y = static_cast<int>(std::ceil(centre - halfSupport)); y <= last; ++y) {
+    const int last = std::min(static_cast<int>(std::floor(centre + halfSupport)),
+                              firstRow + static_cast<int>(sums.size()) - 2);
+    const int first = std::max(static_cast<int>(std::ceil(centre - halfSupport)), firstRow);
+    for (int y = first; y <= last; ++y) {
       const double u = (y - centre) / halfSupport;
       const double rest = 1.0 - u * u;
-      const double height = column[y] - back;
+      const double height = levelAt(y) - back;
       slope += height * u * rest * rest;
       curvature += height * rest * (1.0 - 5.0 * u * u);
     }
@@ -90,30 +105,23 @@ double correlatePosition(const TColumn& column, double start, double back, doubl
   return std::abs(centre - start) < halfSupport / 2 ? centre : start;
 }
 
-}  // namespace
-
-std::optional<TRidgePoint> refineRidgePoint(const cv::Mat& grey, const TRidgeGuess& guess, double leastContrast) {
-  const TColumn column(grey, guess.x);
-  const int middle = static_cast<int>(std::floor(guess.y + 0.5));
-  const TProfile profile = measureLevels(column, middle, guess.widthPx);
-  const double contrast = profile.peak - std::max(profile.backAbove, profile.backBelow);
-  if (!(contrast >= leastContrast)) return std::nullopt;
-
-  const int limit = static_cast<int>(2 * guess.widthPx) + 3;
-  const double top = findHalfHeight(column, profile, profile.backAbove, -1, limit);
-  const double bottom = findHalfHeight(column, profile, profile.backBelow, 1, limit);
-  const double fwhm = bottom - top;
-  double centre = (top + bottom) / 2;
-  if (fwhm <= kWidePx) {
-    const double back = (profile.backAbove + profile.backBelow) / 2;
-    centre = correlatePosition(column, centre, back, std::max(kMinKernelPx, kKernelPerFwhm * fwhm));
+std::optional<TRidgePoint> TRidgeRefiner::refine(const TRidgeGuess& guess) {
+  TExtent extent = measureExtent(guess.x, guess.y, guess.widthPx);
+  // Much wider than the guess, the background was read on the stripe's own shoulders.
+  if (extent.fwhm > kTrustedWidth * guess.widthPx) {
+    extent = measureExtent(guess.x, extent.middle, std::min(extent.fwhm, kMostWidening * guess.widthPx));
   }
-  if (!(centre >= 0.0 && centre <= grey.rows - 1)) return std::nullopt;
-  TRidgePoint point;
-  point.point = cv::Point2f(static_cast<float>(guess.x), static_cast<float>(centre));
-  point.widthPx = static_cast<float>(fwhm);
-  point.contrast = static_cast<float>(contrast);
-  return point;
+  if (!(extent.contrast >= guess.leastContrast)) return std::nullopt;
+  double centre = extent.middle;
+  if (extent.fwhm <= kWidePx) {
+    centre = correlatePosition(centre, extent.back, std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm));
+  }
+  if (!(centre >= 0.0 && centre <= image.rows - 1)) return std::nullopt;
+  TRidgePoint ridge;
+  ridge.point = cv::Point2f(static_cast<float>(guess.x), static_cast<float>(centre));
+  ridge.widthPx = static_cast<float>(extent.fwhm);
+  ridge.contrast = static_cast<float>(extent.contrast);
+  return ridge;
 }
 
 }  // namespace weld

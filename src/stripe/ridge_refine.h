@@ -6,6 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include <optional>
+#include <vector>
 
 namespace weld {
 
@@ -14,11 +15,41 @@ struct TRidgeGuess {
   int x = 0;
   double y = 0.0;
   double widthPx = 0.0;
+  double leastContrast = 0.0;  // grey levels
 };
 
-// Measures the stripe near the guess on the raw grey levels of column x: half-height extent, contrast over
-// the brighter side, and the centre. None when the contrast is below leastContrast (grey levels).
-// Confidence is left at 0.
-std::optional<TRidgePoint> refineRidgePoint(const cv::Mat& grey, const TRidgeGuess& guess, double leastContrast);
+// Measures stripes on the raw grey levels; keeps its working memory from column to column.
+class TRidgeRefiner {
+public:
+  explicit TRidgeRefiner(const cv::Mat& grey) : image(grey) {}
+
+  // The stripe near the guess: half-height extent, contrast over the brighter side, and centre. None when the
+  // contrast is too low. Confidence is left at 0.
+  std::optional<TRidgePoint> refine(const TRidgeGuess& guess);
+
+private:
+  struct TExtent {
+    double middle = 0.0;    // half way between the edges, px
+    double fwhm = 0.0;      // px
+    double contrast = 0.0;  // over the brighter side
+    double back = 0.0;      // mean of both sides
+  };
+  struct TPeak {
+    int row = 0;
+    double level = 0.0;
+  };
+
+  void load(int x, int first, int last);
+  int levelAt(int y) const { return sums[y - firstRow + 1] - sums[y - firstRow]; }
+  double mean(int first, int last) const;
+  TPeak findPeak(int middle, int reach, int smoothRows) const;
+  double findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const;
+  TExtent measureExtent(int x, double y, double widthPx);
+  double correlatePosition(double start, double back, double halfSupport) const;
+
+  const cv::Mat& image;
+  std::vector<int> sums;  // running sums of a column from firstRow on; rows outside the image repeat its border
+  int firstRow = 0;
+};
 
 }  // namespace weld
