@@ -49,14 +49,12 @@ build-clang: ## build everything with clang
 bench: ## build and run the benchmarks
 	$(setup) build bench
 	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
-	$(call compile,$(BUILD))
-	cmake --build $(BUILD) --target bench
+	$(call compile,$(BUILD)) --target bench
 
-accuracy: ## measure the pixel errors that docs/ quotes
-	$(setup) build bench
-	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
-	$(call compile,$(BUILD))
-	cmake --build $(BUILD) --target accuracy
+accuracy: ## print tables of the pixel errors of single stages
+	$(setup) build test
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD)) --target accuracy
 
 install: build ## install to PREFIX (default /usr/local)
 	cmake --install $(BUILD) --prefix "$(PREFIX)"

@@ -1,4 +1,4 @@
-# What `cmake --install` puts in place: library, headers, program, CMake package and pkg-config file.
+# What `cmake --install` puts in place besides the program: library, headers, CMake package and pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zelWeldDetect)
@@ -15,9 +15,7 @@ install(FILES ${PROJECT_BINARY_DIR}/zelWeldDetectConfig.cmake
               ${PROJECT_BINARY_DIR}/zelWeldDetectConfigVersion.cmake cmake/FindOpenCV.cmake
         DESTINATION ${package_dir})
 
-# The installed tree can be moved: the program finds the library, and pkg-config the prefix, from where
-# they are themselves.
-file(RELATIVE_PATH libdir_from_bindir /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+# The installed tree can be moved: pkg-config finds the prefix from where the file itself lies.
 file(RELATIVE_PATH prefix_from_pcdir /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 
 list(TRANSFORM OpenCV_INCLUDE_DIRS PREPEND -I OUTPUT_VARIABLE opencv_cflags)
@@ -25,8 +23,3 @@ list(JOIN opencv_cflags " " opencv_cflags)
 configure_file(cmake/zelWeldDetect.pc.in zelWeldDetect.pc.configured @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/zelWeldDetect.pc INPUT ${PROJECT_BINARY_DIR}/zelWeldDetect.pc.configured)
 install(FILES ${PROJECT_BINARY_DIR}/zelWeldDetect.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-
-if(TARGET zelweld)
-  set_target_properties(zelweld PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_bindir}")
-  install(TARGETS zelweld)
-endif()
