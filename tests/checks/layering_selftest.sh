@@ -5,10 +5,12 @@ check=$(cd "$(dirname "$0")" && pwd)/layering.sh
 dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
 
-# verdict FILE INCLUDE: runs the check on a project that holds only this include.
+# verdict FILE INCLUDE: runs the check on a project that holds two detectors and this include.
 verdict() {
   rm -rf "${dir:?}"/*
   mkdir -p "$dir/$(dirname "$1")"
+  mkdir -p "$dir/src/api"
+  printf '#include "detectors/%s.h"\n' detector_object gap presence >"$dir/src/api/dispatch.cpp"
   echo "#include $2" >"$dir/$1"
   if bash "$check" "$dir" >/dev/null; then echo right; else echo wrong; fi
 }
@@ -32,6 +34,7 @@ right  src/detectors/gap.cpp            "detectors/gap.h"
 right  src/detectors/gap.cpp            "detectors/stripe_front_end.h"
 right  src/detectors/gap.cpp            "geometry/line_fitting.h"
 wrong  src/detectors/gap.cpp            "detectors/presence.h"
+right  src/detectors/presence.cpp       "detectors/presence.h"
 wrong  src/detectors/gap.cpp            "api/image_check.h"
 right  src/api/tracking.cpp             "detectors/gap.h"
 wrong  src/api/tracking.cpp             "stripe/centres.h"
