@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
 # cmake starts its own make with its own -j.
-unexport MAKEFLAGS MFLAGS
+unexport MAKEFLAGS MFLAGS MAKELEVEL
 
 setup = @scripts/setup.sh
 compile = cmake --build $(1) -j $(JOBS)
