@@ -1,7 +1,7 @@
 # Options, language level, optimisation and warnings of every target in the project.
 include(GNUInstallDirs)
 
-option(ZELWELD_BUILD_TOOLS "Build the program zelweld" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_BUILD_TOOLS "Build the programs zelweld and zelweld_demo" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
@@ -21,9 +21,12 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 
-# Same input, same bits: no contraction into fused multiply-add, on any processor. Build paths stay out
-# of the binaries.
-add_compile_options(-ffp-contract=off -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+# Same input, same bits: no contraction into fused multiply-add, on any processor.
+add_compile_options(-ffp-contract=off)
+
+# Build paths stay out of the binaries.
+add_compile_options(-ffile-prefix-map=${PROJECT_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 if(ZELWELD_WERROR)
@@ -31,6 +34,9 @@ if(ZELWELD_WERROR)
 endif()
 
 if(ZELWELD_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=address,undefined)
+  # float-cast-overflow is not part of "undefined": a NaN or huge value cast to an integer.
+  set(sanitizers -fsanitize=address,undefined,float-cast-overflow)
+  add_compile_options(${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+  add_link_options(${sanitizers})
 endif()

@@ -1,0 +1,70 @@
+# Front door of the project: every target installs what it lacks (scripts/setup.sh), configures and builds.
+BUILD ?= build
+PREFIX ?= /usr/local
+JOBS ?= $(shell nproc)
+CMAKE_FLAGS ?=
+
+# cmake starts its own make with its own -j.
+unexport MAKEFLAGS MFLAGS MAKELEVEL
+
+setup = @scripts/setup.sh
+compile = cmake --build $(1) -j $(JOBS)
+run_tests = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
+
+# A first configuration leaves out tests and benchmarks, so that building and the demo do not need their
+# packages; `make test` and `make bench` turn them on for good.
+first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
+configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
+
+.PHONY: build demo test test-asan build-clang bench accuracy install format clean help
+
+build: ## build the library, the program zelweld and the examples (the default)
+	$(setup) build
+	$(configure)
+	$(call compile,$(BUILD))
+
+demo: ## simulate seams, track them, leave annotated frames in demo-out/
+	$(setup) build
+	$(configure)
+	$(call compile,$(BUILD)) --target zelweld_demo
+	$(BUILD)/tools/zelweld_demo --out demo-out
+
+test: ## build and run all tests
+	$(setup) build test
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD))
+	$(call run_tests,$(BUILD))
+
+test-asan: ## the tests under the address and undefined-behaviour sanitizers
+	$(setup) build test
+	cmake -S . -B $(BUILD)-asan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
+	$(call compile,$(BUILD)-asan)
+	$(call run_tests,$(BUILD)-asan)
+
+build-clang: ## build everything with clang
+	$(setup) build test bench clang
+	cmake -S . -B $(BUILD)-clang -DCMAKE_CXX_COMPILER=clang++ $(CMAKE_FLAGS)
+	$(call compile,$(BUILD)-clang)
+
+bench: ## build and run the benchmarks
+	$(setup) build bench
+	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
+	$(call compile,$(BUILD)) --target bench
+
+accuracy: ## print tables of the pixel errors of single stages
+	$(setup) build test
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD)) --target accuracy
+
+install: build ## install to PREFIX (default /usr/local)
+	cmake --install $(BUILD) --prefix "$(PREFIX)"
+
+format: ## format the sources
+	$(setup) format
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean: ## remove what the targets above made
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-clang demo-out
+
+help: ## list the targets
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' Makefile

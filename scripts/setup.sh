@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
+# and does nothing when all is there.
+#
+#   scripts/setup.sh build|test|bench|clang|format ...
+set -euo pipefail
+
+# Prints "package probe" lines for a step; the probe is a command or, with a slash or dot, a header.
+requirements() {
+  case "$1" in
+    build)
+      cat <<'LIST'
+g++                      g++
+cmake                    cmake
+make                     make
+libopencv-core-dev       opencv2/core.hpp
+libopencv-imgproc-dev    opencv2/imgproc.hpp
+libopencv-imgcodecs-dev  opencv2/imgcodecs.hpp
+libopencv-videoio-dev    opencv2/videoio.hpp
+libcli11-dev             CLI/CLI.hpp
+nlohmann-json3-dev       nlohmann/json.hpp
+LIST
+      ;;
+    test)
+      cat <<'LIST'
+libgtest-dev             gtest/gtest.h
+pkg-config               pkg-config
+binutils                 nm
+LIST
+      ;;
+    bench) echo "libbenchmark-dev benchmark/benchmark.h" ;;
+    clang) echo "clang clang++" ;;
+    format) echo "clang-format clang-format" ;;
+    *)
+      echo "setup.sh: unknown step '$1'; use build, test, bench, clang or format" >&2
+      exit 2
+      ;;
+  esac
+}
+
+is_there() {
+  case "$1" in
+    *[/.]*)
+      local root
+      for root in /usr/include /usr/include/opencv4 /usr/local/include /usr/local/include/opencv4; do
+        [ -e "$root/$1" ] && return 0
+      done
+      return 1
+      ;;
+    *) command -v "$1" >/dev/null ;;
+  esac
+}
+
+missing=()
+for step in "$@"; do
+  list=$(requirements "$step")
+  while read -r package probe; do
+    is_there "$probe" || missing+=("$package")
+  done <<<"$list"
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+if ! command -v apt-get >/dev/null; then
+  echo "setup.sh: this machine has no apt-get; what these Debian packages hold is missing: ${missing[*]}" >&2
+  exit 1
+fi
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "setup.sh: not root and no sudo; as root: apt-get install --no-install-recommends ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+
+echo "Installing through ${as_root[*]:+sudo }apt-get: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+  apt-get install -y -qq --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}"

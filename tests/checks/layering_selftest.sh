@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Shows that layering.sh accepts right includes and catches each kind of wrong one.
+set -euo pipefail
+check=$(cd "$(dirname "$0")" && pwd)/layering.sh
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+
+# verdict FILE INCLUDE: runs the check on a project that holds two detectors and this include.
+verdict() {
+  rm -rf "${dir:?}"/*
+  mkdir -p "$dir/$(dirname "$1")"
+  mkdir -p "$dir/src/api"
+  printf '#include "detectors/%s.h"\n' detector_object gap presence >"$dir/src/api/dispatch.cpp"
+  echo "#include $2" >"$dir/$1"
+  if bash "$check" "$dir" >/dev/null; then echo right; else echo wrong; fi
+}
+
+failures=0
+while read -r expected file include; do
+  actual=$(verdict "$file" "$include")
+  if [ "$actual" != "$expected" ]; then
+    echo "$file including $include: $actual, expected $expected"
+    failures=$((failures + 1))
+  fi
+done <<'TABLE'
+right  src/stripe/regions.cpp           "stripe/regions.h"
+right  src/stripe/regions.cpp           "support/line_math.h"
+wrong  src/stripe/regions.cpp           "geometry/line_fitting.h"
+wrong  src/stripe/regions.cpp           "../geometry/line_fitting.h"
+wrong  src/geometry/line_fitting.cpp    "stripe/regions.h"
+wrong  src/support/line_fit.cpp         "stripe/regions.h"
+wrong  src/lighting/exposure.cpp        "stripe/regions.h"
+right  src/detectors/gap.cpp            "detectors/gap.h"
+right  src/detectors/gap.cpp            "detectors/stripe_front_end.h"
+right  src/detectors/gap.cpp            "geometry/line_fitting.h"
+wrong  src/detectors/gap.cpp            "detectors/presence.h"
+right  src/detectors/presence.cpp       "detectors/presence.h"
+wrong  src/detectors/gap.cpp            "api/image_check.h"
+right  src/api/tracking.cpp             "detectors/gap.h"
+wrong  src/api/tracking.cpp             "stripe/centres.h"
+wrong  src/api/tracking.cpp             "scenes/scene.h"
+right  include/zelWeldDetect.h          <opencv2/core.hpp>
+wrong  include/zelWeldDetect.h          <opencv2/imgproc.hpp>
+wrong  include/zelWeldDetect.h          "support/line_fit.h"
+right  src/stripe/centres.cpp           <opencv2/imgproc.hpp>
+wrong  src/stripe/centres.cpp           <opencv2/imgcodecs.hpp>
+right  scenes/scene.cpp                 <zelWeldDetect.h>
+wrong  scenes/scene.cpp                 "stripe/centres.h"
+wrong  examples/01_first_frame.cpp      "scenes/scene.h"
+right  tools/track.cpp                  "scenes/scene.h"
+wrong  tools/track.cpp                  "stripe/centres.h"
+right  tests/unit/stripe/centres.cpp    "stripe/centres.h"
+wrong  tests/scenarios/gap.cpp          "stripe/centres.h"
+wrong  src/api/tracking.cpp             "unknown/thing.h"
+TABLE
+exit $((failures > 0))
