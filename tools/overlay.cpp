@@ -78,8 +78,8 @@ void drawStripe(cv::Mat& image, const std::vector<cv::Point2f>& points) {
 }
 
 void drawCross(cv::Mat& image, cv::Point2d centre) {
-  const double arm = 22.0 * drawingScale(image);
-  const double hole = 5.0 * drawingScale(image);
+  const double arm = 26.0 * drawingScale(image);
+  const double hole = 9.0 * drawingScale(image);
   for (const auto& [colour, px] : {std::pair(BLACK, 5.0), std::pair(SEAM_COLOUR, 2.5)}) {
     for (const cv::Point2d& way : {cv::Point2d(1, 0), cv::Point2d(-1, 0), cv::Point2d(0, 1), cv::Point2d(0, -1)}) {
       cv::line(image, fine(centre + way * hole), fine(centre + way * arm), colour, lineWidth(image, px), cv::LINE_AA,
