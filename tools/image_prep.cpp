@@ -74,6 +74,13 @@ TChannel parseChannel(const std::string& text) {
   throw usageError("--channel: unknown channel '" + text + "': use grey, red, green, blue, red-excess");
 }
 
+int parseRotation(const std::string& text) {
+  if (text == "90") return 90;
+  if (text == "180") return 180;
+  if (text == "270") return 270;
+  throw usageError("--rotate: '" + text + "' is no quarter turn: use 90, 180, 270 (degrees clockwise)");
+}
+
 cv::Rect parseRegion(const std::string& text) {
   constexpr double MAX_PX = 1e6;
   const std::vector<double> values = parseNumbers(text, ',', 4);

@@ -20,6 +20,9 @@ struct TPreparation {
 // "grey", "red", "green", "blue", "red-excess". Throws a usage error for anything else.
 TChannel parseChannel(const std::string& text);
 
+// "90", "180" or "270". Throws a usage error for anything else.
+int parseRotation(const std::string& text);
+
 // "x,y,w,h" with w and h at least 1. Throws a usage error for anything else.
 cv::Rect parseRegion(const std::string& text);
 

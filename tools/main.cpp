@@ -1,14 +1,17 @@
 // zelweld: finds seams in images, draws images with known seams, and explains the parameters.
 #include "tools/cli_error.h"
 #include "tools/commands.h"
+#include "tools/text.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -27,8 +30,21 @@ std::string helpHint(const CLI::App& program) {
   return "; see zelweld " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
 }
 
+// The parser reports a mistyped subcommand as a missing one, so it is looked up here.
+void checkSubcommand(const CLI::App& program, int argc, char** argv) {
+  const std::string word = argc > 1 ? argv[1] : "";
+  std::vector<std::string> names;
+  for (const CLI::App* const command : program.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  if (argc > 1 && word[0] != '-' && std::find(names.begin(), names.end(), word) == names.end()) {
+    throw tool::usageError("unknown subcommand '" + word + "': use " + tool::join(names, ", "));
+  }
+}
+
 int run(CLI::App& program, int argc, char** argv) {
   try {
+    checkSubcommand(program, argc, argv);
     program.parse(argc, argv);
     return static_cast<int>(TExit::ok);
   } catch (const CLI::Success& help) {

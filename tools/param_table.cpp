@@ -144,7 +144,7 @@ std::string describeLimits(const TParamSpec& spec) {
     return "true or false";
   }
   return (isWhole(spec) ? "a whole number " : "") + std::string(spec.limits.isMinExcluded ? "above " : "") +
-         plain(spec.limits.min) + " to " + plain(spec.limits.max);
+         plain(spec.limits.min) + (spec.limits.isMinExcluded ? ", up to " : " to ") + plain(spec.limits.max);
 }
 
 nlohmann::ordered_json getParam(const TWeldParams& params, const TParamSpec& spec) {

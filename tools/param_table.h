@@ -39,7 +39,7 @@ const std::vector<TParamSpec>& paramsOf(TWeldType type);
 // The parameter of that name. Throws a usage error when the joint does not read it.
 const TParamSpec& findParam(TWeldType type, const std::string& name);
 
-// "0 to 1", "above 0 to 1000", "true or false".
+// "0 to 1", "above 0, up to 1000", "true or false".
 std::string describeLimits(const TParamSpec& spec);
 
 // The value as a JSON number or boolean.

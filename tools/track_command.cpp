@@ -27,7 +27,7 @@ struct TOptions {
   std::vector<std::string> inputs;
   TParamSource source;
   bool isFirstOnly = false;
-  int rotationDeg = 0;
+  std::string rotation;
   std::string channel = "grey";
   std::string region;
   std::string outFolder;
@@ -47,13 +47,11 @@ struct TJob {
 };
 
 TPreparation preparationOf(const TOptions& options) {
-  const int turn = options.rotationDeg;
-  if (turn != 0 && turn != 90 && turn != 180 && turn != 270) {
-    throw usageError("--rotate: " + std::to_string(turn) + " is no quarter turn; use 90, 180 or 270 (clockwise)");
-  }
   TPreparation preparation;
-  preparation.rotationDeg = turn;
   preparation.channel = parseChannel(options.channel);
+  if (!options.rotation.empty()) {
+    preparation.rotationDeg = parseRotation(options.rotation);
+  }
   if (!options.region.empty()) {
     preparation.region = parseRegion(options.region);
   }
@@ -166,7 +164,7 @@ void addTrackCommand(CLI::App& program) {
       ->allow_extra_args(false);
   command->add_flag("--first-only", options->isFirstOnly, "Search every frame anew instead of tracking");
   command->add_option("--roi", options->region, "Cut the stored image to x,y,width,height first");
-  command->add_option("--rotate", options->rotationDeg, "Then turn it clockwise by 90, 180 or 270 degrees");
+  command->add_option("--rotate", options->rotation, "Then turn it clockwise by 90, 180 or 270 degrees");
   command->add_option("--channel", options->channel, "Then take grey, red, green, blue or red-excess")
       ->capture_default_str();
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
