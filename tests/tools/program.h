@@ -1,0 +1,42 @@
+// Runs the built program in a folder of its own and keeps what it printed.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <opencv2/core.hpp>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+struct TRun {
+  int exitCode = -1;
+  std::string out;
+  std::string err;
+};
+
+std::vector<std::string> linesOf(const std::string& text);
+
+// One JSON object per line of the text.
+std::vector<nlohmann::json> recordsOf(const std::string& text);
+
+// A file's bytes, and a file made of bytes.
+std::string readFile(const std::filesystem::path& path);
+void writeFile(const std::filesystem::path& path, const std::string& bytes);
+
+class ZelweldTest : public testing::Test {
+protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  // Runs `zelweld <arguments>` in the test's folder; the arguments are shell text.
+  TRun zelweld(const std::string& arguments) const;
+
+  // The same, expected to succeed.
+  TRun zelweldOk(const std::string& arguments) const;
+
+  // Draws a small sequence into folder/`name`.
+  void simulate(const std::string& name, const std::string& options) const;
+
+  std::filesystem::path folder;
+};

@@ -1,0 +1,25 @@
+// How a command ends when it cannot go on: one line of text and an exit code.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+enum class TExit : int {
+  ok = 0,
+  failure = 1,  // output that cannot be written, or a fault outside this program
+  usage = 2,    // options, names and values
+  input = 3     // input that cannot be read
+};
+
+class TCliError : public std::runtime_error {
+public:
+  TCliError(TExit code, const std::string& text) : std::runtime_error(text), exitCode(code) {}
+  const TExit exitCode;
+};
+
+inline TCliError usageError(const std::string& text) { return {TExit::usage, text}; }
+inline TCliError inputError(const std::string& text) { return {TExit::input, text}; }
+
+}  // namespace tool

@@ -1,0 +1,12 @@
+// The subcommands. Each one adds itself, its options and what it does to the program.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace tool {
+
+void addTrackCommand(CLI::App& program);
+void addSimulateCommand(CLI::App& program);
+void addParamsCommand(CLI::App& program);
+
+}  // namespace tool

@@ -1,0 +1,190 @@
+// Demonstration: simulates sequences of every joint that has a detector, tracks them frame to frame and compares
+// each result with the truth. Leaves annotated frames and a contact sheet, and fails when the seam is not found
+// in 99 % of the frames or lies more than a pixel away from the truth in the median.
+#include "tools/cli_error.h"
+#include "tools/detection.h"
+#include "tools/image_file.h"
+#include "tools/names.h"
+#include "tools/overlay.h"
+#include "tools/progress.h"
+#include "tools/stats.h"
+#include "tools/text.h"
+
+#include "scenes/scene.h"
+
+#include <CLI/CLI.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+
+namespace {
+
+using scenes::TJoint;
+using scenes::TLevel;
+using tool::TOverlay;
+namespace fs = std::filesystem;
+
+const std::vector<TJoint> JOINTS = {TJoint::buttGap, TJoint::plain};
+
+struct TLevelRow {
+  TLevel level;
+  std::string name;
+};
+const std::vector<TLevelRow> LEVELS = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
+
+constexpr int SEQUENCES = 4;             // per joint and level
+constexpr int FRAMES = 60;               // per sequence
+constexpr int ANNOTATE_EVERY = 30;       // frames
+constexpr float THUMBNAIL_SCALE = 0.25F;  // of a frame's side
+constexpr double MIN_FOUND_SHARE = 0.99;
+constexpr double MAX_MEDIAN_ERROR_PX = 1.0;
+
+struct TRow {
+  std::string type;
+  std::string level;
+  tool::TRunStats stats;
+  std::vector<double> errorsPx;  // one per frame with a result
+  std::vector<cv::Mat> thumbnails;
+};
+
+scenes::TMotion motionOf(int sequence) {
+  scenes::TMotion motion;
+  motion.driftPx = {sequence % 2 == 0 ? 0.8 : -0.8, 0.2};
+  motion.jitterPx = 0.5;
+  return motion;
+}
+
+// Distance to the true seam point. A stripe without a seam point: median distance of its centres to the true ones.
+double errorOf(TJoint joint, const scenes::TTruth& truth, const TOverlay& overlay) {
+  if (overlay.seam) {
+    return cv::norm(*overlay.seam - scenes::seamPoint(joint, truth, TWeldPosType::centre));
+  }
+  std::vector<double> distances;
+  for (const cv::Point2f& point : overlay.result.stripePts) {
+    const double trueY = truth.centreY[static_cast<std::size_t>(point.x)];
+    if (!std::isnan(trueY)) {
+      distances.push_back(std::abs(point.y - trueY));
+    }
+  }
+  return tool::percentile(distances, 0.5);
+}
+
+cv::Mat annotated(const cv::Mat& image, const TOverlay& overlay, const std::string& title) {
+  cv::Mat drawn = drawOverlay(image, overlay);
+  tool::drawLabel(drawn, {title + (overlay.result.isFound ? ": found" : ": not found")}, overlay.result.isFound);
+  return drawn;
+}
+
+cv::Mat thumbnailOf(const cv::Mat& image, const TOverlay& overlay, const std::string& title) {
+  cv::Mat small;
+  cv::resize(image, small, cv::Size(), THUMBNAIL_SCALE, THUMBNAIL_SCALE, cv::INTER_AREA);
+  return annotated(small, tool::scaled(overlay, THUMBNAIL_SCALE), title);
+}
+
+void runSequence(TJoint joint, TLevel level, int sequence, TRow& row, const fs::path& folder) {
+  const scenes::TSceneParams first = scenes::randomScene(joint, level, static_cast<std::uint64_t>(sequence) + 1);
+  TWeldParams params = scenes::weldParamsFor(joint);
+  TWeldLineRes previous;
+  for (int n = 0; n < FRAMES; ++n) {
+    const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
+    const tool::TTimedResult timed = tool::detectTimed(scene.image, params, previous);
+    TOverlay overlay = tool::overlayOf(params, previous, timed.result);
+    previous = timed.result;
+    if (n == 0 && params.weldType == TWeldType::stripePresence) {
+      continue;  // presence compares with the frame before, so the first frame never counts as found
+    }
+    row.stats.add(timed.result.isFound, timed.ms);
+    if (timed.result.isFound) {
+      row.errorsPx.push_back(errorOf(joint, scene.truth, overlay));
+    }
+    if (n % ANNOTATE_EVERY == ANNOTATE_EVERY - 1) {
+      if (overlay.seam) {
+        overlay.trueSeam = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
+      }
+      const std::string title = row.type + " " + row.level;
+      const std::string name = row.type + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(n);
+      tool::writeImage(folder / (name + ".png"), annotated(scene.image, overlay, title));
+      row.thumbnails.push_back(thumbnailOf(scene.image, overlay, title));
+    }
+  }
+}
+
+bool isGood(const TRow& row) {
+  return row.stats.foundShare() >= MIN_FOUND_SHARE && tool::percentile(row.errorsPx, 0.5) <= MAX_MEDIAN_ERROR_PX;
+}
+
+void printHeading() {
+  std::cout << std::left << std::setw(16) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
+            << "frames" << std::setw(7) << "found" << std::setw(9) << "share" << std::setw(11) << "error" << std::setw(9)
+            << "p95" << std::setw(11) << "time" << std::setw(9) << "p95" << '\n'
+            << std::setw(58) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
+            << "ms" << '\n';
+}
+
+void printRow(const TRow& row) {
+  std::cout << std::left << std::setw(16) << row.type << std::setw(8) << row.level << std::right << std::setw(7)
+            << row.stats.frames() << std::setw(7) << row.stats.found() << std::setw(7)
+            << tool::fixed(100.0 * row.stats.foundShare(), 1) << " %" << std::setw(11)
+            << tool::fixed(tool::percentile(row.errorsPx, 0.5), 2) << std::setw(9)
+            << tool::fixed(tool::percentile(row.errorsPx, 0.95), 2) << std::setw(11)
+            << tool::fixed(row.stats.medianMs(), 2) << std::setw(9) << tool::fixed(row.stats.p95Ms(), 2)
+            << (isGood(row) ? "" : "  FAILED") << std::endl;
+}
+
+// One line of thumbnails per joint and level.
+cv::Mat contactSheet(const std::vector<TRow>& rows) {
+  std::vector<cv::Mat> lines;
+  for (const TRow& row : rows) {
+    cv::Mat line;
+    cv::hconcat(row.thumbnails, line);
+    lines.push_back(line);
+  }
+  cv::Mat sheet;
+  cv::vconcat(lines, sheet);
+  return sheet;
+}
+
+bool runDemo(const fs::path& folder) {
+  tool::makeFolder(folder);
+  tool::TProgress progress(static_cast<int>(JOINTS.size() * LEVELS.size()) * SEQUENCES);
+  printHeading();
+  std::vector<TRow> rows;
+  int done = 0;
+  for (const TJoint joint : JOINTS) {
+    for (const TLevelRow& level : LEVELS) {
+      TRow row;
+      row.type = tool::nameOf(tool::detectorFor(joint));
+      row.level = level.name;
+      for (int sequence = 0; sequence < SEQUENCES; ++sequence) {
+        runSequence(joint, level.level, sequence, row, folder);
+        progress.draw(++done);
+      }
+      progress.clear();
+      printRow(row);
+      rows.push_back(row);
+    }
+  }
+  tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
+  std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
+            << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it." << std::endl;
+  return std::all_of(rows.begin(), rows.end(), isGood);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App program("Simulates sequences of every joint, tracks them and compares with the truth.", "zelweld_demo");
+  std::string folder = "demo-out";
+  program.add_option("--out", folder, "Folder for annotated frames and the contact sheet")->capture_default_str();
+  CLI11_PARSE(program, argc, argv);
+  try {
+    return runDemo(folder) ? 0 : 1;
+  } catch (const tool::TCliError& error) {
+    std::cerr << "zelweld_demo: " << error.what() << std::endl;
+    return static_cast<int>(error.exitCode);
+  }
+}

@@ -1,0 +1,79 @@
+#include "tools/frame_source.h"
+
+#include "tools/cli_error.h"
+#include "tools/image_file.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tool {
+namespace {
+
+// Container headers give the number of frames, or an estimate from length and rate that may be off by this
+// share; a video that ends earlier than that is cut off.
+constexpr double FRAME_COUNT_SLACK = 0.05;
+
+void openVideo(cv::VideoCapture& video, const std::filesystem::path& path) {
+  const TDecoderSilence silence;
+  bool isOpen = false;
+  try {
+    isOpen = video.open(path.string());
+  } catch (const cv::Exception&) {
+    isOpen = false;
+  }
+  if (!isOpen) {
+    throw inputError(path.string() + ": no video that can be read");
+  }
+}
+
+bool endsEarly(const cv::VideoCapture& video, int framesRead) {
+  const double declared = video.get(cv::CAP_PROP_FRAME_COUNT);
+  return framesRead == 0 || framesRead + std::max(1.0, declared * FRAME_COUNT_SLACK) < declared;
+}
+
+}  // namespace
+
+TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles) : files(std::move(inputFiles)) {}
+
+std::optional<TFrame> TFrameSource::next() {
+  while (fileIndex < files.size()) {
+    const TInputFile& file = files[fileIndex];
+    if (!file.isVideo) {
+      ++fileIndex;
+      return TFrame{frameIndex++, file.path.string(), readImage(file.path), file.startsSequence};
+    }
+    if (auto frame = nextOfVideo(file)) {
+      return frame;
+    }
+    ++fileIndex;
+  }
+  return std::nullopt;
+}
+
+std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
+  if (!video.isOpened()) {
+    openVideo(video, file.path);
+    videoFrame = 0;
+  }
+  cv::Mat image;
+  {
+    const TDecoderSilence silence;
+    video.read(image);
+  }
+  if (!image.empty()) {
+    const int number = videoFrame++;
+    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), number == 0};
+  }
+  if (endsEarly(video, videoFrame)) {
+    throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) + " frames");
+  }
+  video.release();
+  return std::nullopt;
+}
+
+std::optional<int> TFrameSource::frameCount() const {
+  const bool hasVideo = std::any_of(files.begin(), files.end(), [](const TInputFile& file) { return file.isVideo; });
+  return hasVideo ? std::nullopt : std::make_optional(static_cast<int>(files.size()));
+}
+
+}  // namespace tool

@@ -1,0 +1,41 @@
+// Frames one after the other from image and video files.
+#pragma once
+
+#include "tools/input_list.h"
+
+#include <opencv2/core.hpp>
+#include <opencv2/videoio.hpp>
+
+#include <optional>
+#include <string>
+
+namespace tool {
+
+struct TFrame {
+  int index = 0;     // 0, 1, 2, ... over all inputs
+  std::string name;  // the file as given; for a video "clip.avi#12" with the frame's number in it
+  cv::Mat image;     // as stored
+  bool startsSequence = false;
+};
+
+class TFrameSource {
+public:
+  explicit TFrameSource(std::vector<TInputFile> inputFiles);
+
+  // The next frame, or nothing at the end. Throws an input error for a file that cannot be read.
+  std::optional<TFrame> next();
+
+  // Number of frames, where no input is a video.
+  std::optional<int> frameCount() const;
+
+private:
+  std::optional<TFrame> nextOfVideo(const TInputFile& file);
+
+  std::vector<TInputFile> files;
+  std::size_t fileIndex = 0;
+  int frameIndex = 0;
+  cv::VideoCapture video;
+  int videoFrame = 0;
+};
+
+}  // namespace tool

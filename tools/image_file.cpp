@@ -1,0 +1,131 @@
+#include "tools/image_file.h"
+
+#include "tools/cli_error.h"
+#include "tools/text.h"
+
+#include <fcntl.h>
+#include <opencv2/imgcodecs.hpp>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::vector<std::string> IMAGE_ENDINGS = {".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff",
+                                                ".pgm", ".ppm", ".pnm",  ".webp"};
+const std::vector<std::string> VIDEO_ENDINGS = {".avi",  ".mp4", ".mkv", ".mov", ".m4v",
+                                                ".mpeg", ".mpg", ".wmv", ".webm"};
+
+bool endsWithOneOf(const fs::path& path, const std::vector<std::string>& endings) {
+  std::string ending = path.extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return std::find(endings.begin(), endings.end(), ending) != endings.end();
+}
+
+using TBytes = std::vector<unsigned char>;
+
+TBytes readBytes(const fs::path& path) {
+  std::error_code failure;
+  if (!fs::exists(path, failure)) {
+    throw inputError(path.string() + ": no such file");
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file || !fs::is_regular_file(path, failure)) {
+    throw inputError(path.string() + ": cannot be opened for reading");
+  }
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::ptrdiff_t lastMarker(const TBytes& bytes, unsigned char code) {
+  const TBytes marker = {0xFF, code};
+  const auto found = std::find_end(bytes.begin(), bytes.end(), marker.begin(), marker.end());
+  return found == bytes.end() ? -1 : found - bytes.begin();
+}
+
+// A decoder fills the rest of a cut-off JPEG picture with grey and calls it read. In a whole file the
+// end-of-image marker comes after the last start of scan.
+bool isCutOffJpeg(const TBytes& bytes) {
+  const bool isJpeg = bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
+  constexpr unsigned char END_OF_IMAGE = 0xD9;
+  constexpr unsigned char START_OF_SCAN = 0xDA;
+  return isJpeg && lastMarker(bytes, END_OF_IMAGE) < lastMarker(bytes, START_OF_SCAN);
+}
+
+cv::Mat decode(const TBytes& bytes) {
+  const TDecoderSilence silence;
+  try {
+    return cv::imdecode(bytes, cv::IMREAD_ANYCOLOR | cv::IMREAD_IGNORE_ORIENTATION);
+  } catch (const cv::Exception&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+bool hasImageName(const fs::path& path) { return endsWithOneOf(path, IMAGE_ENDINGS); }
+bool hasVideoName(const fs::path& path) { return endsWithOneOf(path, VIDEO_ENDINGS); }
+std::string imageEndings() { return join(IMAGE_ENDINGS, " "); }
+
+cv::Mat readImage(const fs::path& path) {
+  const TBytes bytes = readBytes(path);
+  if (bytes.empty()) {
+    throw inputError(path.string() + ": the file is empty; an image file is needed (" + imageEndings() + ")");
+  }
+  if (isCutOffJpeg(bytes)) {
+    throw inputError(path.string() + ": the image is cut off before its end");
+  }
+  const cv::Mat image = decode(bytes);
+  if (image.empty()) {
+    throw inputError(path.string() + ": no whole image; a complete image file is needed (" + imageEndings() + ")");
+  }
+  return image;
+}
+
+void writeImage(const fs::path& path, const cv::Mat& image) {
+  TBytes bytes;
+  cv::imencode(".png", image, bytes);
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) {
+    std::error_code ignored;
+    fs::remove(path, ignored);
+    throw TCliError(TExit::failure, path.string() + ": cannot be written; check the folder and the free space");
+  }
+}
+
+void makeFolder(const fs::path& path) {
+  std::error_code failure;
+  fs::create_directories(path, failure);
+  if (!fs::is_directory(path)) {
+    throw TCliError(TExit::failure, path.string() + ": no folder can be made here; choose another --out");
+  }
+}
+
+TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {
+  std::fflush(stderr);
+  const int nowhere = open("/dev/null", O_WRONLY);
+  if (nowhere >= 0) {
+    dup2(nowhere, STDERR_FILENO);
+    close(nowhere);
+  }
+}
+
+TDecoderSilence::~TDecoderSilence() {
+  std::fflush(stderr);
+  if (savedStderr >= 0) {
+    dup2(savedStderr, STDERR_FILENO);
+    close(savedStderr);
+  }
+}
+
+}  // namespace tool

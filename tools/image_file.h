@@ -1,0 +1,40 @@
+// Image files, in and out.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <filesystem>
+#include <string>
+
+namespace tool {
+
+// Whether the file name ends like an image file ("a.PNG"), or like a video file.
+bool hasImageName(const std::filesystem::path& path);
+bool hasVideoName(const std::filesystem::path& path);
+
+// The endings of image files, for messages.
+std::string imageEndings();
+
+// Reads an image as stored: 8-bit grey or BGR, orientation marks ignored. Throws an input error when the file
+// is missing, empty, truncated or no image.
+cv::Mat readImage(const std::filesystem::path& path);
+
+// Writes a PNG file, whole or not at all. Throws when the disk refuses it.
+void writeImage(const std::filesystem::path& path, const cv::Mat& image);
+
+// Creates a folder with its parents. Throws when that is not possible.
+void makeFolder(const std::filesystem::path& path);
+
+// Keeps what image and video decoders print away from standard error while it lives.
+class TDecoderSilence {
+public:
+  TDecoderSilence();
+  ~TDecoderSilence();
+  TDecoderSilence(const TDecoderSilence&) = delete;
+  TDecoderSilence& operator=(const TDecoderSilence&) = delete;
+
+private:
+  int savedStderr;
+};
+
+}  // namespace tool

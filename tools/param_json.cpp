@@ -1,0 +1,131 @@
+#include "tools/param_json.h"
+
+#include "tools/cli_error.h"
+#include "tools/names.h"
+#include "tools/param_table.h"
+#include "tools/text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+const std::string TYPE_KEY = "weldType";
+const std::string POSITION_KEY = "weldPosType";
+
+std::string readText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file || std::filesystem::is_directory(path)) {
+    throw inputError(path + ": cannot be read; --params takes a JSON file");
+  }
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+ordered_json parseFile(const std::string& path) {
+  const std::string text = readText(path);
+  try {
+    ordered_json record = ordered_json::parse(text);
+    if (!record.is_object()) {
+      throw usageError(path + ": holds no JSON object; `zelweld params --format json` shows one");
+    }
+    return record;
+  } catch (const ordered_json::parse_error& error) {
+    const auto stop = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+    const auto line = 1 + std::count(text.begin(), stop, '\n');
+    throw usageError(path + ": no valid JSON at line " + std::to_string(line) +
+                     "; `zelweld params --format json` shows a valid file");
+  }
+}
+
+// A name or number of the file as it would be typed.
+std::string nameIn(const ordered_json& record, const std::string& key) {
+  const auto found = record.find(key);
+  if (found == record.end()) {
+    return {};
+  }
+  return found->is_string() ? found->get<std::string>() : found->dump();
+}
+
+void applyFile(TWeldParams& params, const ordered_json& record) {
+  for (const auto& [key, value] : record.items()) {
+    if (key != TYPE_KEY && key != POSITION_KEY) {
+      setParam(params, findParam(params.weldType, key), value);
+    }
+  }
+}
+
+void applyValue(TWeldParams& params, const std::string& assignment) {
+  const std::size_t cut = assignment.find('=');
+  if (cut == std::string::npos) {
+    throw usageError("'" + assignment + "' is no assignment; write name=value, for example dPara2=5");
+  }
+  const TParamSpec& spec = findParam(params.weldType, assignment.substr(0, cut));
+  const std::string text = assignment.substr(cut + 1);
+  double number = 0.0;
+  if (parseNumber(text, number)) {
+    setParam(params, spec, number);
+  } else if (text == "true" || text == "false") {
+    setParam(params, spec, text == "true");
+  } else {
+    setParam(params, spec, text);
+  }
+}
+
+// Runs a step and puts the name of its origin before the text of its error.
+template <typename TStep>
+auto namingOrigin(const std::string& origin, TStep step) -> decltype(step()) {
+  try {
+    return step();
+  } catch (const TCliError& error) {
+    throw TCliError(error.exitCode, origin + ": " + error.what());
+  }
+}
+
+TWeldType chooseType(const TParamSource& source, const ordered_json& record) {
+  const bool isOption = !source.type.empty();
+  const std::string text = isOption ? source.type : nameIn(record, TYPE_KEY);
+  if (text.empty()) {
+    throw usageError("the joint is not given: use --type with one of " + detectorTypeNames() +
+                     ", or --params with a file that holds " + TYPE_KEY);
+  }
+  return namingOrigin(isOption ? "--type" : source.file, [&] { return parseDetectorType(text); });
+}
+
+TWeldPosType choosePosition(const TParamSource& source, const ordered_json& record) {
+  const bool isOption = !source.position.empty();
+  const std::string text = isOption ? source.position : nameIn(record, POSITION_KEY);
+  if (text.empty()) {
+    return TWeldPosType::centre;
+  }
+  return namingOrigin(isOption ? "--position" : source.file, [&] { return parsePosition(text); });
+}
+
+}  // namespace
+
+TWeldParams loadParams(const TParamSource& source) {
+  const ordered_json record = source.file.empty() ? ordered_json::object() : parseFile(source.file);
+  TWeldParams params;
+  initWeldParameters(chooseType(source, record), params, choosePosition(source, record));
+  namingOrigin(source.file, [&] { applyFile(params, record); });
+  for (const std::string& value : source.values) {
+    namingOrigin("--set", [&] { applyValue(params, value); });
+  }
+  return params;
+}
+
+ordered_json paramsToJson(const TWeldParams& params) {
+  ordered_json record;
+  record[TYPE_KEY] = nameOf(params.weldType);
+  record[POSITION_KEY] = nameOf(params.weldPosType);
+  for (const TParamSpec& spec : paramsOf(params.weldType)) {
+    record[spec.name] = getParam(params, spec);
+  }
+  return record;
+}
+
+}  // namespace tool

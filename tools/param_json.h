@@ -1,0 +1,29 @@
+// Parameter records from files and command-line options, and back into files.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace tool {
+
+// Where a record comes from. Empty texts are not given. A later one wins over an earlier one:
+// defaults, file, type and position, single values.
+struct TParamSource {
+  std::string file;                 // JSON, as paramsToJson gives it
+  std::string type;                 // name or number
+  std::string position;             // name or number
+  std::vector<std::string> values;  // "name=value"
+};
+
+// The record that the source describes. Throws a usage error that names the file or option and what would
+// be right, an input error when the file cannot be read.
+TWeldParams loadParams(const TParamSource& source);
+
+// weldType and weldPosType by name, then every parameter that the joint reads.
+nlohmann::ordered_json paramsToJson(const TWeldParams& params);
+
+}  // namespace tool

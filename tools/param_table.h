@@ -1,0 +1,51 @@
+// The one table of what each joint reads from TWeldParams: name, meaning, unit and range.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tool {
+
+// One bound of an angle range that is a record of its own.
+struct TRangeBound {
+  TAngleRange TWeldParams::* range;
+  double TAngleRange::* bound;
+};
+
+using TParamField = std::variant<double TWeldParams::*, std::int32_t TWeldParams::*, bool TWeldParams::*, TRangeBound>;
+
+struct TParamLimits {
+  double min = 0.0;
+  double max = 0.0;
+  bool isMinExcluded = false;
+};
+
+struct TParamSpec {
+  std::string name;  // as in TWeldParams; a bound of angleRange4 is angleRange4.min
+  TParamField field;
+  std::string unit;  // "" for ratios and switches
+  TParamLimits limits;
+  std::string meaning;
+};
+
+// The parameters that a joint reads, in the order of TWeldParams. Empty for a joint without a detector.
+const std::vector<TParamSpec>& paramsOf(TWeldType type);
+
+// The parameter of that name. Throws a usage error when the joint does not read it.
+const TParamSpec& findParam(TWeldType type, const std::string& name);
+
+// "0 to 1", "above 0, up to 1000", "true or false".
+std::string describeLimits(const TParamSpec& spec);
+
+// The value as a JSON number or boolean.
+nlohmann::ordered_json getParam(const TWeldParams& params, const TParamSpec& spec);
+
+// Stores a value. Throws a usage error when its kind is wrong or it lies outside the limits.
+void setParam(TWeldParams& params, const TParamSpec& spec, const nlohmann::ordered_json& value);
+
+}  // namespace tool

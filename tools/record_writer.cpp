@@ -1,0 +1,144 @@
+#include "tools/record_writer.h"
+
+#include "tools/cli_error.h"
+#include "tools/text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr int FILE_WIDTH = 32;  // characters of the file column of a table
+const char* const CSV_HEADING =
+    "frame,file,found,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
+
+// A thousandth of a pixel or millisecond is enough; slopes keep six decimals.
+double rounded(double value, double steps = 1e3) { return std::round(value * steps) / steps; }
+double roundedAux(double value) { return rounded(value, 1e6); }
+
+std::string tableHeading() {
+  std::ostringstream line;
+  line << std::right << std::setw(6) << "frame" << "  " << std::left << std::setw(FILE_WIDTH) << "file" << std::right
+       << std::setw(7) << "found" << std::setw(10) << "x" << std::setw(10) << "y" << std::setw(8) << "points"
+       << std::setw(10) << "trackVal" << std::setw(9) << "ms";
+  return line.str();
+}
+
+// The end of a long name says more than its beginning.
+std::string shortened(const std::string& file) {
+  return file.size() <= FILE_WIDTH ? file : "..." + file.substr(file.size() - FILE_WIDTH + 3);
+}
+
+std::string tableLine(const TFrameRecord& record) {
+  const std::string x = record.seam ? fixed(record.seam->x, 2) : "-";
+  const std::string y = record.seam ? fixed(record.seam->y, 2) : "-";
+  std::ostringstream line;
+  line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(FILE_WIDTH)
+       << shortened(record.file) << std::right << std::setw(7) << (record.result.isFound ? "yes" : "no")
+       << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.result.stripePts.size() << std::setw(10)
+       << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+  return line.str();
+}
+
+ordered_json numberOrNull(const std::optional<cv::Point2d>& point, double cv::Point2d::* coordinate) {
+  return point ? ordered_json(rounded((*point).*coordinate)) : ordered_json(nullptr);
+}
+
+template <typename TPoint>
+ordered_json pointList(const std::vector<TPoint>& points) {
+  ordered_json list = ordered_json::array();
+  for (const TPoint& point : points) {
+    list.push_back({rounded(point.x), rounded(point.y)});
+  }
+  return list;
+}
+
+std::string jsonLine(const TFrameRecord& record, bool hasPoints) {
+  const TWeldLineRes& result = record.result;
+  ordered_json line;
+  line["frame"] = record.frame;
+  line["file"] = record.file;
+  line["found"] = result.isFound;
+  line["x"] = numberOrNull(record.seam, &cv::Point2d::x);
+  line["y"] = numberOrNull(record.seam, &cv::Point2d::y);
+  line["storedX"] = numberOrNull(record.storedSeam, &cv::Point2d::x);
+  line["storedY"] = numberOrNull(record.storedSeam, &cv::Point2d::y);
+  line["points"] = result.stripePts.size();
+  line["auxVal1"] = roundedAux(result.auxVal1);
+  line["auxVal2"] = roundedAux(result.auxVal2);
+  line["auxVal3"] = roundedAux(result.auxVal3);
+  line["auxVal4"] = roundedAux(result.auxVal4);
+  line["trackVal"] = roundedAux(result.trackVal);
+  line["ms"] = rounded(record.ms);
+  if (hasPoints) {
+    line["stripePts"] = pointList(result.stripePts);
+    line["storedStripePts"] = pointList(record.storedStripePts);
+  }
+  return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+std::string csvText(const std::string& text) {
+  if (text.find_first_of(",\"\n\r") == std::string::npos) {
+    return text;
+  }
+  std::string quoted = "\"";
+  for (const char c : text) {
+    quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+  }
+  return quoted + "\"";
+}
+
+std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::* coordinate) {
+  return point ? fixed((*point).*coordinate, 3) : "";
+}
+
+std::string csvLine(const TFrameRecord& record) {
+  const TWeldLineRes& result = record.result;
+  return join({std::to_string(record.frame), csvText(record.file), result.isFound ? "1" : "0",
+               csvNumber(record.seam, &cv::Point2d::x), csvNumber(record.seam, &cv::Point2d::y),
+               csvNumber(record.storedSeam, &cv::Point2d::x), csvNumber(record.storedSeam, &cv::Point2d::y),
+               std::to_string(result.stripePts.size()), fixed(result.auxVal1, 6), fixed(result.auxVal2, 6),
+               fixed(result.auxVal3, 6), fixed(result.auxVal4, 6), fixed(result.trackVal, 6), fixed(record.ms, 3)},
+              ",");
+}
+
+}  // namespace
+
+TFormat parseFormat(const std::string& text) {
+  if (text == "table") return TFormat::table;
+  if (text == "jsonl") return TFormat::jsonl;
+  if (text == "csv") return TFormat::csv;
+  throw usageError("--format: unknown format '" + text + "': use table, jsonl, csv");
+}
+
+TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints)
+    : out(stream), format(recordFormat), hasPoints(withPoints) {
+  if (format == TFormat::table) {
+    writeLine(tableHeading());
+  } else if (format == TFormat::csv) {
+    writeLine(CSV_HEADING);
+  }
+}
+
+void TRecordWriter::write(const TFrameRecord& record) {
+  switch (format) {
+    case TFormat::table: writeLine(tableLine(record)); break;
+    case TFormat::jsonl: writeLine(jsonLine(record, hasPoints)); break;
+    case TFormat::csv: writeLine(csvLine(record)); break;
+  }
+}
+
+void TRecordWriter::writeLine(const std::string& line) {
+  out << line << '\n' << std::flush;
+  if (!out) {
+    throw TCliError(TExit::failure, "standard output takes no more records (closed pipe or full disk)");
+  }
+}
+
+}  // namespace tool

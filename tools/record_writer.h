@@ -1,0 +1,46 @@
+// One record per frame, as a table, JSON lines or CSV.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <opencv2/core.hpp>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+enum class TFormat { table, jsonl, csv };
+
+// "table", "jsonl", "csv". Throws a usage error for anything else.
+TFormat parseFormat(const std::string& text);
+
+struct TFrameRecord {
+  int frame = 0;
+  std::string file;
+  TWeldLineRes result;                       // in the prepared image
+  std::optional<cv::Point2d> seam;           // the seam point there; none when not found or the joint has none
+  std::optional<cv::Point2d> storedSeam;     // the same in the stored image
+  std::vector<cv::Point2d> storedStripePts;  // result.stripePts in the stored image; filled where they are written
+  double ms = 0.0;                           // time of the detection alone
+};
+
+class TRecordWriter {
+public:
+  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines.
+  TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints);
+
+  // Writes and flushes one record. Throws when the stream takes no more.
+  void write(const TFrameRecord& record);
+
+private:
+  void writeLine(const std::string& line);
+
+  std::ostream& out;
+  TFormat format;
+  bool hasPoints;
+};
+
+}  // namespace tool

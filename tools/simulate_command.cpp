@@ -1,0 +1,178 @@
+// zelweld simulate: draws a sequence of frames whose seam is known.
+#include "tools/cli_error.h"
+#include "tools/commands.h"
+#include "tools/image_file.h"
+#include "tools/names.h"
+#include "tools/param_json.h"
+#include "tools/progress.h"
+#include "tools/text.h"
+
+#include "scenes/scene.h"
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int MIN_SIZE_PX = 160;
+constexpr int MAX_SIZE_PX = 8192;
+
+// As typed.
+struct TOptions {
+  std::string type;
+  std::string position = "centre";
+  int frames = 60;
+  std::uint64_t seed = 1;
+  std::string level = "clean";
+  std::string size = "1280x1024";
+  std::string drift = "0,0";
+  double jitterPx = 0.0;
+  double tiltDriftDeg = 0.0;
+  int jumpAtFrame = -1;
+  std::string jump = "80,0";
+  bool changesProfile = false;
+  std::string outFolder;
+};
+
+scenes::TLevel parseLevel(const std::string& text) {
+  if (text == "clean") return scenes::TLevel::clean;
+  if (text == "noisy") return scenes::TLevel::noisy;
+  if (text == "harsh") return scenes::TLevel::harsh;
+  throw usageError("--level: unknown level '" + text + "': use clean, noisy, harsh");
+}
+
+cv::Size parseSize(const std::string& text) {
+  const std::vector<double> sides = parseNumbers(text, 'x', 2);
+  for (const double side : sides) {
+    if (side != std::trunc(side) || side < MIN_SIZE_PX || side > MAX_SIZE_PX) {
+      throw usageError("--size: " + text + " is out of range; each side has " + std::to_string(MIN_SIZE_PX) + " to " +
+                       std::to_string(MAX_SIZE_PX) + " pixels");
+    }
+  }
+  if (sides.empty()) {
+    throw usageError("--size: '" + text + "' is no size; write WIDTHxHEIGHT, for example 1280x1024");
+  }
+  return {static_cast<int>(sides[0]), static_cast<int>(sides[1])};
+}
+
+cv::Point2d parseShift(const std::string& option, const std::string& text) {
+  const std::vector<double> shift = parseNumbers(text, ',', 2);
+  if (shift.empty() || std::abs(shift[0]) > MAX_SIZE_PX || std::abs(shift[1]) > MAX_SIZE_PX) {
+    throw usageError(option + ": '" + text + "' is no shift; write dx,dy in pixels, for example 0.5,-0.2");
+  }
+  return {shift[0], shift[1]};
+}
+
+scenes::TMotion motionOf(const TOptions& options) {
+  scenes::TMotion motion;
+  motion.driftPx = parseShift("--drift", options.drift);
+  motion.jitterPx = options.jitterPx;
+  motion.tiltDriftDeg = options.tiltDriftDeg;
+  motion.jumpAtFrame = options.jumpAtFrame;
+  motion.jumpPx = parseShift("--jump", options.jump);
+  motion.changesProfile = options.changesProfile;
+  return motion;
+}
+
+// Text written line by line, each one on the disk when the call returns.
+class TTextFile {
+public:
+  explicit TTextFile(const fs::path& filePath) : path(filePath), file(filePath, std::ios::trunc) { check(); }
+  void writeLine(const std::string& line) {
+    file << line << '\n' << std::flush;
+    check();
+  }
+
+private:
+  void check() const {
+    if (!file) {
+      throw TCliError(TExit::failure, path.string() + ": cannot be written; check the folder and the free space");
+    }
+  }
+
+  fs::path path;
+  std::ofstream file;
+};
+
+std::string coordinates(cv::Point2d point, char separator) {
+  return fixed(point.x, 3) + separator + fixed(point.y, 3);
+}
+
+std::string truthLine(const std::string& name, const scenes::TTruth& truth, scenes::TJoint joint, TWeldPosType pos) {
+  std::vector<std::string> features;
+  for (const scenes::TFeature& feature : truth.features) {
+    features.push_back(feature.name + ":" + coordinates(feature.point, ':'));
+  }
+  const std::string seam = truth.hasSeam ? coordinates(scenes::seamPoint(joint, truth, pos), ',') : ",";
+  return name + (truth.hasSeam ? ",1," : ",0,") + seam + "," + join(features, ";");
+}
+
+TWeldParams trackParams(scenes::TJoint joint, TWeldPosType pos) {
+  TWeldParams params = scenes::weldParamsFor(joint, pos);
+  initWeldParameters(detectorFor(joint), params, pos);
+  return params;
+}
+
+void run(const TOptions& options) {
+  const scenes::TJoint joint = parseJoint(options.type);
+  const TWeldPosType pos = parsePosition(options.position);
+  const scenes::TLevel level = parseLevel(options.level);
+  const scenes::TMotion motion = motionOf(options);
+  const scenes::TSceneParams first = scenes::randomScene(joint, level, options.seed, parseSize(options.size));
+  const fs::path folder = options.outFolder;
+
+  makeFolder(folder);
+  TTextFile(folder / "params.json").writeLine(paramsToJson(trackParams(joint, pos)).dump(2));
+  TTextFile truthFile(folder / "truth.csv");
+  truthFile.writeLine("file,hasSeam,x,y,features");
+  TProgress progress(options.frames);
+  for (int n = 0; n < options.frames; ++n) {
+    char name[32];
+    std::snprintf(name, sizeof name, "frame_%04d.png", n);
+    const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));
+    writeImage(folder / name, scene.image);
+    truthFile.writeLine(truthLine(name, scene.truth, joint, pos));
+    progress.draw(n + 1);
+  }
+}
+
+}  // namespace
+
+void addSimulateCommand(CLI::App& program) {
+  CLI::App* const command = program.add_subcommand("simulate", "Draw a sequence of frames whose seam is known");
+  const auto options = std::make_shared<TOptions>();
+  command->add_option("--type", options->type, "Joint, by name or number: " + jointNames())->required();
+  command->add_option("--position", options->position, "Position of the true seam point: " + positionNames())
+      ->capture_default_str();
+  command->add_option("--frames", options->frames, "Number of frames")
+      ->check(CLI::Range(1, 1000000))
+      ->capture_default_str();
+  command->add_option("--seed", options->seed, "Seed; the same seed gives the same frames")->capture_default_str();
+  command->add_option("--level", options->level, "Difficulty: clean, noisy or harsh")->capture_default_str();
+  command->add_option("--size", options->size, "Frame size, WIDTHxHEIGHT")->capture_default_str();
+  command->add_option("--drift", options->drift, "Shift per frame, dx,dy px")->capture_default_str();
+  command->add_option("--jitter", options->jitterPx, "Random shift of each frame, px")
+      ->check(CLI::Range(0.0, 1000.0))
+      ->capture_default_str();
+  command->add_option("--tilt-drift", options->tiltDriftDeg, "Turn per frame, degrees")
+      ->check(CLI::Range(-10.0, 10.0))
+      ->capture_default_str();
+  command->add_option("--jump-at", options->jumpAtFrame, "Frame at which the seam jumps")
+      ->check(CLI::Range(0, 1000000));
+  command->add_option("--jump", options->jump, "How far it jumps, dx,dy px")->capture_default_str();
+  command->add_flag("--change-profile", options->changesProfile, "The jump changes the profile of the joint too");
+  command->add_option("--out", options->outFolder, "Folder for frames, truth.csv and params.json")->required();
+  command->footer(
+      "Examples:\n"
+      "  zelweld simulate --type buttGap --frames 30 --seed 7 --out frames\n"
+      "  zelweld simulate --type corner --level noisy --drift 0.5,0.2 --jitter 1 --out frames\n"
+      "  zelweld track frames --params frames/params.json");
+  command->callback([options] { run(*options); });
+}
+
+}  // namespace tool

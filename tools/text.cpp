@@ -1,0 +1,54 @@
+#include "tools/text.h"
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+
+namespace tool {
+
+std::string fixed(double value, int decimals) {
+  std::array<char, 64> buffer{};
+  const int length = std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, value);
+  return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+std::string plain(double value) {
+  std::array<char, 64> buffer{};
+  const int length = std::snprintf(buffer.data(), buffer.size(), "%g", value);
+  return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+std::string join(const std::vector<std::string>& words, std::string_view separator) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    text += i == 0 ? "" : separator;
+    text += words[i];
+  }
+  return text;
+}
+
+bool parseNumber(std::string_view text, double& value) {
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end;
+}
+
+std::vector<double> parseNumbers(std::string_view text, char separator, std::size_t count) {
+  std::vector<double> values;
+  while (values.size() < count) {
+    const std::size_t cut = text.find(separator);
+    double value = 0.0;
+    if (!parseNumber(text.substr(0, cut), value)) {
+      return {};
+    }
+    values.push_back(value);
+    if (cut == std::string_view::npos) {
+      text = {};
+      break;
+    }
+    text.remove_prefix(cut + 1);
+  }
+  return values.size() == count && text.empty() ? values : std::vector<double>{};
+}
+
+}  // namespace tool

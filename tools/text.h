@@ -1,0 +1,24 @@
+// Small pieces of text that several commands write.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+// The number with exactly so many decimals.
+std::string fixed(double value, int decimals);
+
+// The number with at most six significant digits and no trailing zeros.
+std::string plain(double value);
+
+std::string join(const std::vector<std::string>& words, std::string_view separator);
+
+// Reads the whole text as a number. False when any of it is not part of the number.
+bool parseNumber(std::string_view text, double& value);
+
+// Reads `count` numbers parted by `separator`, for example "3,4". An empty list when the text differs.
+std::vector<double> parseNumbers(std::string_view text, char separator, std::size_t count);
+
+}  // namespace tool
