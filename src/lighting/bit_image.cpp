@@ -122,13 +122,19 @@ void unpackRow(const std::uint64_t* words, int count, std::uint8_t* pixels) {
 
 }  // namespace
 
-void packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words) {
+bool packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words) {
+  std::uint64_t any = 0;
   int x = 0;
-  for (; x + kBitsPerWord <= count; x += kBitsPerWord) *words++ = packWord(pixels + x, low, high);
-  if (x < count) *words = 0;
+  for (; x + kBitsPerWord <= count; x += kBitsPerWord) {
+    *words = packWord(pixels + x, low, high);
+    any |= *words++;
+  }
+  if (x == count) return any != 0;
+  *words = 0;
   for (int i = 0; x + i < count; ++i) {
     if (low <= pixels[x + i] && pixels[x + i] <= high) *words |= std::uint64_t{1} << i;
   }
+  return (any | *words) != 0;
 }
 
 TBitImage packPixelsFrom(const cv::Mat& grey, std::uint8_t level) {

@@ -18,8 +18,9 @@ inline std::size_t wordsFor(int count) {
   return static_cast<std::size_t>((count + kBitsPerWord - 1) / kBitsPerWord);
 }
 
-// Bit i tells whether low <= pixels[i] <= high; the bits behind the last pixel are 0. Fills wordsFor(count) words.
-void packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words);
+// Bit i tells whether low <= pixels[i] <= high; the bits behind the last pixel are 0. Fills wordsFor(count) words
+// and tells whether any bit is set.
+bool packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words);
 
 // Rows of whole words; the bits behind the last column have no meaning.
 struct TBitImage {

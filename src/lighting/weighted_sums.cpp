@@ -46,11 +46,14 @@ std::uint64_t loadSampledBytes(const std::uint8_t* pixels) {
   return word & kSampledBytes;
 }
 
+// True only when no sampled pixel of the mask is 0. Masks of 0 and 255 are told apart exactly; others may give
+// false all the same, which costs time only.
 bool isFreeOfReflections(const std::uint8_t* mask, int count) {
-  std::uint64_t carries = kLaneCarries;
+  std::uint64_t common = kSampledBytes;
   int x = 0;
-  for (; x + kWordPx <= count; x += kWordPx) carries &= loadSampledBytes(mask + x) + kSampledBytes;
-  bool isFree = carries == kLaneCarries;
+#pragma GCC unroll 4
+  for (; x + kWordPx <= count; x += kWordPx) common &= loadSampledBytes(mask + x);
+  bool isFree = ((common + kSampledBytes) & kLaneCarries) == kLaneCarries;
   for (; x < count; x += kSampleStep) isFree = isFree && mask[x] != 0;
   return isFree;
 }
@@ -58,6 +61,7 @@ bool isFreeOfReflections(const std::uint8_t* mask, int count) {
 std::uint64_t sumGrey(const std::uint8_t* grey, int count) {
   std::uint64_t lanes = 0;
   int x = 0;
+#pragma GCC unroll 4
   for (; x + kWordPx <= count; x += kWordPx) lanes += loadSampledBytes(grey + x);
   std::uint64_t sum = 0;
   for (; lanes != 0; lanes >>= 16) sum += lanes & 0xFFFF;
@@ -138,7 +142,7 @@ float sumRangeWeights(const cv::Mat& grey, const cv::Mat& mask, std::uint8_t low
   std::vector<std::uint64_t> inRange(wordsFor(grey.cols));
   float sum = 0.0F;
   for (int y = 0; y < grey.rows; ++y) {
-    packRange(grey.ptr<std::uint8_t>(y), grey.cols, low, high, inRange.data());
+    if (!packRange(grey.ptr<std::uint8_t>(y), grey.cols, low, high, inRange.data())) continue;
     for (int x = 0; x < grey.cols; x += kBitsPerWord) {
       const std::uint64_t bits = inRange[static_cast<std::size_t>(x / kBitsPerWord)];
       if (bits == 0) continue;

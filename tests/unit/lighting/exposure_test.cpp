@@ -129,7 +129,8 @@ TEST_P(WeightedFigures, equalAddingPixelAfterPixel) {
     EXPECT_EQ(calcMeanGrayVal(image, mask),
               divisor == 0 ? INT_MIN : static_cast<int>(plain::sampledSum(image, mask) / divisor))
         << size;
-    for (const auto& [low, high] : std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
+    for (const auto& [low, high] :
+         std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
       EXPECT_EQ(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(std::max(low + 1, 0)),
                                       static_cast<std::uint8_t>(std::min(high - 1, 255))),
                 plain::rangeWeights(image, mask, low, high))
