@@ -118,5 +118,3 @@ BENCHMARK_CAPTURE(meanAndCount, reflections, reflectionFrame(), true)
 BENCHMARK_CAPTURE(meanAndCount, white, whiteFrame(), true)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 }  // namespace
-
-BENCHMARK_MAIN();

@@ -335,4 +335,20 @@ ZELWELDDETECT_EXPORT int calcMeanGrayVal(cv::Mat image, cv::Mat mask);
 // cv::Exception.
 ZELWELDDETECT_EXPORT int calcRangePixelNum(cv::Mat image, cv::Mat mask, int low, int high);
 
+// What a well exposed frame looks like. It depends on filter, lens and surroundings: take it from a frame that suits.
+struct TExposureTarget {
+  int meanGray = 40;         // mean grey level, 1..254
+  int tolerance = 10;        // distance from it that still suits, grey levels, >= 0
+  double brightShare = 0.1;  // largest share of nearly saturated pixels, 0..1
+};
+
+// What to multiply the exposure time (or the gain) with to come to the target: above 1 raises the exposure, below 1
+// lowers it, exactly 1 leaves it alone.
+//   meanGray     from calcExposureParam; negative values, which stand for no mean, leave the exposure alone.
+//   brightShare  brightPixelNum of calcExposureParam / number of pixels. More than the target has lowers the
+//                exposure at least to a half, whatever the mean: a frame that is saturated throughout has a mean of 76.
+// Grey levels are proportional to the exposure only where nothing is clipped, so one step changes it by 4 at most;
+// repeat with the next frame. A mean that a scene reaches only with too many bright pixels is never settled on.
+ZELWELDDETECT_EXPORT double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target);
+
 }  // namespace LightingAdaptation

@@ -8,9 +8,6 @@
 namespace weld {
 namespace {
 
-constexpr std::uint64_t kAllSet = ~std::uint64_t{0};
-constexpr int kBytesPerVector = 16;
-
 // How far a window of `size` pixels reaches before and after its anchor, no farther than the image needs.
 struct TReach {
   std::size_t before = 0;
@@ -38,7 +35,7 @@ void growRuns(std::size_t window, TMerge merge) {
 void erodeColumns(TBitImage& image, int size) {
   const TReach reach = reachOf(size, image.rows);
   const std::size_t wordsBefore = reach.before * image.wordsPerRow;
-  std::vector<std::uint64_t> runs(image.words.size() + (reach.window() - 1) * image.wordsPerRow, kAllSet);
+  std::vector<std::uint64_t> runs(image.words.size() + (reach.window() - 1) * image.wordsPerRow, kAllBits);
   std::copy(image.words.begin(), image.words.end(), runs.begin() + static_cast<std::ptrdiff_t>(wordsBefore));
   growRuns(reach.window(), [&](std::size_t shift) {
     const std::size_t offset = shift * image.wordsPerRow;
@@ -58,7 +55,7 @@ std::uint64_t bitsAt(const std::uint64_t* words, std::size_t position) {
 // Bits of the last word of a row that lie behind the last column.
 std::uint64_t tailBits(int cols) {
   const int used = cols % kBitsPerWord;
-  return used == 0 ? 0 : kAllSet << used;
+  return used == 0 ? 0 : kAllBits << used;
 }
 
 // True for a row that is wholly set or wholly clear, which no erosion changes.
@@ -69,7 +66,7 @@ bool isUniform(const std::uint64_t* row, std::size_t count, std::uint64_t tail) 
     anySet |= row[i];
     allSet &= row[i];
   }
-  return anySet == 0 || allSet == kAllSet;
+  return anySet == 0 || allSet == kAllBits;
 }
 
 void erodeRows(TBitImage& image, int size) {
@@ -82,7 +79,7 @@ void erodeRows(TBitImage& image, int size) {
   for (int y = 0; y < image.rows; ++y) {
     std::uint64_t* const row = image.row(y);
     if (isUniform(row, image.wordsPerRow, tail)) continue;
-    std::fill(runs.begin(), runs.end(), kAllSet);
+    std::fill(runs.begin(), runs.end(), kAllBits);
     std::copy_n(row, image.wordsPerRow, runs.begin() + static_cast<std::ptrdiff_t>(wordsBefore));
     runs[merged - 1] |= tail;
     growRuns(reach.window(), [&](std::size_t shift) {
@@ -94,45 +91,59 @@ void erodeRows(TBitImage& image, int size) {
   }
 }
 
-void unpackWord(std::uint64_t bits, std::uint8_t* pixels, int count) {
-  if (bits == 0 || bits == kAllSet) {
-    std::memset(pixels, bits == 0 ? 0 : 255, static_cast<std::size_t>(count));
-    return;
+// The 64 pixels of a whole word.
+std::uint64_t packWord(const std::uint8_t* pixels, std::uint8_t low, std::uint8_t high) {
+  const cv::v_uint8x16 lowest = cv::v_setall_u8(low);
+  const cv::v_uint8x16 highest = cv::v_setall_u8(high);
+  const cv::v_uint8x16 grey[] = {cv::v_load(pixels), cv::v_load(pixels + 16), cv::v_load(pixels + 32),
+                                 cv::v_load(pixels + 48)};
+  const cv::v_uint8x16 peak = cv::v_max(cv::v_max(grey[0], grey[1]), cv::v_max(grey[2], grey[3]));
+  if (!cv::v_check_any(cv::v_max(peak, lowest) == peak)) return 0;
+  std::uint64_t bits = 0;
+  for (int i = 0; i < 4; ++i) {
+    const cv::v_uint8x16 isInside = cv::v_min(cv::v_max(grey[i], lowest), highest) == grey[i];
+    bits |= static_cast<std::uint64_t>(static_cast<unsigned>(cv::v_signmask(isInside))) << (16 * i);
   }
-  for (int i = 0; i < count; ++i) pixels[i] = static_cast<std::uint8_t>(0 - ((bits >> i) & 1U));
+  return bits;
+}
+
+void unpackRow(const std::uint64_t* words, int count, std::uint8_t* pixels) {
+  for (int x = 0; x < count; x += kBitsPerWord) {
+    const std::uint64_t bits = words[x / kBitsPerWord];
+    if (x + kBitsPerWord <= count && (bits == 0 || bits == kAllBits)) {
+      std::memset(pixels + x, bits == 0 ? 0 : 255, kBitsPerWord);
+      continue;
+    }
+    for (int i = 0; i < std::min(kBitsPerWord, count - x); ++i) {
+      pixels[x + i] = static_cast<std::uint8_t>(0 - ((bits >> i) & 1U));
+    }
+  }
 }
 
 }  // namespace
 
-std::uint64_t inRangeBits(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high) {
-  std::uint64_t bits = 0;
-  int i = 0;
-  const cv::v_uint8x16 lowest = cv::v_setall_u8(low);
-  const cv::v_uint8x16 highest = cv::v_setall_u8(high);
-  for (; i + kBytesPerVector <= count; i += kBytesPerVector) {
-    const cv::v_uint8x16 grey = cv::v_load(pixels + i);
-    const cv::v_uint8x16 isInside = cv::v_min(cv::v_max(grey, lowest), highest) == grey;
-    bits |= static_cast<std::uint64_t>(static_cast<unsigned>(cv::v_signmask(isInside))) << i;
+bool packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words) {
+  std::uint64_t any = 0;
+  int x = 0;
+  for (; x + kBitsPerWord <= count; x += kBitsPerWord) {
+    *words = packWord(pixels + x, low, high);
+    any |= *words++;
   }
-  for (; i < count; ++i) {
-    if (low <= pixels[i] && pixels[i] <= high) bits |= std::uint64_t{1} << i;
+  if (x == count) return any != 0;
+  *words = 0;
+  for (int i = 0; x + i < count; ++i) {
+    if (low <= pixels[x + i] && pixels[x + i] <= high) *words |= std::uint64_t{1} << i;
   }
-  return bits;
+  return (any | *words) != 0;
 }
 
 TBitImage packPixelsFrom(const cv::Mat& grey, std::uint8_t level) {
   TBitImage image;
   image.rows = grey.rows;
   image.cols = grey.cols;
-  image.wordsPerRow = static_cast<std::size_t>((grey.cols + kBitsPerWord - 1) / kBitsPerWord);
+  image.wordsPerRow = wordsFor(grey.cols);
   image.words.resize(static_cast<std::size_t>(grey.rows) * image.wordsPerRow);
-  for (int y = 0; y < grey.rows; ++y) {
-    const std::uint8_t* const pixels = grey.ptr<std::uint8_t>(y);
-    std::uint64_t* word = image.row(y);
-    for (int x = 0; x < grey.cols; x += kBitsPerWord) {
-      *word++ = inRangeBits(pixels + x, std::min(kBitsPerWord, grey.cols - x), level, 255);
-    }
-  }
+  for (int y = 0; y < grey.rows; ++y) packRange(grey.ptr<std::uint8_t>(y), grey.cols, level, 255, image.row(y));
   return image;
 }
 
@@ -146,13 +157,7 @@ void erodeSquare(TBitImage& image, int size) {
 }
 
 void unpackBits(const TBitImage& image, cv::Mat& grey) {
-  for (int y = 0; y < image.rows; ++y) {
-    const std::uint64_t* word = image.row(y);
-    std::uint8_t* const pixels = grey.ptr<std::uint8_t>(y);
-    for (int x = 0; x < image.cols; x += kBitsPerWord) {
-      unpackWord(*word++, pixels + x, std::min(kBitsPerWord, image.cols - x));
-    }
-  }
+  for (int y = 0; y < image.rows; ++y) unpackRow(image.row(y), image.cols, grey.ptr<std::uint8_t>(y));
 }
 
 }  // namespace weld

@@ -11,8 +11,16 @@ namespace weld {
 
 inline constexpr int kBitsPerWord = 64;
 
-// Bit i tells whether low <= pixels[i] <= high. Reads and sets `count` bits, 1..64; the others are 0.
-std::uint64_t inRangeBits(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high);
+inline constexpr std::uint64_t kAllBits = ~std::uint64_t{0};
+
+// Words that hold one bit for each of `count` pixels.
+inline std::size_t wordsFor(int count) {
+  return static_cast<std::size_t>((count + kBitsPerWord - 1) / kBitsPerWord);
+}
+
+// Bit i tells whether low <= pixels[i] <= high; the bits behind the last pixel are 0. Fills wordsFor(count) words
+// and tells whether any bit is set.
+bool packRange(const std::uint8_t* pixels, int count, std::uint8_t low, std::uint8_t high, std::uint64_t* words);
 
 // Rows of whole words; the bits behind the last column have no meaning.
 struct TBitImage {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <vector>
 
 namespace weld {
 namespace {
@@ -45,11 +46,14 @@ std::uint64_t loadSampledBytes(const std::uint8_t* pixels) {
   return word & kSampledBytes;
 }
 
+// True only when no sampled pixel of the mask is 0. Masks of 0 and 255 are told apart exactly; others may give
+// false all the same, which costs time only.
 bool isFreeOfReflections(const std::uint8_t* mask, int count) {
-  std::uint64_t carries = kLaneCarries;
+  std::uint64_t common = kSampledBytes;
   int x = 0;
-  for (; x + kWordPx <= count; x += kWordPx) carries &= loadSampledBytes(mask + x) + kSampledBytes;
-  bool isFree = carries == kLaneCarries;
+#pragma GCC unroll 4
+  for (; x + kWordPx <= count; x += kWordPx) common &= loadSampledBytes(mask + x);
+  bool isFree = ((common + kSampledBytes) & kLaneCarries) == kLaneCarries;
   for (; x < count; x += kSampleStep) isFree = isFree && mask[x] != 0;
   return isFree;
 }
@@ -57,6 +61,7 @@ bool isFreeOfReflections(const std::uint8_t* mask, int count) {
 std::uint64_t sumGrey(const std::uint8_t* grey, int count) {
   std::uint64_t lanes = 0;
   int x = 0;
+#pragma GCC unroll 4
   for (; x + kWordPx <= count; x += kWordPx) lanes += loadSampledBytes(grey + x);
   std::uint64_t sum = 0;
   for (; lanes != 0; lanes >>= 16) sum += lanes & 0xFFFF;
@@ -85,9 +90,33 @@ double sumInOrder(const cv::Mat& grey, const cv::Mat& mask) {
   return sum;
 }
 
-float addWeights(float sum, std::uint64_t bits, const std::uint8_t* mask) {
-  for (; bits != 0; bits &= bits - 1) {
-    sum += mask[__builtin_ctzll(bits)] == kNotReflective ? kFullWeight : kReflectiveWeight;
+// Between these sums neither weight ever lies midway between two neighbouring floats, so that as long as the sum
+// stays between two powers of two every addition of the same weight is rounded to the same step.
+constexpr float kSteadyFrom = 1.0F;
+constexpr float kSteadyBelow = 1 << 24;
+
+std::uint32_t powerOfTwoBelow(float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits >> 23;
+}
+
+// Adds the weight `count` times, rounding each time.
+float addRepeatedly(float sum, float weight, int count) {
+  const float step = (sum + weight) - sum;
+  const float end = sum + step * static_cast<float>(count);
+  const bool isSteady = sum >= kSteadyFrom && end < kSteadyBelow && powerOfTwoBelow(end) == powerOfTwoBelow(sum);
+  if (isSteady) return end;
+  for (int i = 0; i < count; ++i) sum += weight;
+  return sum;
+}
+
+// Adds the weights of the pixels in `bits`, those in `full` counting in full, in their order.
+float addWeights(float sum, std::uint64_t bits, std::uint64_t full) {
+  if ((bits & ~full) == 0) return addRepeatedly(sum, kFullWeight, __builtin_popcountll(bits));
+  if ((bits & full) == 0) return addRepeatedly(sum, kReflectiveWeight, __builtin_popcountll(bits));
+  for (; bits != 0; bits >>= 1, full >>= 1) {
+    if ((bits & 1U) != 0) sum += (full & 1U) != 0 ? kFullWeight : kReflectiveWeight;
   }
   return sum;
 }
@@ -110,14 +139,17 @@ double sumSampledGrey(const cv::Mat& grey, const cv::Mat& mask) {
 }
 
 float sumRangeWeights(const cv::Mat& grey, const cv::Mat& mask, std::uint8_t low, std::uint8_t high) {
+  std::vector<std::uint64_t> inRange(wordsFor(grey.cols));
   float sum = 0.0F;
   for (int y = 0; y < grey.rows; ++y) {
-    const auto* const greyRow = grey.ptr<std::uint8_t>(y);
-    const auto* const maskRow = mask.ptr<std::uint8_t>(y);
+    if (!packRange(grey.ptr<std::uint8_t>(y), grey.cols, low, high, inRange.data())) continue;
     for (int x = 0; x < grey.cols; x += kBitsPerWord) {
-      const int count = std::min(kBitsPerWord, grey.cols - x);
-      const std::uint64_t bits = inRangeBits(greyRow + x, count, low, high);
-      if (bits != 0) sum = addWeights(sum, bits, maskRow + x);
+      const std::uint64_t bits = inRange[static_cast<std::size_t>(x / kBitsPerWord)];
+      if (bits == 0) continue;
+      std::uint64_t full = 0;
+      packRange(mask.ptr<std::uint8_t>(y) + x, std::min(kBitsPerWord, grey.cols - x), kNotReflective,
+                kNotReflective, &full);
+      sum = addWeights(sum, bits, full);
     }
   }
   return sum;

@@ -129,7 +129,8 @@ TEST_P(WeightedFigures, equalAddingPixelAfterPixel) {
     EXPECT_EQ(calcMeanGrayVal(image, mask),
               divisor == 0 ? INT_MIN : static_cast<int>(plain::sampledSum(image, mask) / divisor))
         << size;
-    for (const auto& [low, high] : std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
+    for (const auto& [low, high] :
+         std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
       EXPECT_EQ(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(std::max(low + 1, 0)),
                                       static_cast<std::uint8_t>(std::min(high - 1, 255))),
                 plain::rangeWeights(image, mask, low, high))
@@ -289,6 +290,21 @@ TEST(LightingAdaptation, imagesThatAreNotGreyAndKernelsWithoutSizeRaise) {
     EXPECT_THROW(plain::notReflective(grey, kernelSize), cv::Exception) << kernelSize;
   }
   EXPECT_NO_THROW(removeReflectiveAreas(grey, mask, INT_MAX));
+}
+
+TEST(AdviseExposureFactor, leavesWithinToleranceStepsByFourAtMostAndNeverRaisesASaturatedFrame) {
+  struct {
+    int meanGray;
+    double brightShare;
+    double factor;
+  } const rows[] = {{30, 0.0, 1.0},   {50, 0.1, 1.0},   {29, 0.0, 40.0 / 29.0}, {51, 0.1, 40.0 / 51.0},
+                    {10, 0.0, 4.0},   {9, 0.0, 4.0},    {0, 0.0, 4.0},          {160, 0.0, 0.25},
+                    {255, 0.0, 0.25}, {-1, 0.0, 1.0},   {INT_MIN, 0.9, 1.0},    {40, 0.11, 0.5},
+                    {20, 0.11, 0.5},  {100, 0.11, 0.4}, {255, 1.0, 0.25}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(adviseExposureFactor(row.meanGray, row.brightShare, TExposureTarget{}), row.factor)
+        << row.meanGray << " " << row.brightShare;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,24 @@
+// What to do with the exposure, given the figures of a frame.
+#include "zelWeldDetect.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace LightingAdaptation {
+namespace {
+
+constexpr double kLeave = 1.0;
+constexpr double kLargestFactor = 4.0;    // clipped pixels hide how far off an exposure is
+constexpr double kTooBrightFactor = 0.5;  // at most, when too many pixels are clipped
+
+}  // namespace
+
+double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target) {
+  if (meanGray < 0) return kLeave;
+  const bool isTooBright = brightShare > target.brightShare;
+  if (!isTooBright && std::abs(meanGray - target.meanGray) <= target.tolerance) return kLeave;
+  const double wanted = static_cast<double>(target.meanGray) / std::max(meanGray, 1);
+  return std::clamp(wanted, 1.0 / kLargestFactor, isTooBright ? kTooBrightFactor : kLargestFactor);
+}
+
+}  // namespace LightingAdaptation
