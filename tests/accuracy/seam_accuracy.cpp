@@ -1,0 +1,87 @@
+// Prints how exactly and how surely each joint is found in rendered scenes.
+#include "accuracy/seam_trial.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <string>
+#include <vector>
+
+namespace {
+
+using accuracy::TCase;
+using accuracy::TScore;
+using scenes::TJoint;
+using scenes::TLevel;
+
+struct TTarget {
+  const char* level;
+  TLevel value;
+  double foundShare;
+  double medianPx;
+  double p95Px;
+};
+
+constexpr TCase kCases[] = {
+    {"butt gap, centre", TJoint::buttGap, TWeldPosType::centre}, {"butt gap, left", TJoint::buttGap, TWeldPosType::left},
+    {"lap, centre", TJoint::lap, TWeldPosType::centre},          {"lap, upper", TJoint::lap, TWeldPosType::upper},
+    {"corner", TJoint::corner, TWeldPosType::centre},            {"plate, right", TJoint::plate, TWeldPosType::right},
+    {"plate, left", TJoint::plate, TWeldPosType::left},
+};
+
+constexpr TTarget kTargets[] = {{"clean", TLevel::clean, 1.0, 0.5, 1.0},
+                                {"noisy", TLevel::noisy, 0.99, 0.7, 1.5},
+                                {"harsh", TLevel::harsh, 0.95, 1.0, 3.0}};
+constexpr double kMaxFalseShare = 0.005;
+
+const char* mark(bool isReached) { return isReached ? "" : " *"; }
+
+void printScore(const TCase& trial, const TTarget& target, const char* mode, const TScore& score) {
+  const double share = static_cast<double>(score.found) / score.frames;
+  const double median = accuracy::quantile(score.errorsPx, 0.5);
+  const double p95 = accuracy::quantile(score.errorsPx, 0.95);
+  std::printf("| %-16s | %-5s | %-8s | %6d | %6.2f %%%s | %6.2f%s | %6.2f%s | %5d | %3d |\n", trial.name,
+              target.level, mode, score.frames, 100.0 * share, mark(share >= target.foundShare), median,
+              mark(median <= target.medianPx), p95, mark(p95 <= target.p95Px), score.lost, score.longestLoss);
+  std::fflush(stdout);
+}
+
+void printSeamTable(int scenes, int sequences) {
+  std::printf("| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss |\n");
+  std::printf("|---|---|---|---|---|---|---|---|---|\n");
+  for (const TCase& trial : kCases) {
+    for (const TTarget& target : kTargets) {
+      auto tracked = std::async(std::launch::async, accuracy::scoreSequences, trial, target.value, sequences);
+      printScore(trial, target, "first", accuracy::scoreFirstDetections(trial, target.value, scenes));
+      printScore(trial, target, "tracking", tracked.get());
+    }
+  }
+}
+
+void printFalseTable(int scenesEach) {
+  std::printf("\n| joint | frames without it | found in |\n|---|---|---|\n");
+  for (const TCase& trial : kCases) {
+    if (trial.pos != TWeldPosType::centre && trial.joint != TJoint::plate) continue;
+    const TScore score = accuracy::scoreFalsePositives(trial, scenesEach);
+    const double share = static_cast<double>(score.found) / score.frames;
+    std::printf("| %-16s | %6d | %6.2f %%%s |\n", trial.name, score.frames, 100.0 * share,
+                mark(share <= kMaxFalseShare));
+  }
+}
+
+int countArgument(int argc, char** argv, int index, int fallback) {
+  return argc > index ? std::max(1, std::atoi(argv[index])) : fallback;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int scenes = countArgument(argc, argv, 1, 300);
+  const int sequences = countArgument(argc, argv, 2, 20);
+  std::printf("%d scenes and %d sequences of 60 frames per row, 1280x1024. * misses its target.\n\n", scenes,
+              sequences);
+  printSeamTable(scenes, sequences);
+  printFalseTable(scenes / 2);
+  return 0;
+}
