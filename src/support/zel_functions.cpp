@@ -3,7 +3,7 @@
 #include "zelFunctions.h"
 
 #include <atomic>
-#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace zel {
@@ -15,22 +15,22 @@ template <typename TFunction>
 class TPlug {
 public:
   void set(TFunction function) {
-    std::shared_ptr<const TFunction> next;
-    if (function) next = std::make_shared<const TFunction>(std::move(function));
-    const bool isNextSet = next != nullptr;
-    std::atomic_store(&current, std::move(next));
-    isSet.store(isNextSet, std::memory_order_release);
+    const std::lock_guard<std::mutex> lock(guard);
+    current = std::move(function);
+    isSet.store(static_cast<bool>(current), std::memory_order_release);
   }
 
-  // Keeps the function alive for the call, even when another thread unplugs it meanwhile.
-  std::shared_ptr<const TFunction> get() const {
+  // A copy: the call goes on with it even when another thread unplugs it meanwhile.
+  TFunction get() const {
     if (!isSet.load(std::memory_order_acquire)) return nullptr;
-    return std::atomic_load(&current);
+    const std::lock_guard<std::mutex> lock(guard);
+    return current;
   }
 
 private:
   std::atomic<bool> isSet{false};
-  std::shared_ptr<const TFunction> current;
+  mutable std::mutex guard;
+  TFunction current;
 };
 
 TPlug<TDebugStringSink> debugStringSink;
@@ -44,16 +44,16 @@ void setMessageSink(TMessageSink sink) { messageSink.set(std::move(sink)); }
 void setParamBoolSource(TParamBoolSource source) { paramBoolSource.set(std::move(source)); }
 
 void outPutDebugString(const std::string& text) {
-  if (const auto sink = debugStringSink.get()) (*sink)(text);
+  if (const TDebugStringSink sink = debugStringSink.get()) sink(text);
 }
 
 void APPshowMessage(const std::string& text, std::uint32_t colour) {
-  if (const auto sink = messageSink.get()) (*sink)(text, colour);
+  if (const TMessageSink sink = messageSink.get()) sink(text, colour);
 }
 
 bool APPgetParamBool(const std::string& name) {
-  const auto source = paramBoolSource.get();
-  return source != nullptr && (*source)(name);
+  const TParamBoolSource source = paramBoolSource.get();
+  return source && source(name);
 }
 
 }  // namespace zel
