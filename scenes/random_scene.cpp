@@ -73,9 +73,9 @@ void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
   look.peak = random.uniform(2.0, 6.0) * kWhite;
   look.rootPeak = look.peak * random.uniform(0.5, 1.0);
   look.speckle = random.uniform(0.2, 0.45);
-  look.missingShare = random.uniform(0.02, 0.08);
+  look.missingShare = random.uniform(0.02, 0.06);
   look.missingRunPx = std::min(8.0, 0.4 * g.gapPx);
-  look.flare = random.uniform(0.0, 0.3);
+  look.flare = random.uniform(0.0, 0.2);
   look.blobs = random.integer(1, 4);
   look.spatter = random.integer(3, 12);
   look.arcGlow = random.uniform(40.0, 140.0);

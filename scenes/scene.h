@@ -42,7 +42,7 @@ struct TLook {
   double texture = 0.0;           // amplitude of the background texture, grey levels
   double flatTop = 0.0;           // 0: Gaussian across the stripe; 1: flat top with steep edges
   double missingShare = 0.0;      // share of the frame's columns in which the stripe is lost, in stretches
-  double missingRunPx = 40.0;     // longest such stretch; none comes within 30 px of a feature point
+  double missingRunPx = 40.0;     // longest such stretch; all keep 40 px from each other, 30 from features
   double flare = 0.0;             // 0..1: flare that fattens the stripe near the seam
   int blobs = 0;                  // specular blobs beside the stripe
   int spatter = 0;                // spatter streaks

@@ -13,6 +13,7 @@ constexpr double kSteepestVisible = 2.5;  // slope; walls reflect the stripe awa
 constexpr double kDarkestVisible = 10.0;  // grey level of the ridge
 constexpr double kKeepNearSeamPx = 30.0;  // no stripe is lost this near to a feature point
 constexpr int kShortestRunPx = 3;         // of a lost stretch
+constexpr int kBetweenRunsPx = 40;        // least distance of two lost stretches
 constexpr int kMostRuns = 1000;           // tries to place lost stretches
 constexpr double kFlareReachPx = 45.0;    // distance from the seam at which flare has half its effect
 constexpr double kFlareWidening = 1.5;    // a full flare adds this many widths
@@ -41,9 +42,10 @@ std::vector<char> loseStretches(const TSceneParams& params, const TProfile& prof
   for (int i = 0; i < kMostRuns && lost < wanted; ++i) {
     const int first = random.integer(0, cols - 1);
     const int last = std::min(first + random.integer(kShortestRunPx, longest), cols) - 1;
-    // Stretches that touch would add up to a longer one.
-    const bool isTaken = std::any_of(isLost.begin() + std::max(first - 1, 0),
-                                     isLost.begin() + std::min(last + 2, cols), [](char c) { return c != 0; });
+    // Stretches too near to each other would act like a longer one.
+    const auto from = isLost.begin() + std::max(first - kBetweenRunsPx, 0);
+    const auto to = isLost.begin() + std::min(last + 1 + kBetweenRunsPx, cols);
+    const bool isTaken = std::find(from, to, 1) != to;
     if (isTaken || isNearFeature(profile, first, last)) continue;
     std::fill(isLost.begin() + first, isLost.begin() + last + 1, 1);
     lost += last - first + 1;
