@@ -155,6 +155,43 @@ void buildFlareBevel(const TGeometry& g, double endX, TProfile& p) {
   p.features.push_back({"root", p.seam});
 }
 
+void buildPieces(TJoint joint, const TGeometry& geometry, double endX, TProfile& p) {
+  switch (joint) {
+    case TJoint::buttGap:
+      buildButtGap(geometry, endX, p);
+      break;
+    case TJoint::lap:
+      buildLap(geometry, endX, p);
+      break;
+    case TJoint::corner:
+      buildCorner(geometry, endX, p);
+      break;
+    case TJoint::plate:
+      buildPlate(geometry, endX, p);
+      break;
+    case TJoint::vGroove:
+      buildVGroove(geometry, endX, p);
+      break;
+    case TJoint::singleBevel:
+      buildSingleBevel(geometry, endX, p);
+      break;
+    case TJoint::uGroove:
+      buildUGroove(geometry, endX, p);
+      break;
+    case TJoint::flareV:
+      buildFlareV(geometry, endX, p);
+      break;
+    case TJoint::flareBevel:
+      buildFlareBevel(geometry, endX, p);
+      break;
+    case TJoint::plain:
+      p.pieces = {linePiece(0.0, endX, p.seam)};
+      break;
+    case TJoint::blank:
+      break;
+  }
+}
+
 // Adjacent pieces may share a border column; it belongs to the left one.
 void separatePieces(TProfile& p) {
   for (std::size_t i = 1; i < p.pieces.size(); ++i) {
@@ -211,41 +248,7 @@ TProfile buildProfile(TJoint joint, const TGeometry& geometry, cv::Size size) {
   p.pivotX = p.seam.x;
   p.tiltSlope = tanDeg(geometry.tiltDeg);
   p.hasSeam = joint != TJoint::plain && joint != TJoint::blank;
-  const double endX = size.width - 1.0;
-  switch (joint) {
-    case TJoint::buttGap:
-      buildButtGap(geometry, endX, p);
-      break;
-    case TJoint::lap:
-      buildLap(geometry, endX, p);
-      break;
-    case TJoint::corner:
-      buildCorner(geometry, endX, p);
-      break;
-    case TJoint::plate:
-      buildPlate(geometry, endX, p);
-      break;
-    case TJoint::vGroove:
-      buildVGroove(geometry, endX, p);
-      break;
-    case TJoint::singleBevel:
-      buildSingleBevel(geometry, endX, p);
-      break;
-    case TJoint::uGroove:
-      buildUGroove(geometry, endX, p);
-      break;
-    case TJoint::flareV:
-      buildFlareV(geometry, endX, p);
-      break;
-    case TJoint::flareBevel:
-      buildFlareBevel(geometry, endX, p);
-      break;
-    case TJoint::plain:
-      p.pieces = {linePiece(0.0, endX, p.seam)};
-      break;
-    case TJoint::blank:
-      break;
-  }
+  buildPieces(joint, geometry, size.width - 1.0, p);
   separatePieces(p);
   for (TFeature& feature : p.features) feature.point.y += p.tiltSlope * (feature.point.x - p.pivotX);
   settleSeam(joint, p);
