@@ -1,6 +1,7 @@
 #include "stripe/ridge_candidates.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace weld {
@@ -19,6 +20,7 @@ constexpr int kWeakNumerator = 5;  // a weak candidate has 5/8 of the contrast o
 constexpr int kWeakShift = 3;
 constexpr double kFloorGrey = 8.0;        // least contrast where there is no noise
 constexpr double kMostOverWanted = 2.0;  // highest threshold over the wanted contrast
+constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
 constexpr int kLanes = 32;
 
 class TResponseHistogram {
@@ -99,6 +101,7 @@ public:
       : level(source),
         halfRows(scale.halfRows),
         widthPx(scale.widthPx),
+        rootOfWidth(static_cast<int>(kRootUnit * std::sqrt(scale.widthPx))),
         strong(chooseThresholds(source, scale.halfRows, minContrast)),
         weak(strong.size()),
         rows(3, std::vector<short>(strong.size())),
@@ -146,7 +149,7 @@ private:
         const int over = here[x] - least[x];
         const bool isStrong = here[x] >= strong[static_cast<std::size_t>(x)];
         insertCandidate(columns[static_cast<std::size_t>(x)],
-                        {2 * y * level.stepY - 1, here[x], widthPx, over, isStrong});
+                        {2 * y * level.stepY - 1, here[x], widthPx, over, here[x] * rootOfWidth, isStrong});
       }
     }
   }
@@ -154,6 +157,7 @@ private:
   const TRidgeLevel& level;
   int halfRows;
   int widthPx;
+  int rootOfWidth;
   std::vector<short> strong;  // least contrast per column of a strong candidate
   std::vector<short> weak;    // and of a weak one
   std::vector<std::vector<short>> rows;
@@ -191,7 +195,7 @@ std::vector<TRidgeCandidates> findRidgeCandidates(const std::vector<TRidgeLevel>
       pool.insert(pool.end(), found.items.begin(), found.items.begin() + found.count);
     }
     std::sort(pool.begin(), pool.end(), [](const auto& a, const auto& b) {
-      return a.contrast != b.contrast ? a.contrast > b.contrast : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
+      return a.rank != b.rank ? a.rank > b.rank : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
     });
     columns[c] = mergeColumn(pool.data(), pool.data() + pool.size());
   }

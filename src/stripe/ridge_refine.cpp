@@ -13,9 +13,9 @@ constexpr int kMinPeakReachPx = 2;     // search for the peak: half the width, a
 constexpr int kMinBackDistancePx = 3;  // the background begins a width off the centre, at least this
 constexpr double kWalkWidths = 1.5;    // an edge is sought so many widths off the peak
 constexpr int kSmoothingShare = 8;     // wide profiles are read as means over +- this part of the width
-constexpr double kWidePx = 24.0;       // wider stripes take the middle of their edges
 constexpr double kKernelPerFwhm = 1.27;  // half support of the kernel, so that its sigma is the stripe's own
 constexpr double kMinKernelPx = 2.5;
+constexpr int kKernelBins = 12;  // rows of wide profiles are read in bins, so many to the half support
 constexpr int kNewtonSteps = 3;
 
 }  // namespace
@@ -85,17 +85,18 @@ TRidgeRefiner::TExtent TRidgeRefiner::measureExtent(int x, double y, double widt
 // Maximum of the correlation with the kernel (1 - u^2)^3, which comes close to a Gaussian of the stripe's
 // own sigma: the best linear estimate of position in white noise.
 double TRidgeRefiner::correlatePosition(double start, double back, double halfSupport) const {
+  const int lastRow = firstRow + static_cast<int>(sums.size()) - 2;
+  const int binRows = std::max(1, static_cast<int>(halfSupport) / kKernelBins);
   double centre = start;
   for (int i = 0; i < kNewtonSteps; ++i) {
     double slope = 0.0;
     double curvature = 0.0;
-    const int last = std::min(static_cast<int>(std::floor(centre + halfSupport)),
-                              firstRow + static_cast<int>(sums.size()) - 2);
     const int first = std::max(static_cast<int>(std::ceil(centre - halfSupport)), firstRow);
-    for (int y = first; y <= last; ++y) {
-      const double u = (y - centre) / halfSupport;
+    const int last = std::min(static_cast<int>(std::floor(centre + halfSupport)), lastRow);
+    for (int y = first; y + binRows - 1 <= last; y += binRows) {
+      const double u = (y + (binRows - 1) / 2.0 - centre) / halfSupport;
       const double rest = 1.0 - u * u;
-      const double height = levelAt(y) - back;
+      const double height = mean(y, y + binRows - 1) - back;
       slope += height * u * rest * rest;
       curvature += height * rest * (1.0 - 5.0 * u * u);
     }
@@ -112,10 +113,8 @@ std::optional<TRidgePoint> TRidgeRefiner::refine(const TRidgeGuess& guess) {
     extent = measureExtent(guess.x, extent.middle, std::min(extent.fwhm, kMostWidening * guess.widthPx));
   }
   if (!(extent.contrast >= guess.leastContrast)) return std::nullopt;
-  double centre = extent.middle;
-  if (extent.fwhm <= kWidePx) {
-    centre = correlatePosition(centre, extent.back, std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm));
-  }
+  const double support = std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm);
+  const double centre = correlatePosition(extent.middle, extent.back, support);
   if (!(centre >= 0.0 && centre <= image.rows - 1)) return std::nullopt;
   TRidgePoint ridge;
   ridge.point = cv::Point2f(static_cast<float>(guess.x), static_cast<float>(centre));

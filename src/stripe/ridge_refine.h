@@ -40,7 +40,6 @@ private:
   };
 
   void load(int x, int first, int last);
-  int levelAt(int y) const { return sums[y - firstRow + 1] - sums[y - firstRow]; }
   double mean(int first, int last) const;
   TPeak findPeak(int middle, int reach, int smoothRows) const;
   double findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const;
