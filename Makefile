@@ -4,12 +4,12 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-# cmake starts its own make with its own -j.
-unexport MAKEFLAGS MFLAGS MAKELEVEL
+# cmake starts a make of its own with its own -j, which is not to take itself for a part of this one.
+standalone = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL
 
 setup = @scripts/setup.sh
-compile = cmake --build $(1) -j $(JOBS)
-run_tests = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
+compile = $(standalone) cmake --build $(1) -j $(JOBS)
+run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
 # A first configuration leaves out tests and benchmarks, so that building and the demo do not need their
 # packages; `make test` and `make bench` turn them on for good.
