@@ -19,7 +19,11 @@ public:
   const TExit exitCode;
 };
 
-inline TCliError usageError(const std::string& text) { return {TExit::usage, text}; }
-inline TCliError inputError(const std::string& text) { return {TExit::input, text}; }
+inline TCliError usageError(const std::string& text) {
+  return {TExit::usage, text};
+}
+inline TCliError inputError(const std::string& text) {
+  return {TExit::input, text};
+}
 
 }  // namespace tool

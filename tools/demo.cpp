@@ -36,9 +36,9 @@ struct TLevelRow {
 };
 const std::vector<TLevelRow> LEVELS = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
 
-constexpr int SEQUENCES = 4;             // per joint and level
-constexpr int FRAMES = 60;               // per sequence
-constexpr int ANNOTATE_EVERY = 30;       // frames
+constexpr int SEQUENCES = 4;              // per joint and level
+constexpr int FRAMES = 60;                // per sequence
+constexpr int ANNOTATE_EVERY = 30;        // frames
 constexpr float THUMBNAIL_SCALE = 0.25F;  // of a frame's side
 constexpr double MIN_FOUND_SHARE = 0.99;
 constexpr double MAX_MEDIAN_ERROR_PX = 1.0;
@@ -106,7 +106,8 @@ void runSequence(TJoint joint, TLevel level, int sequence, TRow& row, const fs::
         overlay.trueSeam = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
       }
       const std::string title = row.type + " " + row.level;
-      const std::string name = row.type + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(n);
+      const std::string name =
+          row.type + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(n);
       tool::writeImage(folder / (name + ".png"), annotated(scene.image, overlay, title));
       row.thumbnails.push_back(thumbnailOf(scene.image, overlay, title));
     }
@@ -119,8 +120,8 @@ bool isGood(const TRow& row) {
 
 void printHeading() {
   std::cout << std::left << std::setw(16) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
-            << "frames" << std::setw(7) << "found" << std::setw(9) << "share" << std::setw(11) << "error" << std::setw(9)
-            << "p95" << std::setw(11) << "time" << std::setw(9) << "p95" << '\n'
+            << "frames" << std::setw(7) << "found" << std::setw(9) << "share" << std::setw(11) << "error"
+            << std::setw(9) << "p95" << std::setw(11) << "time" << std::setw(9) << "p95" << '\n'
             << std::setw(58) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
             << "ms" << '\n';
 }

@@ -65,14 +65,16 @@ std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
     return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), number == 0};
   }
   if (endsEarly(video, videoFrame)) {
-    throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) + " frames");
+    throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) +
+                     " frames");
   }
   video.release();
   return std::nullopt;
 }
 
 std::optional<int> TFrameSource::frameCount() const {
-  const bool hasVideo = std::any_of(files.begin(), files.end(), [](const TInputFile& file) { return file.isVideo; });
+  const bool hasVideo =
+      std::any_of(files.begin(), files.end(), [](const TInputFile& file) { return file.isVideo; });
   return hasVideo ? std::nullopt : std::make_optional(static_cast<int>(files.size()));
 }
 

@@ -4,8 +4,8 @@
 #include "tools/text.h"
 
 #include <fcntl.h>
-#include <opencv2/imgcodecs.hpp>
 #include <unistd.h>
+#include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -19,8 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::vector<std::string> IMAGE_ENDINGS = {".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff",
-                                                ".pgm", ".ppm", ".pnm",  ".webp"};
+const std::vector<std::string> IMAGE_ENDINGS = {".png",  ".jpg", ".jpeg", ".bmp", ".tif",
+                                                ".tiff", ".pgm", ".ppm",  ".pnm", ".webp"};
 const std::vector<std::string> VIDEO_ENDINGS = {".avi",  ".mp4", ".mkv", ".mov", ".m4v",
                                                 ".mpeg", ".mpg", ".wmv", ".webm"};
 
@@ -71,9 +71,15 @@ cv::Mat decode(const TBytes& bytes) {
 
 }  // namespace
 
-bool hasImageName(const fs::path& path) { return endsWithOneOf(path, IMAGE_ENDINGS); }
-bool hasVideoName(const fs::path& path) { return endsWithOneOf(path, VIDEO_ENDINGS); }
-std::string imageEndings() { return join(IMAGE_ENDINGS, " "); }
+bool hasImageName(const fs::path& path) {
+  return endsWithOneOf(path, IMAGE_ENDINGS);
+}
+bool hasVideoName(const fs::path& path) {
+  return endsWithOneOf(path, VIDEO_ENDINGS);
+}
+std::string imageEndings() {
+  return join(IMAGE_ENDINGS, " ");
+}
 
 cv::Mat readImage(const fs::path& path) {
   const TBytes bytes = readBytes(path);

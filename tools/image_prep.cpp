@@ -25,10 +25,17 @@ cv::Mat cutRegion(const cv::Mat& stored, const std::optional<cv::Rect>& region, 
 cv::Mat turn(const cv::Mat& image, int rotationDeg) {
   cv::Mat turned = image;
   switch (rotationDeg) {
-    case 90: cv::rotate(image, turned, cv::ROTATE_90_CLOCKWISE); break;
-    case 180: cv::rotate(image, turned, cv::ROTATE_180); break;
-    case 270: cv::rotate(image, turned, cv::ROTATE_90_COUNTERCLOCKWISE); break;
-    default: break;
+    case 90:
+      cv::rotate(image, turned, cv::ROTATE_90_CLOCKWISE);
+      break;
+    case 180:
+      cv::rotate(image, turned, cv::ROTATE_180);
+      break;
+    case 270:
+      cv::rotate(image, turned, cv::ROTATE_90_COUNTERCLOCKWISE);
+      break;
+    default:
+      break;
   }
   return turned;
 }
@@ -54,11 +61,21 @@ cv::Mat chooseChannel(const cv::Mat& image, TChannel channel, const std::string&
   }
   cv::Mat chosen;
   switch (channel) {
-    case TChannel::grey: cv::cvtColor(image, chosen, cv::COLOR_BGR2GRAY); break;
-    case TChannel::red: cv::extractChannel(image, chosen, RED); break;
-    case TChannel::green: cv::extractChannel(image, chosen, GREEN); break;
-    case TChannel::blue: cv::extractChannel(image, chosen, BLUE); break;
-    case TChannel::redExcess: chosen = redExcess(image); break;
+    case TChannel::grey:
+      cv::cvtColor(image, chosen, cv::COLOR_BGR2GRAY);
+      break;
+    case TChannel::red:
+      cv::extractChannel(image, chosen, RED);
+      break;
+    case TChannel::green:
+      cv::extractChannel(image, chosen, GREEN);
+      break;
+    case TChannel::blue:
+      cv::extractChannel(image, chosen, BLUE);
+      break;
+    case TChannel::redExcess:
+      chosen = redExcess(image);
+      break;
   }
   return chosen;
 }
@@ -89,7 +106,8 @@ cv::Rect parseRegion(const std::string& text) {
     isRegion = isRegion && value == std::trunc(value) && value >= 0.0 && value <= MAX_PX;
   }
   if (!isRegion) {
-    throw usageError("--roi: '" + text + "' is no region; write x,y,width,height in whole pixels of the stored image");
+    throw usageError("--roi: '" + text +
+                     "' is no region; write x,y,width,height in whole pixels of the stored image");
   }
   return {static_cast<int>(values[0]), static_cast<int>(values[1]), static_cast<int>(values[2]),
           static_cast<int>(values[3])};
@@ -107,10 +125,17 @@ cv::Point2d toStored(cv::Point2d point, const TPreparation& preparation, cv::Siz
   const double bottom = region.height - 1;
   cv::Point2d inRegion = point;
   switch (preparation.rotationDeg) {
-    case 90: inRegion = {point.y, bottom - point.x}; break;
-    case 180: inRegion = {right - point.x, bottom - point.y}; break;
-    case 270: inRegion = {right - point.y, point.x}; break;
-    default: break;
+    case 90:
+      inRegion = {point.y, bottom - point.x};
+      break;
+    case 180:
+      inRegion = {right - point.x, bottom - point.y};
+      break;
+    case 270:
+      inRegion = {right - point.y, point.x};
+      break;
+    default:
+      break;
   }
   return inRegion + cv::Point2d(region.tl());
 }

@@ -13,7 +13,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+bool isDigit(char c) {
+  return std::isdigit(static_cast<unsigned char>(c)) != 0;
+}
 
 // The number that starts at `pos`, without leading zeros; moves `pos` behind it.
 std::string takeNumber(const std::string& text, std::size_t& pos) {
@@ -43,8 +45,9 @@ std::vector<fs::path> listFolder(const fs::path& folder) {
 
 std::vector<TInputFile> expandFolder(const fs::path& folder) {
   std::vector<fs::path> images = listFolder(folder);
-  images.erase(std::remove_if(images.begin(), images.end(), [](const fs::path& path) { return !hasImageName(path); }),
-               images.end());
+  images.erase(
+      std::remove_if(images.begin(), images.end(), [](const fs::path& path) { return !hasImageName(path); }),
+      images.end());
   if (images.empty()) {
     throw inputError(folder.string() + ": the folder holds no image files (" + imageEndings() + ")");
   }

@@ -22,7 +22,9 @@ int finish(TExit code, const std::string& line) {
   return static_cast<int>(code);
 }
 
-std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+std::string firstLine(const std::string& text) {
+  return text.substr(0, text.find('\n'));
+}
 
 // The subcommand whose options were at fault, for the hint at its help.
 std::string helpHint(const CLI::App& program) {

@@ -19,14 +19,16 @@ const cv::Scalar BLACK(0, 0, 0);
 
 constexpr double BAND_OPACITY = 0.25;
 constexpr double LABEL_OPACITY = 0.65;
-constexpr float MAX_LINK_PX = 3.0F;   // stripe centres farther apart are not joined by a line
-constexpr int SUBPIXEL_BITS = 4;      // drawing accuracy: 1/16 px
+constexpr float MAX_LINK_PX = 3.0F;  // stripe centres farther apart are not joined by a line
+constexpr int SUBPIXEL_BITS = 4;     // drawing accuracy: 1/16 px
 constexpr float SEARCH_BAND_PX = 60.0F;
 constexpr float PLATE_SEARCH_BAND_PX = 40.0F;
 constexpr std::size_t MIN_GUIDE_POINTS = 10;  // with fewer the detectors search the whole image
 
 // Line widths and text grow with the image, so that a large frame stays readable when shown small.
-double drawingScale(const cv::Mat& image) { return std::max(0.5, image.cols / 1000.0); }
+double drawingScale(const cv::Mat& image) {
+  return std::max(0.5, image.cols / 1000.0);
+}
 int lineWidth(const cv::Mat& image, double px) {
   return std::max(1, static_cast<int>(std::lround(px * drawingScale(image))));
 }
@@ -63,8 +65,8 @@ void drawBand(cv::Mat& image, const std::vector<cv::Point2f>& guide, float halfH
   cv::Mat tinted = image.clone();
   cv::fillPoly(tinted, std::vector<std::vector<cv::Point>>{outline}, BAND_COLOUR);
   cv::addWeighted(tinted, BAND_OPACITY, image, 1.0 - BAND_OPACITY, 0.0, image);
-  cv::polylines(image, std::vector<std::vector<cv::Point>>{upper, lower}, false, BAND_COLOUR, lineWidth(image, 1.0),
-                cv::LINE_AA);
+  cv::polylines(image, std::vector<std::vector<cv::Point>>{upper, lower}, false, BAND_COLOUR,
+                lineWidth(image, 1.0), cv::LINE_AA);
 }
 
 void drawStripe(cv::Mat& image, const std::vector<cv::Point2f>& points) {
@@ -82,8 +84,8 @@ void drawCross(cv::Mat& image, cv::Point2d centre) {
   const double hole = 9.0 * drawingScale(image);
   for (const auto& [colour, px] : {std::pair(BLACK, 5.0), std::pair(SEAM_COLOUR, 2.5)}) {
     for (const cv::Point2d& way : {cv::Point2d(1, 0), cv::Point2d(-1, 0), cv::Point2d(0, 1), cv::Point2d(0, -1)}) {
-      cv::line(image, fine(centre + way * hole), fine(centre + way * arm), colour, lineWidth(image, px), cv::LINE_AA,
-               SUBPIXEL_BITS);
+      cv::line(image, fine(centre + way * hole), fine(centre + way * arm), colour, lineWidth(image, px),
+               cv::LINE_AA, SUBPIXEL_BITS);
     }
   }
 }
@@ -136,7 +138,8 @@ void drawLabel(cv::Mat& image, const std::vector<std::string>& lines, bool isFou
     width = std::max(width, cv::getTextSize(line, cv::FONT_HERSHEY_SIMPLEX, textScale, thickness, nullptr).width);
   }
   const int height = lineHeight * static_cast<int>(lines.size());
-  const cv::Rect box = cv::Rect(0, 0, width + 2 * margin, height + margin) & cv::Rect(cv::Point(0, 0), image.size());
+  const cv::Rect box =
+      cv::Rect(0, 0, width + 2 * margin, height + margin) & cv::Rect(cv::Point(0, 0), image.size());
   image(box) *= 1.0 - LABEL_OPACITY;
   cv::Point base(margin, lineHeight - margin / 4);
   for (const std::string& line : lines) {

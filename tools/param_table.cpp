@@ -49,7 +49,8 @@ const std::vector<TParamSpec>& lapParams() {
 
 const std::vector<TParamSpec>& cornerParams() {
   static const std::vector<TParamSpec> specs = {
-      {"dPara2", &TWeldParams::dPara2, "px", TOLERANCE_PX, "stripe points nearer than this to a flank belong to it"},
+      {"dPara2", &TWeldParams::dPara2, "px", TOLERANCE_PX,
+       "stripe points nearer than this to a flank belong to it"},
       {"dPara3", &TWeldParams::dPara3, "", SHARE,
        "smallest share of points on a flank; points per column that the better flank must exceed"},
       {"dPara4", &TWeldParams::dPara4, "px", TOLERANCE_PX, "scale of the robust line fit"},
@@ -59,12 +60,14 @@ const std::vector<TParamSpec>& cornerParams() {
       {"angleRange1Min", &TWeldParams::angleRange1Min, "deg", SLOPE_DEG, "left flank: angle must exceed this"},
       {"angleRange1Max", &TWeldParams::angleRange1Max, "deg", SLOPE_DEG, "left flank: angle must stay below this"},
       {"angleRange2Min", &TWeldParams::angleRange2Min, "deg", SLOPE_DEG, "right flank: angle must exceed this"},
-      {"angleRange2Max", &TWeldParams::angleRange2Max, "deg", SLOPE_DEG, "right flank: angle must stay below this"},
+      {"angleRange2Max", &TWeldParams::angleRange2Max, "deg", SLOPE_DEG,
+       "right flank: angle must stay below this"},
       {"angleRange5Min", &TWeldParams::angleRange5Min, "deg", INCLUDED_DEG,
        "angle between the flanks must exceed this"},
       {"angleRange5Max", &TWeldParams::angleRange5Max, "deg", INCLUDED_DEG,
        "angle between the flanks must stay below this"},
-      {"dPara10", &TWeldParams::dPara10, "", SHARE, "share of each flank next to the corner that must be unbroken"},
+      {"dPara10", &TWeldParams::dPara10, "", SHARE,
+       "share of each flank next to the corner that must be unbroken"},
       {"nPara5", &TWeldParams::nPara5, "columns", COUNT, "longest break accepted there"},
       {"haveGap", &TWeldParams::haveGap, "", SWITCH,
        "true accepts a gap at the corner, false demands stripe on both sides of it"},
@@ -80,7 +83,8 @@ const std::vector<TParamSpec>& plateParams() {
        "stripe points nearer than this to the piece support it"},
       {"dPara6", &TWeldParams::dPara6, "px", LENGTH_PX, "length that the piece must exceed"},
       {"angleRange0Min", &TWeldParams::angleRange0Min, "deg", SLOPE_DEG, "angle of the piece must exceed this"},
-      {"angleRange0Max", &TWeldParams::angleRange0Max, "deg", SLOPE_DEG, "angle of the piece must stay below this"},
+      {"angleRange0Max", &TWeldParams::angleRange0Max, "deg", SLOPE_DEG,
+       "angle of the piece must stay below this"},
       {"dPara9", &TWeldParams::dPara9, "px", LENGTH_PX, "smallest distance between the two ends"},
   };
   return specs;
@@ -88,14 +92,19 @@ const std::vector<TParamSpec>& plateParams() {
 
 const std::vector<TParamSpec>& stripePresenceParams() {
   static const std::vector<TParamSpec> specs = {
-      {"flagPara1", &TWeldParams::flagPara1, "", SWITCH, "true extracts the stripe as a ridge instead of edge pairs"},
+      {"flagPara1", &TWeldParams::flagPara1, "", SWITCH,
+       "true extracts the stripe as a ridge instead of edge pairs"},
       {"flagPara2", &TWeldParams::flagPara2, "", SWITCH, "true searches only near the previous stripe"},
   };
   return specs;
 }
 
-bool isSwitch(const TParamSpec& spec) { return std::holds_alternative<bool TWeldParams::*>(spec.field); }
-bool isWhole(const TParamSpec& spec) { return std::holds_alternative<std::int32_t TWeldParams::*>(spec.field); }
+bool isSwitch(const TParamSpec& spec) {
+  return std::holds_alternative<bool TWeldParams::*>(spec.field);
+}
+bool isWhole(const TParamSpec& spec) {
+  return std::holds_alternative<std::int32_t TWeldParams::*>(spec.field);
+}
 
 bool isInside(double value, const TParamLimits& limits) {
   return (limits.isMinExcluded ? value > limits.min : value >= limits.min) && value <= limits.max;
@@ -119,12 +128,18 @@ double checkedValue(const TParamSpec& spec, const nlohmann::ordered_json& value)
 const std::vector<TParamSpec>& paramsOf(TWeldType type) {
   static const std::vector<TParamSpec> nothing;
   switch (type) {
-    case TWeldType::buttGap: return buttGapParams();
-    case TWeldType::lap: return lapParams();
-    case TWeldType::corner: return cornerParams();
-    case TWeldType::plate: return plateParams();
-    case TWeldType::stripePresence: return stripePresenceParams();
-    default: return nothing;
+    case TWeldType::buttGap:
+      return buttGapParams();
+    case TWeldType::lap:
+      return lapParams();
+    case TWeldType::corner:
+      return cornerParams();
+    case TWeldType::plate:
+      return plateParams();
+    case TWeldType::stripePresence:
+      return stripePresenceParams();
+    default:
+      return nothing;
   }
 }
 
@@ -165,9 +180,9 @@ void setParam(TWeldParams& params, const TParamSpec& spec, const nlohmann::order
   if (const auto* const bound = std::get_if<TRangeBound>(&spec.field)) {
     params.*(bound->range).*(bound->bound) = number;
   } else if (const auto* const real = std::get_if<double TWeldParams::*>(&spec.field)) {
-    params.**real = number;
+    params.** real = number;
   } else if (const auto* const whole = std::get_if<std::int32_t TWeldParams::*>(&spec.field)) {
-    params.**whole = static_cast<std::int32_t>(number);
+    params.** whole = static_cast<std::int32_t>(number);
   } else {
     params.*std::get<bool TWeldParams::*>(spec.field) = number != 0.0;
   }

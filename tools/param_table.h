@@ -13,11 +13,12 @@ namespace tool {
 
 // One bound of an angle range that is a record of its own.
 struct TRangeBound {
-  TAngleRange TWeldParams::* range;
-  double TAngleRange::* bound;
+  TAngleRange TWeldParams::*range;
+  double TAngleRange::*bound;
 };
 
-using TParamField = std::variant<double TWeldParams::*, std::int32_t TWeldParams::*, bool TWeldParams::*, TRangeBound>;
+using TParamField =
+    std::variant<double TWeldParams::*, std::int32_t TWeldParams::*, bool TWeldParams::*, TRangeBound>;
 
 struct TParamLimits {
   double min = 0.0;

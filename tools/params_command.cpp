@@ -19,10 +19,12 @@ struct TOptions {
 
 void printTable(const TWeldParams& params) {
   std::cout << std::left << std::setw(17) << "name" << std::setw(9) << "default" << std::setw(9) << "unit"
-            << std::setw(30) << "range" << "meaning\n";
+            << std::setw(30) << "range"
+            << "meaning\n";
   for (const TParamSpec& spec : paramsOf(params.weldType)) {
     std::cout << std::setw(17) << spec.name << std::setw(9) << getParam(params, spec).dump() << std::setw(9)
-              << (spec.unit.empty() ? "-" : spec.unit) << std::setw(30) << describeLimits(spec) << spec.meaning << '\n';
+              << (spec.unit.empty() ? "-" : spec.unit) << std::setw(30) << describeLimits(spec) << spec.meaning
+              << '\n';
   }
 }
 
@@ -46,7 +48,8 @@ void run(const TOptions& options) {
 void addParamsCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("params", "Print the parameters that a joint reads");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("--type", options->source.type, "Joint, by name or number: " + detectorTypeNames())->required();
+  command->add_option("--type", options->source.type, "Joint, by name or number: " + detectorTypeNames())
+      ->required();
   command->add_option("--position", options->source.position, "Welding position: " + positionNames());
   command->add_option("--format", options->format, "table, or json: a file for track --params")
       ->capture_default_str();

@@ -13,15 +13,18 @@ constexpr int BAR_WIDTH = 30;  // characters
 
 std::string barOf(int done, int total) {
   const int filled = total > 0 ? std::min(BAR_WIDTH, BAR_WIDTH * done / total) : 0;
-  return "[" + std::string(filled, '#') + std::string(BAR_WIDTH - filled, '.') + "] " + std::to_string(done) + "/" +
-         std::to_string(total);
+  return "[" + std::string(filled, '#') + std::string(BAR_WIDTH - filled, '.') + "] " + std::to_string(done) +
+         "/" + std::to_string(total);
 }
 
 }  // namespace
 
-TProgress::TProgress(std::optional<int> totalFrames) : isTerminal(isatty(STDERR_FILENO) == 1), total(totalFrames) {}
+TProgress::TProgress(std::optional<int> totalFrames)
+    : isTerminal(isatty(STDERR_FILENO) == 1), total(totalFrames) {}
 
-TProgress::~TProgress() { clear(); }
+TProgress::~TProgress() {
+  clear();
+}
 
 void TProgress::draw(int done) {
   if (isTerminal) {

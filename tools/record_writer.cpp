@@ -19,14 +19,19 @@ const char* const CSV_HEADING =
     "frame,file,found,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
 
 // A thousandth of a pixel or millisecond is enough; slopes keep six decimals.
-double rounded(double value, double steps = 1e3) { return std::round(value * steps) / steps; }
-double roundedAux(double value) { return rounded(value, 1e6); }
+double rounded(double value, double steps = 1e3) {
+  return std::round(value * steps) / steps;
+}
+double roundedAux(double value) {
+  return rounded(value, 1e6);
+}
 
 std::string tableHeading() {
   std::ostringstream line;
-  line << std::right << std::setw(6) << "frame" << "  " << std::left << std::setw(FILE_WIDTH) << "file" << std::right
-       << std::setw(7) << "found" << std::setw(10) << "x" << std::setw(10) << "y" << std::setw(8) << "points"
-       << std::setw(10) << "trackVal" << std::setw(9) << "ms";
+  line << std::right << std::setw(6) << "frame"
+       << "  " << std::left << std::setw(FILE_WIDTH) << "file" << std::right << std::setw(7) << "found"
+       << std::setw(10) << "x" << std::setw(10) << "y" << std::setw(8) << "points" << std::setw(10) << "trackVal"
+       << std::setw(9) << "ms";
   return line.str();
 }
 
@@ -41,12 +46,12 @@ std::string tableLine(const TFrameRecord& record) {
   std::ostringstream line;
   line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(FILE_WIDTH)
        << shortened(record.file) << std::right << std::setw(7) << (record.result.isFound ? "yes" : "no")
-       << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.result.stripePts.size() << std::setw(10)
-       << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+       << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.result.stripePts.size()
+       << std::setw(10) << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
   return line.str();
 }
 
-ordered_json numberOrNull(const std::optional<cv::Point2d>& point, double cv::Point2d::* coordinate) {
+ordered_json numberOrNull(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
   return point ? ordered_json(rounded((*point).*coordinate)) : ordered_json(nullptr);
 }
 
@@ -94,7 +99,7 @@ std::string csvText(const std::string& text) {
   return quoted + "\"";
 }
 
-std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::* coordinate) {
+std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
   return point ? fixed((*point).*coordinate, 3) : "";
 }
 
@@ -128,9 +133,15 @@ TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool wi
 
 void TRecordWriter::write(const TFrameRecord& record) {
   switch (format) {
-    case TFormat::table: writeLine(tableLine(record)); break;
-    case TFormat::jsonl: writeLine(jsonLine(record, hasPoints)); break;
-    case TFormat::csv: writeLine(csvLine(record)); break;
+    case TFormat::table:
+      writeLine(tableLine(record));
+      break;
+    case TFormat::jsonl:
+      writeLine(jsonLine(record, hasPoints));
+      break;
+    case TFormat::csv:
+      writeLine(csvLine(record));
+      break;
   }
 }
 

@@ -50,8 +50,8 @@ cv::Size parseSize(const std::string& text) {
   const std::vector<double> sides = parseNumbers(text, 'x', 2);
   for (const double side : sides) {
     if (side != std::trunc(side) || side < MIN_SIZE_PX || side > MAX_SIZE_PX) {
-      throw usageError("--size: " + text + " is out of range; each side has " + std::to_string(MIN_SIZE_PX) + " to " +
-                       std::to_string(MAX_SIZE_PX) + " pixels");
+      throw usageError("--size: " + text + " is out of range; each side has " + std::to_string(MIN_SIZE_PX) +
+                       " to " + std::to_string(MAX_SIZE_PX) + " pixels");
     }
   }
   if (sides.empty()) {
@@ -103,7 +103,8 @@ std::string coordinates(cv::Point2d point, char separator) {
   return fixed(point.x, 3) + separator + fixed(point.y, 3);
 }
 
-std::string truthLine(const std::string& name, const scenes::TTruth& truth, scenes::TJoint joint, TWeldPosType pos) {
+std::string truthLine(const std::string& name, const scenes::TTruth& truth, scenes::TJoint joint,
+                      TWeldPosType pos) {
   std::vector<std::string> features;
   for (const scenes::TFeature& feature : truth.features) {
     features.push_back(feature.name + ":" + coordinates(feature.point, ':'));

@@ -32,17 +32,21 @@ std::string readFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-void writeFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+void writeFile(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
 
 void ZelweldTest::SetUp() {
   const auto* const info = testing::UnitTest::GetInstance()->current_test_info();
-  folder = fs::temp_directory_path() /
-           (std::string("zelweld_") + info->test_suite_name() + "_" + info->name() + "_" + std::to_string(getpid()));
+  folder = fs::temp_directory_path() / (std::string("zelweld_") + info->test_suite_name() + "_" + info->name() +
+                                        "_" + std::to_string(getpid()));
   fs::remove_all(folder);
   fs::create_directories(folder);
 }
 
-void ZelweldTest::TearDown() { fs::remove_all(folder); }
+void ZelweldTest::TearDown() {
+  fs::remove_all(folder);
+}
 
 TRun ZelweldTest::zelweld(const std::string& arguments) const {
   const fs::path out = folder / ".stdout";
