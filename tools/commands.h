@@ -8,5 +8,7 @@ namespace tool {
 void addTrackCommand(CLI::App& program);
 void addSimulateCommand(CLI::App& program);
 void addParamsCommand(CLI::App& program);
+void addExposureCommand(CLI::App& program);
+void addFeaturesCommand(CLI::App& program);
 
 }  // namespace tool

@@ -73,5 +73,7 @@ int main(int argc, char** argv) {
   tool::addTrackCommand(program);
   tool::addSimulateCommand(program);
   tool::addParamsCommand(program);
+  tool::addExposureCommand(program);
+  tool::addFeaturesCommand(program);
   return run(program, argc, argv);
 }
