@@ -66,7 +66,7 @@ float jointHeight(const TStripePiece& first, const TStripePiece& second) {
 
 std::vector<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
                                         float polyEpsilonPx) {
-  const std::vector<cv::Point2f> smoothed = smoothStripe(dropSteepJumps(stripePts, kJumpSlopeFactor));
+  const std::vector<cv::Point2f> smoothed = cleanStripe(stripePts);
   std::vector<TStripePiece> pieces = fitPieces(cutAtPolygonVertices(smoothed, polyEpsilonPx));
   mergeNeighbours(pieces, limits);
   return pieces;

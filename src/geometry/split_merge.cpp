@@ -70,7 +70,7 @@ std::vector<TSplitAtom> splitWeldLine(const std::vector<cv::Point2f>& stripePts,
 
 std::vector<TSplitAtom> cutIntoSplitAtoms(const std::vector<cv::Point2f>& stripePts) {
   std::vector<TSplitAtom> atoms;
-  const std::vector<cv::Point2f> smoothed = smoothStripe(dropSteepJumps(stripePts, kJumpSlopeFactor));
+  const std::vector<cv::Point2f> smoothed = cleanStripe(stripePts);
   const std::vector<cv::Point> vertices = approximatePolygon(smoothed, kPolygonEpsilonPx);
   if (vertices.size() < kMinVertices) return atoms;
   const std::vector<int> columns = selectVertexColumns(vertices);

@@ -15,6 +15,7 @@ constexpr std::size_t kWindowAfter = 2;
 constexpr float kWindowSize = 6.0F;
 constexpr std::size_t kMinAveraged = 7;
 constexpr std::size_t kMinSmoothed = 4;
+constexpr float kJumpSlopeFactor = 4.0F;
 constexpr float kFarthestPx = 1e9F;
 
 bool isUsable(cv::Point2f p) { return std::abs(p.x) < kFarthestPx && std::abs(p.y) < kFarthestPx; }
@@ -63,9 +64,14 @@ std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points) {
   return smoothed;
 }
 
+std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points) {
+  if (!std::all_of(points.begin(), points.end(), isUsable)) return {};
+  return smoothStripe(dropSteepJumps(points, kJumpSlopeFactor));
+}
+
 std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx) {
   std::vector<cv::Point> vertices;
-  if (points.empty() || !std::all_of(points.begin(), points.end(), isUsable)) return vertices;
+  if (points.empty()) return vertices;
   cv::approxPolyDP(points, vertices, epsilonPx, false);
   return vertices;
 }

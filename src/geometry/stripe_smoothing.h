@@ -7,8 +7,6 @@
 
 namespace weld {
 
-inline constexpr float kJumpSlopeFactor = 4.0F;
-
 // Keeps the first point and every point whose rise against its predecessor in the input is below
 // slopeFactor * its step in x. Fewer than 2 points stay as they are.
 std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor);
@@ -17,12 +15,14 @@ std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, 
 // are, 4 to 6 points come out empty.
 std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
 
+// The stripe as it gets cut: without steep jumps, smoothed. Empty when a point is not finite or absurdly far away.
+std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points);
+
 // Moving average over the values i - 3 .. i + 2; empty for fewer than 7 values.
 std::vector<float> movingAverage6(const std::vector<float>& values);
 
 // Vertices of an open polygon within epsilonPx of the points (Douglas and Peucker 1973), rounded to the nearest
-// pixel. Empty when there is no point, or one that is not finite or absurdly far away: the approximation would
-// not end on it.
+// pixel. The points must be finite: the approximation would not end on others. Empty when there is no point.
 std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx);
 
 // The points with fromX < x < toX, in order.
