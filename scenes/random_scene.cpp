@@ -19,7 +19,7 @@ void placeJoint(TJoint joint, double scale, TRandom& random, TGeometry& g) {
   g.leftFlankDeg = random.uniform(14.0, 34.0);
   g.rightFlankDeg = -random.uniform(14.0, 34.0);
   g.depthPx = random.uniform(70.0, 150.0) * scale;
-  g.plateWidthPx = random.uniform(300.0, 500.0) * scale;
+  g.plateWidthPx = random.uniform(480.0, 640.0) * scale;
   switch (joint) {
     case TJoint::lap:
       if (random.chance(0.5)) g.stepPx = -g.stepPx;
