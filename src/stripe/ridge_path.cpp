@@ -11,10 +11,10 @@ namespace {
 // Gains and costs are fixed-point numbers; kGainOne is the most that one column can add.
 constexpr int kGainOne = 1024;
 constexpr int kHalfGainExcess = 40 * kRidgeUnit;  // contrast over the least one that adds half of it
-constexpr int kReachColumns = 4;                    // columns that a link may skip to, others are breaks
-constexpr int kCostPerRow = 8;                      // per half row of shift
-constexpr int kCostPerExcessRow = 50;              // per half row beyond what a steep flank shifts
-constexpr int kSteepRows = 6;                       // half rows of shift per column on a steep flank
+constexpr int kReachColumns = 4;                  // columns that a link may skip to, others are breaks
+constexpr int kCostPerRow = 8;                    // per half row of shift
+constexpr int kCostPerExcessRow = 50;             // per half row beyond what a steep flank shifts
+constexpr int kSteepRows = 6;                     // half rows of shift per column on a steep flank
 constexpr int kCostPerGapColumn = 100;
 constexpr int kBreakCost = 5 * kGainOne;
 constexpr int kMinStrongColumns = 5;  // of a piece
@@ -22,12 +22,12 @@ constexpr int kStrongShare = 4;       // at least one column in so many of a pie
 
 // A piece that stops may resume on its own continuation: the columns between count as if the stripe were
 // there, a little weaker, so that spatter in a missing stretch does not pay.
-constexpr int kResumeColumns = 64;    // longest such gap
-constexpr int kDirectionNodes = 8;    // nodes that tell the direction of a piece
-constexpr int kResumeRows = 6;        // half rows off the continuation that are tolerated,
-constexpr int kResumeRowsPerGap = 3;  // and one more per so many columns of gap
+constexpr int kResumeColumns = 64;       // longest such gap
+constexpr int kDirectionNodes = 8;       // nodes that tell the direction of a piece
+constexpr int kResumeRows = 6;           // half rows off the continuation that are tolerated,
+constexpr int kResumeRowsPerGap = 3;     // and one more per so many columns of gap
 constexpr int kSideStepCost = kGainOne;  // of resuming farther off than that, besides the excess rows
-constexpr int kResumeGainNum = 5;     // gain of a column between: 5/8 of the last one's
+constexpr int kResumeGainNum = 5;        // gain of a column between: 5/8 of the last one's
 constexpr int kResumeGainShift = 3;
 constexpr int kNone = -1;
 
