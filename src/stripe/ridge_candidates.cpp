@@ -16,11 +16,11 @@ constexpr int kBins = 512;           // histogram of the response, a quarter of 
 constexpr int kUnitsPerBin = kRidgeUnit / 4;
 constexpr double kUpperShare = 0.75;       // quantile above the median that measures the spread
 constexpr double kSigmaPerSpread = 1.483;  // Gaussian sigma over the distance of the two quantiles
-constexpr double kNoiseFactor = 5.0;       // least contrast over the spread of the response
-constexpr int kWeakNumerator = 5;          // a weak candidate has 5/8 of the contrast of a strong one
+constexpr double kNoiseFactor = 6.0;       // least contrast over the spread of the response
+constexpr int kWeakNumerator = 4;          // a weak candidate has 4/8 of the contrast of a strong one
 constexpr int kWeakShift = 3;
 constexpr double kFloorGrey = 8.0;       // least contrast where there is no noise
-constexpr double kMostOverWanted = 2.0;  // highest threshold over the wanted contrast
+constexpr double kMostOverWanted = 4.0;  // highest threshold over the wanted contrast
 constexpr double kRootUnit = 16.0;       // fixed point of the root of a width
 constexpr int kLanes = 32;
 
