@@ -8,19 +8,20 @@ namespace weld {
 
 namespace {
 
-constexpr int kStripPx = 128;   // columns that share one noise estimate
-constexpr int kSampleRowsPx = 16;      // the noise estimate reads every n-th row
-constexpr int kSampleColumnsPx = 8;    // and every n-th column
-constexpr int kBins = 512;  // histogram of the response, a quarter of a grey level each
+constexpr int kStripPx = 128;        // columns that share one noise estimate
+constexpr int kSampleRowsPx = 16;    // the noise estimate reads every n-th row
+constexpr int kMinSampleRows = 64;   // unless that makes fewer rows than these
+constexpr int kSampleColumnsPx = 8;  // and every n-th column
+constexpr int kBins = 512;           // histogram of the response, a quarter of a grey level each
 constexpr int kUnitsPerBin = kRidgeUnit / 4;
-constexpr double kUpperShare = 0.8;       // quantile above the median that measures the spread
-constexpr double kSigmaPerSpread = 1.19;  // Gaussian sigma over the distance of the two quantiles
-constexpr double kNoiseFactor = 5.0;      // least contrast over the spread of the response
-constexpr int kWeakNumerator = 5;  // a weak candidate has 5/8 of the contrast of a strong one
+constexpr double kUpperShare = 0.75;       // quantile above the median that measures the spread
+constexpr double kSigmaPerSpread = 1.483;  // Gaussian sigma over the distance of the two quantiles
+constexpr double kNoiseFactor = 6.0;       // least contrast over the spread of the response
+constexpr int kWeakNumerator = 4;          // a weak candidate has 4/8 of the contrast of a strong one
 constexpr int kWeakShift = 3;
-constexpr double kFloorGrey = 8.0;        // least contrast where there is no noise
-constexpr double kMostOverWanted = 2.0;  // highest threshold over the wanted contrast
-constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
+constexpr double kFloorGrey = 8.0;       // least contrast where there is no noise
+constexpr double kMostOverWanted = 4.0;  // highest threshold over the wanted contrast
+constexpr double kRootUnit = 16.0;       // fixed point of the root of a width
 constexpr int kLanes = 32;
 
 class TResponseHistogram {
@@ -49,7 +50,7 @@ std::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfR
   const int columns = level.grey.cols;
   std::vector<TResponseHistogram> strips(static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns));
   std::vector<short> row(static_cast<std::size_t>(columns));
-  const int rowStep = std::max(1, kSampleRowsPx / level.stepY);
+  const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.grey.rows / kMinSampleRows));
   const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
   for (int y = 0; y < level.grey.rows; y += rowStep) {
     computeRidgeRow(level, halfRows, y, row.data());
@@ -78,7 +79,8 @@ std::vector<short> chooseThresholds(const TRidgeLevel& level, int halfRows, doub
   std::vector<short> thresholds;
   thresholds.reserve(static_cast<std::size_t>(level.grey.cols + stripColumns));
   for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns)) {
-    thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns), chooseThreshold(strip, minContrast));
+    thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns),
+                      chooseThreshold(strip, minContrast));
   }
   thresholds.resize(static_cast<std::size_t>(level.grey.cols));
   return thresholds;

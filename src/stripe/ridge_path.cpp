@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 
 namespace weld {
 
@@ -11,31 +12,35 @@ namespace {
 // Gains and costs are fixed-point numbers; kGainOne is the most that one column can add.
 constexpr int kGainOne = 1024;
 constexpr int kHalfGainExcess = 40 * kRidgeUnit;  // contrast over the least one that adds half of it
-constexpr int kReachColumns = 4;                    // columns that a link may skip to, others are breaks
-constexpr int kCostPerRow = 8;                      // per half row of shift
-constexpr int kCostPerExcessRow = 50;              // per half row beyond what a steep flank shifts
-constexpr int kSteepRows = 6;                       // half rows of shift per column on a steep flank
+constexpr int kReachColumns = 4;                  // columns that a link may skip to, others are breaks
+constexpr int kCostPerRow = 8;                    // per half row of shift
+constexpr int kCostPerExcessRow = 50;             // per half row beyond what a steep flank shifts
+constexpr int kSteepRows = 6;                     // half rows of shift per column on a steep flank
 constexpr int kCostPerGapColumn = 100;
 constexpr int kBreakCost = 5 * kGainOne;
-constexpr int kMinStrongColumns = 5;  // of a piece
-constexpr int kStrongShare = 4;       // at least one column in so many of a piece is strong
+constexpr int kMinStrongColumns = 8;  // of pieces that continue each other
+constexpr int kMinStrongOfPiece = 2;  // of each of them
+constexpr int kStrongShare = 4;       // at least one column in so many is strong
 
 // A piece that stops may resume on its own continuation: the columns between count as if the stripe were
 // there, a little weaker, so that spatter in a missing stretch does not pay.
-constexpr int kResumeColumns = 64;    // longest such gap
-constexpr int kDirectionNodes = 8;    // nodes that tell the direction of a piece
-constexpr int kResumeRows = 6;        // half rows off the continuation that are tolerated,
-constexpr int kResumeRowsPerGap = 3;  // and one more per so many columns of gap
+constexpr int kResumeColumns = 64;       // longest such gap
+constexpr int kDirectionNodes = 8;       // nodes that tell the direction of a piece
+constexpr int kResumeRows = 6;           // half rows off the continuation that are tolerated,
+constexpr int kResumeRowsPerGap = 3;     // and one more per so many columns of gap
 constexpr int kSideStepCost = kGainOne;  // of resuming farther off than that, besides the excess rows
-constexpr int kResumeGainNum = 5;     // gain of a column between: 5/8 of the last one's
+constexpr int kResumeGainNum = 5;        // gain of a column between: 5/8 of the last one's
 constexpr int kResumeGainShift = 3;
 constexpr int kNone = -1;
+
+// How the path comes to a node: from anywhere, from a piece that stopped on the same line, from a neighbour.
+enum class TStep { fresh, resumed, linked };
 
 struct TState {
   std::int64_t score = 0;
   int previous = kNone;  // state index
   int run = 1;           // nodes of the piece so far
-  bool isLinked = false;
+  TStep step = TStep::fresh;
   bool isContinued = false;
 };
 
@@ -46,10 +51,38 @@ struct TEnd {
   int columns = 1;  // so many columns
 };
 
-bool isStripe(const TRidgePiece& piece) {
-  const auto strong =
-      std::count_if(piece.begin(), piece.end(), [](const TRidgeNode& node) { return node.candidate.isStrong; });
-  return strong >= kMinStrongColumns && strong * kStrongShare >= static_cast<std::ptrdiff_t>(piece.size());
+struct TPathNode {
+  TRidgeNode node;
+  TStep step = TStep::fresh;
+};
+
+using TPathIterator = std::vector<TPathNode>::const_iterator;
+
+bool hasStrong(TPathIterator begin, TPathIterator end, int least) {
+  const auto strong = std::count_if(begin, end, [](const TPathNode& n) { return n.node.candidate.isStrong; });
+  return strong >= least && strong * kStrongShare >= end - begin;
+}
+
+// First node after `begin` that is reached in a looser way than `step`.
+TPathIterator findCut(TPathIterator begin, TPathIterator end, TStep step) {
+  return std::find_if(begin + 1, end, [&](const TPathNode& n) { return n.step < step; });
+}
+
+std::vector<TRidgePiece> cutPath(const std::vector<TPathNode>& path) {
+  std::vector<TRidgePiece> pieces;
+  for (auto line = path.begin(); line != path.end();) {
+    const auto lineEnd = findCut(line, path.end(), TStep::resumed);
+    const bool isStripe = hasStrong(line, lineEnd, kMinStrongColumns);
+    while (line != lineEnd) {
+      const auto pieceEnd = findCut(line, lineEnd, TStep::linked);
+      if (isStripe && hasStrong(line, pieceEnd, kMinStrongOfPiece)) {
+        TRidgePiece& piece = pieces.emplace_back();
+        std::transform(line, pieceEnd, std::back_inserter(piece), [](const TPathNode& n) { return n.node; });
+      }
+      line = pieceEnd;
+    }
+  }
+  return pieces;
 }
 
 int gainOf(const TRidgeCandidate& candidate) {
@@ -68,7 +101,7 @@ public:
   explicit TPathSearch(const std::vector<TRidgeCandidates>& source)
       : columns(source), states(source.size() * TRidgeCandidates::kMax) {}
 
-  std::vector<TRidgePiece> run() {
+  std::vector<TPathNode> run() {
     int best = kNone;
     for (int c = 0; c < static_cast<int>(columns.size()); ++c) {
       collectEnds(c - kReachColumns - 1, c);
@@ -78,7 +111,7 @@ public:
         if (best == kNone || score(state) > score(best)) best = state;
       }
     }
-    return collect(best);
+    return trace(best);
   }
 
 private:
@@ -100,7 +133,7 @@ private:
       best.previous = bestBefore;
     }
     link(c, here, best);
-    if (!best.isLinked) resume(c, here, best);
+    if (best.step != TStep::linked) resume(c, here, best);
     best.score += gainOf(here);
     const int state = c * kPerColumn + i;
     states[static_cast<std::size_t>(state)] = best;
@@ -115,10 +148,10 @@ private:
         if (cost >= kBreakCost || score(from) - cost <= best.score) continue;
         best.score = score(from) - cost;
         best.previous = from;
-        best.isLinked = true;
+        best.step = TStep::linked;
       }
     }
-    if (!best.isLinked) return;
+    if (best.step != TStep::linked) return;
     TState& from = states[static_cast<std::size_t>(best.previous)];
     from.isContinued = true;
     best.run = from.run + 1;
@@ -135,6 +168,7 @@ private:
       if (total <= best.score) continue;
       best.score = total;
       best.previous = end.state;
+      best.step = off <= 0 ? TStep::resumed : TStep::fresh;
     }
   }
 
@@ -152,21 +186,13 @@ private:
     }
   }
 
-  std::vector<TRidgePiece> collect(int last) const {
-    std::vector<TRidgePiece> pieces;
-    TRidgePiece piece;
-    for (int s = last; s != kNone;) {
-      const TState& state = states[static_cast<std::size_t>(s)];
-      piece.push_back({s / kPerColumn, candidate(s)});
-      if (!state.isLinked) {
-        std::reverse(piece.begin(), piece.end());
-        if (isStripe(piece)) pieces.push_back(std::move(piece));
-        piece.clear();
-      }
-      s = state.previous;
+  std::vector<TPathNode> trace(int last) const {
+    std::vector<TPathNode> path;
+    for (int s = last; s != kNone; s = states[static_cast<std::size_t>(s)].previous) {
+      path.push_back({{s / kPerColumn, candidate(s)}, states[static_cast<std::size_t>(s)].step});
     }
-    std::reverse(pieces.begin(), pieces.end());
-    return pieces;
+    std::reverse(path.begin(), path.end());
+    return path;
   }
 
   const std::vector<TRidgeCandidates>& columns;
@@ -177,7 +203,7 @@ private:
 }  // namespace
 
 std::vector<TRidgePiece> findRidgePath(const std::vector<TRidgeCandidates>& columns) {
-  return TPathSearch(columns).run();
+  return cutPath(TPathSearch(columns).run());
 }
 
 }  // namespace weld

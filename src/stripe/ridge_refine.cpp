@@ -9,14 +9,14 @@ namespace {
 
 constexpr double kTrustedWidth = 1.2;  // wider than this over the guess, the stripe is measured again
 constexpr double kMostWidening = 3.0;
-constexpr int kMinPeakReachPx = 2;     // search for the peak: half the width, at least this, either way
-constexpr int kMinBackDistancePx = 3;  // the background begins a width off the centre, at least this
-constexpr double kWalkWidths = 1.5;    // an edge is sought so many widths off the peak
-constexpr int kSmoothingShare = 8;     // wide profiles are read as means over +- this part of the width
+constexpr int kMinPeakReachPx = 2;       // search for the peak: half the width, at least this, either way
+constexpr int kMinBackDistancePx = 3;    // the background begins a width off the centre, at least this
+constexpr double kWalkWidths = 1.5;      // an edge is sought so many widths off the peak
+constexpr int kSmoothingShare = 8;       // wide profiles are read as means over +- this part of the width
 constexpr double kKernelPerFwhm = 1.27;  // half support of the kernel, so that its sigma is the stripe's own
 constexpr double kMinKernelPx = 2.5;
-constexpr int kKernelBins = 12;  // rows of wide profiles are read in bins, so many to the half support
-constexpr int kNewtonSteps = 3;
+constexpr int kKernelBins = 8;  // rows of wide profiles are read in bins, so many to the half support
+constexpr int kNewtonSteps = 2;
 
 }  // namespace
 
@@ -26,17 +26,22 @@ void TRidgeRefiner::load(int x, int first, int last) {
   sums[0] = 0;
   const int bottom = image.rows - 1;
   const uchar* column = image.ptr<uchar>(0) + x;
+  const std::size_t step = image.step[0];
   int sum = 0;
+  int* next = sums.data();
+  *next++ = sum;
   for (int y = first; y <= last; ++y) {
-    sum += column[image.step[0] * static_cast<std::size_t>(std::clamp(y, 0, bottom))];
-    sums[static_cast<std::size_t>(y - first + 1)] = sum;
+    sum += column[step * static_cast<std::size_t>(std::min(std::max(y, 0), bottom))];
+    *next++ = sum;
   }
 }
 
+int TRidgeRefiner::sumOf(int first, int last) const {
+  return sums[static_cast<std::size_t>(last - firstRow + 1)] - sums[static_cast<std::size_t>(first - firstRow)];
+}
+
 double TRidgeRefiner::mean(int first, int last) const {
-  return static_cast<double>(sums[static_cast<std::size_t>(last - firstRow + 1)] -
-                             sums[static_cast<std::size_t>(first - firstRow)]) /
-         (last - first + 1);
+  return static_cast<double>(sumOf(first, last)) / (last - first + 1);
 }
 
 TRidgeRefiner::TPeak TRidgeRefiner::findPeak(int middle, int reach, int smoothRows) const {
@@ -64,6 +69,17 @@ double TRidgeRefiner::findHalfHeight(const TPeak& peak, double back, int step, i
   return peak.row + limit * step;
 }
 
+// Mean grey levels above and below the stripe, `near` to `far` rows off its middle. A side beyond the image's
+// border is taken to be like the other one.
+std::pair<double, double> TRidgeRefiner::measureBackground(int middle, int near, int far) const {
+  const int bottom = image.rows - 1;
+  const bool hasAbove = middle - near >= 0;
+  const bool hasBelow = middle + near <= bottom;
+  const double above = hasAbove ? mean(std::max(middle - far, 0), middle - near) : 0.0;
+  const double below = hasBelow ? mean(middle + near, std::min(middle + far, bottom)) : 0.0;
+  return {hasAbove ? above : below, hasBelow ? below : above};
+}
+
 TRidgeRefiner::TExtent TRidgeRefiner::measureExtent(int x, double y, double widthPx) {
   const int middle = static_cast<int>(std::floor(y + 0.5));
   const int smoothRows = static_cast<int>(widthPx) / kSmoothingShare;
@@ -75,8 +91,7 @@ TRidgeRefiner::TExtent TRidgeRefiner::measureExtent(int x, double y, double widt
   load(x, middle - extent, middle + extent);
 
   const TPeak peak = findPeak(middle, reach, smoothRows);
-  const double above = mean(middle - far, middle - near);
-  const double below = mean(middle + near, middle + far);
+  const auto [above, below] = measureBackground(middle, near, far);
   const double top = findHalfHeight(peak, above, -1, limit, smoothRows);
   const double bottom = findHalfHeight(peak, below, 1, limit, smoothRows);
   return {(top + bottom) / 2, bottom - top, peak.level - std::max(above, below), (above + below) / 2};
@@ -96,7 +111,7 @@ double TRidgeRefiner::correlatePosition(double start, double back, double halfSu
     for (int y = first; y + binRows - 1 <= last; y += binRows) {
       const double u = (y + (binRows - 1) / 2.0 - centre) / halfSupport;
       const double rest = 1.0 - u * u;
-      const double height = mean(y, y + binRows - 1) - back;
+      const double height = sumOf(y, y + binRows - 1) - binRows * back;
       slope += height * u * rest * rest;
       curvature += height * rest * (1.0 - 5.0 * u * u);
     }
@@ -112,8 +127,14 @@ std::optional<TRidgePoint> TRidgeRefiner::refine(const TRidgeGuess& guess) {
   if (extent.fwhm > kTrustedWidth * guess.widthPx) {
     extent = measureExtent(guess.x, extent.middle, std::min(extent.fwhm, kMostWidening * guess.widthPx));
   }
+  const double top = extent.middle - extent.fwhm / 2;
+  const double bottom = extent.middle + extent.fwhm / 2;
+  if (!(top >= 0.0 && bottom <= image.rows - 1) || extent.fwhm <= 0.0)
+    return std::nullopt;  // cut off by the image's border
   if (!(extent.contrast >= guess.leastContrast)) return std::nullopt;
-  const double support = std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm);
+  // The kernel keeps off the border's repeated rows.
+  const double inside = std::min(extent.middle, image.rows - 1 - extent.middle) + 0.5;
+  const double support = std::min(std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm), inside);
   const double centre = correlatePosition(extent.middle, extent.back, support);
   if (!(centre >= 0.0 && centre <= image.rows - 1)) return std::nullopt;
   TRidgePoint ridge;

@@ -6,6 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace weld {
@@ -40,9 +41,11 @@ private:
   };
 
   void load(int x, int first, int last);
+  int sumOf(int first, int last) const;
   double mean(int first, int last) const;
   TPeak findPeak(int middle, int reach, int smoothRows) const;
   double findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const;
+  std::pair<double, double> measureBackground(int middle, int near, int far) const;
   TExtent measureExtent(int x, double y, double widthPx);
   double correlatePosition(double start, double back, double halfSupport) const;
 

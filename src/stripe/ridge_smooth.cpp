@@ -8,11 +8,11 @@ namespace weld {
 
 namespace {
 
-constexpr int kReach = 3;                // neighbours on either side
-constexpr std::size_t kBlock = 32;       // points that share one estimate of scatter
-constexpr int kMinDifferences = 5;       // fewer tell no scatter
-constexpr double kSigmaPerMedian = 1.21;  // of a centre, over the median size of its second difference / 2
-constexpr double kMostShift = 2.5;       // largest correction, sigmas of scatter
+constexpr int kReach = 3;                     // neighbours on either side
+constexpr std::size_t kBlock = 32;            // points that share one estimate of scatter
+constexpr int kMinDifferences = 5;            // fewer tell no scatter
+constexpr double kSigmaPerMedian = 1.21;      // of a centre, over the median size of its second difference / 2
+constexpr double kMostShift = 2.5;            // largest correction, sigmas of scatter
 constexpr double kHalfConfidenceGrey = 20.0;  // contrast of confidence 0.5 without scatter
 constexpr double kHalfConfidencePx = 2.0;     // scatter that halves the confidence
 
@@ -68,7 +68,8 @@ void smoothRidge(std::vector<TRidgePoint>& points) {
       if (std::abs(mean - own) <= kMostShift * scatterPx) points[i].point.y = static_cast<float>(mean);
       const double contrast = static_cast<double>(raw[i].contrast);
       const double share = scatterPx / kHalfConfidencePx;
-      points[i].confidence = static_cast<float>(contrast / (contrast + kHalfConfidenceGrey) / (1.0 + share * share));
+      points[i].confidence =
+          static_cast<float>(contrast / (contrast + kHalfConfidenceGrey) / (1.0 + share * share));
     }
   }
 }

@@ -24,8 +24,8 @@ struct TFamily {
   std::function<void(TLook&)> paint;
 };
 
-const std::vector<TJoint> kJoints{TJoint::plain, TJoint::buttGap, TJoint::lap,
-                                  TJoint::corner, TJoint::plate, TJoint::vGroove};
+const std::vector<TJoint> kJoints{TJoint::plain,  TJoint::buttGap, TJoint::lap,
+                                  TJoint::corner, TJoint::plate,   TJoint::vGroove};
 
 const std::vector<TFamily>& sceneFamilies() {
   static const std::vector<TFamily> families{
@@ -41,21 +41,24 @@ const std::vector<TFamily>& sceneFamilies() {
          look.fwhmPx = look.rootFwhmPx = 12.0;
          look.noiseSigma = 2.0;
        }},
-      {"thick 54 to thin 3, saturated", {TJoint::vGroove, TJoint::corner},
+      {"thick 54 to thin 3, saturated",
+       {TJoint::vGroove, TJoint::corner},
        [](TLook& look) {
          look.peak = look.rootPeak = 400.0;
          look.fwhmPx = 54.0;
          look.rootFwhmPx = 3.0;
          look.noiseSigma = 2.0;
        }},
-      {"thin 3 to thick 54, saturated", {TJoint::vGroove, TJoint::corner},
+      {"thin 3 to thick 54, saturated",
+       {TJoint::vGroove, TJoint::corner},
        [](TLook& look) {
          look.peak = look.rootPeak = 400.0;
          look.fwhmPx = 3.0;
          look.rootFwhmPx = 54.0;
          look.noiseSigma = 2.0;
        }},
-      {"dim root", {TJoint::vGroove, TJoint::corner},
+      {"dim root",
+       {TJoint::vGroove, TJoint::corner},
        [](TLook& look) {
          look.peak = 500.0;
          look.fwhmPx = 16.0;
@@ -103,22 +106,26 @@ const std::vector<TFamily>& sceneFamilies() {
          look.noiseSigma = 3.0;
        }},
       {"blank", {TJoint::blank}, [](TLook&) {}},
-      {"blank, noise 12", {TJoint::blank},
+      {"blank, noise 12",
+       {TJoint::blank},
        [](TLook& look) {
          look.background = 40.0;
          look.noiseSigma = 12.0;
        }},
-      {"blank, noise 30", {TJoint::blank},
+      {"blank, noise 30",
+       {TJoint::blank},
        [](TLook& look) {
          look.background = 90.0;
          look.noiseSigma = 30.0;
        }},
-      {"blank, texture 60", {TJoint::blank},
+      {"blank, texture 60",
+       {TJoint::blank},
        [](TLook& look) {
          look.background = 80.0;
          look.texture = 60.0;
        }},
-      {"blank, texture 20, noise 6, glow", {TJoint::blank},
+      {"blank, texture 20, noise 6, glow",
+       {TJoint::blank},
        [](TLook& look) {
          look.background = 40.0;
          look.texture = 20.0;
@@ -137,6 +144,13 @@ ridge_accuracy::TCentreLine trueLine(const scenes::TTruth& truth) {
   return line;
 }
 
+void scoreScene(const scenes::TSceneParams& params, TTally& tally) {
+  const scenes::TScene scene = scenes::renderScene(params);
+  const auto found =
+      weld::extractRidgeCentres(scene.image, ridge_accuracy::kMaxSigmaPx, ridge_accuracy::kMinContrast);
+  ridge_accuracy::addFrame(found, trueLine(scene.truth), scene.image.cols, tally);
+}
+
 TTally scoreFamily(const TFamily& family) {
   TTally tally;
   for (const TJoint joint : family.joints) {
@@ -147,24 +161,35 @@ TTally scoreFamily(const TFamily& family) {
       params.geometry.tiltDeg = 3.0 * (i - kSeedsPerJoint / 2);
       params.geometry.seam = {0.4 + 0.05 * i, 0.55 - 0.03 * i};
       family.paint(params.look);
-      const scenes::TScene scene = scenes::renderScene(params);
-      const auto found = weld::extractRidgeCentres(scene.image, ridge_accuracy::kMaxSigmaPx,
-                                                   ridge_accuracy::kMinContrast);
-      ridge_accuracy::addFrame(found, trueLine(scene.truth), scene.image.cols, tally);
+      scoreScene(params, tally);
     }
   }
   return tally;
+}
+
+TTally scoreLevel(scenes::TLevel level) {
+  TTally tally;
+  for (const TJoint joint : kJoints) {
+    for (int seed = 1; seed <= kSeedsPerJoint; ++seed) {
+      scoreScene(scenes::randomScene(joint, level, static_cast<std::uint64_t>(seed)), tally);
+    }
+  }
+  return tally;
+}
+
+void printRow(const char* name, const TTally& tally) {
+  std::printf("%-44s %8d %8.2f %8.3f %8d %8.3f\n", name, tally.columns, tally.nearPercent(), tally.meanError(),
+              tally.absent, tally.extraPercent());
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   std::printf("%-44s %8s %8s %8s %8s %8s\n", "scenes", "columns", "near %", "mean px", "absent", "false %");
-  for (const TFamily& family : sceneFamilies()) {
-    const TTally tally = scoreFamily(family);
-    std::printf("%-44s %8d %8.2f %8.3f %8d %8.3f\n", family.name, tally.columns, tally.nearPercent(),
-                tally.meanError(), tally.absent, tally.extraPercent());
-  }
+  for (const TFamily& family : sceneFamilies()) printRow(family.name, scoreFamily(family));
+  printRow("random scenes, clean", scoreLevel(scenes::TLevel::clean));
+  printRow("random scenes, noisy", scoreLevel(scenes::TLevel::noisy));
+  printRow("random scenes, harsh", scoreLevel(scenes::TLevel::harsh));
   ridge_accuracy::printFrameTable(argc > 1 ? argv[1] : DEFAULT_FRAMES);
   return 0;
 }

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kLineGrey = 64;      // overlay pixels of a drawn centre line are brighter
+constexpr int kLineGrey = 64;  // overlay pixels of a drawn centre line are brighter
 constexpr double kTurnStepDeg = 0.05;
 constexpr int kTurnSteps = 40;
 constexpr int kMaskDominance = 60;  // red of the stripe mask over green and blue
@@ -33,7 +33,8 @@ TFrameLines readCentreLines(const fs::path& file) {
     std::string name;
     std::string x;
     std::string y;
-    if (!std::getline(fields, name, ',') || !std::getline(fields, x, ',') || !std::getline(fields, y, ',')) continue;
+    if (!std::getline(fields, name, ',') || !std::getline(fields, x, ',') || !std::getline(fields, y, ','))
+      continue;
     lines[name][std::stoi(x)].push_back(std::stod(y));
   }
   return lines;
@@ -92,7 +93,9 @@ void printRow(const std::string& name, const TFrameTally& tally) {
               tally.extra);
 }
 
-void printMissing(const fs::path& file) { std::printf("%-44s missing, skipped\n", file.filename().string().c_str()); }
+void printMissing(const fs::path& file) {
+  std::printf("%-44s missing, skipped\n", file.filename().string().c_str());
+}
 
 // The line turned about the middle of the frame, as far as it stays inside.
 TCentreLine turn(const TCentreLine& line, double angleDeg, cv::Size size) {
@@ -184,8 +187,8 @@ void printFrameTable(const std::string& framesFolder) {
     std::printf("\nReal frames: no folder %s, skipped\n", framesFolder.c_str());
     return;
   }
-  std::printf("\n%-44s %7s %8s %8s %8s %8s %9s %8s\n", "real frames", "columns", "near %", "mean px", "off", "absent",
-              "contested", "extra");
+  std::printf("\n%-44s %7s %8s %8s %8s %8s %9s %8s\n", "real frames", "columns", "near %", "mean px", "off",
+              "absent", "contested", "extra");
   const fs::path groove = root / "hanhiver-groove";
   for (const char* stem : {"v_rough_big", "v_rough_small", "v_smooth_big"}) scoreStill(groove, stem);
   for (const char* run : {"run1_v_multipass", "run2_v_small_root", "run5_bevel_step", "run7_filled_bead"}) {

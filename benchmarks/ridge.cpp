@@ -1,0 +1,125 @@
+// Ridge extraction, measured in times of copying the same frame: copy and extraction take turns, so that whatever
+// else the machine does meets both. Prints the ratio of the medians as the counter `timesCopyTo` and the mean
+// distance to the true centres as `meanErrorPx`.
+#include "stripe/ridge.h"
+
+#include "scenes/scene.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr double kMaxSigmaPx = 6.0;
+constexpr double kMinContrast = 30.0;
+constexpr double kNearPx = 3.0;
+
+scenes::TScene render(scenes::TJoint joint, const scenes::TLook& look) {
+  scenes::TSceneParams params;
+  params.joint = joint;
+  params.seed = 7;
+  params.look = look;
+  return scenes::renderScene(params);
+}
+
+scenes::TLook noisyLook() {
+  scenes::TLook look;
+  look.noiseSigma = 12.0;
+  look.background = 30.0;
+  return look;
+}
+
+scenes::TLook thickLook() {
+  scenes::TLook look;
+  look.peak = look.rootPeak = 400.0;
+  look.fwhmPx = 54.0;
+  look.rootFwhmPx = 3.0;
+  look.noiseSigma = 3.0;
+  return look;
+}
+
+scenes::TLook texturedLook() {
+  scenes::TLook look;
+  look.background = 60.0;
+  look.texture = 30.0;
+  look.noiseSigma = 6.0;
+  return look;
+}
+
+struct TScore {
+  int near = 0;
+  int visible = 0;
+  double meanErrorPx = 0.0;
+};
+
+TScore score(const scenes::TScene& scene) {
+  TScore score;
+  double sum = 0.0;
+  for (const double y : scene.truth.centreY) score.visible += std::isnan(y) ? 0 : 1;
+  for (const weld::TRidgePoint& ridge : weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast)) {
+    const double truth = scene.truth.centreY[static_cast<std::size_t>(ridge.point.x)];
+    const double error = std::abs(static_cast<double>(ridge.point.y) - truth);
+    if (!(error <= kNearPx)) continue;
+    ++score.near;
+    sum += error;
+  }
+  score.meanErrorPx = sum / std::max(score.near, 1);
+  return score;
+}
+
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+template <typename TWork>
+double secondsOf(TWork work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void ridgeCentres(benchmark::State& state, scenes::TJoint joint, const scenes::TLook& look) {
+  const scenes::TScene scene = render(joint, look);
+  const TScore found = score(scene);
+  if (found.near < 0.98 * found.visible) {
+    state.SkipWithError("the stripe was not found");
+    return;
+  }
+  cv::Mat copy;
+  std::vector<double> copySeconds;
+  std::vector<double> ridgeSeconds;
+  for (auto _ : state) {
+    copySeconds.push_back(secondsOf([&] { scene.image.copyTo(copy); }));
+    benchmark::DoNotOptimize(copy.data);
+    ridgeSeconds.push_back(secondsOf(
+        [&] { benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast)); }));
+    state.SetIterationTime(ridgeSeconds.back());
+  }
+  state.counters["copyToUs"] = median(copySeconds) * 1e6;
+  state.counters["timesCopyTo"] = median(ridgeSeconds) / median(copySeconds);
+  state.counters["meanErrorPx"] = found.meanErrorPx;
+}
+
+using scenes::TJoint;
+
+BENCHMARK_CAPTURE(ridgeCentres, clean, TJoint::corner, scenes::TLook{})
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(ridgeCentres, noise, TJoint::corner, noisyLook())
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(ridgeCentres, thick, TJoint::vGroove, thickLook())
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(ridgeCentres, texture, TJoint::lap, texturedLook())
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(ridgeCentres, blank, TJoint::blank, noisyLook())->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+}  // namespace

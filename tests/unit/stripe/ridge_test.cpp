@@ -1,0 +1,266 @@
+#include "stripe/ridge.h"
+
+#include "scenes/scene.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <vector>
+
+namespace weld {
+namespace {
+
+constexpr double kMaxSigmaPx = 6.0;
+constexpr double kMinContrast = 30.0;
+constexpr double kNearPx = 3.0;
+
+using scenes::TJoint;
+using scenes::TLook;
+
+std::vector<TRidgePoint> extract(const cv::Mat& grey) {
+  return extractRidgeCentres(grey, kMaxSigmaPx, kMinContrast);
+}
+
+// A stripe of that full width at half maximum along y = k * x + b, clipped at 255.
+cv::Mat drawStripe(cv::Size size, double k, double b, double peak = 200.0, double fwhmPx = 7.0) {
+  cv::Mat image(size, CV_8UC1);
+  const double sigma = fwhmPx / 2.3548;
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const double distance = (y - (k * x + b)) / sigma;
+      image.at<uchar>(y, x) = cv::saturate_cast<uchar>(peak * std::exp(-0.5 * distance * distance));
+    }
+  }
+  return image;
+}
+
+struct TScore {
+  double nearShare = 0.0;   // of the visible columns
+  double meanError = 0.0;   // of those, px
+  double falseShare = 0.0;  // of the image columns
+};
+
+TScore score(const scenes::TScene& scene) {
+  int visible = 0;
+  int near = 0;
+  int extra = 0;
+  double sum = 0.0;
+  for (const double y : scene.truth.centreY) visible += std::isnan(y) ? 0 : 1;
+  for (const TRidgePoint& ridge : extract(scene.image)) {
+    const double truth = scene.truth.centreY[static_cast<std::size_t>(ridge.point.x)];
+    const double error = std::abs(static_cast<double>(ridge.point.y) - truth);
+    if (std::isnan(truth)) ++extra;
+    if (!(error <= kNearPx)) continue;
+    ++near;
+    sum += error;
+  }
+  return {static_cast<double>(near) / std::max(visible, 1), sum / std::max(near, 1),
+          static_cast<double>(extra) / scene.image.cols};
+}
+
+TEST(RidgeCentres, SceneOfKnownTruth_MeetsTheAccuracyOfItsKind) {
+  struct TRow {
+    const char* name;
+    TJoint joint;
+    double maxErrorPx;
+    std::function<void(TLook&)> paint;
+  };
+  const TRow rows[] = {
+      {"clean", TJoint::corner, 0.05, [](TLook&) {}},
+      {"noise", TJoint::lap, 0.12,
+       [](TLook& look) {
+         look.noiseSigma = 12.0;
+         look.background = 30.0;
+       }},
+      {"saturated", TJoint::buttGap, 0.1,
+       [](TLook& look) {
+         look.peak = look.rootPeak = 600.0;
+         look.fwhmPx = look.rootFwhmPx = 12.0;
+         look.noiseSigma = 2.0;
+       }},
+      {"3 to 54 px wide, saturated", TJoint::vGroove, 0.1,
+       [](TLook& look) {
+         look.peak = look.rootPeak = 400.0;
+         look.fwhmPx = 54.0;
+         look.rootFwhmPx = 3.0;
+         look.noiseSigma = 2.0;
+       }},
+      {"dim thin root", TJoint::vGroove, 0.1,
+       [](TLook& look) {
+         look.peak = 500.0;
+         look.fwhmPx = 16.0;
+         look.rootPeak = 40.0;
+         look.rootFwhmPx = 3.0;
+         look.noiseSigma = 3.0;
+       }},
+      {"defocused", TJoint::plain, 0.1,
+       [](TLook& look) {
+         look.peak = look.rootPeak = 70.0;
+         look.fwhmPx = look.rootFwhmPx = 35.0;
+         look.background = 30.0;
+         look.noiseSigma = 2.0;
+       }},
+      {"speckle", TJoint::corner, 0.5, [](TLook& look) { look.speckle = 0.6; }},
+      {"parallel ghost", TJoint::plate, 0.1, [](TLook& look) { look.ghostShare = 0.5; }},
+      {"crossing ghost", TJoint::plain, 0.2,
+       [](TLook& look) {
+         look.ghostShare = 0.5;
+         look.ghostOffsetPx = 0.0;
+         look.ghostTiltDeg = 20.0;
+       }},
+  };
+  for (const TRow& row : rows) {
+    SCOPED_TRACE(row.name);
+    scenes::TSceneParams params;
+    params.joint = row.joint;
+    params.seed = 31;
+    row.paint(params.look);
+    const TScore found = score(scenes::renderScene(params));
+    EXPECT_GE(found.nearShare, 0.98);
+    EXPECT_LE(found.meanError, row.maxErrorPx);
+    EXPECT_LE(found.falseShare, 0.001);
+  }
+}
+
+TEST(RidgeCentres, FrameWithoutStripe_GivesNone) {
+  const struct {
+    double background, noiseSigma, texture, arcGlow;
+  } rows[] = {{0, 0, 0, 0}, {255, 0, 0, 0}, {40, 12, 0, 0}, {90, 30, 0, 0}, {80, 0, 60, 0}, {40, 6, 20, 200}};
+  for (const auto& row : rows) {
+    scenes::TSceneParams params;
+    params.joint = TJoint::blank;
+    params.seed = 32;
+    params.look.background = row.background;
+    params.look.noiseSigma = row.noiseSigma;
+    params.look.texture = row.texture;
+    params.look.arcGlow = row.arcGlow;
+    EXPECT_TRUE(extract(scenes::renderScene(params).image).empty())
+        << "noise " << row.noiseSigma << ", texture " << row.texture;
+  }
+}
+
+TEST(RidgeCentres, AnyPhaseAndWidth_IsMeasuredWithoutBias) {
+  for (const double fwhmPx : {2.5, 4.0, 7.0, 15.0, 35.0, 60.0}) {
+    for (const double phase : {0.0, 0.23, 0.5, 0.81}) {
+      const auto ridge = extract(drawStripe({64, 256}, 0.0, 120.0 + phase, 200.0, fwhmPx));
+      ASSERT_EQ(ridge.size(), 64U) << fwhmPx;
+      EXPECT_NEAR(ridge[30].point.y, 120.0 + phase, 0.05) << fwhmPx;
+      EXPECT_NEAR(ridge[30].widthPx, fwhmPx, 0.1 * fwhmPx + 0.3);
+      EXPECT_NEAR(ridge[30].contrast, 200.0, 30.0) << fwhmPx;
+    }
+  }
+}
+
+TEST(RidgeCentres, EveryImageWidth_IsScannedToItsLastColumn) {
+  // Blocks of columns are ruled out at once; widths with every remainder must lose none.
+  for (int width = 18; width <= 140; ++width) {
+    const auto ridge = extract(drawStripe({width, 40}, 0.0, 20.3));
+    ASSERT_EQ(ridge.size(), static_cast<std::size_t>(width));
+    for (int x = 0; x < width; ++x) EXPECT_EQ(ridge[static_cast<std::size_t>(x)].point.x, static_cast<float>(x));
+  }
+}
+
+TEST(RidgeCentres, RecordsOfARoughFrame_AscendAndStayInRange) {
+  scenes::TSceneParams params = scenes::randomScene(TJoint::lap, scenes::TLevel::harsh, 33);
+  const cv::Mat image = scenes::renderScene(params).image;
+  const auto ridge = extract(image);
+  ASSERT_GT(ridge.size(), 900U);
+  for (std::size_t i = 0; i < ridge.size(); ++i) {
+    const TRidgePoint& p = ridge[i];
+    EXPECT_TRUE(i == 0 || p.point.x > ridge[i - 1].point.x);
+    EXPECT_EQ(p.point.x, std::floor(p.point.x));
+    EXPECT_TRUE(p.point.y >= 0.0F && p.point.y <= static_cast<float>(image.rows - 1));
+    EXPECT_TRUE(p.widthPx > 0.0F && p.contrast > 0.0F);
+    EXPECT_TRUE(p.confidence > 0.0F && p.confidence < 1.0F);
+  }
+}
+
+TEST(RidgeCentres, BrighterStripe_IsMoreConfident) {
+  const auto dim = extract(drawStripe({64, 64}, 0.0, 30.0, 20.0));
+  const auto bright = extract(drawStripe({64, 64}, 0.0, 30.0, 200.0));
+  ASSERT_FALSE(dim.empty());
+  EXPECT_LT(dim[20].confidence, bright[20].confidence);
+}
+
+TEST(RidgeCentres, StepAndMissingStretch_BreakThePathWithoutInventedColumns) {
+  cv::Mat image = drawStripe({400, 300}, 0.0, 100.0);
+  drawStripe({200, 300}, 0.0, 180.0).copyTo(image.colRange(200, 400));
+  image.colRange(80, 110) = cv::Scalar(0);
+  const auto ridge = extract(image);
+  EXPECT_EQ(ridge.size(), 370U);
+  for (const TRidgePoint& p : ridge) {
+    EXPECT_FALSE(p.point.x >= 80.0F && p.point.x < 110.0F) << p.point.x;
+    EXPECT_NEAR(p.point.y, p.point.x < 200.0F ? 100.0 : 180.0, 0.05);
+  }
+}
+
+TEST(RidgeCentres, FaintStripe_IsKeptWhereItContinuesAClearOneOnly) {
+  // 6 grey levels are below what a stripe of its own must have.
+  cv::Mat image = drawStripe({400, 200}, 0.1, 60.0);
+  drawStripe({200, 200}, 0.1, 80.0, 7.5).copyTo(image.colRange(200, 400));
+  EXPECT_GT(extract(image).size(), 390U);
+  EXPECT_TRUE(extract(image.colRange(200, 400)).empty());
+}
+
+TEST(RidgeCentres, SharpCornerInNoise_IsNotSmoothedAway) {
+  scenes::TSceneParams params;
+  params.joint = TJoint::corner;
+  params.seed = 34;
+  params.geometry.leftFlankDeg = 45.0;
+  params.geometry.rightFlankDeg = -45.0;
+  params.look.noiseSigma = 8.0;
+  const scenes::TScene scene = scenes::renderScene(params);
+  for (const TRidgePoint& p : extract(scene.image)) {
+    if (std::abs(static_cast<double>(p.point.x) - scene.truth.seam.x) > 5.0) continue;
+    EXPECT_NEAR(p.point.y, scene.truth.centreY[static_cast<std::size_t>(p.point.x)], 1.0);
+  }
+}
+
+TEST(RidgeCentres, StripeCutByTheBorder_HasNoCentre) {
+  const auto ridge = extract(drawStripe({300, 200}, -0.2, 40.0, 400.0, 20.0));
+  ASSERT_FALSE(ridge.empty());
+  for (const TRidgePoint& p : ridge) EXPECT_NEAR(p.point.y, 40.0 - 0.2 * static_cast<double>(p.point.x), 0.5);
+}
+
+TEST(RidgeCentres, OddImageSizes_AreSafe) {
+  for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 300), cv::Size(300, 1), cv::Size(2, 2), cv::Size(3, 7),
+                              cv::Size(17, 5), cv::Size(5, 17), cv::Size(33, 31)}) {
+    EXPECT_NO_THROW(extract(drawStripe(size, 0.0, size.height / 2.0))) << size;
+    EXPECT_TRUE(extract(cv::Mat(size, CV_8UC1, cv::Scalar(255))).empty()) << size;
+  }
+  EXPECT_TRUE(extract(cv::Mat()).empty());
+}
+
+TEST(RidgeCentres, ImageThatIsNot8BitGrey_Raises) {
+  for (const int type : {CV_8UC3, CV_16UC1, CV_32FC1, CV_8SC1}) {
+    EXPECT_THROW(extract(cv::Mat::zeros(20, 20, type)), cv::Exception);
+  }
+}
+
+TEST(RidgeCentres, AbsurdParameters_AreSafe) {
+  const cv::Mat image = drawStripe({200, 120}, 0.1, 50.0);
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const double value : {std::nan(""), -infinity, infinity, -1e300, 1e300, -1.0, 0.0, 1e-300}) {
+    EXPECT_NO_THROW(extractRidgeCentres(image, value, kMinContrast)) << value;
+    EXPECT_NO_THROW(extractRidgeCentres(image, kMaxSigmaPx, value)) << value;
+    EXPECT_NO_THROW(extractRidgeCentres(image, value, value)) << value;
+  }
+}
+
+TEST(RidgeCentres, SameFrame_GivesTheSameBitsAlsoAsAView) {
+  const cv::Mat image = scenes::renderScene(scenes::randomScene(TJoint::vGroove, scenes::TLevel::noisy, 35)).image;
+  cv::Mat wide(image.rows + 7, image.cols + 13, CV_8UC1, cv::Scalar(77));
+  cv::Mat view = wide({5, 3, image.cols, image.rows});
+  image.copyTo(view);
+  const auto first = extract(image);
+  const auto second = extract(view);
+  ASSERT_FALSE(first.empty());
+  ASSERT_EQ(first.size(), second.size());
+  EXPECT_EQ(std::memcmp(first.data(), second.data(), first.size() * sizeof(TRidgePoint)), 0);
+}
+
+}  // namespace
+}  // namespace weld
