@@ -1,5 +1,5 @@
 // Prints what the library finds in real camera frames, against their labels where there are some.
-#include "accuracy/frame_folder.h"
+#include "frame_folder.h"
 #include "zelWeldDetect.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "accuracy/frame_folder.h"
+#include "frame_folder.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>

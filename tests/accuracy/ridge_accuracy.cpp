@@ -1,6 +1,6 @@
 // Prints how well ridge centres meet the true centres of synthetic scenes and the centre lines of real frames.
 //   ridge_accuracy [FOLDER OF REAL FRAMES]
-#include "accuracy/ridge_accuracy.h"
+#include "ridge_accuracy.h"
 
 #include "scenes/scene.h"
 

@@ -1,4 +1,4 @@
-#include "accuracy/ridge_accuracy.h"
+#include "ridge_accuracy.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>

@@ -1,5 +1,5 @@
 // Prints how exactly and how surely each joint is found in rendered scenes.
-#include "accuracy/seam_trial.h"
+#include "seam_trial.h"
 
 #include <cstdio>
 #include <cstdlib>

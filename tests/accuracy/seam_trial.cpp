@@ -1,4 +1,4 @@
-#include "accuracy/seam_trial.h"
+#include "seam_trial.h"
 
 #include <algorithm>
 #include <cmath>
