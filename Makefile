@@ -16,7 +16,7 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan build-clang bench accuracy install format clean help
+.PHONY: build demo test test-asan build-clang bench accuracy picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -55,6 +55,9 @@ accuracy: ## print tables of the pixel errors of single stages
 	$(setup) build test
 	$(configure) -DZELWELD_BUILD_TESTS=ON
 	$(call compile,$(BUILD)) --target accuracy
+
+picture: build ## draw the picture of README.md anew
+	scripts/readme_picture.sh $(BUILD)/tools/zelweld docs/images/seam.png
 
 install: build ## install to PREFIX (default /usr/local)
 	cmake --install $(BUILD) --prefix "$(PREFIX)"
