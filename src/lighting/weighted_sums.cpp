@@ -90,23 +90,20 @@ double sumInOrder(const cv::Mat& grey, const cv::Mat& mask) {
   return sum;
 }
 
-// Between these sums neither weight ever lies midway between two neighbouring floats, so that as long as the sum
-// stays between two powers of two every addition of the same weight is rounded to the same step.
-constexpr float kSteadyFrom = 1.0F;
-constexpr float kSteadyBelow = 1 << 24;
-
 std::uint32_t powerOfTwoBelow(float value) {
   std::uint32_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
   return bits >> 23;
 }
 
-// Adds the weight `count` times, rounding each time.
+// Adds the weight `count` times, rounding each time, to a sum of such weights. While the sum stays between two
+// powers of two, every addition is rounded to the same step, as neither weight then lies midway between two steps:
+// from 0.5 on half a step is coarser than the last bit of 0.2F, below 2^24 a step is 1 at most, and there the sum
+// stops to grow.
 float addRepeatedly(float sum, float weight, int count) {
   const float step = (sum + weight) - sum;
   const float end = sum + step * static_cast<float>(count);
-  const bool isSteady = sum >= kSteadyFrom && end < kSteadyBelow && powerOfTwoBelow(end) == powerOfTwoBelow(sum);
-  if (isSteady) return end;
+  if (powerOfTwoBelow(end) == powerOfTwoBelow(sum)) return end;
   for (int i = 0; i < count; ++i) sum += weight;
   return sum;
 }

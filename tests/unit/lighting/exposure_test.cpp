@@ -117,27 +117,29 @@ protected:
     if (GetParam() > 0 && size.area() > 1000) mask.rowRange(0, size.height / 2).setTo(255);
     return mask;
   }
+
+  static void expectPlainFigures(const cv::Mat& image, const cv::Mat& mask) {
+    const double sum = plain::sampledSum(image, mask);
+    EXPECT_EQ(weld::sumSampledGrey(image, mask), sum);
+    const int divisor = image.size().area() / 4;
+    EXPECT_EQ(calcMeanGrayVal(image, mask), divisor == 0 ? INT_MIN : static_cast<int>(sum / divisor));
+    for (const auto& [low, high] :
+         std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
+      const float weights = plain::rangeWeights(image, mask, low, high);
+      EXPECT_EQ(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(std::max(low + 1, 0)),
+                                      static_cast<std::uint8_t>(std::min(high - 1, 255))),
+                weights);
+      EXPECT_EQ(calcRangePixelNum(image, mask, low, high), static_cast<int>(weights)) << low << " " << high;
+    }
+  }
 };
 
 TEST_P(WeightedFigures, equalAddingPixelAfterPixel) {
   cv::RNG rng(std::hash<std::string>{}("weighted figures") + GetParam());
   for (const cv::Size size : kSizes) {
-    const cv::Mat image = withGapsBetweenRows(randomPixels(rng, size, 0, 255));
-    const cv::Mat mask = makeMask(rng, size);
-    EXPECT_EQ(weld::sumSampledGrey(image, mask), plain::sampledSum(image, mask)) << size;
-    const int divisor = size.area() / 4;
-    EXPECT_EQ(calcMeanGrayVal(image, mask),
-              divisor == 0 ? INT_MIN : static_cast<int>(plain::sampledSum(image, mask) / divisor))
-        << size;
-    for (const auto& [low, high] :
-         std::vector<std::pair<int, int>>{{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
-      EXPECT_EQ(weld::sumRangeWeights(image, mask, static_cast<std::uint8_t>(std::max(low + 1, 0)),
-                                      static_cast<std::uint8_t>(std::min(high - 1, 255))),
-                plain::rangeWeights(image, mask, low, high))
-          << size;
-      EXPECT_EQ(calcRangePixelNum(image, mask, low, high),
-                static_cast<int>(plain::rangeWeights(image, mask, low, high)))
-          << size << " " << low << " " << high;
+    for (const int darkest : {0, 254}) {
+      SCOPED_TRACE(testing::Message() << size << " from grey level " << darkest);
+      expectPlainFigures(withGapsBetweenRows(randomPixels(rng, size, darkest, 255)), makeMask(rng, size));
     }
   }
 }
@@ -152,8 +154,9 @@ TEST(WeightedSums, roundLikeAddingPixelAfterPixelOnHugeFrames) {
     const cv::Mat image = randomPixels(rng, size, 254, 255);
     cv::Mat mask(size, CV_8UC1, cv::Scalar(255));
     mask.setTo(0, randomPixels(rng, size, 0, 99) < share);
-    EXPECT_EQ(weld::sumSampledGrey(image, mask), plain::sampledSum(image, mask)) << share;
     EXPECT_EQ(weld::sumRangeWeights(image, mask, 241, 255), plain::rangeWeights(image, mask, 240, 256)) << share;
+    randomPixels(rng, size, 1, 3).copyTo(image, mask == 0);  // their products have the finest fractions
+    EXPECT_EQ(weld::sumSampledGrey(image, mask), plain::sampledSum(image, mask)) << share;
   }
 }
 
