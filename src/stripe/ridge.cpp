@@ -24,7 +24,8 @@ TRidgeGuess interpolate(const TRidgeNode& left, const TRidgeNode& right, int x) 
   guess.x = x;
   guess.y = (left.candidate.y + (right.candidate.y - left.candidate.y) * share) / 2;
   guess.widthPx = nearer.widthPx;
-  guess.leastContrast = kKeptContrast * nearer.contrast / kRidgeUnit;
+  const int leastResponse = nearer.contrast - nearer.excess;
+  guess.leastContrast = std::max<double>(kKeptContrast * nearer.contrast, leastResponse) / kRidgeUnit;
   return guess;
 }
 

@@ -1,5 +1,7 @@
 #include "stripe/ridge_candidates.h"
 
+#include "stripe/ridge_threshold.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -8,83 +10,9 @@ namespace weld {
 
 namespace {
 
-constexpr int kStripPx = 128;        // columns that share one noise estimate
-constexpr int kSampleRowsPx = 16;    // the noise estimate reads every n-th row
-constexpr int kMinSampleRows = 64;   // unless that makes fewer rows than these
-constexpr int kSampleColumnsPx = 8;  // and every n-th column
-constexpr int kBins = 512;           // histogram of the response, a quarter of a grey level each
-constexpr int kUnitsPerBin = kRidgeUnit / 4;
-constexpr double kUpperShare = 0.75;       // quantile above the median that measures the spread
-constexpr double kSigmaPerSpread = 1.483;  // Gaussian sigma over the distance of the two quantiles
-constexpr double kNoiseFactor = 6.0;       // least contrast over the spread of the response
-constexpr int kWeakNumerator = 4;          // a weak candidate has 4/8 of the contrast of a strong one
-constexpr int kWeakShift = 3;
-constexpr double kFloorGrey = 8.0;       // least contrast where there is no noise
-constexpr double kMostOverWanted = 4.0;  // highest threshold over the wanted contrast
-constexpr double kRootUnit = 16.0;       // fixed point of the root of a width
-constexpr int kLanes = 32;
-
-class TResponseHistogram {
-public:
-  void add(short response) {
-    ++bins[static_cast<std::size_t>(std::clamp(response / kUnitsPerBin + kBins / 2, 0, kBins - 1))];
-    ++total;
-  }
-  // Response, grey levels times kRidgeUnit, below which that share of the samples lies.
-  int quantile(double share) const {
-    const int rank = static_cast<int>(share * total);
-    int below = 0;
-    for (int i = 0; i < kBins; ++i) {
-      below += bins[static_cast<std::size_t>(i)];
-      if (below > rank) return (i - kBins / 2) * kUnitsPerBin;
-    }
-    return 0;
-  }
-
-private:
-  std::array<int, kBins> bins{};
-  int total = 0;
-};
-
-std::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns) {
-  const int columns = level.grey.cols;
-  std::vector<TResponseHistogram> strips(static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns));
-  std::vector<short> row(static_cast<std::size_t>(columns));
-  const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.grey.rows / kMinSampleRows));
-  const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
-  for (int y = 0; y < level.grey.rows; y += rowStep) {
-    computeRidgeRow(level, halfRows, y, row.data());
-    int first = 0;
-    for (TResponseHistogram& strip : strips) {
-      const int last = std::min(first + stripColumns, columns);
-      for (int x = first; x < last; x += columnStep) strip.add(row[static_cast<std::size_t>(x)]);
-      first = last;
-    }
-  }
-  return strips;
-}
-
-// A multiple of the spread of the response, which holds noise and texture alike, but not below the floor and
-// not above twice the wanted contrast.
-short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
-  const double median = histogram.quantile(0.5);
-  const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
-  const double least = std::min(median + kNoiseFactor * sigma, kMostOverWanted * minContrast * kRidgeUnit);
-  return static_cast<short>(std::min(std::max(least, kFloorGrey * kRidgeUnit), 255.0 * kRidgeUnit));
-}
-
-// Least contrast per column of the level.
-std::vector<short> chooseThresholds(const TRidgeLevel& level, int halfRows, double minContrast) {
-  const int stripColumns = std::max(1, kStripPx / level.stepX);
-  std::vector<short> thresholds;
-  thresholds.reserve(static_cast<std::size_t>(level.grey.cols + stripColumns));
-  for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns)) {
-    thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns),
-                      chooseThreshold(strip, minContrast));
-  }
-  thresholds.resize(static_cast<std::size_t>(level.grey.cols));
-  return thresholds;
-}
+constexpr int kWeakShift = 1;       // a weak candidate has half the contrast of a strong one
+constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
+constexpr int kLanes = 32;          // columns that are ruled out at once
 
 void insertCandidate(TRidgeCandidates& column, const TRidgeCandidate& candidate) {
   if (column.count < TRidgeCandidates::kMax) {
@@ -104,12 +32,12 @@ public:
         halfRows(scale.halfRows),
         widthPx(scale.widthPx),
         rootOfWidth(static_cast<int>(kRootUnit * std::sqrt(scale.widthPx))),
-        strong(chooseThresholds(source, scale.halfRows, minContrast)),
+        strong(chooseRidgeThresholds(source, scale.halfRows, minContrast)),
         weak(strong.size()),
         rows(3, std::vector<short>(strong.size())),
         columns(strong.size()) {
     std::transform(strong.begin(), strong.end(), weak.begin(),
-                   [](short least) { return static_cast<short>(least * kWeakNumerator >> kWeakShift); });
+                   [](short least) { return static_cast<short>(least >> kWeakShift); });
   }
 
   std::vector<TRidgeCandidates> run() {
