@@ -99,7 +99,7 @@ std::uint32_t powerOfTwoBelow(float value) {
 // Adds the weight `count` times, rounding each time, to a sum of such weights. While the sum stays between two
 // powers of two, every addition is rounded to the same step, as neither weight then lies midway between two steps:
 // from 0.5 on half a step is coarser than the last bit of 0.2F, below 2^24 a step is 1 at most, and there the sum
-// stops to grow.
+// stops growing.
 float addRepeatedly(float sum, float weight, int count) {
   const float step = (sum + weight) - sum;
   const float end = sum + step * static_cast<float>(count);
