@@ -37,19 +37,29 @@ constexpr double kMaxFalseShare = 0.005;
 
 const char* mark(bool isReached) { return isReached ? "" : " *"; }
 
+// Median and 95th percentile of what the arithmetic makes of perfect centres.
+std::string floorText(const TScore& score) {
+  if (score.floorsPx.empty()) return "-";
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f / %.2f", accuracy::quantile(score.floorsPx, 0.5),
+                accuracy::quantile(score.floorsPx, 0.95));
+  return text;
+}
+
 void printScore(const TCase& trial, const TTarget& target, const char* mode, const TScore& score) {
   const double share = static_cast<double>(score.found) / score.frames;
   const double median = accuracy::quantile(score.errorsPx, 0.5);
   const double p95 = accuracy::quantile(score.errorsPx, 0.95);
-  std::printf("| %-16s | %-5s | %-8s | %6d | %6.2f %%%s | %6.2f%s | %6.2f%s | %5d | %3d |\n", trial.name,
+  std::printf("| %-16s | %-5s | %-8s | %6d | %6.2f %%%s | %6.2f%s | %6.2f%s | %5d | %3d | %s |\n", trial.name,
               target.level, mode, score.frames, 100.0 * share, mark(share >= target.foundShare), median,
-              mark(median <= target.medianPx), p95, mark(p95 <= target.p95Px), score.lost, score.longestLoss);
+              mark(median <= target.medianPx), p95, mark(p95 <= target.p95Px), score.lost, score.longestLoss,
+              floorText(score).c_str());
   std::fflush(stdout);
 }
 
 void printSeamTable(int scenes, int sequences) {
-  std::printf("| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss |\n");
-  std::printf("|---|---|---|---|---|---|---|---|---|\n");
+  std::printf("| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss | floor px |\n");
+  std::printf("|---|---|---|---|---|---|---|---|---|---|\n");
   for (const TCase& trial : kCases) {
     for (const TTarget& target : kTargets) {
       auto tracked = std::async(std::launch::async, accuracy::scoreSequences, trial, target.value, sequences);

@@ -1,5 +1,7 @@
 #include "seam_trial.h"
 
+#include "seam_floor.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -22,6 +24,7 @@ TWeldLineRes detect(const TCase& trial, const scenes::TScene& scene, const TWeld
 
 void addFrame(const TCase& trial, const scenes::TScene& scene, const TWeldLineRes& result, TScore& score) {
   ++score.frames;
+  if (const std::optional<double> floor = floorOf(trial, scene)) score.floorsPx.push_back(*floor);
   if (!result.isFound) return;
   ++score.found;
   const cv::Point2d error = cv::Point2d(result.weldPos) - scenes::seamPoint(trial.joint, scene.truth, trial.pos);
@@ -71,6 +74,7 @@ void TScore::add(const TScore& other) {
   lost += other.lost;
   longestLoss = std::max(longestLoss, other.longestLoss);
   errorsPx.insert(errorsPx.end(), other.errorsPx.begin(), other.errorsPx.end());
+  floorsPx.insert(floorsPx.end(), other.floorsPx.begin(), other.floorsPx.end());
 }
 
 TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes) {

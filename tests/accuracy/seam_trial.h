@@ -22,6 +22,7 @@ struct TScore {
   int lost = 0;                  // frames without a seam after the first one of a sequence that found it
   int longestLoss = 0;           // most such frames in a row
   std::vector<double> errorsPx;  // of the found frames
+  std::vector<double> floorsPx;  // of the frames whose arithmetic sets a floor
 
   void add(const TScore& other);
 };
