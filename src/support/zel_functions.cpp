@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace zel {
@@ -17,19 +18,24 @@ public:
   void set(TFunction function) {
     std::shared_ptr<const TFunction> next;
     if (function) next = std::make_shared<const TFunction>(std::move(function));
-    const bool isNextSet = next != nullptr;
-    std::atomic_store(&current, std::move(next));
-    isSet.store(isNextSet, std::memory_order_release);
+    {
+      const std::lock_guard<std::mutex> lock(mutex);
+      current.swap(next);
+      isSet.store(current != nullptr, std::memory_order_release);
+    }
+    // The function set before goes here, outside the lock, where its destructor may use the plug again.
   }
 
   // Keeps the function alive for the call, even when another thread unplugs it meanwhile.
   std::shared_ptr<const TFunction> get() const {
     if (!isSet.load(std::memory_order_acquire)) return nullptr;
-    return std::atomic_load(&current);
+    const std::lock_guard<std::mutex> lock(mutex);
+    return current;
   }
 
 private:
   std::atomic<bool> isSet{false};
+  mutable std::mutex mutex;
   std::shared_ptr<const TFunction> current;
 };
 
@@ -39,9 +45,15 @@ TPlug<TParamBoolSource> paramBoolSource;
 
 }  // namespace
 
-void setDebugStringSink(TDebugStringSink sink) { debugStringSink.set(std::move(sink)); }
-void setMessageSink(TMessageSink sink) { messageSink.set(std::move(sink)); }
-void setParamBoolSource(TParamBoolSource source) { paramBoolSource.set(std::move(source)); }
+void setDebugStringSink(TDebugStringSink sink) {
+  debugStringSink.set(std::move(sink));
+}
+void setMessageSink(TMessageSink sink) {
+  messageSink.set(std::move(sink));
+}
+void setParamBoolSource(TParamBoolSource source) {
+  paramBoolSource.set(std::move(source));
+}
 
 void outPutDebugString(const std::string& text) {
   if (const auto sink = debugStringSink.get()) (*sink)(text);
