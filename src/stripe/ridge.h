@@ -18,13 +18,12 @@ struct TRidgePoint {
 // At most one ridge centre per column, along the most consistent path through the image, left to right. The path
 // may end, break and resume; columns without a stripe have no record.
 //   grey         8-bit, one channel; anything else raises cv::Exception. An empty image gives an empty list.
-//   maxSigmaPx   largest expected sigma of the stripe's profile, px, > 0. Flat tops and blurred stripes are
-//   searched
+//   maxSigmaPx   largest expected sigma of the stripe's profile, px, > 0. Flat tops and blurred stripes are found
 //                beyond it, up to about four times the full width at half maximum that it stands for.
 //   minContrast  contrast over the surroundings that a stripe needs, grey levels, > 0. Follows the local noise and
 //                texture: from a quarter of it on quiet surfaces to four times as much on restless ones.
-// Out-of-range parameters are safe: no width but the narrowest is searched, or nothing is found. Same input, same
-// bits.
+// A sigma that is not positive searches the narrowest width only, a contrast that is not positive counts as the
+// least that is used, 4 grey levels. Same input, same bits.
 std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast);
 
 }  // namespace weld
