@@ -1,9 +1,9 @@
 #include "stripe/ridge_path.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <iterator>
 
 namespace weld {
 
@@ -21,6 +21,9 @@ constexpr int kBreakCost = 5 * kGainOne;
 constexpr int kMinStrongColumns = 8;  // of pieces that continue each other
 constexpr int kMinStrongOfPiece = 2;  // of each of them
 constexpr int kStrongShare = 4;       // at least one column in so many is strong
+
+constexpr int kFadeNodes = 24;  // nodes over which a stripe fades
+constexpr int kFadeRatio = 12;  // by no more than this
 
 // A piece that stops may resume on its own continuation: the columns between count as if the stripe were
 // there, a little weaker, so that spatter in a missing stretch does not pay.
@@ -63,6 +66,25 @@ bool hasStrong(TPathIterator begin, TPathIterator end, int least) {
   return strong >= least && strong * kStrongShare >= end - begin;
 }
 
+// A node that only continues the stripe and is far darker than it is close by: noise beside a break. A stripe
+// that fades does so over more columns.
+bool isOutshone(TPathIterator node, TPathIterator begin, TPathIterator end) {
+  const TRidgeCandidate& own = node->node.candidate;
+  if (own.isStrong) return false;
+  const auto first = node - std::min<std::ptrdiff_t>(kFadeNodes, node - begin);
+  const auto last = node + std::min<std::ptrdiff_t>(kFadeNodes + 1, end - node);
+  return std::any_of(first, last,
+                     [&](const TPathNode& n) { return n.node.candidate.contrast > kFadeRatio * own.contrast; });
+}
+
+TRidgePiece copyPiece(TPathIterator begin, TPathIterator end) {
+  TRidgePiece piece;
+  for (auto node = begin; node != end; ++node) {
+    if (!isOutshone(node, begin, end)) piece.push_back(node->node);
+  }
+  return piece;
+}
+
 // First node after `begin` that is reached in a looser way than `step`.
 TPathIterator findCut(TPathIterator begin, TPathIterator end, TStep step) {
   return std::find_if(begin + 1, end, [&](const TPathNode& n) { return n.step < step; });
@@ -76,8 +98,7 @@ std::vector<TRidgePiece> cutPath(const std::vector<TPathNode>& path) {
     while (line != lineEnd) {
       const auto pieceEnd = findCut(line, lineEnd, TStep::linked);
       if (isStripe && hasStrong(line, pieceEnd, kMinStrongOfPiece)) {
-        TRidgePiece& piece = pieces.emplace_back();
-        std::transform(line, pieceEnd, std::back_inserter(piece), [](const TPathNode& n) { return n.node; });
+        pieces.push_back(copyPiece(line, pieceEnd));
       }
       line = pieceEnd;
     }

@@ -198,9 +198,9 @@ TEST(RidgeCentres, StepAndMissingStretch_BreakThePathWithoutInventedColumns) {
 }
 
 TEST(RidgeCentres, FaintStripe_IsKeptWhereItContinuesAClearOneOnly) {
-  // 6 grey levels are below what a stripe of its own must have.
-  cv::Mat image = drawStripe({400, 200}, 0.1, 60.0);
-  drawStripe({200, 200}, 0.1, 80.0, 7.5).copyTo(image.colRange(200, 400));
+  // 7 grey levels are below what a stripe of its own must have.
+  cv::Mat image = drawStripe({400, 200}, 0.1, 60.0, 70.0);
+  drawStripe({200, 200}, 0.1, 80.0, 7.0).copyTo(image.colRange(200, 400));
   EXPECT_GT(extract(image).size(), 390U);
   EXPECT_TRUE(extract(image.colRange(200, 400)).empty());
 }
