@@ -75,7 +75,6 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 
 echo "Installing through ${as_root[*]:+sudo }apt-get: ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" apt-get update -qq || echo "Going on with the package lists that are there."
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
   apt-get install -y -qq --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}"
