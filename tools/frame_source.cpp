@@ -13,17 +13,21 @@ namespace {
 // share; a video that ends earlier than that is cut off.
 constexpr double FRAME_COUNT_SLACK = 0.05;
 
+// Readers of files only: left to itself, OpenCV also looks for cameras when a file is no video.
+constexpr cv::VideoCaptureAPIs VIDEO_READERS[] = {cv::CAP_FFMPEG, cv::CAP_OPENCV_MJPEG};
+
 void openVideo(cv::VideoCapture& video, const std::filesystem::path& path) {
   const TDecoderSilence silence;
-  bool isOpen = false;
-  try {
-    isOpen = video.open(path.string());
-  } catch (const cv::Exception&) {
-    isOpen = false;
+  for (const cv::VideoCaptureAPIs reader : VIDEO_READERS) {
+    try {
+      if (video.open(path.string(), reader)) {
+        return;
+      }
+    } catch (const cv::Exception&) {
+      continue;  // the next reader may know the file
+    }
   }
-  if (!isOpen) {
-    throw inputError(path.string() + ": no video that can be read");
-  }
+  throw inputError(path.string() + ": no video that can be read");
 }
 
 bool endsEarly(const cv::VideoCapture& video, int framesRead) {
