@@ -26,12 +26,15 @@ inline void paintPiece(cv::Mat& image, int fromX, int toX, double y, double k = 
   for (int x = std::max(fromX, 0); x < std::min(toX, image.cols); ++x) paintColumn(image, x, y + k * (x - fromX));
 }
 
-inline cv::Mat dark(int width = 640, int height = 480) { return cv::Mat::zeros(height, width, CV_8UC1); }
+inline cv::Mat dark(int width = 640, int height = 480) {
+  return cv::Mat::zeros(height, width, CV_8UC1);
+}
 
 // Points on a line, one per column fromX .. toX - 1.
 inline std::vector<cv::Point2f> linePoints(int fromX, int toX, double y, double k = 0.0) {
   std::vector<cv::Point2f> points;
-  for (int x = fromX; x < toX; ++x) points.emplace_back(static_cast<float>(x), static_cast<float>(y + k * (x - fromX)));
+  for (int x = fromX; x < toX; ++x)
+    points.emplace_back(static_cast<float>(x), static_cast<float>(y + k * (x - fromX)));
   return points;
 }
 

@@ -111,7 +111,8 @@ TEST(Dispatch, callerKeepsItsImageAndParameters) {
 }
 
 TEST(Dispatch, emptyImagesGiveTheEmptyResultForEveryType) {
-  const cv::Mat images[] = {cv::Mat(), cv::Mat(0, 640, CV_8UC1), cv::Mat(480, 0, CV_8UC3), cv::Mat(0, 640, CV_16UC4)};
+  const cv::Mat images[] = {cv::Mat(), cv::Mat(0, 640, CV_8UC1), cv::Mat(480, 0, CV_8UC3),
+                            cv::Mat(0, 640, CV_16UC4)};
   for (const cv::Mat& image : images) {
     for (int type = -1; type <= 12; ++type) {
       TWeldParams params = paramsFor(static_cast<TWeldType>(type));
@@ -124,8 +125,8 @@ TEST(Dispatch, imagesThatNoDetectorReadsRaiseAnException) {
   const int sizes[] = {20, 30, 40};
   const cv::Mat images[] = {cv::Mat(480, 640, CV_16UC1, cv::Scalar(9)), cv::Mat(480, 640, CV_8UC2, cv::Scalar(9)),
                             cv::Mat(480, 640, CV_32FC1, cv::Scalar(9)), cv::Mat(480, 640, CV_16UC3, cv::Scalar(9)),
-                            cv::Mat(480, 640, CV_8SC1, cv::Scalar(9)), cv::Mat(3, sizes, CV_8UC1, cv::Scalar(9)),
-                            cv::Mat(3, sizes, CV_8UC3, cv::Scalar(9)), cv::Mat(3, sizes, CV_8UC4, cv::Scalar(9))};
+                            cv::Mat(480, 640, CV_8SC1, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC1, cv::Scalar(9)),
+                            cv::Mat(3, sizes, CV_8UC3, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC4, cv::Scalar(9))};
   for (const cv::Mat& image : images) {
     for (const TWeldType type : kDetectorTypes) {
       for (const bool isTracking : {false, true}) {

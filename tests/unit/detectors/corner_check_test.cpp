@@ -38,7 +38,8 @@ struct TCorner {
   void spread(int leftFrom, int leftTo, int rightFrom, int rightTo) {
     const auto rowAt = [](const TLinePara& line, int x) { return line.k * x + line.b; };
     flanks.left.inlierPts = painted::linePoints(leftFrom, leftTo, rowAt(flanks.left, leftFrom), flanks.left.k);
-    flanks.right.inlierPts = painted::linePoints(rightFrom, rightTo, rowAt(flanks.right, rightFrom), flanks.right.k);
+    flanks.right.inlierPts =
+        painted::linePoints(rightFrom, rightTo, rowAt(flanks.right, rightFrom), flanks.right.k);
   }
 
   void miss(int fromX, int toX) {
@@ -98,8 +99,10 @@ TEST(CheckCornerPlausible, pointCountsSidesAndDensity) {
 TEST(CheckCornerPlausible, anglesLieStrictlyInsideRangesInEitherOrder) {
   const double flankDeg = std::atan(0.5) * 180.0 / CV_PI;
   expectRows({
-      {"left range reversed", [](TCorner& c) { std::swap(c.params.angleRange1Min, c.params.angleRange1Max); }, true},
-      {"right range reversed", [](TCorner& c) { std::swap(c.params.angleRange2Min, c.params.angleRange2Max); }, true},
+      {"left range reversed", [](TCorner& c) { std::swap(c.params.angleRange1Min, c.params.angleRange1Max); },
+       true},
+      {"right range reversed", [](TCorner& c) { std::swap(c.params.angleRange2Min, c.params.angleRange2Max); },
+       true},
       {"included reversed", [](TCorner& c) { std::swap(c.params.angleRange5Min, c.params.angleRange5Max); }, true},
       {"left too flat", [=](TCorner& c) { c.params.angleRange1Min = flankDeg + 1e-9; }, false},
       {"left just steep enough", [=](TCorner& c) { c.params.angleRange1Min = flankDeg - 1e-9; }, true},
@@ -113,7 +116,8 @@ TEST(CheckCornerPlausible, anglesLieStrictlyInsideRangesInEitherOrder) {
        },
        false},
       {"included too small", [=](TCorner& c) { c.params.angleRange5Min = 180.0 - 2.0 * flankDeg + 1e-3; }, false},
-      {"included large enough", [=](TCorner& c) { c.params.angleRange5Min = 180.0 - 2.0 * flankDeg - 1e-3; }, true},
+      {"included large enough", [=](TCorner& c) { c.params.angleRange5Min = 180.0 - 2.0 * flankDeg - 1e-3; },
+       true},
       {"included too large", [=](TCorner& c) { c.params.angleRange5Max = 180.0 - 2.0 * flankDeg - 1e-3; }, false},
       {"range that is not a number",
        [](TCorner& c) { c.params.angleRange1Min = c.params.angleRange1Max = std::nan(""); }, false},
@@ -270,12 +274,9 @@ TEST(CalcIntersecAngle, differenceBeyondHalfATurnLosesHalfATurn) {
     double rightDeg;
     double expected;
   } rows[] = {
-      {"right angle", 180.0, 90.0, 90.0},
-      {"V with its root below", -153.0, -27.0, 126.0},
-      {"200 degrees are 20", 170.0, -30.0, 20.0},
-      {"179 degrees stay", 90.0, -89.0, 179.0},
-      {"either order", -30.0, 170.0, 20.0},
-      {"same direction", 45.0, 45.0, 0.0},
+      {"right angle", 180.0, 90.0, 90.0},         {"V with its root below", -153.0, -27.0, 126.0},
+      {"200 degrees are 20", 170.0, -30.0, 20.0}, {"179 degrees stay", 90.0, -89.0, 179.0},
+      {"either order", -30.0, 170.0, 20.0},       {"same direction", 45.0, 45.0, 0.0},
   };
   for (const auto& row : rows) {
     const cv::Point2f corner{320, 240};

@@ -23,7 +23,9 @@ TPoints vPoints(double k = 0.5) {
   return joined(painted::linePoints(40, 320, 280.0 - 280.0 * k, k), painted::linePoints(320, 600, 280.0, -k));
 }
 
-weld::TCornerParams paramsOf(const TWeldParams& params = {}) { return weld::cornerParams(params); }
+weld::TCornerParams paramsOf(const TWeldParams& params = {}) {
+  return weld::cornerParams(params);
+}
 
 TWeldLineRes detect(const cv::Mat& image, const TWeldParams& params = {}, const TWeldLineRes& prevRes = {}) {
   weld::TDetectorObject object;
@@ -55,7 +57,8 @@ TEST(FindFlankPairRansac, findsEachFlankInsideItsRange) {
 
 TEST(FindFlankPairRansac, rightFlankComesFirstWhenTheLeftOneIsTooSmallAShareOfAllPoints) {
   // 100 of 700 points are on the left flank: 14 % of all, but 100 % of what the right flank leaves over.
-  const TPoints points = joined(painted::linePoints(20, 70, 100.0, 0.5), painted::linePoints(70, 630, 400.0, -0.5));
+  const TPoints points =
+      joined(painted::linePoints(20, 70, 100.0, 0.5), painted::linePoints(70, 630, 400.0, -0.5));
   TWeldParams params;
   params.dPara3 = 0.5;
   const auto flanks = weld::findFlankPairRansac(points, paramsOf(params));
@@ -66,7 +69,8 @@ TEST(FindFlankPairRansac, rightFlankComesFirstWhenTheLeftOneIsTooSmallAShareOfAl
 
 TEST(FindFlankPairByPolyline, takesTheLongestPieceOfEachRange) {
   TPoints points = joined(painted::linePoints(20, 140, 100.0, 0.4), painted::linePoints(140, 200, 148.0, -0.4));
-  points = joined(joined(points, painted::linePoints(200, 400, 124.0, 0.6)), painted::linePoints(400, 620, 244.0, -0.5));
+  points = joined(joined(points, painted::linePoints(200, 400, 124.0, 0.6)),
+                  painted::linePoints(400, 620, 244.0, -0.5));
   const auto flanks = weld::findFlankPairByPolyline(points, paramsOf());
   ASSERT_TRUE(flanks);
   EXPECT_NEAR(flanks->left.k, 0.6, 0.03);
@@ -86,7 +90,8 @@ TEST(FindFlankPairByPolyline, firstPieceStandsInWhereNoneQualifies) {
 TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
   // Two V side by side: a flat one, wider, and a steep one.
   TPoints points = joined(painted::linePoints(10, 200, 150.0, 0.2), painted::linePoints(200, 390, 188.0, -0.2));
-  points = joined(joined(points, painted::linePoints(390, 500, 150.0, 0.7)), painted::linePoints(500, 620, 227.0, -0.7));
+  points = joined(joined(points, painted::linePoints(390, 500, 150.0, 0.7)),
+                  painted::linePoints(500, 620, 227.0, -0.7));
   const struct {
     double previousK;
     double expectedK;
@@ -98,7 +103,8 @@ TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
     EXPECT_NEAR(flanks->right.k, -row.expectedK, 0.05) << row.previousK;
   }
   EXPECT_FALSE(weld::findFlankPairNear(painted::linePoints(10, 400, 150.0, 0.2), 0.2, -0.2, paramsOf()));
-  const TPoints hill = joined(painted::linePoints(10, 300, 300.0, -0.3), painted::linePoints(300, 600, 213.0, 0.3));
+  const TPoints hill =
+      joined(painted::linePoints(10, 300, 300.0, -0.3), painted::linePoints(300, 600, 213.0, 0.3));
   EXPECT_FALSE(weld::findFlankPairNear(hill, 0.3, -0.3, paramsOf())) << "the left flank must lie left";
 }
 
@@ -172,7 +178,8 @@ TEST(DetectCornerSeam, angleThatChangedByMoreThanTenDegreesFallsBackToRidges) {
   const cv::Mat image = painted::cornerFrame();
   const TWeldLineRes first = detect(image);
   const double tracked = detect(image, {}, first).trackVal;
-  for (const auto& [change, staysTracked] : {std::pair{9.99, true}, {10.01, false}, {-9.99, true}, {-10.01, false}}) {
+  for (const auto& [change, staysTracked] :
+       {std::pair{9.99, true}, {10.01, false}, {-9.99, true}, {-10.01, false}}) {
     TWeldLineRes prevRes = first;
     prevRes.trackVal = tracked + change;
     const TWeldLineRes result = detect(image, {}, prevRes);

@@ -129,14 +129,18 @@ TEST(ComputeLapSeam, eachAcceptanceTestHoldsAtItsBorder) {
       {"step equal to the parameter", [](TLap& lap) { lap.params.dPara7 = 60.0; }, false},
       {"29 columns back over the left", [](TLap& lap) { lap.right = piece(271, 600, 260); }, true},
       {"30 columns back over the left", [](TLap& lap) { lap.right = piece(270, 600, 260); }, false},
-      {"lengths 150 and 150", [](TLap& lap) {
+      {"lengths 150 and 150",
+       [](TLap& lap) {
          lap.left = piece(150, 300, 200);
          lap.right = piece(310, 460, 260);
-       }, false},
-      {"lengths 150 and 151", [](TLap& lap) {
+       },
+       false},
+      {"lengths 150 and 151",
+       [](TLap& lap) {
          lap.left = piece(150, 300, 200);
          lap.right = piece(310, 461, 260);
-       }, true},
+       },
+       true},
       {"shorter one of 50", [](TLap& lap) { lap.left = piece(250, 300, 200); }, false},
       {"shorter one of 51", [](TLap& lap) { lap.left = piece(249, 300, 200); }, true},
   };
@@ -158,7 +162,7 @@ TEST(ComputeLapSeam, positionChoosesTheCorner) {
     int pos;
     double rightY;
     cv::Point2f seam;
-  } rows[] = {{3, 260, left},         {3, 150, {310, 150}}, {4, 260, {310, 260}}, {4, 150, left},
+  } rows[] = {{3, 260, left},       {3, 150, {310, 150}}, {4, 260, {310, 260}}, {4, 150, left},
               {0, 260, {305, 230}}, {1, 260, {305, 230}}, {2, 260, {305, 230}}, {77, 260, {305, 230}}};
   for (const auto& row : rows) {
     TLap lap;

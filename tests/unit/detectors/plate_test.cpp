@@ -47,14 +47,18 @@ TEST(ComputePlateSeam, eachTestHoldsAtItsBorder) {
       {"10 inliers", [](TStripePiece& p, TWeldParams&) { p.fitPts.resize(10); }, true},
       {"width equal to the minimum", [](TStripePiece&, TWeldParams& params) { params.dPara9 = 300.0; }, true},
       {"width under the minimum", [](TStripePiece&, TWeldParams& params) { params.dPara9 = 300.001; }, false},
-      {"outside the middle, too few points for a refit", [](TStripePiece& p, TWeldParams&) {
+      {"outside the middle, too few points for a refit",
+       [](TStripePiece& p, TWeldParams&) {
          p = piece(100, 400, 30);
          p.fitPts.resize(10);  // nine of them at the start
-       }, false},
-      {"outside the middle, enough for it", [](TStripePiece& p, TWeldParams&) {
+       },
+       false},
+      {"outside the middle, enough for it",
+       [](TStripePiece& p, TWeldParams&) {
          p = piece(100, 400, 30);
          p.fitPts.resize(11);
-       }, true},
+       },
+       true},
   };
   for (const auto& row : rows) {
     TStripePiece plate = piece(100, 400, 240);
@@ -131,7 +135,12 @@ TEST(DetectPlateSeam, angleAndLengthMustLieStrictlyInside) {
       {"defaults", [](TWeldParams&) {}, true},
       {"angle equal to the lower bound", [](TWeldParams& p) { p.angleRange0Min = 0.0; }, false},
       {"angle equal to the upper bound", [](TWeldParams& p) { p.angleRange0Max = 0.0; }, false},
-      {"bounds the wrong way round", [](TWeldParams& p) { p.angleRange0Min = 10.0; p.angleRange0Max = -10.0; }, false},
+      {"bounds the wrong way round",
+       [](TWeldParams& p) {
+         p.angleRange0Min = 10.0;
+         p.angleRange0Max = -10.0;
+       },
+       false},
       {"longer than every piece", [](TWeldParams& p) { p.dPara6 = 205.0; }, false},
       {"shorter than every piece", [](TWeldParams& p) { p.dPara6 = 185.0; }, true},
       {"narrower than the width asked for", [](TWeldParams& p) { p.dPara9 = 260.0; }, false},

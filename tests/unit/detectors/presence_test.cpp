@@ -25,7 +25,7 @@ TEST(CheckStripePresence, comparesTheNumbersOfPointsAsIntegers) {
   const struct {
     std::size_t before;
     bool isPresent;
-  } rows[] = {{0, false},  {1, true},    {50, true},   {99, true},   {100, true},   {101, true},
+  } rows[] = {{0, false},  {1, true},    {50, true},   {99, true},   {100, true}, {101, true},
               {199, true}, {200, false}, {250, false}, {299, false}, {300, true}, {100000, true}};
   for (const auto& row : rows) {
     for (const bool wasFound : {false, true}) {
@@ -55,8 +55,11 @@ TEST(CheckStripePresence, searchesNearThePreviousStripeOnlyWhenAskedAndFound) {
     bool wasFound;
     bool usesRidges;
     bool seesStripe;
-  } rows[] = {{false, false, false, true}, {false, true, false, true}, {true, false, false, true},
-              {true, true, false, false},  {true, true, true, true}};
+  } rows[] = {{false, false, false, true},
+              {false, true, false, true},
+              {true, false, false, true},
+              {true, true, false, false},
+              {true, true, true, true}};
   for (const auto& row : rows) {
     TWeldParams params;
     params.flagPara1 = row.usesRidges;

@@ -131,7 +131,8 @@ TEST(RefineGroovePos, wildArgumentsAreHarmless) {
       const cv::Point2f pos = refine(support, roughX, image);
       EXPECT_TRUE(pos == weld::kNoGroovePos || (pos.x >= 0.0F && pos.x < kCols) || !(std::abs(roughX) < 1e9F));
     }
-    EXPECT_EQ(weld::refineGroovePos(support, {138, 50}, wild, kRow, image, kSupportPx, kMinDrop), weld::kNoGroovePos);
+    EXPECT_EQ(weld::refineGroovePos(support, {138, 50}, wild, kRow, image, kSupportPx, kMinDrop),
+              weld::kNoGroovePos);
     EXPECT_EQ(weld::refineGroovePos(TPoints(20, {wild, wild}), {138, 50}, 0.0F, kRow, image, kSupportPx, kMinDrop),
               weld::kNoGroovePos);
   }

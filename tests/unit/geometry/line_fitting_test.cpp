@@ -58,7 +58,11 @@ TEST(ThinPointsByX, keepsPointsAStepApart) {
       {"step 0 stops at 101", repeatedColumns(250, 0, 0.25F), 101, {0, 0.25F}, 25},
       {"whole step of a long list stops at 101", repeatedColumns(1280, 0, 1), 101, {0, 12, 24}, 1200},
       {"leftwards", repeatedColumns(300, 600, -2), 100, {600, 594, 588}, 6},
-      {"against the truncated last column", repeatedColumns(200, 0.75F, 1.5F), 101, {0.75F, 2.25F, 5.25F, 8.25F}, 299.25F},
+      {"against the truncated last column",
+       repeatedColumns(200, 0.75F, 1.5F),
+       101,
+       {0.75F, 2.25F, 5.25F, 8.25F},
+       299.25F},
   };
   for (const auto& row : rows) {
     const std::vector<float> columns = columnsOf(weld::thinPointsByX(row.points));
@@ -76,9 +80,11 @@ TEST(FindALine, rangeNeedsTenIndicesInsideTheList) {
     int startIdx;
     int endIdx;
     bool isValid;
-  } rows[] = {{5, 14, false}, {5, 15, true},  {0, 10, true},  {30, 40, true}, {31, 41, false},
-              {0, 40, true},  {40, 50, false}, {20, 10, false}, {0, 0, false},
-              {0, std::numeric_limits<int>::max(), false}};
+  } rows[] = {{5, 14, false},  {5, 15, true},
+              {0, 10, true},   {30, 40, true},
+              {31, 41, false}, {0, 40, true},
+              {40, 50, false}, {20, 10, false},
+              {0, 0, false},   {0, std::numeric_limits<int>::max(), false}};
   for (const auto& row : rows) {
     const TLinePara line = weld.findALine(points, row.startIdx, row.endIdx);
     EXPECT_EQ(line.isValid, row.isValid) << row.startIdx << ".." << row.endIdx;
@@ -130,7 +136,8 @@ TEST(FindALine, rangeTakesInliersFromTheWholeList) {
 
 TEST(FindALineRansac, acceptsAShareEqualToTheMinimum) {
   TPoints points = painted::linePoints(0, 60, 100.0, 0.25);
-  for (int i = 0; i < 40; ++i) points.emplace_back(60.0F + static_cast<float>(i), 300.0F + static_cast<float>((i * 37) % 97));
+  for (int i = 0; i < 40; ++i)
+    points.emplace_back(60.0F + static_cast<float>(i), 300.0F + static_cast<float>((i * 37) % 97));
   const TBaseWeld weld;
   const struct {
     double minFitRatio;

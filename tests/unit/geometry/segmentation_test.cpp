@@ -102,7 +102,8 @@ TEST(TryMergePieces, unfittedPiecesStayButAFailedJointFitMerges) {
 }
 
 TEST(SegmentStripe, vGivesTwoPiecesWithoutTheColumnsOfTheEnds) {
-  const TPoints stripe = joined(painted::linePoints(20, 320, 100.0, 0.5), painted::linePoints(320, 620, 250.0, -0.5));
+  const TPoints stripe =
+      joined(painted::linePoints(20, 320, 100.0, 0.5), painted::linePoints(320, 620, 250.0, -0.5));
   TPieces pieces;
   TBaseWeld().segmentStripe(stripe, pieces, 5.0F, 200.0F, 20.0F, 3.0F);
   ASSERT_EQ(pieces.size(), 2U);

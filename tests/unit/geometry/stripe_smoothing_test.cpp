@@ -59,7 +59,8 @@ TEST(CleanStripe, onePointThatIsNotFiniteOrAbsurdlyFarGivesNothing) {
   constexpr float kInf = std::numeric_limits<float>::infinity();
   const TPoints good = painted::linePoints(0, 200, 90.0, 0.2);
   ASSERT_FALSE(weld::cleanStripe(good).empty());
-  for (const cv::Point2f bad : {cv::Point2f{kNaN, 0}, {100, kNaN}, {kInf, 0}, {100, -kInf}, {2e9F, 0}, {100, 2e9F}}) {
+  for (const cv::Point2f bad :
+       {cv::Point2f{kNaN, 0}, {100, kNaN}, {kInf, 0}, {100, -kInf}, {2e9F, 0}, {100, 2e9F}}) {
     for (const std::size_t at : {0U, 100U, 199U}) {
       TPoints points = good;
       points[at] = bad;
