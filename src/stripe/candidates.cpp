@@ -3,6 +3,7 @@
 #include "stripe/stripe_runs.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -22,47 +23,45 @@ struct TWidthBand {
   double high = 0.0;
 };
 
-TCandidateTable makeTable(std::vector<TStripeCandidate> candidates) {
+// Regions come left to right, so that there is seldom anything to sort.
+void sortByColumn(std::vector<TStripeCandidate>& candidates) {
   const auto isLeftOf = [](const TStripeCandidate& a, const TStripeCandidate& b) { return a.x < b.x; };
-  // Regions come left to right, so that there is seldom anything to sort.
   if (!std::is_sorted(candidates.begin(), candidates.end(), isLeftOf)) {
     std::stable_sort(candidates.begin(), candidates.end(), isLeftOf);
   }
+}
+
+// The candidates must be in column order.
+TCandidateTable makeTable(std::vector<TStripeCandidate> candidates) {
   TCandidateTable table;
-  for (std::size_t i = 0; i < candidates.size(); ++i) {
-    if (i == 0 || candidates[i].x != candidates[i - 1].x) table.begin.push_back(static_cast<int>(i));
+  table.begin.reserve(candidates.size() + 1);
+  int column = -1;
+  const int count = static_cast<int>(candidates.size());
+  for (int i = 0; i < count; ++i) {
+    if (candidates[i].x == column) continue;
+    table.begin.push_back(i);
+    column = candidates[i].x;
   }
-  table.begin.push_back(static_cast<int>(candidates.size()));
+  table.begin.push_back(count);
   table.candidates = std::move(candidates);
   return table;
 }
 
-// Widths of the columns with exactly one candidate; all widths when there is no such column.
-std::vector<int> collectWidths(const TCandidateTable& table) {
-  std::vector<int> widths;
+// The most frequent width of the columns with exactly one candidate, of all candidates when there is no such
+// column; the smallest of equally frequent ones.
+int modalWidth(const TCandidateTable& table) {
+  std::array<int, kMaxPairPx> counts{};
+  bool hasSingles = false;
   for (int column = 0; column < table.columns(); ++column) {
     const int first = table.begin[column];
-    if (table.begin[column + 1] - first == 1) widths.push_back(static_cast<int>(table.candidates[first].widthPx));
+    if (table.begin[column + 1] - first > 1) continue;
+    ++counts[table.candidates[first].widthPx];
+    hasSingles = true;
   }
-  if (!widths.empty()) return widths;
-  for (const TStripeCandidate& candidate : table.candidates) widths.push_back(static_cast<int>(candidate.widthPx));
-  return widths;
-}
-
-// The most frequent value, the smallest of equally frequent ones.
-int modeOf(std::vector<int> values) {
-  std::sort(values.begin(), values.end());
-  int mode = 0;
-  std::ptrdiff_t longest = 0;
-  for (auto first = values.begin(); first != values.end();) {
-    const auto last = std::upper_bound(first, values.end(), *first);
-    if (last - first > longest) {
-      longest = last - first;
-      mode = *first;
-    }
-    first = last;
+  if (!hasSingles) {
+    for (const TStripeCandidate& candidate : table.candidates) ++counts[candidate.widthPx];
   }
-  return mode;
+  return static_cast<int>(std::max_element(counts.begin(), counts.end()) - counts.begin());
 }
 
 TWidthBand widthBand(int mode) {
@@ -70,12 +69,14 @@ TWidthBand widthBand(int mode) {
           std::min(kMaxWidthPx, std::max(mode + kWidthSlackPx, mode * (1.0 + kWidthSlackShare)))};
 }
 
-std::vector<TStripeCandidate> keepWidths(std::vector<TStripeCandidate> candidates, const TWidthBand& band) {
-  const auto isOutside = [&](const TStripeCandidate& candidate) {
-    return candidate.widthPx < band.low || candidate.widthPx > band.high;
-  };
-  candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isOutside), candidates.end());
-  return candidates;
+TCandidateTable keepWidths(TCandidateTable table, const TWidthBand& band) {
+  std::vector<TStripeCandidate>& candidates = table.candidates;
+  const auto firstOutside = std::remove_if(candidates.begin(), candidates.end(), [&](const TStripeCandidate& c) {
+    return c.widthPx < band.low || c.widthPx > band.high;
+  });
+  if (firstOutside == candidates.end()) return table;
+  candidates.erase(firstOutside, candidates.end());
+  return makeTable(std::move(candidates));
 }
 
 bool isJump(cv::Point2f from, cv::Point2f to) {
@@ -84,32 +85,37 @@ bool isJump(cv::Point2f from, cv::Point2f to) {
 
 }  // namespace
 
-std::vector<cv::Point2f> dropShortPieces(const std::vector<cv::Point2f>& centres) {
+std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres) {
   const int count = static_cast<int>(centres.size());
   if (count < kMinColumns) return centres;
 
-  std::vector<cv::Point2f> kept;
+  auto keptEnd = centres.begin();
   int pieceBegin = 0;
-  for (int i = 1; i < count; ++i) {
-    if (!isJump(centres[i - 1], centres[i])) continue;
-    // Deliberate: measured up to the first centre behind the jump.
-    if (centres[i].x - centres[pieceBegin].x > kMinPiecePx) {
-      kept.insert(kept.end(), centres.begin() + pieceBegin, centres.begin() + i);
+  const auto endPiece = [&](int end, cv::Point2f limit) {
+    if (limit.x - centres[pieceBegin].x > kMinPiecePx) {
+      keptEnd = std::move(centres.begin() + pieceBegin, centres.begin() + end, keptEnd);
     }
-    pieceBegin = i;
+    pieceBegin = end;
+  };
+  cv::Point2f previous = centres.front();
+  for (int i = 1; i < count; ++i) {
+    const cv::Point2f centre = centres[i];
+    // Deliberate: a piece is measured up to the first centre behind the jump, the last one to its own end.
+    if (isJump(previous, centre)) endPiece(i, centre);
+    previous = centre;
   }
-  if (centres.back().x - centres[pieceBegin].x > kMinPiecePx) {
-    kept.insert(kept.end(), centres.begin() + pieceBegin, centres.end());
-  }
-  return kept;
+  endPiece(count, centres.back());
+  centres.erase(keptEnd, centres.end());
+  return centres;
 }
 
 TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates) {
+  sortByColumn(candidates);
   TCandidateTable table = makeTable(std::move(candidates));
   if (table.columns() < kMinColumns) return {};
 
-  const int modalWidthPx = modeOf(collectWidths(table));
-  const TCandidateTable fitting = makeTable(keepWidths(std::move(table.candidates), widthBand(modalWidthPx)));
+  const int modalWidthPx = modalWidth(table);
+  const TCandidateTable fitting = keepWidths(std::move(table), widthBand(modalWidthPx));
   if (fitting.columns() < kMinColumns) return {{}, static_cast<double>(modalWidthPx)};
 
   return {dropShortPieces(selectStripeRuns(fitting)), static_cast<double>(modalWidthPx)};

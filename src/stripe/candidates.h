@@ -18,6 +18,6 @@ TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates);
 
 // Drops the pieces between jumps that span 10 px or less in x. A jump is a step in y of more than 4 times
 // the step in x. Fewer than 10 centres are left as they are.
-std::vector<cv::Point2f> dropShortPieces(const std::vector<cv::Point2f>& centres);
+std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres);
 
 }  // namespace weld

@@ -20,9 +20,9 @@ cv::Mat toGrey(const cv::Mat& image) {
   return grey;
 }
 
-// Every grey value reaches -1 and none 256, so that wilder thresholds change nothing. NaN finds nothing.
+// Every edge passes -1 and none 255, so that wilder thresholds change nothing. NaN finds nothing.
 int roundThreshold(float threshold) {
-  return static_cast<int>(std::nearbyint(std::max(-1.0F, std::min(256.0F, threshold))));
+  return static_cast<int>(std::nearbyint(std::max(-1.0F, std::min(255.0F, threshold))));
 }
 
 }  // namespace
@@ -30,16 +30,10 @@ int roundThreshold(float threshold) {
 TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold) {
   if (image.empty() || regions.empty()) return {};
 
-  const cv::Mat grey = toGrey(image);
-  TStripeCentres result;
-  std::vector<TStripeCandidate> candidates;
-  for (const cv::Rect& region : regions) {
-    scanStripeRegion(grey, region, roundThreshold(threshold), candidates, result.status);
-  }
-  TReducedStripe stripe = reduceStripeCandidates(std::move(candidates));
-  result.points = std::move(stripe.centres);
-  result.modalWidthPx = stripe.modalWidthPx;
-  return result;
+  TRegionScanner scanner(toGrey(image), roundThreshold(threshold));
+  for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
+  TReducedStripe stripe = reduceStripeCandidates(std::move(scanner.candidates));
+  return {std::move(stripe.centres), stripe.modalWidthPx, std::move(scanner.status)};
 }
 
 }  // namespace weld

@@ -10,16 +10,15 @@
 namespace weld {
 
 struct TStripeCentres {
-  std::vector<cv::Point2f> points;        // one per column, left to right
-  double modalWidthPx = 0.0;              // most frequent stripe width; 0 with fewer than 10 columns
-  std::vector<TWeldPointStatus> status;   // one per scanned column, in region order
+  std::vector<cv::Point2f> points;       // one per column, left to right
+  double modalWidthPx = 0.0;             // most frequent stripe width; 0 with fewer than 10 columns
+  std::vector<TWeldPointStatus> status;  // one per scanned column, in region order
 };
 
 // Centres of the stripe inside the regions.
 //   image      8-bit, one channel (3 and 4 channels are converted); anything else raises cv::Exception.
 //   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed.
 // An empty image or no regions gives an empty result.
-TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions,
-                                    float threshold);
+TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold);
 
 }  // namespace weld

@@ -1,20 +1,10 @@
 #include "stripe/region_scan.h"
 
-#include "stripe/edge_pairs.h"
-
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 
 namespace weld {
 namespace {
-
-constexpr int kBoxPx = 5;
-constexpr std::size_t kMaxEdges = 99;  // of one kind in a column; later ones are not seen
-
-struct TColumnEdges {
-  std::vector<TStripeEdge> rising;
-  std::vector<TStripeEdge> falling;
-};
 
 // The part of the region that can be scanned; empty when there is none.
 cv::Rect scannedPart(const cv::Rect& region, cv::Size imageSize) {
@@ -25,55 +15,75 @@ cv::Rect scannedPart(const cv::Rect& region, cv::Size imageSize) {
   return {region.x, region.y, width, height};
 }
 
-void appendEdge(std::vector<TStripeEdge>& edges, const TStripeEdge& edge) {
-  if (edges.size() < kMaxEdges) edges.push_back(edge);
+// Grey-weighted centre between two edges to the nearest row of the region, ties to even. -1 when all is black.
+int stripeCentroid(int low, int sum, int moment) {
+  if (sum == 0) return -1;
+  return cvRound((static_cast<double>(low) * sum + moment) / sum);
 }
 
-// An edge lies where the sums of the five grey values before and after a bright enough one differ.
-void findEdges(const unsigned char* line, int length, int threshold, TColumnEdges& edges) {
-  edges.rising.clear();
-  edges.falling.clear();
-  if (length <= 2 * kBoxPx) return;
-  int before = 0;
-  int after = 0;
-  for (int p = 0; p < kBoxPx; ++p) {
-    before += line[p];
-    after += line[p + kBoxPx];
-  }
-  for (int p = kBoxPx; p < length - kBoxPx; ++p) {
-    const int strength = std::abs(after - before);
-    if (line[p] >= threshold && strength > kBoxPx * threshold) {
-      if (before >= after) {
-        appendEdge(edges.falling, {p, strength, TEdgeKind::falling});
-      } else {
-        appendEdge(edges.rising, {p, strength, TEdgeKind::rising});
-      }
-    }
-    before += line[p] - line[p - kBoxPx];
-    after += line[p + kBoxPx] - line[p];
-  }
+cv::Mat padToStrip(const cv::Mat& image) {
+  if (image.cols >= kStripColumns) return image;
+  cv::Mat padded = cv::Mat::zeros(image.rows, kStripColumns, CV_8UC1);
+  image.copyTo(padded.colRange(0, image.cols));
+  return padded;
 }
 
 }  // namespace
 
-void scanStripeRegion(const cv::Mat& image, const cv::Rect& region, int threshold,
-                      std::vector<TStripeCandidate>& candidates, std::vector<TWeldPointStatus>& status) {
-  const cv::Rect scanned = scannedPart(region, image.size());
+TRegionScanner::TRegionScanner(const cv::Mat& image, int edgeThreshold, const TEdgeKernels& edgeKernels)
+    : grey(padToStrip(image)), imageSize(image.size()), threshold(edgeThreshold), kernels(edgeKernels) {
+  candidates.reserve(image.cols);
+  status.reserve(image.cols);
+}
+
+void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
+  const cv::Rect scanned = scannedPart(region, imageSize);
   if (scanned.empty()) return;
 
-  cv::Mat columns;  // one row per image column
-  cv::transpose(image(scanned), columns);
-  TColumnEdges edges;
-  std::vector<TStripePair> pairs;
-  for (int column = 0; column < columns.rows; ++column) {
-    const unsigned char* line = columns.ptr(column);
-    findEdges(line, columns.cols, threshold, edges);
-    const int code = pairStripeEdges(line, columns.cols, edges.rising, edges.falling, pairs);
-    status.push_back({scanned.x + column, code});
-    for (const TStripePair& pair : pairs) {
-      candidates.push_back({static_cast<float>(scanned.x + column), static_cast<float>(scanned.y + pair.centre),
-                            scanned.y + pair.low, scanned.y + pair.high,
-                            static_cast<float>(pair.high - pair.low)});
+  const int strips = (scanned.width + kStripColumns - 1) / kStripColumns;
+  const int lastStrip = std::min(kStripColumns * (strips - 1), grey.cols - kStripColumns - scanned.x);
+  const TScanArea area{grey.ptr(scanned.y, scanned.x), grey.step, scanned.height, strips, lastStrip, threshold};
+  const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
+  marks.assign(static_cast<std::size_t>(strips) * words, 0);
+  edges.allocate(static_cast<std::size_t>(scanned.height) * kMaxGroupColumns);
+  edgeRows.allocate(static_cast<std::size_t>(scanned.height));
+
+  kernels.markBlocks(area, marks.data(), words);
+  for (int strip = 0; strip < strips; ++strip) {
+    collectRanges(area.rows, marks.data() + strip * words, words);
+    TStripPairs pairs;
+    kernels.pairStripeEdges(area, strip, ranges.data(), static_cast<int>(ranges.size()),
+                            {edges.data(), edgeRows.data()}, pairs);
+    const int first = scanned.x + strip * kStripColumns;
+    appendColumns(scanned, first, strip + 1 < strips ? 0 : first - (scanned.x + lastStrip), pairs);
+  }
+}
+
+void TRegionScanner::collectRanges(int rows, const std::uint64_t* stripMarks, int words) {
+  ranges.clear();
+  for (int word = 0; word < words; ++word) {
+    for (std::uint64_t bits = stripMarks[word]; bits != 0; bits &= bits - 1) {
+      const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
+      const int end = std::min(first + kBlockRows, rows - kBoxPx);
+      if (!ranges.empty() && ranges.back().end == first) {
+        ranges.back().end = end;
+      } else {
+        ranges.push_back({first, end});
+      }
+    }
+  }
+}
+
+// Takes over the columns from `first` on, which are the lanes from `lane` on.
+void TRegionScanner::appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs) {
+  const int end = std::min(first + kStripColumns, region.br().x);
+  for (int column = first; column < end; ++column, ++lane) {
+    const int count = pairs.count[lane];
+    status.push_back({column, count > 0 ? kCentreFound : pairs.hasBothEdges[lane] ? kNoPair : kEdgeMissing});
+    for (int i = 0; i < count; ++i) {
+      const int low = pairs.low[i][lane];
+      const int centre = stripeCentroid(low, pairs.sum[i][lane], pairs.moment[i][lane]);
+      candidates.push_back({column, region.y + centre, pairs.high[i][lane] - low});
     }
   }
 }

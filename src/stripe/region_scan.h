@@ -1,6 +1,7 @@
 // Candidates for the stripe's centre in every column of a search region.
 #pragma once
 
+#include "stripe/edge_kernels.h"
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>
@@ -9,20 +10,44 @@
 
 namespace weld {
 
+// A pair of edges. Whole image pixels.
 struct TStripeCandidate {
-  float x = 0.0F;  // column
-  float y = 0.0F;  // row of the centre, a whole number
-  int lowRow = 0;  // row of the rising edge
-  int highRow = 0;
-  float widthPx = 0.0F;
+  int x = 0;
+  int y = 0;  // grey-weighted centre between the edges
+  int widthPx = 0;
 };
 
-// Appends the candidates of the region, column by column from left to right, and one status for every
-// column. A region with negative x or y or less than two columns inside the image adds nothing; what lies
-// beyond the right and lower border is left out.
-//   image      8-bit grey.
-//   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed.
-void scanStripeRegion(const cv::Mat& image, const cv::Rect& region, int threshold,
-                      std::vector<TStripeCandidate>& candidates, std::vector<TWeldPointStatus>& status);
+// Codes of TWeldPointStatus.
+enum TColumnStatus : int { kCentreFound = 0, kEdgeMissing = 1, kNoPair = 2 };
+
+// Scans regions of one image and gathers what it finds: the candidates column by column from left to right,
+// and one status for every column.
+class TRegionScanner {
+public:
+  //   image      8-bit grey.
+  //   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed;
+  //              -1 .. 255.
+  TRegionScanner(const cv::Mat& image, int threshold, const TEdgeKernels& kernels = chooseEdgeKernels());
+
+  // A region with negative x or y or less than two columns inside the image adds nothing; what lies beyond
+  // the right and lower border is left out.
+  void scanStripeRegion(const cv::Rect& region);
+
+  std::vector<TStripeCandidate> candidates;
+  std::vector<TWeldPointStatus> status;
+
+private:
+  void collectRanges(int rows, const std::uint64_t* stripMarks, int words);
+  void appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs);
+
+  cv::Mat grey;  // at least as wide as a strip
+  cv::Size imageSize;
+  int threshold;
+  const TEdgeKernels& kernels;
+  std::vector<std::uint64_t> marks;
+  std::vector<TRowRange> ranges;  // marked rows of a strip
+  cv::AutoBuffer<std::int16_t> edges;
+  cv::AutoBuffer<std::int32_t> edgeRows;
+};
 
 }  // namespace weld

@@ -17,8 +17,7 @@ namespace {
 using TCandidates = std::vector<TStripeCandidate>;
 
 TStripeCandidate candidate(int x, int y, int width = 8) {
-  return {static_cast<float>(x), static_cast<float>(y), y - width / 2, y - width / 2 + width,
-          static_cast<float>(width)};
+  return {x, y, width};
 }
 
 void addLine(TCandidates& candidates, int firstX, int lastX, const std::function<int(int)>& row, int width = 8) {

@@ -1,19 +1,26 @@
 #include "stripe/centres.h"
 
+#include "scenes/scene.h"
 #include "stripe/regions.h"
 
 #include <opencv2/imgproc.hpp>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <functional>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace weld {
 namespace {
 
 constexpr float kThreshold = 30.0F;
+constexpr double kMaxErrorPx = 3.0;          // of a centre that lies on the stripe of a rendered scene
+constexpr std::ptrdiff_t kMaxCaptured = 45;  // of 640 centres: where a ghost crosses, a blob outshines the stripe
 
 // A stripe with a soft profile along y = k * x + b over black.
 cv::Mat drawStripe(cv::Size size, double k, double b, double peak = 220.0, double sigmaPx = 4.0) {
@@ -68,7 +75,63 @@ TEST(ExtractStripeCentres, DimmerSecondStripeNearbyDoesNotCaptureIt) {
   }
 }
 
-TEST(ExtractStripeCentres, ThinColumnsWithoutStripeLeaveAStatus) {
+struct TDisturbance {
+  std::string name;
+  std::function<void(scenes::TLook&)> disturb;
+};
+
+TEST(ExtractStripeCentres, DisturbancesInRenderedScenesDoNotCaptureIt) {
+  const std::vector<TDisturbance> disturbances{
+      {"none", [](scenes::TLook&) {}},
+      {"ghost below",
+       [](scenes::TLook& look) {
+         look.ghostShare = 0.6;
+         look.ghostOffsetPx = 45.0;
+         look.ghostSpan = 0.7;
+       }},
+      {"ghost above",
+       [](scenes::TLook& look) {
+         look.ghostShare = 0.6;
+         look.ghostOffsetPx = -60.0;
+         look.ghostSpan = 0.7;
+       }},
+      {"crossing ghost",
+       [](scenes::TLook& look) {
+         look.ghostShare = 0.6;
+         look.ghostOffsetPx = 10.0;
+         look.ghostTiltDeg = 15.0;
+       }},
+      {"spatter and blobs",
+       [](scenes::TLook& look) {
+         look.spatter = 12;
+         look.blobs = 4;
+         look.arcGlow = 100.0;
+       }},
+  };
+  for (const TDisturbance& disturbance : disturbances) {
+    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+      scenes::TSceneParams params;
+      params.joint = scenes::TJoint::plain;
+      params.size = {640, 512};
+      params.seed = seed;
+      params.geometry.tiltDeg = 3.0;
+      params.look.fwhmPx = 10.0;
+      params.look.peak = 220.0;
+      params.look.noiseSigma = 3.0;
+      disturbance.disturb(params.look);
+      const scenes::TScene scene = scenes::renderScene(params);
+      const std::vector<cv::Point2f> centres =
+          extractStripeCentres(scene.image, wholeOf(scene.image), kThreshold).points;
+      const auto captured = std::count_if(centres.begin(), centres.end(), [&](cv::Point2f c) {
+        return std::abs(c.y - scene.truth.centreY[static_cast<std::size_t>(c.x)]) > kMaxErrorPx;
+      });
+      EXPECT_GE(centres.size(), 600U) << disturbance.name << ", seed " << seed;
+      EXPECT_LE(captured, kMaxCaptured) << disturbance.name << ", seed " << seed;
+    }
+  }
+}
+
+TEST(ExtractStripeCentres, ColumnsWithoutStripeLeaveAStatus) {
   cv::Mat image = drawStripe({640, 480}, 0.0, 240.0);
   image.colRange(300, 340).setTo(0);
   const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold);

@@ -1,4 +1,4 @@
-#include "stripe/edge_pairs.h"
+#include "plain_extraction.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace weld {
+namespace weld::plain {
 namespace {
 
 constexpr int kLength = 200;
@@ -38,10 +38,10 @@ void PrintTo(const TPairCase& c, std::ostream* out) {
 class PairStripeEdges : public testing::TestWithParam<TPairCase> {};
 
 TEST_P(PairStripeEdges, GivesStatusAndPairs) {
-  const std::vector<unsigned char> line(kLength, 100);
+  const cv::Mat line(1, kLength, CV_8UC1, cv::Scalar(100));
   std::vector<TStripePair> pairs;
-  const int status = pairStripeEdges(line.data(), kLength, makeEdges(GetParam().rising, TEdgeKind::rising),
-                                     makeEdges(GetParam().falling, TEdgeKind::falling), pairs);
+  const int status =
+      pairStripeEdges(line, makeEdges(GetParam().rising, kRising), makeEdges(GetParam().falling, kFalling), pairs);
   EXPECT_EQ(status, GetParam().status);
   std::vector<std::pair<int, int>> found;
   for (const TStripePair& pair : pairs) found.emplace_back(pair.low, pair.high);
@@ -80,24 +80,22 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(PairStripeEdges, CentreBetweenTwoRowsGoesToTheEvenOne) {
   // Two equal values: the centre lies halfway between them.
   for (const auto& [first, expected] : {std::pair{20, 20}, std::pair{21, 22}}) {
-    std::vector<unsigned char> line(kLength, 0);
-    line[first] = line[first + 1] = 50;
+    cv::Mat line = cv::Mat::zeros(1, kLength, CV_8UC1);
+    line.colRange(first, first + 2).setTo(50);
     std::vector<TStripePair> pairs;
-    pairStripeEdges(line.data(), kLength, {{first, 1, TEdgeKind::rising}}, {{first + 4, 1, TEdgeKind::falling}},
-                    pairs);
+    pairStripeEdges(line, {{first, 1, kRising}}, {{first + 4, 1, kFalling}}, pairs);
     EXPECT_EQ(pairs.at(0).centre, expected);
   }
 }
 
 TEST(StripeCentroid, SumsFromLowUpToButWithoutHighAndTheLastPosition) {
-  const std::vector<unsigned char> line{10, 0, 0, 30, 90, 255};
-  const int length = static_cast<int>(line.size());
-  EXPECT_DOUBLE_EQ(stripeCentroid(line.data(), length, 0, 4), 90.0 / 40.0);
-  EXPECT_DOUBLE_EQ(stripeCentroid(line.data(), length, -7, 4), 90.0 / 40.0);
-  EXPECT_DOUBLE_EQ(stripeCentroid(line.data(), length, 3, 5), 450.0 / 120.0);
-  EXPECT_DOUBLE_EQ(stripeCentroid(line.data(), length, 3, 100), 450.0 / 120.0);
-  EXPECT_DOUBLE_EQ(stripeCentroid(line.data(), length, 1, 3), -1.0);
+  const cv::Mat line = (cv::Mat_<uchar>(1, 6) << 10, 0, 0, 30, 90, 255);
+  EXPECT_DOUBLE_EQ(stripeCentroid(line, 0, 4), 90.0 / 40.0);
+  EXPECT_DOUBLE_EQ(stripeCentroid(line, -7, 4), 90.0 / 40.0);
+  EXPECT_DOUBLE_EQ(stripeCentroid(line, 3, 5), 450.0 / 120.0);
+  EXPECT_DOUBLE_EQ(stripeCentroid(line, 3, 100), 450.0 / 120.0);
+  EXPECT_DOUBLE_EQ(stripeCentroid(line, 1, 3), -1.0);
 }
 
 }  // namespace
-}  // namespace weld
+}  // namespace weld::plain

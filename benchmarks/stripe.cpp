@@ -1,0 +1,151 @@
+// Stripe extraction and the whole detection of a gap, measured in times of copying the same frame: copy and
+// work take turns, so that whatever else the machine does meets both. `timesCopyTo` is the ratio of the
+// medians, `errorPx` the median distance of the centres from the true stripe.
+//
+// OPENCV_CPU_DISABLE=AVX2 in the environment makes the whole detection take the baseline kernels.
+#include "scenes/scene.h"
+#include "stripe/candidates.h"
+#include "stripe/region_scan.h"
+#include "stripe/regions.h"
+#include "tests/unit/stripe/plain_extraction.h"
+#include "zelWeldDetect.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int kThreshold = 30;
+constexpr int kBandPx = 60;
+
+struct TFrame {
+  std::string name;
+  scenes::TScene scene;
+  std::vector<cv::Rect> whole;
+  std::vector<cv::Rect> bands;
+  TWeldLineRes previous;
+};
+
+scenes::TSceneParams sceneOf(const std::string& name, cv::Size size) {
+  scenes::TSceneParams params = scenes::randomScene(scenes::TJoint::buttGap, scenes::TLevel::clean, 1, size);
+  params.look.fwhmPx = 10.0;
+  params.look.rootFwhmPx = 10.0;
+  if (name == "bright") {
+    params.look.background = 60.0;
+    params.look.noiseSigma = 5.0;
+  }
+  if (name == "spatter") {
+    params.look.noiseSigma = 3.0;
+    params.look.spatter = 12;
+    params.look.blobs = 4;
+    params.look.arcGlow = 120.0;
+  }
+  return params;
+}
+
+TWeldLineRes detect(const cv::Mat& image, const TWeldLineRes& previous) {
+  TWeldParams params = scenes::weldParamsFor(scenes::TJoint::buttGap);
+  return detectWeldLineViaTracking(image, params, previous);
+}
+
+TFrame makeFrame(const std::string& name, cv::Size size) {
+  TFrame frame{name, scenes::renderScene(sceneOf(name, size)), {cv::Rect({0, 0}, size)}, {}, {}};
+  frame.previous = detect(frame.scene.image, {});
+  const std::vector<cv::Point> guide(frame.previous.stripePts.begin(), frame.previous.stripePts.end());
+  frame.bands = weld::buildStripeRegions(size, guide, kBandPx);
+  return frame;
+}
+
+double median(std::vector<double> values) {
+  if (values.empty()) return 0.0;
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+double centreError(const TFrame& frame, const std::vector<cv::Point2f>& centres) {
+  std::vector<double> errors;
+  for (const cv::Point2f c : centres) {
+    const double truth = frame.scene.truth.centreY[static_cast<std::size_t>(c.x)];
+    if (!std::isnan(truth)) errors.push_back(std::abs(c.y - truth));
+  }
+  return median(errors);
+}
+
+template <typename TWork>
+double secondsOf(TWork work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The work returns the centres.
+template <typename TWork>
+void runAgainstCopy(benchmark::State& state, const TFrame& frame, TWork work) {
+  const std::vector<cv::Point2f> centres = work();
+  const double errorPx = centreError(frame, centres);
+  if (centres.size() < frame.scene.truth.centreY.size() / 2 || errorPx > 1.0) {
+    state.SkipWithError("the stripe was not found");
+    return;
+  }
+  cv::Mat copy;
+  std::vector<double> copySeconds;
+  std::vector<double> workSeconds;
+  for (auto _ : state) {
+    copySeconds.push_back(secondsOf([&] { frame.scene.image.copyTo(copy); }));
+    benchmark::DoNotOptimize(copy.data);
+    workSeconds.push_back(secondsOf([&] { benchmark::DoNotOptimize(work()); }));
+    state.SetIterationTime(workSeconds.back());
+  }
+  state.counters["copyToUs"] = median(copySeconds) * 1e6;
+  state.counters["timesCopyTo"] = median(workSeconds) / median(copySeconds);
+  state.counters["errorPx"] = errorPx;
+}
+
+std::vector<cv::Point2f> extractWith(const weld::TEdgeKernels& kernels, const cv::Mat& image,
+                                     const std::vector<cv::Rect>& regions) {
+  weld::TRegionScanner scanner(image, kThreshold, kernels);
+  for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
+  return weld::reduceStripeCandidates(std::move(scanner.candidates)).centres;
+}
+
+void addFrame(const std::string& name, cv::Size size) {
+  const auto frame = std::make_shared<const TFrame>(makeFrame(name, size));
+  const auto add = [&](const std::string& what, auto work) {
+    const std::string title =
+        what + "/" + name + "/" + std::to_string(size.width) + "x" + std::to_string(size.height);
+    benchmark::RegisterBenchmark(title.c_str(),
+                                 [frame, work](benchmark::State& state) { runAgainstCopy(state, *frame, work); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
+  };
+  const cv::Mat& image = frame->scene.image;
+  add("detectFirst", [=] { return detect(image, {}).stripePts; });
+  add("detectTracking", [=] { return detect(image, frame->previous).stripePts; });
+  for (const bool isTracking : {false, true}) {
+    const std::string suffix = isTracking ? "Bands" : "Whole";
+    const std::vector<cv::Rect>& regions = isTracking ? frame->bands : frame->whole;
+    add("extract" + suffix + "Baseline", [=] { return extractWith(weld::kBaselineEdgeKernels, image, regions); });
+    add("extract" + suffix + "Chosen", [=] { return extractWith(weld::chooseEdgeKernels(), image, regions); });
+    add("extract" + suffix + "Plain",
+        [=] { return weld::plain::extractStripe(image, regions, kThreshold).centres; });
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const char* name : {"clean", "bright", "spatter"}) addFrame(name, {1280, 1024});
+  for (const cv::Size size : {cv::Size(640, 480), cv::Size(2448, 2048), cv::Size(4096, 3000)})
+    addFrame("clean", size);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

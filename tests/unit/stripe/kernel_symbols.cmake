@@ -1,0 +1,17 @@
+# The object compiled for AVX2 must not define anything that the linker could take in place of the same
+# function of another object, or a processor without AVX2 would run it.
+#   NM       the program nm
+#   OBJECTS  the library's object files
+list(FILTER OBJECTS INCLUDE REGEX "edge_kernels_avx2")
+list(LENGTH OBJECTS count)
+if(NOT count EQUAL 1)
+  message(FATAL_ERROR "expected one object for AVX2, got: ${OBJECTS}")
+endif()
+execute_process(COMMAND ${NM} --defined-only ${OBJECTS} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+
+# Lower case letters are local symbols, except for weak (v, w) and unique (u) ones.
+string(REGEX MATCHALL "[^\n]* [A-Zuvw] [^\n]*" shared "${symbols}")
+list(FILTER shared EXCLUDE REGEX "kAvx2EdgeKernels|hal_weld_avx2")
+if(shared)
+  message(FATAL_ERROR "symbols that other objects may share: ${shared}")
+endif()
