@@ -3,8 +3,7 @@
 
 #include <opencv2/core/hal/intrin.hpp>
 
-#include <algorithm>
-#include <cmath>
+#include <limits>
 
 namespace zelFit {
 
@@ -13,37 +12,49 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
-constexpr float kMinDeterminant = 1e-12F;
+constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.
-float perpendicularFactor(const TFitPoints& points, const TScaledLine& line) {
-  const double slope = points.slopeOf(line);
-  return static_cast<float>(1.0 / (1.0 + slope * slope));
+float perpendicularFactor(const TFitPoints& points, float scaledSlope) {
+  const float slope = scaledSlope * points.perScale();
+  return 1.0F / (1.0F + slope * slope);
 }
 
-v_float32x4 rowResidual(const TFitPoints& points, const TScaledLine& line, int i) {
-  const v_float32x4 onLine = cv::v_setall_f32(line.slope) * cv::v_load(points.x() + i);
-  return cv::v_load(points.y() + i) - onLine - cv::v_setall_f32(line.intercept);
-}
+// Lines through one point and each of four others, side by side.
+struct TLineBatch {
+  float slope[kLanes];
+  float intercept[kLanes];
+  float factor[kLanes];
+};
 
-float truncatedQuadratic(const TFitPoints& points, const TScaledLine& line, float tolPx) {
-  const float factor = perpendicularFactor(points, line);
-  const v_float32x4 limit = cv::v_setall_f32(tolPx * tolPx / factor);
-  v_float32x4 sum = cv::v_setzero_f32();
-  for (int i = 0; i < points.paddedCount(); i += kLanes) {
-    const v_float32x4 residual = rowResidual(points, line, i);
-    sum = sum + cv::v_min(residual * residual, limit);
+// A lane without a line, its two points being in one column, holds no number.
+TLineBatch linesThrough(const TFitPoints& points, int i, int firstOther) {
+  const float* const x = points.x();
+  const float* const y = points.y();
+  TLineBatch lines;
+  for (int lane = 0; lane < kLanes; ++lane) {
+    const int j = firstOther + lane;
+    lines.slope[lane] = (y[j] - y[i]) / (x[j] - x[i]);
+    lines.intercept[lane] = y[i] - lines.slope[lane] * x[i];
+    lines.factor[lane] = perpendicularFactor(points, lines.slope[lane]);
   }
-  float lanes[kLanes];
-  cv::v_store(lanes, sum);
-  return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) * factor;
+  return lines;
 }
 
-std::optional<TScaledLine> lineThrough(const TFitPoints& points, int i, int j) {
-  const float dx = points.x()[j] - points.x()[i];
-  if (dx == 0.0F) return std::nullopt;
-  const float slope = (points.y()[j] - points.y()[i]) / dx;
-  return TScaledLine{slope, points.y()[i] - slope * points.x()[i]};
+// One sum per line, over all points.
+void sumTruncatedQuadratics(const TFitPoints& points, const TLineBatch& lines, float tolPx,
+                            float (&sums)[kLanes]) {
+  const v_float32x4 slope = cv::v_load(lines.slope);
+  const v_float32x4 intercept = cv::v_load(lines.intercept);
+  const v_float32x4 factor = cv::v_load(lines.factor);
+  const v_float32x4 limit = cv::v_setall_f32(tolPx * tolPx);
+  v_float32x4 sum = cv::v_setzero_f32();
+  for (int i = 0; i < points.count(); ++i) {
+    const v_float32x4 onLine = slope * cv::v_setall_f32(points.x()[i]);
+    const v_float32x4 residual = cv::v_setall_f32(points.y()[i]) - onLine - intercept;
+    sum = sum + cv::v_min(residual * residual * factor, limit);
+  }
+  cv::v_store(sums, sum);
 }
 
 // Weighted sums of one least-squares step around the current line.
@@ -55,6 +66,11 @@ struct TNormalSums {
   float wxr = 0.0F;
 };
 
+v_float32x4 rowResidual(const TFitPoints& points, const TScaledLine& line, int i) {
+  const v_float32x4 onLine = cv::v_setall_f32(line.slope) * cv::v_load(points.x() + i);
+  return cv::v_load(points.y() + i) - onLine - cv::v_setall_f32(line.intercept);
+}
+
 float sumLanes(const v_float32x4& v) {
   float lanes[kLanes];
   cv::v_store(lanes, v);
@@ -62,7 +78,7 @@ float sumLanes(const v_float32x4& v) {
 }
 
 TNormalSums weighPoints(const TFitPoints& points, const TScaledLine& line, float cutOffPx) {
-  const v_float32x4 scale = cv::v_setall_f32(perpendicularFactor(points, line) / (cutOffPx * cutOffPx));
+  const v_float32x4 scale = cv::v_setall_f32(perpendicularFactor(points, line.slope) / (cutOffPx * cutOffPx));
   const v_float32x4 one = cv::v_setall_f32(1.0F);
   const v_float32x4 zero = cv::v_setzero_f32();
   v_float32x4 w = zero;
@@ -87,41 +103,64 @@ TNormalSums weighPoints(const TFitPoints& points, const TScaledLine& line, float
 
 }  // namespace
 
-std::optional<TScaledLine> findConsensusLine(const TFitPoints& points, const TFitPoints& scored, int sampleSize,
-                                             double tolPx, const std::function<bool(double)>& isAdmissible) {
-  const TFitPoints sample = points.subsample(sampleSize);
+std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFitPoints& scored, double tolPx,
+                                             const TSlopeInterval& interval) {
   std::optional<TScaledLine> best;
-  float bestScore = 0.0F;
+  float bestSum = std::numeric_limits<float>::max();
   for (int i = 0; i < sample.count(); ++i) {
-    for (int j = i + 1; j < sample.count(); ++j) {
-      const std::optional<TScaledLine> line = lineThrough(sample, i, j);
-      if (!line || !isAdmissible(points.slopeOf(*line))) continue;
-      const float score = truncatedQuadratic(scored, *line, static_cast<float>(tolPx));
-      if (best && !(score < bestScore)) continue;
-      best = line;
-      bestScore = score;
+    for (int j = i + 1; j < sample.count(); j += kLanes) {
+      const TLineBatch lines = linesThrough(sample, i, j);
+      float sums[kLanes];
+      sumTruncatedQuadratics(scored, lines, static_cast<float>(tolPx), sums);
+      for (int lane = 0; lane < kLanes && j + lane < sample.count(); ++lane) {
+        const TScaledLine line{lines.slope[lane], lines.intercept[lane]};
+        if (sample.x()[i] == sample.x()[j + lane] || !(sums[lane] < bestSum)) continue;
+        if (!interval.contains(sample.slopeOf(line))) continue;
+        best = line;
+        bestSum = sums[lane];
+      }
     }
   }
   return best;
 }
 
-std::optional<TScaledLine> reweightLine(const TFitPoints& points, const TScaledLine& start, double cutOffPx) {
+std::optional<TScaledLine> reweightLine(const TFitPoints& points, const TScaledLine& start, double cutOffPx,
+                                        const TSlopeInterval& interval) {
   const TNormalSums s = weighPoints(points, start, static_cast<float>(cutOffPx));
   const float determinant = s.w * s.wxx - s.wx * s.wx;
-  if (!(determinant > kMinDeterminant * s.w * s.w)) return std::nullopt;
-  const float slopeStep = (s.w * s.wxr - s.wx * s.wr) / determinant;
-  const float interceptStep = (s.wxx * s.wr - s.wx * s.wxr) / determinant;
-  return TScaledLine{start.slope + slopeStep, start.intercept + interceptStep};
+  if (!(determinant > kMinSpread * s.w * s.w)) return std::nullopt;
+  TScaledLine next = start;
+  next.slope += (s.w * s.wxr - s.wx * s.wr) / determinant;
+  const double slope = points.slopeOf(next);
+  if (!interval.contains(slope)) next.slope = points.scaleSlope(interval.clamp(slope));
+  next.intercept += (s.wr - (next.slope - start.slope) * s.wx) / s.w;
+  return next;
 }
 
-double nearShare(const TFitPoints& points, const TScaledLine& line, double tolPx) {
-  const auto limit = static_cast<float>(tolPx * tolPx / static_cast<double>(perpendicularFactor(points, line)));
-  int near = 0;
-  for (int i = 0; i < points.count(); ++i) {
-    const float residual = points.y()[i] - line.slope * points.x()[i] - line.intercept;
-    near += residual * residual < limit ? 1 : 0;
+TSupport measureSupport(const TFitPoints& points, const TScaledLine& line, double tolPx) {
+  const auto tol = static_cast<float>(tolPx);
+  const v_float32x4 limit = cv::v_setall_f32(tol * tol / perpendicularFactor(points, line.slope));
+  const v_float32x4 one = cv::v_setall_f32(1.0F);
+  const v_float32x4 high = cv::v_setall_f32(std::numeric_limits<float>::max());
+  const v_float32x4 low = cv::v_setall_f32(std::numeric_limits<float>::lowest());
+  v_float32x4 count = cv::v_setzero_f32();
+  v_float32x4 left = high;
+  v_float32x4 right = low;
+  v_float32x4 top = high;
+  v_float32x4 bottom = low;
+  for (int i = 0; i < points.paddedCount(); i += kLanes) {
+    const v_float32x4 x = cv::v_load(points.x() + i);
+    const v_float32x4 y = cv::v_load(points.y() + i);
+    const v_float32x4 residual = rowResidual(points, line, i);
+    const v_float32x4 isNear = residual * residual < limit;
+    count = count + (one & isNear);
+    left = cv::v_min(left, cv::v_select(isNear, x, high));
+    right = cv::v_max(right, cv::v_select(isNear, x, low));
+    top = cv::v_min(top, cv::v_select(isNear, y, high));
+    bottom = cv::v_max(bottom, cv::v_select(isNear, y, low));
   }
-  return static_cast<double>(near) / points.count();
+  const float columns = (cv::v_reduce_max(right) - cv::v_reduce_min(left)) / points.perScale();
+  return {static_cast<int>(sumLanes(count)), columns, cv::v_reduce_max(bottom) - cv::v_reduce_min(top)};
 }
 
 }  // namespace zelFit

@@ -1,25 +1,33 @@
-// The line through two points of a set that explains most of the set.
+// The line through two points of a set that explains most of the set, and its refinement.
 #pragma once
 
 #include "support/fit_points.h"
+#include "support/slope_interval.h"
 
-#include <functional>
 #include <optional>
 
 namespace zelFit {
 
-// Every pair of a subsample of at most sampleSize points whose slope (dy/dx in image coordinates) is admissible,
-// scored on `scored` with a truncated quadratic of the perpendicular distance at tolPx (MSAC: Torr and Zisserman,
-// Computer Vision and Image Understanding 78, 2000). Plain inlier counting would prefer a slanted compromise. The
-// first of equally good lines. Nothing when no pair is admissible.
-std::optional<TScaledLine> findConsensusLine(const TFitPoints& points, const TFitPoints& scored, int sampleSize,
-                                             double tolPx, const std::function<bool(double)>& isAdmissible);
+// Every pair of the sample whose slope lies in the interval, rated on `scored` (same scale) by the sum of squared
+// perpendicular distances truncated at tolPx (MSAC: Torr and Zisserman, Computer Vision and Image Understanding
+// 78, 2000). Plain inlier counting would prefer a slanted compromise. The first of equally good lines. Nothing
+// when no pair lies in the interval.
+std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFitPoints& scored, double tolPx,
+                                             const TSlopeInterval& interval);
 
-// Tukey's reweighted least squares (Beaton and Tukey, Technometrics 16, 1974) from a start line; points at
-// cutOffPx and beyond have no weight. Nothing when the weighted points have fewer than two columns.
-std::optional<TScaledLine> reweightLine(const TFitPoints& points, const TScaledLine& start, double cutOffPx);
+// One step of Tukey's reweighted least squares (Beaton and Tukey, Technometrics 16, 1974) from a start line;
+// points at cutOffPx and beyond have no weight. A slope that leaves the interval stays at its border. Nothing when
+// the weighted points have fewer than two columns.
+std::optional<TScaledLine> reweightLine(const TFitPoints& points, const TScaledLine& start, double cutOffPx,
+                                        const TSlopeInterval& interval);
 
-// Share of points strictly nearer than tolPx.
-double nearShare(const TFitPoints& points, const TScaledLine& line, double tolPx);
+// The points strictly nearer than tolPx to a line.
+struct TSupport {
+  int count = 0;
+  float columns = 0.0F;  // last column less the first one, px; below 0 without points
+  float rows = 0.0F;
+};
+
+TSupport measureSupport(const TFitPoints& points, const TScaledLine& line, double tolPx);
 
 }  // namespace zelFit

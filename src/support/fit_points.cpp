@@ -1,38 +1,62 @@
 #include "support/fit_points.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace zelFit {
 
 namespace {
 
-constexpr int kLanes = 4;
+constexpr int kFarPx = 1 << 16;     // beyond every image
 constexpr float kPaddingY = 1e15F;  // far from every line: no weight, a constant in every score
+
+bool isNear(cv::Point p) {
+  return p.x >= -kFarPx && p.x <= kFarPx && p.y >= -kFarPx && p.y <= kFarPx;
+}
+
+struct TExtent {
+  int left = std::numeric_limits<int>::max();
+  int right = std::numeric_limits<int>::min();
+  int top = std::numeric_limits<int>::max();
+  int bottom = std::numeric_limits<int>::min();
+  int count = 0;
+};
+
+TExtent measureNear(const std::vector<cv::Point>& points) {
+  TExtent extent;
+  for (const cv::Point p : points) {
+    if (!isNear(p)) continue;
+    extent.left = std::min(extent.left, p.x);
+    extent.right = std::max(extent.right, p.x);
+    extent.top = std::min(extent.top, p.y);
+    extent.bottom = std::max(extent.bottom, p.y);
+    ++extent.count;
+  }
+  return extent;
+}
 
 }  // namespace
 
 std::optional<TFitPoints> TFitPoints::from(const std::vector<cv::Point>& points) {
-  if (points.empty()) return std::nullopt;
-  const auto byX = [](cv::Point a, cv::Point b) { return a.x < b.x; };
-  const auto byY = [](cv::Point a, cv::Point b) { return a.y < b.y; };
-  const auto [left, right] = std::minmax_element(points.begin(), points.end(), byX);
-  const auto [top, bottom] = std::minmax_element(points.begin(), points.end(), byY);
-  if (left->x == right->x) return std::nullopt;
+  const TExtent extent = measureNear(points);
+  if (extent.left >= extent.right) return std::nullopt;
   TFitPoints fit;
-  fit.centreX = 0.5 * (static_cast<double>(left->x) + right->x);
-  fit.centreY = 0.5 * (static_cast<double>(top->y) + bottom->y);
-  fit.scaleX = 0.5 * (static_cast<double>(right->x) - left->x);
-  fit.xs.reserve(points.size() + kLanes);
-  fit.ys.reserve(points.size() + kLanes);
-  for (const cv::Point& p : points) {
-    fit.append(static_cast<float>((p.x - fit.centreX) / fit.scaleX), static_cast<float>(p.y - fit.centreY));
+  fit.centreX = 0.5 * (extent.left + extent.right);
+  fit.centreY = 0.5 * (extent.top + extent.bottom);
+  fit.scaleX = 0.5 * (extent.right - extent.left);
+  fit.resize(extent.count);
+  const auto centreX = static_cast<float>(fit.centreX);
+  const auto centreY = static_cast<float>(fit.centreY);
+  const float perScale = fit.perScale();
+  std::size_t next = 0;
+  for (const cv::Point p : points) {
+    if (!isNear(p)) continue;
+    fit.xs[next] = (static_cast<float>(p.x) - centreX) * perScale;
+    fit.ys[next] = static_cast<float>(p.y) - centreY;
+    ++next;
   }
-  fit.pad();
   return fit;
-}
-
-double TFitPoints::interceptOf(const TScaledLine& line) const {
-  return centreY + static_cast<double>(line.intercept) - slopeOf(line) * centreX;
 }
 
 TFitPoints TFitPoints::subsample(int maxCount) const {
@@ -41,25 +65,22 @@ TFitPoints TFitPoints::subsample(int maxCount) const {
   part.centreX = centreX;
   part.centreY = centreY;
   part.scaleX = scaleX;
+  part.resize(maxCount);
   for (int i = 0; i < maxCount; ++i) {
-    const auto index = static_cast<std::size_t>(static_cast<std::int64_t>(i) * (pointCount - 1) / (maxCount - 1));
-    part.append(xs[index], ys[index]);
+    const auto from = static_cast<std::size_t>(static_cast<std::int64_t>(i) * (pointCount - 1) / (maxCount - 1));
+    const auto to = static_cast<std::size_t>(i);
+    part.xs[to] = xs[from];
+    part.ys[to] = ys[from];
   }
-  part.pad();
   return part;
 }
 
-void TFitPoints::append(float x, float y) {
-  xs.push_back(x);
-  ys.push_back(y);
-  ++pointCount;
-}
-
-void TFitPoints::pad() {
-  while (xs.size() % kLanes != 0) {
-    xs.push_back(0.0F);
-    ys.push_back(kPaddingY);
-  }
+// Makes room for `count` points and padding for a vector that begins at the last one.
+void TFitPoints::resize(int count) {
+  const auto padded = static_cast<std::size_t>(count + kLanes - 1);
+  xs.assign(padded, 0.0F);
+  ys.assign(padded, kPaddingY);
+  pointCount = count;
 }
 
 }  // namespace zelFit

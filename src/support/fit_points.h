@@ -1,5 +1,5 @@
-// The points of a line fit in a form that the kernels like: centred, x scaled to -1..1, single precision, padded to
-// whole vectors of four. Single precision is enough because the fits only compute corrections to a line.
+// The points of a line fit in a form that the kernels like: centred, x scaled to -1..1, single precision, padded
+// to whole vectors of four. Single precision is enough because the fits only compute corrections to a line.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -17,24 +17,33 @@ struct TScaledLine {
 
 class TFitPoints {
 public:
-  // Nothing when the points have fewer than two distinct columns.
+  static constexpr int kLanes = 4;
+
+  // Leaves out points more than 65536 px from the origin, which no image holds. Nothing when the others have fewer
+  // than two distinct columns.
   static std::optional<TFitPoints> from(const std::vector<cv::Point>& points);
 
   int count() const { return pointCount; }
-  int paddedCount() const { return static_cast<int>(xs.size()); }
+  int paddedCount() const { return (pointCount + kLanes - 1) / kLanes * kLanes; }
+  // Readable for a whole vector from any point on.
   const float* x() const { return xs.data(); }
   const float* y() const { return ys.data(); }
 
-  // The same line in image coordinates.
+  // The slope of a scaled line in image coordinates, and back.
   double slopeOf(const TScaledLine& line) const { return static_cast<double>(line.slope) / scaleX; }
-  double interceptOf(const TScaledLine& line) const;
+  float perScale() const { return static_cast<float>(1.0 / scaleX); }
+  float scaleSlope(double slope) const { return static_cast<float>(slope * scaleX); }
+
+  // Where the line, turned to this slope about the centre of the points, meets column 0 of the image.
+  double interceptOf(const TScaledLine& line, double slope) const {
+    return centreY + static_cast<double>(line.intercept) - slope * centreX;
+  }
 
   // Every n-th point so that at most maxCount remain, in the same scale.
   TFitPoints subsample(int maxCount) const;
 
 private:
-  void append(float x, float y);
-  void pad();
+  void resize(int count);
 
   std::vector<float> xs;
   std::vector<float> ys;

@@ -1,60 +1,55 @@
 #include "support/line_fit.h"
 
-#include "support/arc_tangent.h"
 #include "support/consensus.h"
 #include "support/fit_points.h"
+#include "support/slope_interval.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 namespace zelFit {
 
 namespace {
 
-constexpr int kRobustSample = 32;   // points, all pairs of which start the robust fit
-constexpr int kRansacSample = 24;   // the same of the consensus fit
-constexpr int kMaxScored = 101;     // points that score a pair
-constexpr int kReweightSteps = 8;
-constexpr double kFirstCutOff = 4.0;  // cut-off of the first weights, in scales
-constexpr double kLastCutOff = 2.0;   // and of the last ones
-constexpr double kMinNearShare = 0.1;  // of the points within one scale: below it there is no consensus
-constexpr double kLargestTolPx = 1e9;
+constexpr int kRobustSample = 44;     // points, all pairs of which start the robust fit
+constexpr int kConsensusSample = 32;  // the same of the consensus fit
+constexpr int kMaxScored = 101;       // points that rate a pair of the consensus fit
+constexpr int kReweightSteps = 5;
+constexpr double kFirstCutOff = 2.5;   // cut-off of the first weights of the robust fit, in scales
+constexpr double kLastCutOff = 1.2;    // and of the last ones
+constexpr double kMinNearShare = 0.1;  // of the points nearer than the scale: below it there is no consensus
+constexpr int kMinNear = 3;            // the same as a count, where there are that many points
+constexpr double kSmallestTolPx = 0.01;
+constexpr double kLargestTolPx = 1e6;
 
-bool isUsableTolerance(double tolPx) { return tolPx > 0.0; }
-
-TLineFitResult resultOf(const TFitPoints& points, const TScaledLine& line) {
-  return {points.slopeOf(line), points.interceptOf(line), true};
+// Nothing where the tolerance is not a positive number.
+std::optional<double> usableTolerance(double tolPx) {
+  if (!(tolPx > 0.0)) return std::nullopt;
+  return std::clamp(tolPx, kSmallestTolPx, kLargestTolPx);
 }
 
-// Degrees around the centre, taken modulo 180.
-struct TAngleInterval {
-  double centreDeg;
-  double halfRangeDeg;
+TLineFitResult resultOf(const TFitPoints& points, const TScaledLine& line, const TSlopeInterval& interval) {
+  const double slope = interval.clamp(points.slopeOf(line));
+  return {slope, points.interceptOf(line, slope), true};
+}
 
-  bool contains(double slope) const {
-    return std::abs(std::remainder(weld::slopeToDeg(slope) - centreDeg, 180.0)) <= halfRangeDeg;
-  }
-};
+bool isConsensus(const TSupport& support, int pointCount) {
+  return support.count >= std::min(kMinNear, pointCount) && support.count >= kMinNearShare * pointCount;
+}
+
+// Upright, and so narrow that the scale hides its slope.
+bool isVertical(const TSupport& support, double scalePx) {
+  return support.rows > support.columns && support.columns <= 2.0 * scalePx;
+}
 
 // Shrinks the cut-off from step to step, so that the start may be rough and the end still ignores the other flank.
-TScaledLine reweight(const TFitPoints& points, TScaledLine line, double scalePx) {
+TScaledLine reweight(const TFitPoints& points, TScaledLine line, double firstCutOffPx, double lastCutOffPx,
+                     const TSlopeInterval& interval) {
   for (int step = 0; step < kReweightSteps; ++step) {
     const double progress = static_cast<double>(step) / (kReweightSteps - 1);
-    const double cutOff = kFirstCutOff + progress * (kLastCutOff - kFirstCutOff);
-    const std::optional<TScaledLine> next = reweightLine(points, line, cutOff * scalePx);
+    const double cutOffPx = firstCutOffPx + progress * (lastCutOffPx - firstCutOffPx);
+    const std::optional<TScaledLine> next = reweightLine(points, line, cutOffPx, interval);
     if (!next) return line;
-    line = *next;
-  }
-  return line;
-}
-
-// Keeps the last line inside the interval.
-TScaledLine reweightInside(const TFitPoints& points, TScaledLine line, double tolPx,
-                           const TAngleInterval& interval) {
-  for (int step = 0; step < kReweightSteps; ++step) {
-    const std::optional<TScaledLine> next = reweightLine(points, line, tolPx);
-    if (!next || !interval.contains(points.slopeOf(*next))) return line;
     line = *next;
   }
   return line;
@@ -62,36 +57,36 @@ TScaledLine reweightInside(const TFitPoints& points, TScaledLine line, double to
 
 }  // namespace
 
-bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& points, int /*method*/, double param) {
+bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& points, int /*method*/,
+                                               double scalePx) {
   fit = {};
-  if (!isUsableTolerance(param)) return false;
-  const double scalePx = std::min(param, kLargestTolPx);
+  const std::optional<double> scale = usableTolerance(scalePx);
   const std::optional<TFitPoints> scaled = TFitPoints::from(points);
-  if (!scaled) return false;
+  if (!scale || !scaled) return false;
+  const TSlopeInterval any = TSlopeInterval::all();
   const TFitPoints sample = scaled->subsample(kRobustSample);
-  const std::optional<TScaledLine> start =
-      findConsensusLine(sample, sample, kRobustSample, scalePx, [](double) { return true; });
+  const std::optional<TScaledLine> start = findConsensusLine(sample, sample, *scale, any);
   if (!start) return false;
-  const TScaledLine line = reweight(*scaled, *start, scalePx);
-  if (nearShare(*scaled, line, scalePx) < kMinNearShare) return false;
-  fit = resultOf(*scaled, line);
+  const TScaledLine line = reweight(*scaled, *start, kFirstCutOff * *scale, kLastCutOff * *scale, any);
+  const TSupport support = measureSupport(*scaled, line, *scale);
+  if (!isConsensus(support, scaled->count()) || isVertical(support, *scale)) return false;
+  fit = resultOf(*scaled, line, any);
   return true;
 }
 
-bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentre,
-                                               double distTolerance, double /*factor*/, double angleHalfRange,
+bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,
+                                               double distTolerancePx, double /*factor*/, double angleHalfRangeDeg,
                                                bool /*flag*/) {
   fit = {};
-  if (!isUsableTolerance(distTolerance)) return false;
-  const double tolPx = std::min(distTolerance, kLargestTolPx);
-  const TAngleInterval interval{angleCentre, angleHalfRange};
+  const std::optional<double> tol = usableTolerance(distTolerancePx);
+  const std::optional<TSlopeInterval> interval = TSlopeInterval::around(angleCentreDeg, angleHalfRangeDeg);
   const std::optional<TFitPoints> scaled = TFitPoints::from(points);
-  if (!scaled) return false;
+  if (!tol || !interval || !scaled) return false;
+  const TFitPoints sample = scaled->subsample(kConsensusSample);
   const std::optional<TScaledLine> start =
-      findConsensusLine(*scaled, scaled->subsample(kMaxScored), kRansacSample, tolPx,
-                        [&](double slope) { return interval.contains(slope); });
+      findConsensusLine(sample, scaled->subsample(kMaxScored), *tol, *interval);
   if (!start) return false;
-  fit = resultOf(*scaled, reweightInside(*scaled, *start, tolPx, interval));
+  fit = resultOf(*scaled, reweight(*scaled, *start, *tol, *tol, *interval), *interval);
   return true;
 }
 

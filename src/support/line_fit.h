@@ -13,16 +13,34 @@ struct TLineFitResult {
   bool success = false;
 };
 
-// Deterministic: same points, same bits, on every processor. No random generator, no shared state.
+// Straight lines y = slope * x + intercept. Deterministic: same points in the same order, same bits, on every
+// processor. No random generator, no shared state. Points more than 65536 px from the origin are left out.
+//
+// Each operation returns whether it succeeded; without success the result is all zero.
 class TLineFitFactory {
 public:
-  // Robust fit; must hold against a second stripe flank. `method` 4 is the only one that callers use.
-  // param: scale of the residuals, px, > 0.
-  bool createFitType_robustLine(const std::vector<cv::Point>& points, int method, double param);
+  // The line of the flank that holds most points; a second flank with up to 40 % of the points does not bend it.
+  // The best line through two points of a subsample is refined by Tukey's reweighted least squares on all points.
+  //
+  // method: every value means this fit.
+  // scalePx: distance of a point that no longer belongs to the line, > 0; taken as 0.01 to 1e6.
+  // No success: scale not above 0; fewer than two points, or all in one column; no consensus, that is, less than a
+  // tenth of the points, or fewer than three where there are three, nearer to the line than the scale; a vertical
+  // set, that is, those near points span more rows than columns and no more columns than two scales.
+  bool createFitType_robustLine(const std::vector<cv::Point>& points, int method, double scalePx);
 
-  // Consensus fit whose angle (degrees of atan(slope)) lies in angleCentre +- angleHalfRange, taken modulo 180.
-  bool createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentre, double distTolerance,
-                                double factor, double angleHalfRange, bool flag);
+  // The line that explains most points among those whose angle, degrees of atan(slope), lies in
+  // angleCentreDeg +- angleHalfRangeDeg modulo 180, borders included; the line returned always lies inside. Angles
+  // turn with y pointing down. Meant for about 100 points; of more, 101 evenly chosen ones find the line, all
+  // refine it.
+  //
+  // distTolerancePx: distance of a point that no longer counts, > 0; taken as 0.01 to 1e6.
+  // factor, flag: without influence.
+  // No success: tolerance not above 0; half range negative; an angle that is not a number; fewer than two points,
+  // or all in one column; no two of 32 evenly chosen points whose line lies in the interval. How many points must
+  // lie on the line is for the caller to judge.
+  bool createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,
+                                double distTolerancePx, double factor, double angleHalfRangeDeg, bool flag);
 
   const TLineFitResult& result() const { return fit; }
 

@@ -16,8 +16,9 @@ class TPlug {
 public:
   void set(TFunction function) {
     const std::lock_guard<std::mutex> lock(guard);
-    current = std::move(function);
+    current.swap(function);
     isSet.store(static_cast<bool>(current), std::memory_order_release);
+    // The function set before is destroyed after the lock, so that its destructor may use the plug again.
   }
 
   // A copy: the call goes on with it even when another thread unplugs it meanwhile.
