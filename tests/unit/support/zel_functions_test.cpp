@@ -1,0 +1,97 @@
+#include "support/zel_functions.h"
+
+#include "zelFunctions.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace zel {
+namespace {
+
+// Leaves every plug empty for the next test.
+class Plugs : public testing::Test {
+protected:
+  void TearDown() override {
+    setDebugStringSink(nullptr);
+    setMessageSink(nullptr);
+    setParamBoolSource(nullptr);
+  }
+};
+
+TEST_F(Plugs, AreSilentAndFalseUntilSetAndAfterRemoval) {
+  std::vector<std::string> texts;
+  for (const bool isPlugged : {false, true, false}) {
+    texts.clear();
+    if (isPlugged) {
+      setDebugStringSink([&](const std::string& text) { texts.push_back("debug " + text); });
+      setMessageSink([&](const std::string& text, std::uint32_t colour) {
+        texts.push_back(text + " in " + std::to_string(colour));
+      });
+      setParamBoolSource([](const std::string& name) { return name == "on"; });
+    }
+    outPutDebugString("a");
+    APPshowMessage("b", 0xFF0000);
+    EXPECT_EQ(APPgetParamBool("on"), isPlugged);
+    EXPECT_FALSE(APPgetParamBool("off"));
+    const std::vector<std::string> received{"debug a", "b in 16711680"};
+    EXPECT_EQ(texts, isPlugged ? received : std::vector<std::string>{});
+    TearDown();
+  }
+}
+
+TEST_F(Plugs, CallUnderWayFinishesWithWhatWasSet) {
+  const auto owned = std::make_shared<std::string>("first");
+  std::string received;
+  setDebugStringSink([owned, &received](const std::string& text) {
+    setDebugStringSink([&](const std::string&) { received = "second"; });
+    received = *owned + text;
+  });
+  outPutDebugString("!");
+  EXPECT_EQ(received, "first!");
+  EXPECT_EQ(owned.use_count(), 1) << "the function set before is gone";
+  outPutDebugString("!");
+  EXPECT_EQ(received, "second");
+}
+
+TEST_F(Plugs, MayBeSetWhileOtherThreadsCall) {
+  constexpr int kChanges = 2000;
+  std::atomic<bool> isDone{false};
+  std::atomic<int> calls{0};
+  std::atomic<int> tornCalls{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([&] {
+      while (!isDone) APPgetParamBool("switch");
+    });
+  }
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([&] {
+      for (int change = 0; change < kChanges; ++change) {
+        const auto alive = std::make_shared<std::string>(40, 'x');
+        setParamBoolSource([&, alive](const std::string& name) {
+          ++calls;
+          if (*alive != std::string(40, 'x') || name != "switch") ++tornCalls;
+          return true;
+        });
+        if (change % 3 == 0) setParamBoolSource(nullptr);
+      }
+    });
+  }
+  threads[2].join();
+  threads[3].join();
+  setParamBoolSource([&](const std::string&) { return ++calls > 0; });
+  while (calls == 0) std::this_thread::yield();
+  isDone = true;
+  threads[0].join();
+  threads[1].join();
+  EXPECT_EQ(tornCalls, 0);
+  EXPECT_TRUE(APPgetParamBool("switch")) << "what was set last holds";
+}
+
+}  // namespace
+}  // namespace zel
