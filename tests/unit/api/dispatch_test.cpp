@@ -1,3 +1,4 @@
+#include "support/detector_types.h"
 #include "support/painted_frame.h"
 #include "zelWeldDetect.h"
 
@@ -10,27 +11,8 @@
 
 namespace {
 
-constexpr TWeldType kDetectorTypes[] = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                                        TWeldType::stripePresence};
-
-TWeldParams paramsFor(TWeldType type) {
-  TWeldParams params;
-  initWeldParameters(type, params, TWeldPosType::centre);
-  return params;
-}
-
-cv::Mat frameFor(TWeldType type) {
-  switch (type) {
-    case TWeldType::lap:
-      return painted::lapFrame();
-    case TWeldType::corner:
-      return painted::cornerFrame();
-    case TWeldType::plate:
-      return painted::plateFrame();
-    default:
-      return painted::gapFrame();
-  }
-}
+using detector_types::frameFor;
+using detector_types::paramsFor;
 
 TWeldLineRes previousWithStripe() {
   TWeldLineRes prevRes;
@@ -57,7 +39,7 @@ void expectSameResult(const TWeldLineRes& a, const TWeldLineRes& b) {
 }
 
 TEST(Dispatch, everyDetectorTypeFindsItsJoint) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     TWeldParams params = paramsFor(type);
     TWeldLineRes prevRes;
     prevRes.stripePts.assign(500, cv::Point2f());  // presence compares with a number of points
@@ -78,7 +60,7 @@ TEST(Dispatch, typesWithoutDetectorGiveTheEmptyResult) {
 }
 
 TEST(Dispatch, colourImagesGiveTheResultOfTheirGreyConversion) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     const cv::Mat grey = frameFor(type);
     const cv::Mat weak = grey * 0.7;
     cv::Mat bgr;
@@ -96,7 +78,7 @@ TEST(Dispatch, colourImagesGiveTheResultOfTheirGreyConversion) {
 }
 
 TEST(Dispatch, callerKeepsItsImageAndParameters) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     cv::Mat image;
     cv::cvtColor(frameFor(type), image, cv::COLOR_GRAY2BGR);
     const cv::Mat before = image.clone();
@@ -128,7 +110,7 @@ TEST(Dispatch, imagesThatNoDetectorReadsRaiseAnException) {
                             cv::Mat(480, 640, CV_8SC1, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC1, cv::Scalar(9)),
                             cv::Mat(3, sizes, CV_8UC3, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC4, cv::Scalar(9))};
   for (const cv::Mat& image : images) {
-    for (const TWeldType type : kDetectorTypes) {
+    for (const TWeldType type : detector_types::kAll) {
       for (const bool isTracking : {false, true}) {
         for (const bool flag : {false, true}) {
           TWeldParams params = paramsFor(type);

@@ -1,5 +1,6 @@
 // Whatever the caller passes, the library neither crashes nor reads out of bounds nor reports nonsense. The
 // sanitizer build gives these tests their teeth.
+#include "support/detector_types.h"
 #include "support/painted_frame.h"
 #include "zelWeldDetect.h"
 
@@ -11,6 +12,9 @@
 #include <vector>
 
 namespace {
+
+using detector_types::frameFor;
+using detector_types::paramsFor;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
@@ -24,28 +28,6 @@ constexpr double kAbsurd[] = {std::numeric_limits<double>::quiet_NaN(),
                               1e-300};
 constexpr std::int32_t kAbsurdCounts[] = {std::numeric_limits<std::int32_t>::min(), -1, 0,
                                           std::numeric_limits<std::int32_t>::max()};
-constexpr TWeldType kDetectorTypes[] = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                                        TWeldType::stripePresence};
-
-cv::Mat frameFor(TWeldType type) {
-  switch (type) {
-    case TWeldType::lap:
-      return painted::lapFrame();
-    case TWeldType::corner:
-      return painted::cornerFrame();
-    case TWeldType::plate:
-      return painted::plateFrame();
-    default:
-      return painted::gapFrame();
-  }
-}
-
-TWeldParams paramsFor(TWeldType type) {
-  TWeldParams params;
-  initWeldParameters(type, params, TWeldPosType::centre);
-  return params;
-}
-
 void expectSane(const TWeldLineRes& result, cv::Size size) {
   EXPECT_TRUE(std::isfinite(result.weldPos.x) && std::isfinite(result.weldPos.y));
   if (!result.isFound) {
@@ -76,7 +58,7 @@ std::vector<std::vector<cv::Point2f>> garbageStripes() {
 }
 
 TEST(Robustness, garbageInThePreviousResultIsHarmless) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     const cv::Mat image = frameFor(type);
     for (const std::vector<cv::Point2f>& stripe : garbageStripes()) {
       for (const double value : {0.0, 0.5, static_cast<double>(kNaN), -1e300}) {
@@ -127,7 +109,7 @@ std::vector<TWeldParams> absurdVariants(TWeldType type) {
 }
 
 TEST(Robustness, absurdParametersAreHarmless) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     const cv::Mat image = frameFor(type);
     TWeldParams usual = paramsFor(type);
     const TWeldLineRes first = detectWeldLineViaTracking(image, usual, {});
@@ -140,7 +122,7 @@ TEST(Robustness, absurdParametersAreHarmless) {
 
 TEST(Robustness, tinyAndFullImagesAreHarmless) {
   const cv::Size sizes[] = {{1, 1}, {1, 480}, {640, 1}, {5, 5}, {10, 11}, {40, 12}, {12, 40}};
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     for (const cv::Size& size : sizes) {
       for (const int grey : {0, 128, 255}) {
         TWeldParams params = paramsFor(type);
@@ -157,7 +139,7 @@ TEST(Robustness, tinyAndFullImagesAreHarmless) {
 }
 
 TEST(Robustness, imagesThatAreViewsOfLargerOnesGiveTheSameResult) {
-  for (const TWeldType type : kDetectorTypes) {
+  for (const TWeldType type : detector_types::kAll) {
     const cv::Mat image = frameFor(type);
     cv::Mat larger(image.rows + 40, image.cols + 60, CV_8UC1, cv::Scalar(255));
     const cv::Mat view = larger(cv::Rect(30, 20, image.cols, image.rows));

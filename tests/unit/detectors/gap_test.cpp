@@ -73,6 +73,17 @@ TEST(DetectGapSeam, positionChoosesTheColumnButTheRowIsThatOfTheLeftEdge) {
   }
 }
 
+TEST(DetectGapSeam, seamInTheFirstColumnIsNotFound) {
+  cv::Mat image = painted::dark();
+  paintPiece(image, 0, 620, 240.0);
+  image.colRange(1, 41).setTo(0);
+  TWeldParams params;
+  params.weldPosType = TWeldPosType::left;
+  EXPECT_FALSE(detect(image, params).isFound);
+  params.weldPosType = TWeldPosType::right;
+  EXPECT_EQ(detect(image, params).weldPos.x, 41.0F);
+}
+
 TEST(DetectGapSeam, firstDetectionBoundsTheAngleAndTrackingDoesNot) {
   cv::Mat image = painted::dark();
   paintPiece(image, 20, 300, 100.0, 0.25);

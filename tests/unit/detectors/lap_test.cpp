@@ -232,12 +232,10 @@ TEST(ComputeLapSeam, lineIsRefittedNearTheEndOutsideTheMiddleBandOfTheEndRows) {
     lap.left = bentAtEnd(row.leftY);
     lap.right = bentAtStart(row.rightY);
     lap.right.endPt = row.rightEnd;
-    // Light that ends at the corner moves it there along the line.
-    for (const int y : {row.leftY > 0 ? static_cast<int>(row.leftY) : 0, static_cast<int>(row.expectedLeftY)}) {
-      lap.image(cv::Rect(20, y, 281, 1)).setTo(200);
-    }
-    for (const int y : {static_cast<int>(row.rightY), static_cast<int>(row.expectedRightY)}) {
-      lap.image(cv::Rect(310, y, 291, 1)).setTo(200);
+    // Light that ends at the corner, in the row of the piece and in that of its bent end.
+    for (const int bend : {0, 4}) {
+      lap.image(cv::Rect(20, static_cast<int>(row.leftY) + bend, 281, 1)).setTo(200);
+      lap.image(cv::Rect(310, static_cast<int>(row.rightY) + bend, 291, 1)).setTo(200);
     }
     lap.params.weldPosType = TWeldPosType::upper;
     EXPECT_NEAR(lap.seam().weldPos.y, row.expectedLeftY, 0.01) << row.name;
@@ -277,6 +275,18 @@ TEST(DetectLapSeam, findsTheStepFirstAndTracking) {
   const TWeldLineRes tracked = weld::detectLapSeam(object, image, first, cv::Mat());
   EXPECT_EQ(tracked.weldPos, first.weldPos);
   EXPECT_EQ(tracked.trackVal, 0.0);
+}
+
+TEST(DetectLapSeam, ofThreePiecesTheLeftOfTheTwoLongestIsTheLeftOne) {
+  cv::Mat image = painted::dark();
+  painted::paintPiece(image, 20, 60, 120.0);
+  painted::paintPiece(image, 64, 240, 200.0);
+  painted::paintPiece(image, 244, 620, 260.0);  // the longest, chosen first
+  weld::TDetectorObject object;
+  const TWeldLineRes result = weld::detectLapSeam(object, image, {}, cv::Mat());
+  ASSERT_TRUE(result.isFound);
+  EXPECT_NEAR(result.weldPos.x, 241.5, 2.0);
+  EXPECT_NEAR(result.weldPos.y, 230.0, 1.0);
 }
 
 TEST(DetectLapSeam, lostTrackIsNotSearchedAgainInTheSameFrame) {

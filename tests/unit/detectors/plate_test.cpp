@@ -1,6 +1,8 @@
 #include "detectors/plate.h"
 
+#include "detectors/piece_end.h"
 #include "geometry/piece_fit.h"
+#include "geometry/segmentation.h"
 #include "support/painted_frame.h"
 #include "zelFunctions.h"
 
@@ -150,6 +152,19 @@ TEST(DetectPlateSeam, angleAndLengthMustLieStrictlyInside) {
     row.change(params);
     EXPECT_EQ(detect(image, params).isFound, row.isFound) << row.name;
   }
+}
+
+TEST(DetectPlateSeam, lengthMustExceedTheMinimum) {
+  const TPoints stripe = painted::linePoints(10, 210, 240.0);
+  const std::vector<TStripePiece> pieces = weld::segmentStripe(stripe, weld::kPlateMergeLimits);
+  ASSERT_EQ(pieces.size(), 1U);
+  const double length = weld::pieceLength(pieces[0]);
+  const cv::Mat image = piecesAt({240});
+  TWeldParams params;
+  params.dPara6 = length;
+  EXPECT_FALSE(detect(image, params).isFound);
+  params.dPara6 = std::nextafter(length, 0.0);
+  EXPECT_TRUE(detect(image, params).isFound);
 }
 
 TEST(DetectPlateSeam, tracksWithinFortyRows) {

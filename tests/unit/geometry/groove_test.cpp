@@ -49,6 +49,12 @@ TEST(RefineGroovePos, findsWhereTheLightEndsOnEitherSide) {
   for (const auto& row : rows) EXPECT_EQ(refine(support, row.roughX, row.image), row.expected) << row.name;
 }
 
+TEST(RefineGroovePos, middleOfAnEvenSupportRunsToTheLast) {
+  const TPoints support = painted::linePoints(60, 140, static_cast<double>(kRow));
+  EXPECT_EQ(refine(support, 100.0F, litBetween(60, 139)).x, 60.0F);   // between points 39 and 40 of 80
+  EXPECT_EQ(refine(support, 101.0F, litBetween(60, 139)).x, 139.0F);  // between points 40 and 41
+}
+
 TEST(RefineGroovePos, positionBesideTheSupportTakesTheNearerEndAndOnATieTheLast) {
   TPoints leftwards;  // first point right of the last one
   TPoints there;      // and back: first and last point in one column
