@@ -30,29 +30,28 @@ namespace fs = std::filesystem;
 
 struct TJointRow {
   TJoint joint;
-  int restartEvery;  // frames after which the whole image is searched again; 0: only when the seam is lost
+  TWeldPosType pos;
 };
-// A tracked plate loses at least one stripe column on its left per frame and cannot win it back. The refined end
-// makes up for about 9 columns, so the caller has to restart it in time.
-constexpr int PLATE_RESTART = 4;
-const std::vector<TJointRow> JOINTS = {{TJoint::buttGap, 0},
-                                       {TJoint::lap, 0},
-                                       {TJoint::corner, 0},
-                                       {TJoint::plate, PLATE_RESTART},
-                                       {TJoint::plain, 0}};
+// A tracked plate loses at least one stripe column on its left per frame and cannot win it back: its right end is
+// the point to follow.
+const std::vector<TJointRow> kJoints = {{TJoint::buttGap, TWeldPosType::centre},
+                                        {TJoint::lap, TWeldPosType::centre},
+                                        {TJoint::corner, TWeldPosType::centre},
+                                        {TJoint::plate, TWeldPosType::right},
+                                        {TJoint::plain, TWeldPosType::centre}};
 
 struct TLevelRow {
   TLevel level;
   std::string name;
 };
-const std::vector<TLevelRow> LEVELS = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
+const std::vector<TLevelRow> kLevels = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
 
-constexpr int SEQUENCES = 4;              // per joint and level
-constexpr int FRAMES = 60;                // per sequence
-constexpr int ANNOTATE_EVERY = 30;        // frames
-constexpr float THUMBNAIL_SCALE = 0.25F;  // of a frame's side
-constexpr double MIN_FOUND_SHARE = 0.99;
-constexpr double MAX_MEDIAN_ERROR_PX = 1.0;
+constexpr int kSequences = 4;             // per joint and level
+constexpr int kFrames = 60;               // per sequence
+constexpr int kAnnotateEvery = 30;        // frames
+constexpr float kThumbnailScale = 0.25F;  // of a frame's side
+constexpr double kMinFoundShare = 0.99;
+constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
   std::string type;
@@ -70,9 +69,9 @@ scenes::TMotion motionOf(int sequence) {
 }
 
 // Distance to the true seam point. A stripe without a seam point: median distance of its centres to the true ones.
-double errorOf(TJoint joint, const scenes::TTruth& truth, const TOverlay& overlay) {
+double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TOverlay& overlay) {
   if (overlay.seam) {
-    return cv::norm(*overlay.seam - scenes::seamPoint(joint, truth, TWeldPosType::centre));
+    return cv::norm(*overlay.seam - scenes::seamPoint(jointRow.joint, truth, jointRow.pos));
   }
   std::vector<double> distances;
   for (const cv::Point2f& point : overlay.result.stripePts) {
@@ -95,8 +94,8 @@ void keepPicture(const cv::Mat& image, const TOverlay& overlay, const fs::path& 
   const std::string title = row.type + " " + row.level;
   tool::writeImage(path, annotated(image, overlay, title));
   cv::Mat small;
-  cv::resize(image, small, cv::Size(), THUMBNAIL_SCALE, THUMBNAIL_SCALE, cv::INTER_AREA);
-  row.thumbnails.push_back(annotated(small, tool::scaled(overlay, THUMBNAIL_SCALE), title));
+  cv::resize(image, small, cv::Size(), kThumbnailScale, kThumbnailScale, cv::INTER_AREA);
+  row.thumbnails.push_back(annotated(small, tool::scaled(overlay, kThumbnailScale), title));
 }
 
 std::string pictureName(const TRow& row, int sequence, int frame) {
@@ -106,12 +105,9 @@ std::string pictureName(const TRow& row, int sequence, int frame) {
 void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& row, const fs::path& folder) {
   const TJoint joint = jointRow.joint;
   const scenes::TSceneParams first = scenes::randomScene(joint, level, static_cast<std::uint64_t>(sequence) + 1);
-  TWeldParams params = scenes::weldParamsFor(joint);
+  TWeldParams params = scenes::weldParamsFor(joint, jointRow.pos);
   TWeldLineRes previous;
-  for (int n = 0; n < FRAMES; ++n) {
-    if (jointRow.restartEvery > 0 && n % jointRow.restartEvery == 0) {
-      previous = TWeldLineRes();
-    }
+  for (int n = 0; n < kFrames; ++n) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
     const tool::TTimedResult timed = tool::detectTimed(scene.image, params, previous);
     TOverlay overlay = tool::overlayOf(params, previous, timed.result);
@@ -121,11 +117,11 @@ void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& ro
     }
     row.stats.add(timed.result.isFound, timed.ms);
     if (timed.result.isFound) {
-      row.errorsPx.push_back(errorOf(joint, scene.truth, overlay));
+      row.errorsPx.push_back(errorOf(jointRow, scene.truth, overlay));
     }
-    if (n % ANNOTATE_EVERY == ANNOTATE_EVERY - 1) {
+    if (n % kAnnotateEvery == kAnnotateEvery - 1) {
       if (overlay.seam) {
-        overlay.trueSeam = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
+        overlay.trueSeam = scenes::seamPoint(joint, scene.truth, jointRow.pos);
       }
       keepPicture(scene.image, overlay, folder / pictureName(row, sequence, n), row);
     }
@@ -133,7 +129,7 @@ void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& ro
 }
 
 bool isGood(const TRow& row) {
-  return row.stats.foundShare() >= MIN_FOUND_SHARE && tool::percentile(row.errorsPx, 0.5) <= MAX_MEDIAN_ERROR_PX;
+  return row.stats.foundShare() >= kMinFoundShare && tool::percentile(row.errorsPx, 0.5) <= kMaxMedianErrorPx;
 }
 
 void printHeading() {
@@ -169,16 +165,16 @@ cv::Mat contactSheet(const std::vector<TRow>& rows) {
 
 bool runDemo(const fs::path& folder) {
   tool::makeFolder(folder);
-  tool::TProgress progress(static_cast<int>(JOINTS.size() * LEVELS.size()) * SEQUENCES);
+  tool::TProgress progress(static_cast<int>(kJoints.size() * kLevels.size()) * kSequences);
   printHeading();
   std::vector<TRow> rows;
   int done = 0;
-  for (const TJointRow& joint : JOINTS) {
-    for (const TLevelRow& level : LEVELS) {
+  for (const TJointRow& joint : kJoints) {
+    for (const TLevelRow& level : kLevels) {
       TRow row;
       row.type = tool::nameOf(tool::detectorFor(joint.joint));
       row.level = level.name;
-      for (int sequence = 0; sequence < SEQUENCES; ++sequence) {
+      for (int sequence = 0; sequence < kSequences; ++sequence) {
         runSequence(joint, level.level, sequence, row, folder);
         progress.draw(++done);
       }
@@ -189,8 +185,7 @@ bool runDemo(const fs::path& folder) {
   }
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
   std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
-            << "The plate is searched anew every " << PLATE_RESTART
-            << "th frame, because tracking wears off its left end.\n"
+            << "The seam point of the plate is its right end; tracking wears off the left one.\n"
             << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it." << std::endl;
   return std::all_of(rows.begin(), rows.end(), isGood);
 }

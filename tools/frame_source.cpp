@@ -11,14 +11,14 @@ namespace {
 
 // Container headers give the number of frames, or an estimate from length and rate that may be off by this
 // share; a video that ends earlier than that is cut off.
-constexpr double FRAME_COUNT_SLACK = 0.05;
+constexpr double kFrameCountSlack = 0.05;
 
 // Readers of files only: left to itself, OpenCV also looks for cameras when a file is no video.
-constexpr cv::VideoCaptureAPIs VIDEO_READERS[] = {cv::CAP_FFMPEG, cv::CAP_OPENCV_MJPEG};
+constexpr cv::VideoCaptureAPIs kVideoReaders[] = {cv::CAP_FFMPEG, cv::CAP_OPENCV_MJPEG};
 
 void openVideo(cv::VideoCapture& video, const std::filesystem::path& path) {
   const TDecoderSilence silence;
-  for (const cv::VideoCaptureAPIs reader : VIDEO_READERS) {
+  for (const cv::VideoCaptureAPIs reader : kVideoReaders) {
     try {
       if (video.open(path.string(), reader)) {
         return;
@@ -32,7 +32,7 @@ void openVideo(cv::VideoCapture& video, const std::filesystem::path& path) {
 
 bool endsEarly(const cv::VideoCapture& video, int framesRead) {
   const double declared = video.get(cv::CAP_PROP_FRAME_COUNT);
-  return framesRead == 0 || framesRead + std::max(1.0, declared * FRAME_COUNT_SLACK) < declared;
+  return framesRead == 0 || framesRead + std::max(1.0, declared * kFrameCountSlack) < declared;
 }
 
 }  // namespace

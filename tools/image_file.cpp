@@ -19,9 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::vector<std::string> IMAGE_ENDINGS = {".png",  ".jpg", ".jpeg", ".bmp", ".tif",
+const std::vector<std::string> kImageEndings = {".png",  ".jpg", ".jpeg", ".bmp", ".tif",
                                                 ".tiff", ".pgm", ".ppm",  ".pnm", ".webp"};
-const std::vector<std::string> VIDEO_ENDINGS = {".avi",  ".mp4", ".mkv", ".mov", ".m4v",
+const std::vector<std::string> kVideoEndings = {".avi",  ".mp4", ".mkv", ".mov", ".m4v",
                                                 ".mpeg", ".mpg", ".wmv", ".webm"};
 
 bool endsWithOneOf(const fs::path& path, const std::vector<std::string>& endings) {
@@ -55,9 +55,9 @@ std::ptrdiff_t lastMarker(const TBytes& bytes, unsigned char code) {
 // end-of-image marker comes after the last start of scan.
 bool isCutOffJpeg(const TBytes& bytes) {
   const bool isJpeg = bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
-  constexpr unsigned char END_OF_IMAGE = 0xD9;
-  constexpr unsigned char START_OF_SCAN = 0xDA;
-  return isJpeg && lastMarker(bytes, END_OF_IMAGE) < lastMarker(bytes, START_OF_SCAN);
+  constexpr unsigned char kEndOfImage = 0xD9;
+  constexpr unsigned char kStartOfScan = 0xDA;
+  return isJpeg && lastMarker(bytes, kEndOfImage) < lastMarker(bytes, kStartOfScan);
 }
 
 cv::Mat decode(const TBytes& bytes) {
@@ -72,13 +72,13 @@ cv::Mat decode(const TBytes& bytes) {
 }  // namespace
 
 bool hasImageName(const fs::path& path) {
-  return endsWithOneOf(path, IMAGE_ENDINGS);
+  return endsWithOneOf(path, kImageEndings);
 }
 bool hasVideoName(const fs::path& path) {
-  return endsWithOneOf(path, VIDEO_ENDINGS);
+  return endsWithOneOf(path, kVideoEndings);
 }
 std::string imageEndings() {
-  return join(IMAGE_ENDINGS, " ");
+  return join(kImageEndings, " ");
 }
 
 cv::Mat readImage(const fs::path& path) {

@@ -40,9 +40,9 @@ cv::Mat turn(const cv::Mat& image, int rotationDeg) {
   return turned;
 }
 
-constexpr int BLUE = 0;
-constexpr int GREEN = 1;
-constexpr int RED = 2;
+constexpr int kBlue = 0;
+constexpr int kGreen = 1;
+constexpr int kRed = 2;
 
 // Red minus the mean of green and blue: the stripe of a red laser in daylight.
 cv::Mat redExcess(const cv::Mat& image) {
@@ -65,13 +65,13 @@ cv::Mat chooseChannel(const cv::Mat& image, TChannel channel, const std::string&
       cv::cvtColor(image, chosen, cv::COLOR_BGR2GRAY);
       break;
     case TChannel::red:
-      cv::extractChannel(image, chosen, RED);
+      cv::extractChannel(image, chosen, kRed);
       break;
     case TChannel::green:
-      cv::extractChannel(image, chosen, GREEN);
+      cv::extractChannel(image, chosen, kGreen);
       break;
     case TChannel::blue:
-      cv::extractChannel(image, chosen, BLUE);
+      cv::extractChannel(image, chosen, kBlue);
       break;
     case TChannel::redExcess:
       chosen = redExcess(image);
@@ -99,11 +99,11 @@ int parseRotation(const std::string& text) {
 }
 
 cv::Rect parseRegion(const std::string& text) {
-  constexpr double MAX_PX = 1e6;
+  constexpr double kMaxPx = 1e6;
   const std::vector<double> values = parseNumbers(text, ',', 4);
   bool isRegion = !values.empty() && values[2] >= 1.0 && values[3] >= 1.0;
   for (const double value : values) {
-    isRegion = isRegion && value == std::trunc(value) && value >= 0.0 && value <= MAX_PX;
+    isRegion = isRegion && value == std::trunc(value) && value >= 0.0 && value <= kMaxPx;
   }
   if (!isRegion) {
     throw usageError("--roi: '" + text +

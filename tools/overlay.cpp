@@ -8,22 +8,22 @@
 namespace tool {
 namespace {
 
-const cv::Scalar STRIPE_COLOUR(90, 230, 60);
-const cv::Scalar BAND_COLOUR(220, 140, 30);
-const cv::Scalar SEAM_COLOUR(80, 60, 255);
-const cv::Scalar TRUTH_COLOUR(0, 215, 255);
-const cv::Scalar FOUND_COLOUR(110, 240, 110);
-const cv::Scalar LOST_COLOUR(90, 90, 255);
-const cv::Scalar TEXT_COLOUR(255, 255, 255);
-const cv::Scalar BLACK(0, 0, 0);
+const cv::Scalar kStripeColour(90, 230, 60);
+const cv::Scalar kBandColour(220, 140, 30);
+const cv::Scalar kSeamColour(80, 60, 255);
+const cv::Scalar kTruthColour(0, 215, 255);
+const cv::Scalar kFoundColour(110, 240, 110);
+const cv::Scalar kLostColour(90, 90, 255);
+const cv::Scalar kTextColour(255, 255, 255);
+const cv::Scalar kBlack(0, 0, 0);
 
-constexpr double BAND_OPACITY = 0.25;
-constexpr double LABEL_OPACITY = 0.65;
-constexpr float MAX_LINK_PX = 3.0F;  // stripe centres farther apart are not joined by a line
-constexpr int SUBPIXEL_BITS = 4;     // drawing accuracy: 1/16 px
-constexpr float SEARCH_BAND_PX = 60.0F;
-constexpr float PLATE_SEARCH_BAND_PX = 40.0F;
-constexpr std::size_t MIN_GUIDE_POINTS = 10;  // with fewer the detectors search the whole image
+constexpr double kBandOpacity = 0.25;
+constexpr double kLabelOpacity = 0.65;
+constexpr float kMaxLinkPx = 3.0F;  // stripe centres farther apart are not joined by a line
+constexpr int kSubpixelBits = 4;     // drawing accuracy: 1/16 px
+constexpr float kSearchBandPx = 60.0F;
+constexpr float kPlateSearchBandPx = 40.0F;
+constexpr std::size_t kMinGuidePoints = 10;  // with fewer the detectors search the whole image
 
 // Line widths and text grow with the image, so that a large frame stays readable when shown small.
 double drawingScale(const cv::Mat& image) {
@@ -34,10 +34,10 @@ int lineWidth(const cv::Mat& image, double px) {
 }
 
 cv::Point fine(cv::Point2d point) {
-  constexpr double LIMIT = 1e5;  // keeps absurd points inside the integer range
-  constexpr double STEPS = 1 << SUBPIXEL_BITS;
-  return {static_cast<int>(std::lround(std::clamp(point.x, -LIMIT, LIMIT) * STEPS)),
-          static_cast<int>(std::lround(std::clamp(point.y, -LIMIT, LIMIT) * STEPS))};
+  constexpr double kLimit = 1e5;  // keeps absurd points inside the integer range
+  constexpr double kSteps = 1 << kSubpixelBits;
+  return {static_cast<int>(std::lround(std::clamp(point.x, -kLimit, kLimit) * kSteps)),
+          static_cast<int>(std::lround(std::clamp(point.y, -kLimit, kLimit) * kSteps))};
 }
 
 cv::Mat toColour(const cv::Mat& image) {
@@ -63,36 +63,36 @@ void drawBand(cv::Mat& image, const std::vector<cv::Point2f>& guide, float halfH
   std::vector<cv::Point> outline = upper;
   outline.insert(outline.end(), lower.rbegin(), lower.rend());
   cv::Mat tinted = image.clone();
-  cv::fillPoly(tinted, std::vector<std::vector<cv::Point>>{outline}, BAND_COLOUR);
-  cv::addWeighted(tinted, BAND_OPACITY, image, 1.0 - BAND_OPACITY, 0.0, image);
-  cv::polylines(image, std::vector<std::vector<cv::Point>>{upper, lower}, false, BAND_COLOUR,
+  cv::fillPoly(tinted, std::vector<std::vector<cv::Point>>{outline}, kBandColour);
+  cv::addWeighted(tinted, kBandOpacity, image, 1.0 - kBandOpacity, 0.0, image);
+  cv::polylines(image, std::vector<std::vector<cv::Point>>{upper, lower}, false, kBandColour,
                 lineWidth(image, 1.0), cv::LINE_AA);
 }
 
 void drawStripe(cv::Mat& image, const std::vector<cv::Point2f>& points) {
   const int width = lineWidth(image, 1.5);
   for (std::size_t i = 0; i < points.size(); ++i) {
-    const bool isLinked = i > 0 && std::abs(points[i].x - points[i - 1].x) <= MAX_LINK_PX &&
-                          std::abs(points[i].y - points[i - 1].y) <= 2.0F * MAX_LINK_PX;
+    const bool isLinked = i > 0 && std::abs(points[i].x - points[i - 1].x) <= kMaxLinkPx &&
+                          std::abs(points[i].y - points[i - 1].y) <= 2.0F * kMaxLinkPx;
     const cv::Point2f from = isLinked ? points[i - 1] : points[i];
-    cv::line(image, fine(from), fine(points[i]), STRIPE_COLOUR, width, cv::LINE_AA, SUBPIXEL_BITS);
+    cv::line(image, fine(from), fine(points[i]), kStripeColour, width, cv::LINE_AA, kSubpixelBits);
   }
 }
 
 void drawCross(cv::Mat& image, cv::Point2d centre) {
   const double arm = 26.0 * drawingScale(image);
   const double hole = 9.0 * drawingScale(image);
-  for (const auto& [colour, px] : {std::pair(BLACK, 5.0), std::pair(SEAM_COLOUR, 2.5)}) {
+  for (const auto& [colour, px] : {std::pair(kBlack, 5.0), std::pair(kSeamColour, 2.5)}) {
     for (const cv::Point2d& way : {cv::Point2d(1, 0), cv::Point2d(-1, 0), cv::Point2d(0, 1), cv::Point2d(0, -1)}) {
       cv::line(image, fine(centre + way * hole), fine(centre + way * arm), colour, lineWidth(image, px),
-               cv::LINE_AA, SUBPIXEL_BITS);
+               cv::LINE_AA, kSubpixelBits);
     }
   }
 }
 
 void drawRing(cv::Mat& image, cv::Point2d centre) {
-  const int radius = static_cast<int>(std::lround(12.0 * drawingScale(image) * (1 << SUBPIXEL_BITS)));
-  cv::circle(image, fine(centre), radius, TRUTH_COLOUR, lineWidth(image, 1.5), cv::LINE_AA, SUBPIXEL_BITS);
+  const int radius = static_cast<int>(std::lround(12.0 * drawingScale(image) * (1 << kSubpixelBits)));
+  cv::circle(image, fine(centre), radius, kTruthColour, lineWidth(image, 1.5), cv::LINE_AA, kSubpixelBits);
 }
 
 }  // namespace
@@ -107,8 +107,8 @@ TOverlay overlayOf(const TWeldParams& params, const TWeldLineRes& previous, cons
   TOverlay overlay;
   overlay.result = result;
   overlay.seam = seamOf(params, result);
-  overlay.searchBandPx = params.weldType == TWeldType::plate ? PLATE_SEARCH_BAND_PX : SEARCH_BAND_PX;
-  if (mayTrack && previous.isFound && previous.stripePts.size() >= MIN_GUIDE_POINTS) {
+  overlay.searchBandPx = params.weldType == TWeldType::plate ? kPlateSearchBandPx : kSearchBandPx;
+  if (mayTrack && previous.isFound && previous.stripePts.size() >= kMinGuidePoints) {
     overlay.guidePts = previous.stripePts;
   }
   return overlay;
@@ -140,11 +140,11 @@ void drawLabel(cv::Mat& image, const std::vector<std::string>& lines, bool isFou
   const int height = lineHeight * static_cast<int>(lines.size());
   const cv::Rect box =
       cv::Rect(0, 0, width + 2 * margin, height + margin) & cv::Rect(cv::Point(0, 0), image.size());
-  image(box) *= 1.0 - LABEL_OPACITY;
+  image(box) *= 1.0 - kLabelOpacity;
   cv::Point base(margin, lineHeight - margin / 4);
   for (const std::string& line : lines) {
     const bool isFirst = &line == &lines.front();
-    const cv::Scalar colour = !isFirst ? TEXT_COLOUR : (isFound ? FOUND_COLOUR : LOST_COLOUR);
+    const cv::Scalar colour = !isFirst ? kTextColour : (isFound ? kFoundColour : kLostColour);
     cv::putText(image, line, base, cv::FONT_HERSHEY_SIMPLEX, textScale, colour, thickness, cv::LINE_AA);
     base.y += lineHeight;
   }

@@ -15,8 +15,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-const std::string TYPE_KEY = "weldType";
-const std::string POSITION_KEY = "weldPosType";
+const std::string kTypeKey = "weldType";
+const std::string kPositionKey = "weldPosType";
 
 std::string readText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -53,7 +53,7 @@ std::string nameIn(const ordered_json& record, const std::string& key) {
 
 void applyFile(TWeldParams& params, const ordered_json& record) {
   for (const auto& [key, value] : record.items()) {
-    if (key != TYPE_KEY && key != POSITION_KEY) {
+    if (key != kTypeKey && key != kPositionKey) {
       setParam(params, findParam(params.weldType, key), value);
     }
   }
@@ -88,17 +88,17 @@ auto namingOrigin(const std::string& origin, TStep step) -> decltype(step()) {
 
 TWeldType chooseType(const TParamSource& source, const ordered_json& record) {
   const bool isOption = !source.type.empty();
-  const std::string text = isOption ? source.type : nameIn(record, TYPE_KEY);
+  const std::string text = isOption ? source.type : nameIn(record, kTypeKey);
   if (text.empty()) {
     throw usageError("the joint is not given: use --type with one of " + detectorTypeNames() +
-                     ", or --params with a file that holds " + TYPE_KEY);
+                     ", or --params with a file that holds " + kTypeKey);
   }
   return namingOrigin(isOption ? "--type" : source.file, [&] { return parseDetectorType(text); });
 }
 
 TWeldPosType choosePosition(const TParamSource& source, const ordered_json& record) {
   const bool isOption = !source.position.empty();
-  const std::string text = isOption ? source.position : nameIn(record, POSITION_KEY);
+  const std::string text = isOption ? source.position : nameIn(record, kPositionKey);
   if (text.empty()) {
     return TWeldPosType::centre;
   }
@@ -120,8 +120,8 @@ TWeldParams loadParams(const TParamSource& source) {
 
 ordered_json paramsToJson(const TWeldParams& params) {
   ordered_json record;
-  record[TYPE_KEY] = nameOf(params.weldType);
-  record[POSITION_KEY] = nameOf(params.weldPosType);
+  record[kTypeKey] = nameOf(params.weldType);
+  record[kPositionKey] = nameOf(params.weldPosType);
   for (const TParamSpec& spec : paramsOf(params.weldType)) {
     record[spec.name] = getParam(params, spec);
   }

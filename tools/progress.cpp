@@ -9,11 +9,11 @@
 namespace tool {
 namespace {
 
-constexpr int BAR_WIDTH = 30;  // characters
+constexpr int kBarWidth = 30;  // characters
 
 std::string barOf(int done, int total) {
-  const int filled = total > 0 ? std::min(BAR_WIDTH, BAR_WIDTH * done / total) : 0;
-  return "[" + std::string(filled, '#') + std::string(BAR_WIDTH - filled, '.') + "] " + std::to_string(done) +
+  const int filled = total > 0 ? std::min(kBarWidth, kBarWidth * done / total) : 0;
+  return "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " + std::to_string(done) +
          "/" + std::to_string(total);
 }
 

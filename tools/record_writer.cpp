@@ -14,8 +14,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr int FILE_WIDTH = 32;  // characters of the file column of a table
-const char* const CSV_HEADING =
+constexpr int kFileWidth = 32;  // characters of the file column of a table
+const char* const kCsvHeading =
     "frame,file,found,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
 
 // A thousandth of a pixel or millisecond is enough; slopes keep six decimals.
@@ -29,7 +29,7 @@ double roundedAux(double value) {
 std::string tableHeading() {
   std::ostringstream line;
   line << std::right << std::setw(6) << "frame"
-       << "  " << std::left << std::setw(FILE_WIDTH) << "file" << std::right << std::setw(7) << "found"
+       << "  " << std::left << std::setw(kFileWidth) << "file" << std::right << std::setw(7) << "found"
        << std::setw(10) << "x" << std::setw(10) << "y" << std::setw(8) << "points" << std::setw(10) << "trackVal"
        << std::setw(9) << "ms";
   return line.str();
@@ -37,14 +37,14 @@ std::string tableHeading() {
 
 // The end of a long name says more than its beginning.
 std::string shortened(const std::string& file) {
-  return file.size() <= FILE_WIDTH ? file : "..." + file.substr(file.size() - FILE_WIDTH + 3);
+  return file.size() <= kFileWidth ? file : "..." + file.substr(file.size() - kFileWidth + 3);
 }
 
 std::string tableLine(const TFrameRecord& record) {
   const std::string x = record.seam ? fixed(record.seam->x, 2) : "-";
   const std::string y = record.seam ? fixed(record.seam->y, 2) : "-";
   std::ostringstream line;
-  line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(FILE_WIDTH)
+  line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(kFileWidth)
        << shortened(record.file) << std::right << std::setw(7) << (record.result.isFound ? "yes" : "no")
        << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.result.stripePts.size()
        << std::setw(10) << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
@@ -127,7 +127,7 @@ TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool wi
   if (format == TFormat::table) {
     writeLine(tableHeading());
   } else if (format == TFormat::csv) {
-    writeLine(CSV_HEADING);
+    writeLine(kCsvHeading);
   }
 }
 

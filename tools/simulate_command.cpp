@@ -19,8 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int MIN_SIZE_PX = 160;
-constexpr int MAX_SIZE_PX = 8192;
+constexpr int kMinSizePx = 160;
+constexpr int kMaxSizePx = 8192;
 
 // As typed.
 struct TOptions {
@@ -49,9 +49,9 @@ scenes::TLevel parseLevel(const std::string& text) {
 cv::Size parseSize(const std::string& text) {
   const std::vector<double> sides = parseNumbers(text, 'x', 2);
   for (const double side : sides) {
-    if (side != std::trunc(side) || side < MIN_SIZE_PX || side > MAX_SIZE_PX) {
-      throw usageError("--size: " + text + " is out of range; each side has " + std::to_string(MIN_SIZE_PX) +
-                       " to " + std::to_string(MAX_SIZE_PX) + " pixels");
+    if (side != std::trunc(side) || side < kMinSizePx || side > kMaxSizePx) {
+      throw usageError("--size: " + text + " is out of range; each side has " + std::to_string(kMinSizePx) +
+                       " to " + std::to_string(kMaxSizePx) + " pixels");
     }
   }
   if (sides.empty()) {
@@ -62,7 +62,7 @@ cv::Size parseSize(const std::string& text) {
 
 cv::Point2d parseShift(const std::string& option, const std::string& text) {
   const std::vector<double> shift = parseNumbers(text, ',', 2);
-  if (shift.empty() || std::abs(shift[0]) > MAX_SIZE_PX || std::abs(shift[1]) > MAX_SIZE_PX) {
+  if (shift.empty() || std::abs(shift[0]) > kMaxSizePx || std::abs(shift[1]) > kMaxSizePx) {
     throw usageError(option + ": '" + text + "' is no shift; write dx,dy in pixels, for example 0.5,-0.2");
   }
   return {shift[0], shift[1]};

@@ -11,13 +11,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::vector<TWeldType> TYPES = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
+const std::vector<TWeldType> kTypes = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
                                       TWeldType::stripePresence};
 
 }  // namespace
 
 TEST(ParamTable, DefaultsLieInsideTheLimitsAndBeyondThemIsRefused) {
-  for (const TWeldType type : TYPES) {
+  for (const TWeldType type : kTypes) {
     ASSERT_FALSE(tool::paramsOf(type).empty()) << tool::nameOf(type);
     for (const tool::TParamSpec& spec : tool::paramsOf(type)) {
       SCOPED_TRACE(tool::nameOf(type) + " " + spec.name);
@@ -38,7 +38,7 @@ TEST(ParamTable, DefaultsLieInsideTheLimitsAndBeyondThemIsRefused) {
 
 // Each name must lead to a field of its own: all parameters of a joint changed together come back changed.
 TEST_F(ZelweldTest, ParameterFilesComeBackWithEveryValue) {
-  for (const TWeldType type : TYPES) {
+  for (const TWeldType type : kTypes) {
     SCOPED_TRACE(tool::nameOf(type));
     TWeldParams params;
     initWeldParameters(type, params, TWeldPosType::upper);
@@ -62,7 +62,7 @@ TEST_F(ZelweldTest, ParameterFilesComeBackWithEveryValue) {
 
 TEST_F(ZelweldTest, PrintedJsonIsAcceptedByTrackForEveryJoint) {
   simulate("f", "--type gap --frames 1");
-  for (const TWeldType type : TYPES) {
+  for (const TWeldType type : kTypes) {
     const std::string name = tool::nameOf(type);
     const TRun printed = zelweldOk("params --type " + name + " --position left --format json");
     const auto record = nlohmann::json::parse(printed.out);

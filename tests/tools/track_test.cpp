@@ -11,8 +11,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double MAX_SEAM_ERROR_PX = 2.0;  // noisy frames, every one of them
-constexpr double MAX_STORED_ERROR_PX = 1.0;
+constexpr double kMaxSeamErrorPx = 2.0;  // noisy frames, every one of them
+constexpr double kMaxStoredErrorPx = 1.0;
 
 std::vector<cv::Point2d> trueSeams(const fs::path& truthFile) {
   std::vector<cv::Point2d> seams;
@@ -56,7 +56,7 @@ TEST_F(ZelweldTest, TrackingSimulatedFramesFindsTheTrueSeams) {
       ASSERT_TRUE(records[i]["found"]) << i;
       EXPECT_EQ(records[i]["frame"], i);
       const cv::Point2d found(records[i]["x"], records[i]["y"]);
-      EXPECT_LE(cv::norm(found - seams[i]), MAX_SEAM_ERROR_PX) << i;
+      EXPECT_LE(cv::norm(found - seams[i]), kMaxSeamErrorPx) << i;
     }
     EXPECT_NE(run.err.find("frames 8, found 8 (100.0 %), longest loss 0"), std::string::npos) << run.err;
   }
@@ -123,7 +123,7 @@ TEST_F(ZelweldTest, TurnedFramesGiveTheSeamInTheStoredImage) {
       const auto record = recordsOf(run.out).front();
       ASSERT_TRUE(record["found"]) << region;
       const cv::Point2d found(record["storedX"], record["storedY"]);
-      EXPECT_LE(cv::norm(found - cv::Point2d(truth.front())), MAX_STORED_ERROR_PX) << region;
+      EXPECT_LE(cv::norm(found - cv::Point2d(truth.front())), kMaxStoredErrorPx) << region;
     }
   }
 }
