@@ -1,11 +1,8 @@
 #include "support/line_math.h"
 
-#include "support/arc_tangent.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
 #include <limits>
 
 namespace weld {
@@ -58,23 +55,6 @@ TEST(LineMath, IntegersEndWhereThirtyTwoBitsEnd) {
 TEST(LineMath, DistanceIsPerpendicular) {
   EXPECT_EQ(pointLineDistance(0.75, 1.0, 0.0, 6.0), 4.0);
   EXPECT_EQ(pointLineDistance(0.0, -2.0, 1e6, 3.0), 5.0);
-}
-
-TEST(ArcTangent, AgreesWithTheCLibrary) {
-  for (double x = 1e-9; x < 1e12; x *= 1.07) {
-    for (const double signedX : {x, -x}) {
-      const double expected = std::atan(signedX);
-      EXPECT_NEAR(arcTangent(signedX), expected, 3e-16 * std::abs(expected)) << signedX;
-    }
-  }
-  EXPECT_EQ(arcTangent(kInfinity), std::atan(kInfinity));
-  EXPECT_TRUE(std::isnan(arcTangent(kNaN)));
-  const double coordinates[] = {-kInfinity, -3.0, -0.0, 0.0, 1e-300, 2.0};
-  for (const double y : coordinates) {
-    for (const double x : {-2.0, -0.5, 1e-300, 0.7, 4.0}) {
-      EXPECT_NEAR(arcTangent2(y, x), std::atan2(y, x), 1e-15) << y << ", " << x;
-    }
-  }
 }
 
 }  // namespace
