@@ -19,10 +19,11 @@ scenes                    include
 examples                  include
 tests/install             include
 tools                     include scenes
-tests/scenarios           include scenes
-tests/tools               include scenes tools
-tests                     include scenes src/support src/stripe src/geometry src/detectors src/api src/lighting
-benchmarks                include scenes src/support src/stripe src/geometry src/detectors src/api src/lighting
+tests/support             include scenes
+tests/scenarios           include scenes tests/support
+tests/tools               include scenes tools tests/support
+tests                     include scenes tests/support src/support src/stripe src/geometry src/detectors src/api src/lighting
+benchmarks                include scenes tests src/support src/stripe src/geometry src/detectors src/api src/lighting
 TABLE
 }
 
@@ -47,10 +48,19 @@ detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*
 
     function fail(file, line, why) { print file ": " line ": " why; failures++ }
 
+    function exists(file,    line, result) { result = (getline line < file) >= 0; close(file); return result }
+
+    # The row that holds for a file; 0 for none.
+    function row_of(file,    r) {
+      for (r = 1; r <= count; r++) if (starts_with(file, folder[r])) return r
+      return 0
+    }
+
     # The folder of the project that an include names, from the path as written; "" for a system header.
     function folder_of(path, own,    top) {
       top = path
       if (!sub("/.*", "", top)) return path ~ /^zel[A-Z]/ ? "include" : own
+      if (starts_with(own, "tests") && exists("tests/" path)) return folder[row_of("tests/" path)]
       if (is_listed(top, "support stripe geometry lighting detectors api")) return "src/" top
       return is_listed(top, "scenes tools tests examples benchmarks") ? top : ""
     }
@@ -92,8 +102,7 @@ detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*
 
     {
       file = $0
-      row = 0
-      for (r = count; r >= 1; r--) if (starts_with(file, folder[r])) row = r
+      row = row_of(file)
       if (!row) next
       files++
       while ((getline line < file) > 0) {

@@ -5,12 +5,14 @@ check=$(cd "$(dirname "$0")" && pwd)/layering.sh
 dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
 
-# verdict FILE INCLUDE: runs the check on a project that holds two detectors and this include.
+# verdict FILE INCLUDE: runs the check on a project that holds two detectors, a helper of the tests and this include.
 verdict() {
   rm -rf "${dir:?}"/*
   mkdir -p "$dir/$(dirname "$1")"
   mkdir -p "$dir/src/api"
   printf '#include "detectors/%s.h"\n' detector_object gap presence >"$dir/src/api/dispatch.cpp"
+  mkdir -p "$dir/tests/support"
+  touch "$dir/tests/support/seed.h"
   echo "#include $2" >"$dir/$1"
   if bash "$check" "$dir" >/dev/null; then echo right; else echo wrong; fi
 }
@@ -51,6 +53,10 @@ right  tools/track.cpp                  "scenes/scene.h"
 wrong  tools/track.cpp                  "stripe/centres.h"
 right  tests/unit/stripe/centres.cpp    "stripe/centres.h"
 wrong  tests/scenarios/gap.cpp          "stripe/centres.h"
+right  tests/scenarios/gap.cpp          "support/seed.h"
+wrong  tests/scenarios/gap.cpp          "support/line_math.h"
+right  benchmarks/stripe.cpp            "tests/unit/stripe/plain.h"
+wrong  src/stripe/regions.cpp           "tests/unit/stripe/plain.h"
 wrong  src/api/tracking.cpp             "unknown/thing.h"
 TABLE
 exit $((failures > 0))
