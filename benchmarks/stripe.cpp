@@ -3,11 +3,11 @@
 // medians, `errorPx` the median distance of the centres from the true stripe.
 //
 // OPENCV_CPU_DISABLE=AVX2 in the environment makes the whole detection take the baseline kernels.
+#include "plain_extraction.h"
 #include "scenes/scene.h"
 #include "stripe/candidates.h"
 #include "stripe/region_scan.h"
 #include "stripe/regions.h"
-#include "tests/unit/stripe/plain_extraction.h"
 #include "zelWeldDetect.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,4 @@
-// The scan of a search region in vector code: lanes are image columns, 64 of which form a strip.
+// The scan of a search region in vector code: lanes are image columns, 32 of which form a strip.
 //
 // A column of a strip is searched for edges in rows 5 .. rows - 6 of the region. Blocks of 8 such rows that
 // cannot hold any edge are left out first; see docs/algorithms.md for the rules of an edge and of a pair.
@@ -25,14 +25,8 @@ struct TScanArea {
   std::size_t step = 0;                   // bytes from row to row
   int rows = 0;
   int strips = 0;
-  std::ptrdiff_t lastStrip = 0;  // column of the last strip, below 64 * (strips - 1) where the image ends
+  std::ptrdiff_t lastStrip = 0;  // column of the last strip; before its place where the image ends
   int threshold = 0;             // -1 .. 255
-};
-
-// Rows first .. end - 1.
-struct TRowRange {
-  int first = 0;
-  int end = 0;
 };
 
 // What the columns of a strip hold: up to 5 pairs of a rising and a falling edge each, top to bottom.
@@ -45,19 +39,19 @@ struct TStripPairs {
   std::int32_t moment[kPairedEdges][kStripColumns];  // of these values about low
 };
 
-// Memory for the edges of a group of columns, one entry per row of the region.
-struct TEdgeRows {
-  std::int16_t* edges = nullptr;  // kMaxGroupColumns per row
-  std::int32_t* row = nullptr;
+// The edges in one row of neighbouring columns: strength + 1, negative for falling edges, 0 for none.
+struct TEdgeRow {
+  std::int32_t row;
+  std::int16_t edges[kMaxGroupColumns];
 };
 
 struct TEdgeKernels {
   // Sets the bit of every block that may hold an edge: bit b of a strip's marks stands for its rows
   // 5 + 8 b .. 12 + 8 b. The marks, `words` for every strip, must be 0.
   void (*markBlocks)(const TScanArea& area, std::uint64_t* marks, int words);
-  // Edges and pairs in some rows of a strip.
-  void (*pairStripeEdges)(const TScanArea& area, int strip, const TRowRange* ranges, int rangeCount,
-                          const TEdgeRows& buffer, TStripPairs& pairs);
+  // Edges and pairs in the marked blocks of a strip. The buffer must have room for all rows of the area.
+  void (*pairStripeEdges)(const TScanArea& area, int strip, const std::uint64_t* marks, int words,
+                          TEdgeRow* buffer, TStripPairs& pairs);
 };
 
 extern const TEdgeKernels kBaselineEdgeKernels;  // what every processor of the architecture can do

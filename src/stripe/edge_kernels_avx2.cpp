@@ -12,7 +12,8 @@
 #define CV_AVX2 1
 #define CV_CPU_DISPATCH_MODE weld_avx2
 
-#include "stripe/edge_kernels.inl.h"
+#include "stripe/block_marks.inl.h"
+#include "stripe/edge_pairing.inl.h"
 
 namespace weld {
 

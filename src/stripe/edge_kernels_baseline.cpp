@@ -1,4 +1,5 @@
-#include "stripe/edge_kernels.inl.h"
+#include "stripe/block_marks.inl.h"
+#include "stripe/edge_pairing.inl.h"
 
 namespace weld {
 

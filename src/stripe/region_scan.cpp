@@ -31,7 +31,11 @@ cv::Mat padToStrip(const cv::Mat& image) {
 }  // namespace
 
 TRegionScanner::TRegionScanner(const cv::Mat& image, int edgeThreshold, const TEdgeKernels& edgeKernels)
-    : grey(padToStrip(image)), imageSize(image.size()), threshold(edgeThreshold), kernels(edgeKernels) {
+    : grey(padToStrip(image)),
+      imageSize(image.size()),
+      threshold(edgeThreshold),
+      kernels(edgeKernels),
+      edgeRows(static_cast<std::size_t>(image.rows)) {
   candidates.reserve(image.cols);
   status.reserve(image.cols);
 }
@@ -45,32 +49,13 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const TScanArea area{grey.ptr(scanned.y, scanned.x), grey.step, scanned.height, strips, lastStrip, threshold};
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
   marks.assign(static_cast<std::size_t>(strips) * words, 0);
-  edges.allocate(static_cast<std::size_t>(scanned.height) * kMaxGroupColumns);
-  edgeRows.allocate(static_cast<std::size_t>(scanned.height));
-
   kernels.markBlocks(area, marks.data(), words);
+
   for (int strip = 0; strip < strips; ++strip) {
-    collectRanges(area.rows, marks.data() + strip * words, words);
     TStripPairs pairs;
-    kernels.pairStripeEdges(area, strip, ranges.data(), static_cast<int>(ranges.size()),
-                            {edges.data(), edgeRows.data()}, pairs);
+    kernels.pairStripeEdges(area, strip, marks.data() + strip * words, words, edgeRows.data(), pairs);
     const int first = scanned.x + strip * kStripColumns;
     appendColumns(scanned, first, strip + 1 < strips ? 0 : first - (scanned.x + lastStrip), pairs);
-  }
-}
-
-void TRegionScanner::collectRanges(int rows, const std::uint64_t* stripMarks, int words) {
-  ranges.clear();
-  for (int word = 0; word < words; ++word) {
-    for (std::uint64_t bits = stripMarks[word]; bits != 0; bits &= bits - 1) {
-      const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
-      const int end = std::min(first + kBlockRows, rows - kBoxPx);
-      if (!ranges.empty() && ranges.back().end == first) {
-        ranges.back().end = end;
-      } else {
-        ranges.push_back({first, end});
-      }
-    }
   }
 }
 

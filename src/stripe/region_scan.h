@@ -37,7 +37,6 @@ public:
   std::vector<TWeldPointStatus> status;
 
 private:
-  void collectRanges(int rows, const std::uint64_t* stripMarks, int words);
   void appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs);
 
   cv::Mat grey;  // at least as wide as a strip
@@ -45,9 +44,7 @@ private:
   int threshold;
   const TEdgeKernels& kernels;
   std::vector<std::uint64_t> marks;
-  std::vector<TRowRange> ranges;  // marked rows of a strip
-  cv::AutoBuffer<std::int16_t> edges;
-  cv::AutoBuffer<std::int32_t> edgeRows;
+  cv::AutoBuffer<TEdgeRow> edgeRows;
 };
 
 }  // namespace weld

@@ -37,7 +37,9 @@ void sortByColumn(std::vector<cv::Point>& guide) {
 }
 
 std::vector<TRegionBreak> findBreaks(const std::vector<cv::Point>& guide, int imageWidth) {
-  std::vector<TRegionBreak> breaks{{guide.front(), 0}};
+  std::vector<TRegionBreak> breaks;
+  breaks.reserve(imageWidth / kMaxStretchPx + 1);
+  breaks.push_back({guide.front(), 0});
   for (std::size_t i = 1; i < guide.size(); ++i) {
     if (guide[i].x - breaks.back().point.x > kMaxStretchPx) breaks.push_back({guide[i], static_cast<int>(i)});
   }
@@ -83,6 +85,7 @@ std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, std::vector<cv::Poi
   const std::vector<TRegionBreak> breaks = findBreaks(guide, imageSize.width);
   // Deliberate: one break alone gives no regions, so a very short previous stripe finds nothing.
   std::vector<cv::Rect> regions;
+  regions.reserve(breaks.size() - 1);
   for (std::size_t i = 1; i < breaks.size(); ++i) {
     regions.push_back(stretchRegion(breaks[i - 1], breaks[i], imageSize, bandPx));
   }
