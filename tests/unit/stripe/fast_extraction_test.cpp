@@ -134,7 +134,7 @@ TEST_P(FastExtraction, AgreesWithThePlainFormOnTexture) {
     cv::Mat image(1100, 70, CV_8UC1);
     for (int y = 0; y < image.rows; ++y) {
       for (int x = 0; x < image.cols; ++x) {
-        image.at<uchar>(y, x) = (y + x) % period < period / 2 ? static_cast<uchar>(200 + (x * y) % 7) : 20;
+        image.at<uchar>(y, x) = (y + x) % period < period / 2 ? static_cast<uchar>(200 + (x * y) % 7) : uchar{20};
       }
     }
     expectSame(image, {cv::Rect({0, 0}, image.size())});
