@@ -52,9 +52,8 @@ zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double to
 }
 
 std::vector<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points) {
-  std::vector<cv::Point> truncated;
-  truncated.reserve(points.size());
-  std::transform(points.begin(), points.end(), std::back_inserter(truncated), truncPoint);
+  std::vector<cv::Point> truncated(points.size());
+  std::transform(points.begin(), points.end(), truncated.begin(), truncPoint);
   return truncated;
 }
 
@@ -95,16 +94,15 @@ std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points) {
   return thinned;
 }
 
+zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx) {
+  if (points.size() < kMinFitPoints) return {};
+  return fitRobust(toIntPoints(points), tolPx);
+}
+
 TLinePara fitLine(const std::vector<cv::Point2f>& points, double tolPx) {
-  TLinePara line;
-  line.inlierPts = points;
-  if (points.size() < kMinFitPoints) return line;
-  const zelFit::TLineFitResult fit = fitRobust(toIntPoints(points), tolPx);
-  line.k = fit.slope;
-  line.b = fit.intercept;
-  line.isValid = fit.success;
-  if (!fit.success) return line;
-  line.inlierPts = selectLineInliers(fit.slope, fit.intercept, tolPx, points);
+  const zelFit::TLineFitResult fit = fitStripePoints(points, tolPx);
+  if (!fit.success) return {0.0, 0.0, false, 0.0, points};
+  TLinePara line{fit.slope, fit.intercept, true, 0.0, selectLineInliers(fit.slope, fit.intercept, tolPx, points)};
   line.inlierRatio = ratioOf(line.inlierPts, points);
   return line;
 }

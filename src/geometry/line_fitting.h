@@ -34,7 +34,10 @@ double lineShare(double k, double b, double distTolPx, const std::vector<cv::Poi
 // At most 101 points about a hundredth of the x extent apart; lists under 100 points come back whole.
 std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points);
 
-// Robust fit of all points. tolPx is the scale of the fit and the inlier distance. Without success the
+// Robust line through stripe points, truncated to integers. No success with fewer than 10.
+zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx);
+
+// The same with the points near the line. tolPx is the scale of the fit and the inlier distance. Without success the
 // inliers are all points and the ratio is 0.
 TLinePara fitLine(const std::vector<cv::Point2f>& points, double tolPx);
 

@@ -13,8 +13,6 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kMinFitPoints = 10;
-
 // Mean and largest distance of all points, and the points nearer than the tolerance.
 void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
   double sum = 0.0;
@@ -35,8 +33,7 @@ void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
 TStripePiece fitPiece(std::vector<cv::Point2f> points, float fitTolPx) {
   TStripePiece piece;
   piece.pts = std::move(points);
-  if (piece.pts.size() < kMinFitPoints) return piece;
-  const zelFit::TLineFitResult fit = fitRobust(toIntPoints(piece.pts), static_cast<double>(fitTolPx));
+  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx));
   if (!fit.success) return piece;
   measureResiduals(fit.slope, fit.intercept, fitTolPx, piece);
   piece.k = static_cast<float>(fit.slope);

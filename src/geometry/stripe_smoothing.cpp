@@ -20,19 +20,13 @@ constexpr float kFarthestPx = 1e9F;
 
 bool isUsable(cv::Point2f p) { return std::abs(p.x) < kFarthestPx && std::abs(p.y) < kFarthestPx; }
 
-std::vector<float> coordinates(const std::vector<cv::Point2f>& points, float cv::Point2f::*axis) {
-  std::vector<float> values;
-  values.reserve(points.size());
-  for (const cv::Point2f& p : points) values.push_back(p.*axis);
-  return values;
-}
-
 }  // namespace
 
 std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor) {
   if (points.size() < 2) return points;
-  std::vector<cv::Point2f> kept{points.front()};
+  std::vector<cv::Point2f> kept;
   kept.reserve(points.size());
+  kept.push_back(points.front());
   for (std::size_t i = 1; i < points.size(); ++i) {
     const cv::Point2f step = points[i] - points[i - 1];
     if (std::abs(step.x) * slopeFactor > std::abs(step.y)) kept.push_back(points[i]);
@@ -40,27 +34,17 @@ std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, 
   return kept;
 }
 
-// Deliberate: the window reaches three values back but only two ahead.
-std::vector<float> movingAverage6(const std::vector<float>& values) {
-  const std::size_t count = values.size();
-  if (count < kMinAveraged) return {};
-  std::vector<float> averaged = values;
-  for (std::size_t i = kWindowBefore; i + kWindowAfter < count; ++i) {
-    float sum = 0.0F;
-    for (std::size_t j = i - kWindowBefore; j <= i + kWindowAfter; ++j) sum += values[j];
-    averaged[i] = sum / kWindowSize;
-  }
-  return averaged;
-}
-
+// Deliberate: the window reaches three points back but only two ahead.
 std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points) {
-  if (points.size() < kMinSmoothed) return points;
-  const std::vector<float> xs = movingAverage6(coordinates(points, &cv::Point2f::x));
-  const std::vector<float> ys = movingAverage6(coordinates(points, &cv::Point2f::y));
-  std::vector<cv::Point2f> smoothed;
-  smoothed.reserve(xs.size());
-  std::transform(xs.begin(), xs.end(), ys.begin(), std::back_inserter(smoothed),
-                 [](float x, float y) { return cv::Point2f{x, y}; });
+  const std::size_t count = points.size();
+  if (count < kMinSmoothed) return points;
+  if (count < kMinAveraged) return {};
+  std::vector<cv::Point2f> smoothed = points;
+  for (std::size_t i = kWindowBefore; i + kWindowAfter < count; ++i) {
+    cv::Point2f sum;
+    for (std::size_t j = i - kWindowBefore; j <= i + kWindowAfter; ++j) sum += points[j];
+    smoothed[i] = {sum.x / kWindowSize, sum.y / kWindowSize};
+  }
   return smoothed;
 }
 
@@ -80,6 +64,7 @@ std::vector<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, i
   const auto from = static_cast<float>(fromX);
   const auto to = static_cast<float>(toX);
   std::vector<cv::Point2f> between;
+  between.reserve(points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(between),
                [&](cv::Point2f p) { return from < p.x && p.x < to; });
   return between;

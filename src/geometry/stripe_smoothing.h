@@ -11,15 +11,12 @@ namespace weld {
 // slopeFactor * its step in x. Fewer than 2 points stay as they are.
 std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor);
 
-// Averages x and y over six neighbours; the first 3 and the last 2 points stay. Fewer than 4 points stay as they
+// Averages x and y over the six points i - 3 .. i + 2; the first 3 and the last 2 points stay. Fewer than 4 points stay as they
 // are, 4 to 6 points come out empty.
 std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
 
 // The stripe as it gets cut: without steep jumps, smoothed. Empty when a point is not finite or absurdly far away.
 std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points);
-
-// Moving average over the values i - 3 .. i + 2; empty for fewer than 7 values.
-std::vector<float> movingAverage6(const std::vector<float>& values);
 
 // Vertices of an open polygon within epsilonPx of the points (Douglas and Peucker 1973), rounded to the nearest
 // pixel. The points must be finite: the approximation would not end on others. Empty when there is no point.

@@ -48,7 +48,8 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const int lastStrip = std::min(kStripColumns * (strips - 1), grey.cols - kStripColumns - scanned.x);
   const TScanArea area{grey.ptr(scanned.y, scanned.x), grey.step, scanned.height, strips, lastStrip, threshold};
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
-  marks.assign(static_cast<std::size_t>(strips) * words, 0);
+  marks.allocate(static_cast<std::size_t>(strips) * words);
+  std::fill_n(marks.data(), marks.size(), 0);
   kernels.markBlocks(area, marks.data(), words);
 
   for (int strip = 0; strip < strips; ++strip) {

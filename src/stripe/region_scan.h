@@ -43,7 +43,7 @@ private:
   cv::Size imageSize;
   int threshold;
   const TEdgeKernels& kernels;
-  std::vector<std::uint64_t> marks;
+  cv::AutoBuffer<std::uint64_t> marks;
   cv::AutoBuffer<TEdgeRow> edgeRows;
 };
 

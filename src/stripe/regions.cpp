@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 namespace weld {
 namespace {
@@ -34,18 +35,6 @@ void sortByColumn(std::vector<cv::Point>& guide) {
       if (isLeftOf(*other, *held)) std::swap(*held, *other);
     }
   }
-}
-
-std::vector<TRegionBreak> findBreaks(const std::vector<cv::Point>& guide, int imageWidth) {
-  std::vector<TRegionBreak> breaks;
-  breaks.reserve(imageWidth / kMaxStretchPx + 1);
-  breaks.push_back({guide.front(), 0});
-  for (std::size_t i = 1; i < guide.size(); ++i) {
-    if (guide[i].x - breaks.back().point.x > kMaxStretchPx) breaks.push_back({guide[i], static_cast<int>(i)});
-  }
-  // Deliberate: two breaks end at the second one's own column, more reach to the right border.
-  if (breaks.size() > 2) breaks.back().point.x = imageWidth - 1;
-  return breaks;
 }
 
 // The band's half height over a stretch. Its ends are more than kMaxStretchPx apart.
@@ -82,12 +71,20 @@ std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, std::vector<cv::Poi
   if (!canGuide(guide, imageSize)) return {cv::Rect({0, 0}, imageSize)};
 
   sortByColumn(guide);
-  const std::vector<TRegionBreak> breaks = findBreaks(guide, imageSize.width);
   // Deliberate: one break alone gives no regions, so a very short previous stripe finds nothing.
   std::vector<cv::Rect> regions;
-  regions.reserve(breaks.size() - 1);
-  for (std::size_t i = 1; i < breaks.size(); ++i) {
-    regions.push_back(stretchRegion(breaks[i - 1], breaks[i], imageSize, bandPx));
+  regions.reserve(imageSize.width / kMaxStretchPx);
+  TRegionBreak previous;
+  TRegionBreak last{guide.front(), 0};
+  for (std::size_t i = 1; i < guide.size(); ++i) {
+    if (guide[i].x - last.point.x <= kMaxStretchPx) continue;
+    previous = std::exchange(last, {guide[i], static_cast<int>(i)});
+    regions.push_back(stretchRegion(previous, last, imageSize, bandPx));
+  }
+  // Deliberate: a single region ends at its break's own column, the last of several at the right border.
+  if (regions.size() > 1) {
+    last.point.x = imageSize.width - 1;
+    regions.back() = stretchRegion(previous, last, imageSize, bandPx);
   }
   return regions;
 }

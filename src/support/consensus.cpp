@@ -3,6 +3,7 @@
 
 #include <opencv2/core/hal/intrin.hpp>
 
+#include <algorithm>
 #include <limits>
 
 namespace zelFit {
@@ -12,6 +13,7 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
+constexpr int kPointsPerLook = 8;  // between two looks whether a batch of lines is still in the race
 constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.
@@ -41,20 +43,29 @@ TLineBatch linesThrough(const TFitPoints& points, int i, int firstOther) {
   return lines;
 }
 
-// One sum per line, over all points.
-void sumTruncatedQuadratics(const TFitPoints& points, const TLineBatch& lines, float tolPx,
+// One sum per line, over all points. False as soon as every sum has reached the limit.
+bool sumTruncatedQuadratics(const TFitPoints& points, const TLineBatch& lines, float tolPx, float sumLimit,
                             float (&sums)[kLanes]) {
   const v_float32x4 slope = cv::v_load(lines.slope);
   const v_float32x4 intercept = cv::v_load(lines.intercept);
   const v_float32x4 factor = cv::v_load(lines.factor);
   const v_float32x4 limit = cv::v_setall_f32(tolPx * tolPx);
+  const v_float32x4 enough = cv::v_setall_f32(sumLimit);
+  const float* const x = points.x();
+  const float* const y = points.y();
+  const int count = points.count();
   v_float32x4 sum = cv::v_setzero_f32();
-  for (int i = 0; i < points.count(); ++i) {
-    const v_float32x4 onLine = slope * cv::v_setall_f32(points.x()[i]);
-    const v_float32x4 residual = cv::v_setall_f32(points.y()[i]) - onLine - intercept;
-    sum = sum + cv::v_min(residual * residual * factor, limit);
+  for (int first = 0; first < count; first += kPointsPerLook) {
+    const int end = std::min(first + kPointsPerLook, count);
+    for (int i = first; i < end; ++i) {
+      const v_float32x4 onLine = slope * cv::v_setall_f32(x[i]);
+      const v_float32x4 residual = cv::v_setall_f32(y[i]) - onLine - intercept;
+      sum = sum + cv::v_min(residual * residual * factor, limit);
+    }
+    if (cv::v_check_all(sum >= enough)) return false;
   }
   cv::v_store(sums, sum);
+  return true;
 }
 
 // Weighted sums of one least-squares step around the current line.
@@ -111,7 +122,7 @@ std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFi
     for (int j = i + 1; j < sample.count(); j += kLanes) {
       const TLineBatch lines = linesThrough(sample, i, j);
       float sums[kLanes];
-      sumTruncatedQuadratics(scored, lines, static_cast<float>(tolPx), sums);
+      if (!sumTruncatedQuadratics(scored, lines, static_cast<float>(tolPx), bestSum, sums)) continue;
       for (int lane = 0; lane < kLanes && j + lane < sample.count(); ++lane) {
         const TScaledLine line{lines.slope[lane], lines.intercept[lane]};
         if (sample.x()[i] == sample.x()[j + lane] || !(sums[lane] < bestSum)) continue;

@@ -38,25 +38,21 @@ TExtent measureNear(const std::vector<cv::Point>& points) {
 
 }  // namespace
 
-std::optional<TFitPoints> TFitPoints::from(const std::vector<cv::Point>& points) {
+TFitPoints::TFitPoints(const std::vector<cv::Point>& points) {
   const TExtent extent = measureNear(points);
-  if (extent.left >= extent.right) return std::nullopt;
-  TFitPoints fit;
-  fit.centreX = 0.5 * (extent.left + extent.right);
-  fit.centreY = 0.5 * (extent.top + extent.bottom);
-  fit.scaleX = 0.5 * (extent.right - extent.left);
-  fit.resize(extent.count);
-  const auto centreX = static_cast<float>(fit.centreX);
-  const auto centreY = static_cast<float>(fit.centreY);
-  const float perScale = fit.perScale();
-  std::size_t next = 0;
+  if (extent.left >= extent.right) return;
+  centreX = 0.5 * (extent.left + extent.right);
+  centreY = 0.5 * (extent.top + extent.bottom);
+  scaleX = 0.5 * (extent.right - extent.left);
+  resize(extent.count);
+  const auto middleX = static_cast<float>(centreX);
+  const auto middleY = static_cast<float>(centreY);
+  const float factor = perScale();
+  int next = 0;
   for (const cv::Point p : points) {
     if (!isNear(p)) continue;
-    fit.xs[next] = (static_cast<float>(p.x) - centreX) * perScale;
-    fit.ys[next] = static_cast<float>(p.y) - centreY;
-    ++next;
+    set(next++, (static_cast<float>(p.x) - middleX) * factor, static_cast<float>(p.y) - middleY);
   }
-  return fit;
 }
 
 TFitPoints TFitPoints::subsample(int maxCount) const {
@@ -67,20 +63,25 @@ TFitPoints TFitPoints::subsample(int maxCount) const {
   part.scaleX = scaleX;
   part.resize(maxCount);
   for (int i = 0; i < maxCount; ++i) {
-    const auto from = static_cast<std::size_t>(static_cast<std::int64_t>(i) * (pointCount - 1) / (maxCount - 1));
-    const auto to = static_cast<std::size_t>(i);
-    part.xs[to] = xs[from];
-    part.ys[to] = ys[from];
+    const auto from = static_cast<std::int64_t>(i) * (pointCount - 1) / (maxCount - 1);
+    part.set(i, x()[from], y()[from]);
   }
   return part;
 }
 
-// Makes room for `count` points and padding for a vector that begins at the last one.
+// The points are for `set` to fill.
 void TFitPoints::resize(int count) {
-  const auto padded = static_cast<std::size_t>(count + kLanes - 1);
-  xs.assign(padded, 0.0F);
-  ys.assign(padded, kPaddingY);
   pointCount = count;
+  const auto padded = static_cast<std::size_t>(stride(count));
+  coordinates.allocate(2 * padded);
+  float* const xs = coordinates.data();
+  std::fill(xs + count, xs + padded, 0.0F);
+  std::fill(xs + padded + count, xs + 2 * padded, kPaddingY);
+}
+
+void TFitPoints::set(int index, float x, float y) {
+  coordinates[static_cast<std::size_t>(index)] = x;
+  coordinates[static_cast<std::size_t>(stride(pointCount) + index)] = y;
 }
 
 }  // namespace zelFit

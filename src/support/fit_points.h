@@ -4,7 +4,6 @@
 
 #include <opencv2/core.hpp>
 
-#include <optional>
 #include <vector>
 
 namespace zelFit {
@@ -19,15 +18,16 @@ class TFitPoints {
 public:
   static constexpr int kLanes = 4;
 
-  // Leaves out points more than 65536 px from the origin, which no image holds. Nothing when the others have fewer
+  // Leaves out points more than 65536 px from the origin, which no image holds. Empty when the others have fewer
   // than two distinct columns.
-  static std::optional<TFitPoints> from(const std::vector<cv::Point>& points);
+  explicit TFitPoints(const std::vector<cv::Point>& points);
 
+  bool isEmpty() const { return pointCount == 0; }
   int count() const { return pointCount; }
   int paddedCount() const { return (pointCount + kLanes - 1) / kLanes * kLanes; }
   // Readable for a whole vector from any point on.
-  const float* x() const { return xs.data(); }
-  const float* y() const { return ys.data(); }
+  const float* x() const { return coordinates.data(); }
+  const float* y() const { return coordinates.data() + stride(pointCount); }
 
   // The slope of a scaled line in image coordinates, and back.
   double slopeOf(const TScaledLine& line) const { return static_cast<double>(line.slope) / scaleX; }
@@ -43,10 +43,16 @@ public:
   TFitPoints subsample(int maxCount) const;
 
 private:
-  void resize(int count);
+  static constexpr int kInlinePoints = 128;  // fewer need no heap memory
 
-  std::vector<float> xs;
-  std::vector<float> ys;
+  TFitPoints() = default;
+  void resize(int count);
+  void set(int index, float x, float y);
+
+  // Room for a vector that begins at the last point.
+  static int stride(int count) { return count + kLanes - 1; }
+
+  cv::AutoBuffer<float, 2 * kInlinePoints> coordinates;  // all x, then all y
   int pointCount = 0;
   double centreX = 0.0;
   double centreY = 0.0;

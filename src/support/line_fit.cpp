@@ -61,16 +61,16 @@ bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& poi
                                                double scalePx) {
   fit = {};
   const std::optional<double> scale = usableTolerance(scalePx);
-  const std::optional<TFitPoints> scaled = TFitPoints::from(points);
-  if (!scale || !scaled) return false;
+  const TFitPoints scaled(points);
+  if (!scale || scaled.isEmpty()) return false;
   const TSlopeInterval any = TSlopeInterval::all();
-  const TFitPoints sample = scaled->subsample(kRobustSample);
+  const TFitPoints sample = scaled.subsample(kRobustSample);
   const std::optional<TScaledLine> start = findConsensusLine(sample, sample, *scale, any);
   if (!start) return false;
-  const TScaledLine line = reweight(*scaled, *start, kFirstCutOff * *scale, kLastCutOff * *scale, any);
-  const TSupport support = measureSupport(*scaled, line, *scale);
-  if (!isConsensus(support, scaled->count()) || isVertical(support, *scale)) return false;
-  fit = resultOf(*scaled, line, any);
+  const TScaledLine line = reweight(scaled, *start, kFirstCutOff * *scale, kLastCutOff * *scale, any);
+  const TSupport support = measureSupport(scaled, line, *scale);
+  if (!isConsensus(support, scaled.count()) || isVertical(support, *scale)) return false;
+  fit = resultOf(scaled, line, any);
   return true;
 }
 
@@ -80,13 +80,13 @@ bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& poi
   fit = {};
   const std::optional<double> tol = usableTolerance(distTolerancePx);
   const std::optional<TSlopeInterval> interval = TSlopeInterval::around(angleCentreDeg, angleHalfRangeDeg);
-  const std::optional<TFitPoints> scaled = TFitPoints::from(points);
-  if (!tol || !interval || !scaled) return false;
-  const TFitPoints sample = scaled->subsample(kConsensusSample);
+  const TFitPoints scaled(points);
+  if (!tol || !interval || scaled.isEmpty()) return false;
+  const TFitPoints sample = scaled.subsample(kConsensusSample);
   const std::optional<TScaledLine> start =
-      findConsensusLine(sample, scaled->subsample(kMaxScored), *tol, *interval);
+      findConsensusLine(sample, scaled.subsample(kMaxScored), *tol, *interval);
   if (!start) return false;
-  fit = resultOf(*scaled, reweight(*scaled, *start, *tol, *tol, *interval), *interval);
+  fit = resultOf(scaled, reweight(scaled, *start, *tol, *tol, *interval), *interval);
   return true;
 }
 

@@ -31,6 +31,12 @@ inline int truncToInt(double value) {
   return fitsInt(value) ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
+// The same without a branch, for loops over points.
+inline int truncToInt(float value) {
+  constexpr float kEnd = 2147483648.0F;
+  return static_cast<int>(value >= -kEnd && value < kEnd ? value : -kEnd);
+}
+
 // Nearest integer, ties to even; out of range as in truncToInt.
 inline int roundToInt(double value) {
   const double rounded = std::nearbyint(value);

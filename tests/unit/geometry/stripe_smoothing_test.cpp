@@ -31,11 +31,21 @@ TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
   for (const auto& row : rows) EXPECT_EQ(weld::dropSteepJumps(row.points, 4.0F), row.expected) << row.name;
 }
 
-TEST(MovingAverage6, reachesThreeBackAndTwoAhead) {
-  EXPECT_TRUE(weld::movingAverage6({}).empty());
-  EXPECT_TRUE(weld::movingAverage6({1, 2, 3, 4, 5, 6}).empty());
-  EXPECT_EQ(weld::movingAverage6({0, 6, 0, 0, 12, 0, 60}), (std::vector<float>{0, 6, 0, 3, 13, 0, 60}));
-  EXPECT_EQ(weld::movingAverage6({600, 0, 0, 0, 0, 0, 0, 60}), (std::vector<float>{600, 0, 0, 100, 0, 10, 0, 60}));
+TEST(SmoothStripe, reachesThreePointsBackAndTwoAhead) {
+  const struct {
+    std::vector<float> rows;
+    std::vector<float> expected;
+  } cases[] = {
+      {{0, 6, 0, 0, 12, 0, 60}, {0, 6, 0, 3, 13, 0, 60}},
+      {{600, 0, 0, 0, 0, 0, 0, 60}, {600, 0, 0, 100, 0, 10, 0, 60}},
+  };
+  for (const auto& c : cases) {
+    TPoints points;
+    for (const float row : c.rows) points.emplace_back(static_cast<float>(points.size()), row);
+    std::vector<float> smoothed;
+    for (const cv::Point2f p : weld::smoothStripe(points)) smoothed.push_back(p.y);
+    EXPECT_EQ(smoothed, c.expected);
+  }
 }
 
 TEST(SmoothStripe, emptiesListsOfFourToSixPoints) {
