@@ -89,6 +89,7 @@ void lookForTips(TWeldParams& params) {
   params.angleRange2Min = 20.0;
   params.angleRange2Max = 60.0;
   params.angleRange5Min = 60.0;
+  params.dPara3 = 0.03;  // short flanks in a wide frame
 }
 
 void lookForFlatRight(TWeldParams& params) {
@@ -109,7 +110,7 @@ constexpr TFolder kRunA{"nghia-butt/run_a", {true, TChannel::grey}};
 constexpr TFolder kRunC{"nghia-butt/run_c", {true, TChannel::grey}};
 constexpr TFolder kGap{"silent-buttgap", {true, TChannel::grey}};
 constexpr TFolder kCornerGhosts{"lsdnn-corner", {false, TChannel::red}};
-constexpr TFolder kCornerBright{"maris-corner", {false, TChannel::red}};
+constexpr TFolder kCornerBright{"maris-corner", {false, TChannel::redExcess}};
 constexpr TFolder kGrooves{"hanhiver-groove", {false, TChannel::grey}};
 constexpr TFolder kPlates{"nghia-butt/plate_horizontal", {false, TChannel::grey}};
 
