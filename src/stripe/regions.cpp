@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace weld {
@@ -25,14 +26,36 @@ bool canGuide(const std::vector<cv::Point>& guide, cv::Size imageSize) {
          });
 }
 
-// Deliberate: plain exchanges, whose order of points with equal x no library sort reproduces. A guide in
-// column order, which is what a previous result holds, costs one pass.
+// The points that are out of column order: none before `first` has a smaller one behind it, none from `last` on a
+// larger one before it. Exchanges move no others.
+struct TUnsortedPart {
+  std::size_t first = 0;
+  std::size_t last = 0;
+};
+
+TUnsortedPart findUnsorted(const std::vector<cv::Point>& guide) {
+  TUnsortedPart part{guide.size(), 0};
+  int least = std::numeric_limits<int>::max();
+  for (std::size_t i = guide.size(); i-- > 0;) {
+    if (guide[i].x > least) part.first = i;
+    least = std::min(least, guide[i].x);
+  }
+  int most = std::numeric_limits<int>::min();
+  for (std::size_t i = 0; i < guide.size(); ++i) {
+    if (guide[i].x < most) part.last = i + 1;
+    most = std::max(most, guide[i].x);
+  }
+  return part;
+}
+
+// Deliberate: plain exchanges, whose order of points with equal x no library sort reproduces. A guide in column
+// order, which is what a previous result holds as a rule, costs one pass.
 void sortByColumn(std::vector<cv::Point>& guide) {
-  const auto isLeftOf = [](cv::Point a, cv::Point b) { return a.x < b.x; };
-  if (std::is_sorted(guide.begin(), guide.end(), isLeftOf)) return;
-  for (auto held = guide.begin(); held != guide.end(); ++held) {
-    for (auto other = held + 1; other != guide.end(); ++other) {
-      if (isLeftOf(*other, *held)) std::swap(*held, *other);
+  if (std::is_sorted(guide.begin(), guide.end(), [](cv::Point a, cv::Point b) { return a.x < b.x; })) return;
+  const TUnsortedPart part = findUnsorted(guide);
+  for (std::size_t i = part.first; i < part.last; ++i) {
+    for (std::size_t j = i + 1; j < part.last; ++j) {
+      if (guide[i].x > guide[j].x) std::swap(guide[i], guide[j]);
     }
   }
 }
