@@ -1,0 +1,111 @@
+// Whole calls with all their bits: every compiler, optimisation and instruction set must give these. A change that
+// means to move a result puts the row that the failure prints in place of the old one.
+#include "scenarios/scenario.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <ios>
+#include <ostream>
+
+namespace {
+
+constexpr auto kGap = scenes::TJoint::buttGap;
+constexpr auto kLap = scenes::TJoint::lap;
+constexpr auto kCorner = scenes::TJoint::corner;
+constexpr auto kPlate = scenes::TJoint::plate;
+constexpr auto kPlain = scenes::TJoint::plain;
+constexpr auto kClean = scenes::TLevel::clean;
+constexpr auto kNoisy = scenes::TLevel::noisy;
+constexpr auto kHarsh = scenes::TLevel::harsh;
+
+const cv::Size kOddSize{653, 517};  // vectors of every length leave a remainder
+constexpr std::uint64_t kSeed = 20;
+
+// A first detection and the frame after it, tracked.
+struct TPinned {
+  scenes::TJoint joint;
+  scenes::TLevel level;
+  std::uint32_t frames;  // checksum of both images
+  std::uint32_t values;  // checksum of both results but the seam points
+  cv::Point2f first;
+  cv::Point2f tracked;
+};
+
+bool operator==(const TPinned& a, const TPinned& b) {
+  return a.joint == b.joint && a.level == b.level && a.frames == b.frames && a.values == b.values &&
+         a.first == b.first && a.tracked == b.tracked;
+}
+
+// As in the table below.
+void PrintTo(const TPinned& row, std::ostream* out) {
+  *out << "{" << scenario::nameOf(row.joint) << ", " << scenario::nameOf(row.level) << ", " << std::hex
+       << std::showbase << std::hexfloat << row.frames << ", " << row.values;
+  for (const cv::Point2f& point : {row.first, row.tracked}) *out << ", {" << point.x << "F, " << point.y << "F}";
+  *out << "}";
+}
+
+// FNV-1a (Fowler, Noll and Vo, 1991).
+class TChecksum {
+public:
+  void add(const void* data, std::size_t size) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    for (std::size_t i = 0; i < size; ++i) value = (value ^ bytes[i]) * 0x01000193U;
+  }
+
+  void add(const TWeldLineRes& result) {
+    const double numbers[] = {result.isFound ? 1.0 : 0.0,
+                              result.auxVal1,
+                              result.auxVal2,
+                              result.auxVal3,
+                              result.auxVal4,
+                              result.trackVal};
+    add(numbers, sizeof numbers);
+    add(result.stripePts.data(), result.stripePts.size() * sizeof(cv::Point2f));
+  }
+
+  std::uint32_t value = 0x811C9DC5U;
+};
+
+TPinned detectTwice(scenes::TJoint joint, scenes::TLevel level) {
+  const scenes::TSceneParams scene = scenes::randomScene(joint, level, kSeed, kOddSize);
+  scenes::TMotion motion;
+  motion.driftPx = {1.5, 0.5};
+  const cv::Mat firstImage = scenes::renderScene(scene).image;
+  const cv::Mat nextImage = scenes::renderScene(scenes::frameOf(scene, motion, 1)).image;
+
+  const TWeldParams params = scenes::weldParamsFor(joint);
+  const TWeldLineRes first = scenario::detect(params, firstImage);
+  const TWeldLineRes tracked = scenario::detect(params, nextImage, first);
+
+  TChecksum frames;
+  for (const cv::Mat& image : {firstImage, nextImage}) frames.add(image.data, image.total());
+  TChecksum values;
+  for (const TWeldLineRes* result : {&first, &tracked}) values.add(*result);
+  return {joint, level, frames.value, values.value, first.weldPos, tracked.weldPos};
+}
+
+const TPinned kPinned[] = {
+    {kGap, kClean, 0x5685d69d, 0xb7a5febb, {0x1.6f8p+8F, 0x1.8d192ep+7F}, {0x1.708p+8F, 0x1.8e25bp+7F}},
+    {kGap, kNoisy, 0x2627c914, 0xeb7b22af, {0x1.6f8p+8F, 0x1.8c6e32p+7F}, {0x1.708p+8F, 0x1.8dcbcp+7F}},
+    {kGap, kHarsh, 0xeb89d9e1, 0xeaf4a75, {0x1.6e8p+8F, 0x1.8d546ep+7F}, {0x1.708p+8F, 0x1.8e114ep+7F}},
+    {kLap, kClean, 0x5ef2fe2a, 0x3a502bc4, {0x1.868p+8F, 0x1.b5852p+7F}, {0x1.88p+8F, 0x1.b6ca24p+7F}},
+    {kLap, kNoisy, 0x44ccad15, 0x25155e16, {0x1.87p+8F, 0x1.b47174p+7F}, {0x1.88p+8F, 0x1.b5454cp+7F}},
+    {kLap, kHarsh, 0xceb64e9f, 0x8ddc18cc, {0x1.87p+8F, 0x1.b51adcp+7F}, {0x1.888p+8F, 0x1.b673fp+7F}},
+    {kCorner, kClean, 0xcb7138b3, 0xa6d65344, {0x1.11d118p+8F, 0x1.6d89dep+8F}, {0x1.12cdf6p+8F, 0x1.6da48p+8F}},
+    {kCorner, kNoisy, 0x4eeb3e1d, 0x126e99a0, {0x1.119f6ep+8F, 0x1.6d4c26p+8F}, {0x1.1290d6p+8F, 0x1.6d7fcp+8F}},
+    {kCorner, kHarsh, 0x534a97dd, 0x5e6e11d5, {0x1.119cf2p+8F, 0x1.6d699ep+8F}, {0x1.1265acp+8F, 0x1.6dda26p+8F}},
+    {kPlate, kClean, 0xd50b5bb9, 0x5cd07e99, {0x1.6a8p+8F, 0x1.9f158p+7F}, {0x1.26p+8F, 0x1.a36826p+7F}},
+    {kPlate, kNoisy, 0xa0e8f0c9, 0x9bcabad3, {0x1.6bp+8F, 0x1.9ec37p+7F}, {0x1.258p+8F, 0x1.a458ccp+7F}},
+    {kPlate, kHarsh, 0x5384d177, 0xec374a71, {0x1.6a8p+8F, 0x1.9eb7ecp+7F}, {0x1.258p+8F, 0x1.a46b2cp+7F}},
+    {kPlain, kClean, 0x270576ce, 0x76b29499, {0x0p+0F, 0x0p+0F}, {0x0p+0F, 0x0p+0F}},
+    {kPlain, kNoisy, 0xbfe9fe73, 0x7ab61748, {0x0p+0F, 0x0p+0F}, {0x0p+0F, 0x0p+0F}},
+    {kPlain, kHarsh, 0xa21c3902, 0xd6b45fff, {0x0p+0F, 0x0p+0F}, {0x0p+0F, 0x0p+0F}},
+};
+
+TEST(GoldenBits, wholeCallsGiveThePinnedBits) {
+  for (const TPinned& row : kPinned) EXPECT_EQ(detectTwice(row.joint, row.level), row);
+}
+
+}  // namespace
