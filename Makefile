@@ -16,7 +16,7 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan build-clang bench accuracy picture install format clean help
+.PHONY: build demo test test-asan test-arm build-clang bench accuracy picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -40,6 +40,10 @@ test-asan: ## the tests under the address and undefined-behaviour sanitizers
 	cmake -S . -B $(BUILD)-asan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
 	$(call compile,$(BUILD)-asan)
 	$(call run_tests,$(BUILD)-asan)
+
+test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
+	$(setup) arm
+	$(standalone) scripts/test-arm.sh $(BUILD)-arm $(JOBS) $(CMAKE_FLAGS)
 
 build-clang: ## build everything with clang
 	$(setup) build test bench clang
@@ -67,7 +71,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-clang demo-out
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-arm $(BUILD)-clang demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' Makefile

@@ -2,7 +2,7 @@
 # Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
 # and does nothing when all is there.
 #
-#   scripts/setup.sh build|test|bench|clang|format ...
+#   scripts/setup.sh build|test|arm|bench|clang|format ...
 set -euo pipefail
 
 # Prints "package probe" lines for a step; the probe is a command or, with a slash or dot, a header.
@@ -28,11 +28,19 @@ pkg-config               pkg-config
 binutils                 nm
 LIST
       ;;
+    arm)
+      cat <<'LIST'
+g++-aarch64-linux-gnu  aarch64-linux-gnu-g++
+qemu-user              qemu-aarch64
+cmake                  cmake
+make                   make
+LIST
+      ;;
     bench) echo "libbenchmark-dev benchmark/benchmark.h" ;;
     clang) echo "clang clang++" ;;
     format) echo "clang-format clang-format" ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, test, bench, clang or format" >&2
+      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang or format" >&2
       exit 2
       ;;
   esac
