@@ -1,5 +1,5 @@
-// How often a tracking frame asks for heap memory. Counts operator new of the whole program, and leaves it alone under
-// sanitizers, which bring their own.
+// How often a tracking frame asks for heap memory. Counts operator new of the whole program, and leaves it alone
+// under sanitizers, which bring their own.
 #include "scenarios/scenario.h"
 
 #include <gtest/gtest.h>
