@@ -16,7 +16,7 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan test-arm build-clang bench accuracy picture install format clean help
+.PHONY: build demo test test-asan test-arm build-clang bench bench-compare accuracy picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -55,6 +55,12 @@ bench: ## build and run the benchmarks
 	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
 	$(call compile,$(BUILD)) --target bench
 
+bench-compare: ## set the whole-frame figures beside those of another commit: make bench-compare REV=HEAD~1
+	$(setup) build bench
+	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
+	$(call compile,$(BUILD)) --target bench_whole_frame
+	scripts/bench-compare.sh "$(REV)" $(BUILD)/benchmarks/bench_whole_frame
+
 accuracy: ## print tables of the pixel errors of single stages
 	$(setup) build test
 	$(configure) -DZELWELD_BUILD_TESTS=ON
@@ -74,4 +80,4 @@ clean: ## remove what the targets above made
 	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-arm $(BUILD)-clang demo-out
 
 help: ## list the targets
-	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' Makefile
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

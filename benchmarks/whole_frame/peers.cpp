@@ -9,9 +9,9 @@ namespace bench {
 
 namespace {
 
-constexpr int kMinGrey = 30;        // of the brightest pixel in a column with a stripe
-constexpr int kHalfWindowPx = 15;   // in which the grey-weighted centre is taken
-constexpr int kMinStep = 4 * 30;    // of the Sobel response: 4 grey levels weigh 1 per row
+constexpr int kMinGrey = 30;       // of the brightest pixel in a column with a stripe
+constexpr int kHalfWindowPx = 15;  // in which the grey-weighted centre is taken
+constexpr int kMinStep = 4 * 30;   // of the Sobel response: 4 grey levels weigh 1 per row
 constexpr int kMaxThicknessPx = 100;
 constexpr double kSigmaPx = 3.5;
 constexpr float kMinCurvature = 1.0F;  // grey levels per square pixel, of the smoothed frame
@@ -110,7 +110,8 @@ TRidge ridgeAt(const TDerivatives& d, int y, int x) {
   const float yy = d.yy.at<float>(y, x);
   const float eigen = 0.5F * (xx + yy) - std::sqrt(0.25F * (xx - yy) * (xx - yy) + xy * xy);
   if (eigen > -kMinCurvature) return {};
-  const cv::Point2f along = std::abs(yy) > std::abs(xx) ? cv::Point2f(xy, eigen - xx) : cv::Point2f(eigen - yy, xy);
+  const cv::Point2f along =
+      std::abs(yy) > std::abs(xx) ? cv::Point2f(xy, eigen - xx) : cv::Point2f(eigen - yy, xy);
   const cv::Point2f normal = along / std::sqrt(along.dot(along));
   const float slope = d.x.at<float>(y, x) * normal.x + d.y.at<float>(y, x) * normal.y;
   const cv::Point2f offset = normal * (-slope / eigen);
@@ -139,11 +140,10 @@ TCentres findByBlurredMaximum(const cv::Mat& grey) {
 TCentres findBySobel(const cv::Mat& grey) {
   cv::Mat slope;
   cv::Sobel(grey, slope, CV_16S, 0, 1);
-  const cv::Mat columns = slope;
   TCentres centres;
   for (int x = 0; x < grey.cols; ++x) {
-    const TStepRows rows = steepestSteps(columns, x);
-    if (columns.at<short>(rows.rise, x) < kMinStep || columns.at<short>(rows.fall, x) > -kMinStep) continue;
+    const TStepRows rows = steepestSteps(slope, x);
+    if (slope.at<short>(rows.rise, x) < kMinStep || slope.at<short>(rows.fall, x) > -kMinStep) continue;
     centres.emplace_back(static_cast<float>(x), 0.5F * static_cast<float>(rows.rise + rows.fall));
   }
   return centres;

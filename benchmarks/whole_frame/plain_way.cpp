@@ -2,8 +2,8 @@
 
 #include "detectors/stripe_front_end.h"
 #include "geometry/line_fitting.h"
-#include "stripe/regions.h"
 #include "plain_extraction.h"
+#include "stripe/regions.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -19,10 +19,9 @@ TWeldLineRes detectGapPlainly(const cv::Mat& image, const TWeldParams& params, c
   const std::vector<cv::Rect> regions = weld::buildStripeRegions(grey.size(), guide, weld::kBandPx);
   TWeldLineRes result;
   result.stripePts = weld::plain::extractStripe(grey, regions, static_cast<int>(weld::kEdgeThreshold)).centres;
-  const TLinePara line =
-      previous.isFound ? weld::fitLine(result.stripePts, params.dPara4)
-                       : weld::fitLineRansac(params.angleRange4.min, params.angleRange4.max, params.dPara2,
-                                             params.dPara3, result.stripePts);
+  const TLinePara line = previous.isFound ? weld::fitLine(result.stripePts, params.dPara4)
+                                          : weld::fitLineRansac(params.angleRange4.min, params.angleRange4.max,
+                                                                params.dPara2, params.dPara3, result.stripePts);
   result.isFound = line.isValid;
   return result;
 }

@@ -80,14 +80,14 @@ TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector
 
 }  // namespace
 
-TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                               const cv::Mat& searchMask) {
-  const TCornerFrame frame{object, grey.size(), cornerParams(object.getWeldParameters())};
-  const std::vector<cv::Point2f> centres = extractStripe(object, grey, prevRes, searchMask).centres;
+  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters())};
+  const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
   TWeldLineRes result = prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes)
                                         : findCornerSeamFromPts(frame, centres);
   if (result.isFound) return result;
-  const std::vector<cv::Point2f> ridge = extractRidgeStripe(grey);
+  const std::vector<cv::Point2f> ridge = extractRidgeStripe(image);
   if (ridge.size() < kMinRidgePoints) return {};
   return findCornerSeamFromPts(frame, ridge);
 }

@@ -69,11 +69,11 @@ zelFit::TLineFitResult fitStripeLine(const std::vector<cv::Point2f>& stripePts, 
 
 }  // namespace
 
-TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
   TWeldLineRes result;
-  result.stripePts = extractStripe(object, grey, prevRes, searchMask).centres;
+  result.stripePts = extractStripe(object, image, prevRes, searchMask).centres;
   const zelFit::TLineFitResult line = fitStripeLine(result.stripePts, params, prevRes.isFound);
   const std::optional<cv::Point2f> seam = locateLineGap(line, result.stripePts, params);
   // Deliberate: a seam in the first row or column counts as not found.

@@ -9,7 +9,7 @@ namespace weld {
 
 // The widest interruption along the one line through the stripe. Not found: isFound false with the stripe
 // points of the frame.
-TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask);
 
 }  // namespace weld

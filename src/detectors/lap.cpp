@@ -55,14 +55,14 @@ struct TLapCorners {
 };
 
 std::optional<TLapCorners> findCorners(const TStripePiece& left, const TStripePiece& right,
-                                       const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                                       const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
                                        const TWeldParams& params) {
   const TPieceEnd leftEnd{left.endPt, left.endPt.y, lastPoints(left.pts)};
-  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, grey, params);
+  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, image, params);
   if (!leftCorner) return std::nullopt;
   // Deliberate: the right piece, too, is judged by the row where it ends, not by where it starts.
   const TPieceEnd rightEnd{right.startPt, right.endPt.y, firstPoints(right.pts)};
-  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, grey, params);
+  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, image, params);
   if (!rightCorner) return std::nullopt;
   // Deliberate: of the two markers only the left column and the right row are looked at.
   if (leftCorner->x == kNoGroovePos.x || rightCorner->y == kNoGroovePos.y) return std::nullopt;
@@ -102,10 +102,10 @@ std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vect
 }
 
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
-                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
                             const TWeldParams& params) {
   if (!left.isFitted || !right.isFitted || stripePts.size() < kMinStripePoints) return {};
-  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, grey, params);
+  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, image, params);
   if (!corners || !isLap(*corners, left, right, params)) return {};
   TWeldLineRes result;
   result.isFound = true;
@@ -114,14 +114,14 @@ TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
   return result;
 }
 
-TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
-  const std::vector<cv::Point2f> centres = extractStripe(object, grey, prevRes, searchMask).centres;
+  const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
   auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits));
   if (!pair) return {};
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);
-  return computeLapSeam(left, right, centres, grey, object.getWeldParameters());
+  return computeLapSeam(left, right, centres, image, object.getWeldParameters());
 }
 
 }  // namespace weld

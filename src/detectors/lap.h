@@ -14,7 +14,7 @@
 namespace weld {
 
 // The step between the facing ends of two pieces. Not found: the empty result.
-TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask);
 
 // The two pieces of a lap: nearly collinear touching neighbours are joined first; of more than two the ones with
@@ -23,7 +23,7 @@ std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vect
 
 // The seam of a left and a right piece, with every acceptance test.
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
-                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& grey,
+                            const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
                             const TWeldParams& params);
 
 }  // namespace weld

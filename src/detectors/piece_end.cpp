@@ -28,17 +28,17 @@ std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points) {
 }
 
 std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
-                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& grey,
+                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
                                           const TWeldParams& params) {
   float k = piece.k;
   float b = piece.b;
-  if (isOutsideMiddleBand(end.bandRow, grey.rows)) {
+  if (isOutsideMiddleBand(end.bandRow, image.rows)) {
     const TStripePiece refitted = fitPiece(end.pointsNearEnd, kPieceFitTolPx);
     if (!refitted.isFitted) return std::nullopt;
     k = refitted.k;
     b = refitted.b;
   }
-  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, grey, params.dPara2, params.dPara1);
+  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, image, params.dPara2, params.dPara1);
 }
 
 }  // namespace weld

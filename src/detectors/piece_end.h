@@ -30,7 +30,7 @@ std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points);
 // Corner of the piece at that end: the end moved along the line to where the lit stripe stops. Nothing when the
 // refit fails; the marker (-1, -1) when the line has too little support.
 std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
-                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& grey,
+                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
                                           const TWeldParams& params);
 
 }  // namespace weld

@@ -50,12 +50,12 @@ const TStripePiece* selectPlateLine(const std::vector<TStripePiece>& pieces, con
   return highest;
 }
 
-std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params) {
+std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params) {
   const TPieceEnd end{piece.endPt, piece.endPt.y, lastPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, grey, params);
+  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, image, params);
   if (!endCorner) return std::nullopt;
   const TPieceEnd start{piece.startPt, piece.startPt.y, firstPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, grey, params);
+  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, image, params);
   if (!startCorner) return std::nullopt;
   return TPlateEnds{*startCorner, *endCorner};
 }
@@ -97,10 +97,10 @@ void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double st
 }  // namespace
 
 // Deliberate: the markers (-1, -1) of the corner refinement are not looked at here.
-TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params) {
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params) {
   const double minWidthPx = params.dPara9;
   if (!piece.isFitted || piece.fitPts.size() < kMinPiecePoints) return {};
-  const std::optional<TPlateEnds> ends = findEnds(piece, grey, params);
+  const std::optional<TPlateEnds> ends = findEnds(piece, image, params);
   if (!ends || minWidthPx > widthOf(*ends)) return {};
   TWeldLineRes result;
   result.isFound = true;
@@ -110,13 +110,13 @@ TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& grey, co
   return result;
 }
 
-TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
-  const TStripe stripe = extractStripe(object, grey, prevRes, searchMask, kTrackingBandPx);
+  const TStripe stripe = extractStripe(object, image, prevRes, searchMask, kTrackingBandPx);
   const std::vector<TStripePiece> pieces = segmentStripe(stripe.centres, kPlateMergeLimits);
   const TStripePiece* plate = selectPlateLine(pieces, params);
-  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, grey, params) : TWeldLineRes{};
+  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, image, params) : TWeldLineRes{};
   showPlateInfo(object, result, stripe.widthPx);
   return result;
 }

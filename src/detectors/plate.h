@@ -15,10 +15,10 @@ public:
 
 // The seam between the two ends, with the line through them. Not found: the empty result. With the application
 // switch "NeedPrintPlateWeldInfo" on, every 21st successful frame of the object shows a message.
-TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask);
 
 // The seam of one piece: corners at its ends, width, line through the corners.
-TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& grey, const TWeldParams& params);
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params);
 
 }  // namespace weld

@@ -20,22 +20,22 @@ bool isStripePresent(std::size_t countNow, std::size_t countBefore) {
   return std::abs(static_cast<float>(std::abs(quotient)) - 1.0F) > kMinChange;
 }
 
-std::vector<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+std::vector<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                                        const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
   const bool usesRidges = params.flagPara1;
   const bool searchesNearPrevious = params.flagPara2;
-  if (usesRidges) return extractRidgeStripe(grey);
-  if (searchesNearPrevious) return extractStripe(object, grey, prevRes, searchMask).centres;
-  return extractWholeStripe(object, grey, searchMask).centres;
+  if (usesRidges) return extractRidgeStripe(image);
+  if (searchesNearPrevious) return extractStripe(object, image, prevRes, searchMask).centres;
+  return extractWholeStripe(object, image, searchMask).centres;
 }
 
 }  // namespace
 
-TWeldLineRes checkStripePresence(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TWeldLineRes checkStripePresence(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                                  const cv::Mat& searchMask) {
   TWeldLineRes result;
-  result.stripePts = extractPoints(object, grey, prevRes, searchMask);
+  result.stripePts = extractPoints(object, image, prevRes, searchMask);
   if (result.stripePts.empty()) return result;
   result.isFound = isStripePresent(result.stripePts.size(), prevRes.stripePts.size());
   return result;

@@ -3,6 +3,7 @@
 #include "geometry/line_fitting.h"
 #include "stripe/regions.h"
 #include "stripe/ridge.h"
+#include "support/grey_image.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,33 +16,33 @@ namespace {
 constexpr double kRidgeMaxSigmaPx = 6.0;
 constexpr double kRidgeMinContrast = 30.0;  // grey levels
 
-TStripe extractInRegions(TDetectorObject& object, const cv::Mat& grey, const std::vector<cv::Rect>& regions) {
-  CV_Assert(grey.dims == 2 && grey.type() == CV_8UC1);
-  TStripeCentres stripe = extractStripeCentres(grey, regions, kEdgeThreshold);
+TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions) {
+  requireReadable(image);
+  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold);
   object.setSamplinePointsStatus(std::move(stripe.status));
   return {std::move(stripe.points), stripe.modalWidthPx};
 }
 
 }  // namespace
 
-TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& grey, const cv::Mat& searchMask) {
-  return extractInRegions(object, prepareSearchImage(grey, searchMask),
-                          buildStripeRegions(grey.size(), {}, kBandPx));
+TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask) {
+  return extractInRegions(object, prepareSearchImage(image, searchMask),
+                          buildStripeRegions(image.size(), {}, kBandPx));
 }
 
-TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& grey,
+TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
                           const std::vector<cv::Point2f>& previousStripe, int bandPx) {
-  return extractInRegions(object, grey, buildStripeRegions(grey.size(), toIntPoints(previousStripe), bandPx));
+  return extractInRegions(object, image, buildStripeRegions(image.size(), toIntPoints(previousStripe), bandPx));
 }
 
-TStripe extractStripe(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                       const cv::Mat& searchMask, int trackingBandPx) {
-  if (prevRes.isFound) return extractStripeNear(object, grey, prevRes.stripePts, trackingBandPx);
-  return extractWholeStripe(object, grey, searchMask);
+  if (prevRes.isFound) return extractStripeNear(object, image, prevRes.stripePts, trackingBandPx);
+  return extractWholeStripe(object, image, searchMask);
 }
 
-std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& grey) {
-  const std::vector<TRidgePoint> ridge = extractRidgeCentres(grey, kRidgeMaxSigmaPx, kRidgeMinContrast);
+std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& image) {
+  const std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image), kRidgeMaxSigmaPx, kRidgeMinContrast);
   std::vector<cv::Point2f> centres;
   centres.reserve(ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),

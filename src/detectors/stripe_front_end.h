@@ -18,21 +18,21 @@ struct TStripe {
   double widthPx = 0.0;
 };
 
-// Each of these stores the column status in the object. An image that is not 8-bit with one channel raises
-// cv::Exception.
+// Each of these stores the column status in the object. An image that is not 8-bit with one, 3 or 4 channels
+// raises cv::Exception.
 
 // Stripe centres of the whole image, where the mask is empty or not zero.
-TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& grey, const cv::Mat& searchMask);
+TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask);
 
 // Stripe centres in a band around the previous stripe.
-TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& grey,
+TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
                           const std::vector<cv::Point2f>& previousStripe, int bandPx);
 
 // Near the previous stripe when the previous frame found its seam, in the whole image otherwise.
-TStripe extractStripe(TDetectorObject& object, const cv::Mat& grey, const TWeldLineRes& prevRes,
+TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                       const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 
 // Ridges instead of edge pairs, always in the whole image; the column status is left alone.
-std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& grey);
+std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& image);
 
 }  // namespace weld

@@ -1,10 +1,12 @@
 #include "geometry/groove.h"
 
 #include "geometry/line_fitting.h"
+#include "support/grey_image.h"
 #include "support/line_math.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace weld {
 
@@ -53,22 +55,22 @@ TProfileRange profileRange(const std::vector<cv::Point2f>& support, float roughX
 
 float lineRow(float k, float b, int x) { return k * static_cast<float>(x) + b; }
 
-std::vector<int> sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b) {
-  std::vector<int> greys;
-  greys.reserve(static_cast<std::size_t>(range.count));
+// Grey values along the line, in one row.
+cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b) {
+  cv::Mat pixels(1, range.count, image.type());
   for (int i = 0; i < range.count; ++i) {
     const int x = range.firstX + i * range.step;
     const int row = std::clamp(truncToInt(lineRow(k, b, x)), 0, image.rows - 1);
-    greys.push_back(image.at<uchar>(row, x));
+    std::memcpy(pixels.ptr(0, i), image.ptr(row, x), image.elemSize());
   }
-  return greys;
+  return toGrey(pixels);
 }
 
 // The first of the largest drops from the mean before a sample to the mean after it.
-TDrop steepestDrop(const std::vector<int>& greys) {
+TDrop steepestDrop(const cv::Mat& profile) {
   TDrop best;
-  const int count = static_cast<int>(greys.size());
-  for (int j = kMeanSamples; j < count - kMeanSamples; ++j) {
+  const unsigned char* const greys = profile.ptr();
+  for (int j = kMeanSamples; j < profile.cols - kMeanSamples; ++j) {
     const int before = (greys[j - 3] + greys[j - 2] + greys[j - 1]) / kMeanSamples;
     const int after = (greys[j + 1] + greys[j + 2] + greys[j + 3]) / kMeanSamples;
     if (before - after > best.grey) best = {j, before - after};
@@ -83,7 +85,7 @@ cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point
   const std::vector<cv::Point2f> support =
       selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts);
   if (support.size() < kMinSupport) return kNoGroovePos;
-  CV_Assert(image.dims == 2 && image.type() == CV_8UC1);
+  requireReadable(image);
   const TProfileRange range = profileRange(support, roughPos.x, image.cols);
   if (range.count < kMinSamples || image.rows == 0) return kNoGroovePos;
   const TDrop drop = steepestDrop(sampleProfile(image, range, k, b));

@@ -11,8 +11,8 @@ namespace weld {
 // slopeFactor * its step in x. Fewer than 2 points stay as they are.
 std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor);
 
-// Averages x and y over the six points i - 3 .. i + 2; the first 3 and the last 2 points stay. Fewer than 4 points stay as they
-// are, 4 to 6 points come out empty.
+// Averages x and y over the six points i - 3 .. i + 2; the first 3 and the last 2 points stay. Fewer than 4 points
+// stay as they are, 4 to 6 points come out empty.
 std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
 
 // The stripe as it gets cut: without steep jumps, smoothed. Empty when a point is not finite or absurdly far away.

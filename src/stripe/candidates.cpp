@@ -31,9 +31,11 @@ void sortByColumn(std::vector<TStripeCandidate>& candidates) {
   }
 }
 
-// The candidates must be in column order.
-TCandidateTable makeTable(std::vector<TStripeCandidate> candidates) {
+// The candidates must be in column order. `memory` is taken over, whatever it holds.
+TCandidateTable makeTable(std::vector<TStripeCandidate> candidates, std::vector<int> memory = {}) {
   TCandidateTable table;
+  table.begin = std::move(memory);
+  table.begin.clear();
   table.begin.reserve(candidates.size() + 1);
   int column = -1;
   const int count = static_cast<int>(candidates.size());
@@ -76,7 +78,7 @@ TCandidateTable keepWidths(TCandidateTable table, const TWidthBand& band) {
   });
   if (firstOutside == candidates.end()) return table;
   candidates.erase(firstOutside, candidates.end());
-  return makeTable(std::move(candidates));
+  return makeTable(std::move(candidates), std::move(table.begin));
 }
 
 bool isJump(cv::Point2f from, cv::Point2f to) {

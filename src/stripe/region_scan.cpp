@@ -1,5 +1,7 @@
 #include "stripe/region_scan.h"
 
+#include "support/grey_image.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -23,21 +25,21 @@ int stripeCentroid(int low, int sum, int moment) {
 
 cv::Mat padToStrip(const cv::Mat& image) {
   if (image.cols >= kStripColumns) return image;
-  cv::Mat padded = cv::Mat::zeros(image.rows, kStripColumns, CV_8UC1);
+  cv::Mat padded = cv::Mat::zeros(image.rows, kStripColumns, image.type());
   image.copyTo(padded.colRange(0, image.cols));
   return padded;
 }
 
 }  // namespace
 
-TRegionScanner::TRegionScanner(const cv::Mat& image, int edgeThreshold, const TEdgeKernels& edgeKernels)
-    : grey(padToStrip(image)),
-      imageSize(image.size()),
+TRegionScanner::TRegionScanner(const cv::Mat& frame, int edgeThreshold, const TEdgeKernels& edgeKernels)
+    : image(padToStrip(frame)),
+      imageSize(frame.size()),
       threshold(edgeThreshold),
       kernels(edgeKernels),
-      edgeRows(static_cast<std::size_t>(image.rows)) {
-  candidates.reserve(image.cols);
-  status.reserve(image.cols);
+      edgeRows(static_cast<std::size_t>(frame.rows)) {
+  candidates.reserve(frame.cols);
+  status.reserve(frame.cols);
 }
 
 void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
@@ -45,8 +47,12 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   if (scanned.empty()) return;
 
   const int strips = (scanned.width + kStripColumns - 1) / kStripColumns;
-  const int lastStrip = std::min(kStripColumns * (strips - 1), grey.cols - kStripColumns - scanned.x);
-  const TScanArea area{grey.ptr(scanned.y, scanned.x), grey.step, scanned.height, strips, lastStrip, threshold};
+  const int right = std::min(scanned.x + kStripColumns * strips, image.cols);
+  const int left = std::min(scanned.x, right - kStripColumns);
+  const int lastStrip = right - kStripColumns - scanned.x;
+  const cv::Mat grey = toGrey(image(cv::Rect(left, scanned.y, right - left, scanned.height)));
+  const unsigned char* const pixels = grey.ptr(0, scanned.x - left);
+  const TScanArea area{pixels, grey.step, scanned.height, strips, lastStrip, threshold};
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
   marks.allocate(static_cast<std::size_t>(strips) * words);
   std::fill_n(marks.data(), marks.size(), 0);

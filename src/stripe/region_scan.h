@@ -24,10 +24,10 @@ enum TColumnStatus : int { kCentreFound = 0, kEdgeMissing = 1, kNoPair = 2 };
 // and one status for every column.
 class TRegionScanner {
 public:
-  //   image      8-bit grey.
+  //   frame      8-bit grey, BGR or BGRA; in colour the regions are converted.
   //   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed;
   //              -1 .. 255.
-  TRegionScanner(const cv::Mat& image, int threshold, const TEdgeKernels& kernels = chooseEdgeKernels());
+  TRegionScanner(const cv::Mat& frame, int threshold, const TEdgeKernels& kernels = chooseEdgeKernels());
 
   // A region with negative x or y or less than two columns inside the image adds nothing; what lies beyond
   // the right and lower border is left out.
@@ -39,7 +39,7 @@ public:
 private:
   void appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs);
 
-  cv::Mat grey;  // at least as wide as a strip
+  cv::Mat image;  // at least as wide as a strip
   cv::Size imageSize;
   int threshold;
   const TEdgeKernels& kernels;

@@ -74,6 +74,9 @@ TEST(Dispatch, colourImagesGiveTheResultOfTheirGreyConversion) {
     ASSERT_FALSE(expected.stripePts.empty());
     expectSameResult(detectWeldLineViaTracking(bgr, params, {}), expected);
     expectSameResult(detectWeldLineViaTracking(bgra, params, {}), expected);
+    const TWeldLineRes tracked = detectWeldLineViaTracking(converted, params, expected);
+    expectSameResult(detectWeldLineViaTracking(bgr, params, expected), tracked);
+    expectSameResult(detectWeldLineViaTracking(bgra, params, expected), tracked);
   }
 }
 

@@ -143,7 +143,7 @@ TEST(RefineGroovePos, wildArgumentsAreHarmless) {
               weld::kNoGroovePos);
   }
   EXPECT_THROW(refine(support, 138.0F, cv::Mat(kRows, kCols, CV_16UC1, cv::Scalar(0))), cv::Exception);
-  EXPECT_THROW(refine(support, 138.0F, cv::Mat(kRows, kCols, CV_8UC3, cv::Scalar(0))), cv::Exception);
+  EXPECT_THROW(refine(support, 138.0F, cv::Mat(kRows, kCols, CV_8UC2, cv::Scalar(0))), cv::Exception);
 }
 
 TEST(ModifySingleVGroovePos, takesSupportAndDropFromTheParameters) {

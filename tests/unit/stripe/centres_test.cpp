@@ -141,13 +141,21 @@ TEST(ExtractStripeCentres, ColumnsWithoutStripeLeaveAStatus) {
   }
 }
 
-TEST(ExtractStripeCentres, ColourIsConverted) {
-  const cv::Mat grey = drawStripe({320, 240}, 0.1, 100.0);
-  const TStripeCentres expected = extractStripeCentres(grey, wholeOf(grey), kThreshold);
-  for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
-    cv::Mat colour;
-    cv::cvtColor(grey, colour, code);
-    EXPECT_EQ(extractStripeCentres(colour, wholeOf(colour), kThreshold).points, expected.points);
+TEST(ExtractStripeCentres, ColourIsConvertedInsideTheRegions) {
+  for (const cv::Size size : {cv::Size(320, 240), cv::Size(20, 240)}) {
+    const cv::Mat grey = drawStripe(size, 0.1, 100.0);
+    const std::vector<cv::Rect> cases[] = {
+        wholeOf(grey), {{3, 70, 12, 60}}, {{1, 60, 98, 80}, {99, 65, 500, 90}}};
+    for (const std::vector<cv::Rect>& regions : cases) {
+      const TStripeCentres expected = extractStripeCentres(grey, regions, kThreshold);
+      for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
+        cv::Mat colour;
+        cv::cvtColor(grey, colour, code);
+        const TStripeCentres found = extractStripeCentres(colour, regions, kThreshold);
+        EXPECT_EQ(found.points, expected.points) << size << regions.back();
+        EXPECT_EQ(found.status.size(), expected.status.size()) << size << regions.back();
+      }
+    }
   }
 }
 
