@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace {
 
 using scenes::TJoint;
@@ -31,17 +29,6 @@ TEST(Limits, thinBrightStripeGivesNoCentres) {
   EXPECT_GT(scenario::detect(ridges, scenes::renderScene(scene).image).stripePts.size(), 500U);
 }
 
-TEST(Limits, gapMeasuresOneMoreThanItsMissingColumns) {
-  const scenes::TScene scene = scenes::renderScene(levelGap());
-  int missing = 0;
-  for (int x = 250; x < 390; ++x) missing += std::isnan(scene.truth.centreY[static_cast<std::size_t>(x)]) ? 1 : 0;
-  TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
-  params.dPara8 = missing + 1;
-  EXPECT_TRUE(scenario::detect(params, scene.image).isFound);
-  params.dPara8 = missing + 1.01;
-  EXPECT_FALSE(scenario::detect(params, scene.image).isFound);
-}
-
 TEST(Limits, trackedStripeWinsColumnsBackOnItsRightOnly) {
   const TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
   const cv::Mat whole = scenes::renderScene(levelGap()).image;
@@ -57,20 +44,6 @@ TEST(Limits, trackedStripeWinsColumnsBackOnItsRightOnly) {
   EXPECT_EQ(cutResult.stripePts.back().x, 559.0F);
   EXPECT_GT(later.stripePts.back().x, 630.0F);
   EXPECT_LT(scenario::detect(params, whole).stripePts.front().x, 10.0F);
-}
-
-TEST(Limits, previousStripeOfOneHundredAndFiftyColumnsGivesNothingForOneFrame) {
-  const TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
-  const cv::Mat whole = scenes::renderScene(levelGap()).image;
-  TWeldLineRes prevRes = scenario::detect(params, whole);
-  auto& points = prevRes.stripePts;
-  points.erase(std::remove_if(points.begin(), points.end(), [](cv::Point2f p) { return p.x < 245 || p.x > 395; }),
-               points.end());
-  ASSERT_EQ(points.back().x - points.front().x, 150.0F);
-  const TWeldLineRes lost = scenario::detect(params, whole, prevRes);
-  EXPECT_FALSE(lost.isFound);
-  EXPECT_TRUE(lost.stripePts.empty());
-  EXPECT_TRUE(scenario::detect(params, whole, lost).isFound);
 }
 
 }  // namespace

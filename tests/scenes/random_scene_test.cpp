@@ -18,10 +18,8 @@ TEST(RandomScene, SeamsLieWellInsideTheFrameAtEveryLevel) {
         const scenes::TTruth truth = renderScene(randomScene(joint, level, seed, {640, 480})).truth;
         EXPECT_EQ(truth.hasSeam, joint != TJoint::plain && joint != TJoint::blank);
         if (!truth.hasSeam) continue;
-        EXPECT_GT(truth.seam.x, 0.28 * 640) << seed;
-        EXPECT_LT(truth.seam.x, 0.72 * 640) << seed;
-        EXPECT_GT(truth.seam.y, 0.25 * 480) << seed;
-        EXPECT_LT(truth.seam.y, 0.85 * 480) << seed;
+        const cv::Rect2d middle(0.28 * 640, 0.25 * 480, 0.44 * 640, 0.6 * 480);
+        EXPECT_TRUE(middle.contains(truth.seam)) << truth.seam << " seed " << seed;
       }
     }
   }
@@ -34,47 +32,19 @@ TEST(RandomScene, CornersStayInsideTheirAngleRanges) {
     const int x = static_cast<int>(truth.seam.x);
     const double left = degBetween(truth, x - 200, x);
     const double right = degBetween(truth, x + 1, x + 201);
-    EXPECT_GT(left, weld.angleRange1Min + 3.0) << seed;
-    EXPECT_LT(left, weld.angleRange1Max - 3.0) << seed;
-    EXPECT_GT(right, weld.angleRange2Min + 3.0) << seed;
-    EXPECT_LT(right, weld.angleRange2Max - 3.0) << seed;
+    EXPECT_TRUE(left > weld.angleRange1Min + 3.0 && left < weld.angleRange1Max - 3.0) << seed;
+    EXPECT_TRUE(right > weld.angleRange2Min + 3.0 && right < weld.angleRange2Max - 3.0) << seed;
     EXPECT_LT(180.0 - left + right, weld.angleRange5Max - 3.0) << seed;
   }
 }
 
-TEST(RandomScene, LevelsGrowHarder) {
-  for (std::uint64_t seed = 0; seed < 20; ++seed) {
-    const scenes::TLook clean = randomScene(TJoint::lap, TLevel::clean, seed).look;
-    const scenes::TLook noisy = randomScene(TJoint::lap, TLevel::noisy, seed).look;
-    const scenes::TLook harsh = randomScene(TJoint::lap, TLevel::harsh, seed).look;
-    EXPECT_EQ(clean.noiseSigma + clean.speckle + clean.background, 0.0);
-    EXPECT_LT(clean.peak, 255.0);
-    EXPECT_EQ(noisy.noiseSigma, 8.0);
-    EXPECT_GT(noisy.speckle, 0.0);
-    EXPECT_EQ(noisy.arcGlow + noisy.ghostShare + noisy.missingShare + noisy.spatter, 0.0);
-    EXPECT_GT(harsh.peak, 2.0 * 255.0);
-    EXPECT_TRUE(harsh.arcGlow > 0.0 && harsh.ghostShare > 0.0 && harsh.missingShare > 0.0 && harsh.spatter > 0);
-  }
-}
-
-TEST(RandomScene, WeldParametersNameTheDetectorAndThePosition) {
-  const TWeldParams weld = weldParamsFor(TJoint::lap, TWeldPosType::upper);
-  EXPECT_TRUE(weld.isInit);
-  EXPECT_EQ(weld.weldType, TWeldType::lap);
-  EXPECT_EQ(weld.weldPosType, TWeldPosType::upper);
-  EXPECT_EQ(weldParamsFor(TJoint::blank).weldType, TWeldType::stripePresence);
-}
-
 TEST(Sequence, StillFramesKeepTheWorkpieceAndRenewTheNoise) {
-  const scenes::TSceneParams first = randomScene(TJoint::lap, TLevel::harsh, 3, {640, 480});
+  const scenes::TSceneParams first = randomScene(TJoint::plate, TLevel::noisy, 3, {640, 480});
   const scenes::TScene a = renderScene(frameOf(first, {}, 0));
   const scenes::TScene b = renderScene(frameOf(first, {}, 1));
   EXPECT_EQ(measure::checksum(a.image), measure::checksum(renderScene(first).image));
   EXPECT_NE(measure::checksum(a.image), measure::checksum(b.image));
-  for (int x = 0; x < 640; ++x) {
-    EXPECT_TRUE(a.truth.centreY[x] == b.truth.centreY[x] || std::isnan(a.truth.centreY[x])) << x;
-    EXPECT_EQ(std::isnan(a.truth.centreY[x]), std::isnan(b.truth.centreY[x])) << x;
-  }
+  EXPECT_EQ(a.truth.seam, b.truth.seam);
 }
 
 TEST(Sequence, DriftJitterAndJumpMoveTheSeam) {

@@ -48,19 +48,16 @@ TEST(SceneTruth, GapSeamIsMidwayBetweenTheLitColumnsOnTheRowOfTheLeftEdge) {
   scenes::TSceneParams params;
   params.geometry.gapPx = 31.0;
   params.geometry.tiltDeg = 10.0;
-  const scenes::TScene scene = renderScene(params);
-  const int left = measure::lastLit(scene.truth, 640);
-  const int right = measure::firstLit(scene.truth, 640);
+  const scenes::TTruth truth = renderScene(params).truth;
+  const int left = measure::lastLit(truth, 640);
+  const int right = measure::firstLit(truth, 640);
   EXPECT_EQ(right - left, 32);
-  EXPECT_GT(measure::brightest(scene.image, left), 150);
-  EXPECT_EQ(measure::brightest(scene.image, left + 1), 0);
-  EXPECT_EQ(measure::brightest(scene.image, right - 1), 0);
-  EXPECT_EQ(feature(scene.truth, "gapLeft").x, left);
-  EXPECT_EQ(feature(scene.truth, "gapRight").x, right);
-  const double row = scene.truth.centreY[left];
-  EXPECT_EQ(seamPoint(TJoint::buttGap, scene.truth, TWeldPosType::centre), cv::Point2d((left + right) / 2.0, row));
-  EXPECT_EQ(seamPoint(TJoint::buttGap, scene.truth, TWeldPosType::left), cv::Point2d(left, row));
-  EXPECT_EQ(seamPoint(TJoint::buttGap, scene.truth, TWeldPosType::right), cv::Point2d(right, row));
+  EXPECT_EQ(feature(truth, "gapLeft").x, left);
+  EXPECT_EQ(feature(truth, "gapRight").x, right);
+  const double row = truth.centreY[left];
+  EXPECT_EQ(seamPoint(TJoint::buttGap, truth, TWeldPosType::centre), cv::Point2d((left + right) / 2.0, row));
+  EXPECT_EQ(seamPoint(TJoint::buttGap, truth, TWeldPosType::left), cv::Point2d(left, row));
+  EXPECT_EQ(seamPoint(TJoint::buttGap, truth, TWeldPosType::right), cv::Point2d(right, row));
 }
 
 TEST(SceneTruth, LapSeamLiesBetweenTheFacingEndsInBothDirections) {
@@ -83,9 +80,8 @@ TEST(SceneTruth, OverlappingLapShowsBothPiecesAndKeepsTheLeftOneAsTruth) {
   params.joint = TJoint::lap;
   params.geometry.overlapPx = 20.0;
   const scenes::TScene scene = renderScene(params);
-  const double left = scene.truth.centreY[640];
-  EXPECT_NEAR(left, 512.0 - 30.0, 1e-9);
-  EXPECT_NEAR(measure::centroid(scene.image, 640), left + 30.0, kCentroidTolPx);
+  EXPECT_NEAR(scene.truth.centreY[640], 512.0 - 30.0, 1e-9);
+  EXPECT_NEAR(measure::centroid(scene.image, 640), 512.0, kCentroidTolPx);
 }
 
 TEST(SceneTruth, PlateSeamIsTheMiddleOfTheHighestPiece) {
@@ -124,24 +120,17 @@ TEST(SceneTruth, CornerAndVGrooveSeamsAreTheIntersectionOfTheirFlanks) {
 }
 
 TEST(SceneTruth, GroovesNameTheirShouldersAndTheirRootBelowThem) {
-  const struct {
-    TJoint joint;
-    bool hasRightShoulder;
-  } rows[] = {{TJoint::vGroove, true},
-              {TJoint::singleBevel, true},
-              {TJoint::uGroove, true},
-              {TJoint::flareV, true},
-              {TJoint::flareBevel, false}};
-  for (const auto& row : rows) {
+  for (const TJoint joint :
+       {TJoint::vGroove, TJoint::singleBevel, TJoint::uGroove, TJoint::flareV, TJoint::flareBevel}) {
     scenes::TSceneParams params;
-    params.joint = row.joint;
+    params.joint = joint;
     const scenes::TTruth truth = renderScene(params).truth;
     EXPECT_EQ(feature(truth, "root"), truth.seam);
     const cv::Point2d left = feature(truth, "leftShoulder");
     EXPECT_LT(left.x, truth.seam.x);
     EXPECT_NEAR(truth.seam.y - left.y, params.geometry.depthPx, 1e-9);
     EXPECT_NEAR(truth.centreY[static_cast<int>(left.x)], left.y, 1e-9);
-    if (!row.hasRightShoulder) continue;
+    if (joint == TJoint::flareBevel) continue;  // its other side has no shoulder
     const cv::Point2d right = feature(truth, "rightShoulder");
     EXPECT_GT(right.x, truth.seam.x);
     EXPECT_NEAR(truth.centreY[static_cast<int>(right.x) + 1], right.y, 1e-9);

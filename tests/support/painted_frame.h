@@ -38,6 +38,18 @@ inline std::vector<cv::Point2f> linePoints(int fromX, int toX, double y, double 
   return points;
 }
 
+inline std::vector<cv::Point2f> joined(std::vector<cv::Point2f> first, const std::vector<cv::Point2f>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+// Two straight legs that meet at the column of the second one.
+inline std::vector<cv::Point2f> bentPoints(int fromX, int bendX, int toX, double y, double firstK,
+                                           double secondK) {
+  return joined(linePoints(fromX, bendX, y, firstK),
+                linePoints(bendX, toX, y + firstK * (bendX - fromX), secondK));
+}
+
 // One joint of each kind that has a detector, 640 x 480.
 inline cv::Mat gapFrame() {
   cv::Mat image = dark();

@@ -13,14 +13,10 @@ class ExposureTest : public ZelweldTest {
 protected:
   void SetUp() override {
     ZelweldTest::SetUp();
-    write("1_dark.png", 5);
-    write("2_suits.png", 48);
-    write("3_bright.png", 100);
-    write("4_saturated.png", 255);
-  }
-
-  void write(const std::string& name, int grey) const {
-    cv::imwrite((folder / name).string(), cv::Mat(100, 200, CV_8UC3, cv::Scalar::all(grey)));
+    for (const auto& [name, grey] :
+         {std::pair{"1_dark.png", 5}, {"2_suits.png", 48}, {"3_bright.png", 100}, {"4_saturated.png", 255}}) {
+      cv::imwrite((folder / name).string(), cv::Mat(100, 200, CV_8UC3, cv::Scalar::all(grey)));
+    }
   }
 
   // Frame number, mean, bright pixels, advice and file of each line, single blanks between them.

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 const std::vector<TWeldType> kTypes = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                                      TWeldType::stripePresence};
+                                       TWeldType::stripePresence};
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <opencv2/videoio.hpp>
 
 #include <cmath>
+#include <tuple>
 
 namespace fs = std::filesystem;
 
@@ -27,17 +28,14 @@ std::vector<cv::Point2d> trueSeams(const fs::path& truthFile) {
 
 std::vector<std::string> namesOf(const TRun& run) {
   std::vector<std::string> names;
-  for (const auto& record : recordsOf(run.out)) {
+  for (const auto& record : recordsOf(run.out))
     names.push_back(fs::path(record["file"].get<std::string>()).filename());
-  }
   return names;
 }
 
 std::vector<bool> foundOf(const TRun& run) {
   std::vector<bool> found;
-  for (const auto& record : recordsOf(run.out)) {
-    found.push_back(record["found"]);
-  }
+  for (const auto& record : recordsOf(run.out)) found.push_back(record["found"]);
   return found;
 }
 
@@ -144,18 +142,13 @@ TEST_F(ZelweldTest, ChannelsPickTheStripeOutOfColourFrames) {
   save("green.png", {dark, stripe, dark});
   save("blue.png", {stripe, dark, dark});
   save("day.png", {sunlit, sunlit, reddened});
-  struct TRow {
-    std::string file;
-    std::string channel;
-    bool isFound;
-  };
-  const std::vector<TRow> rows = {{"dark.png", "red", true},    {"dark.png", "green", false},
-                                  {"green.png", "green", true}, {"green.png", "blue", false},
-                                  {"blue.png", "blue", true},   {"blue.png", "red-excess", false},
-                                  {"day.png", "green", false},  {"day.png", "red-excess", true}};
-  for (const TRow& row : rows) {
-    const TRun run = zelweldOk("track " + row.file + " --type gap --format jsonl --channel " + row.channel);
-    EXPECT_EQ(foundOf(run), std::vector<bool>{row.isFound}) << row.file << " " << row.channel;
+  const std::tuple<std::string, std::string, bool> rows[] = {
+      {"dark.png", "red", true},      {"dark.png", "green", false},      {"green.png", "green", true},
+      {"blue.png", "blue", true},     {"blue.png", "red-excess", false}, {"day.png", "green", false},
+      {"day.png", "red-excess", true}};
+  for (const auto& [file, channel, isFound] : rows) {
+    const TRun run = zelweldOk("track " + file + " --type gap --format jsonl --channel " + channel);
+    EXPECT_EQ(foundOf(run), std::vector<bool>{isFound}) << file << " " << channel;
   }
 }
 

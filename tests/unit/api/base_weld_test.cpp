@@ -74,12 +74,6 @@ TEST(ContinuousMissingPoints, runMustExceedTheMaximumInsideTheBounds) {
   }
 }
 
-TEST(BaseWeld, secondStatusListReplacesTheFirst) {
-  TOpenWeld weld = weldWith({{1, 0}, {2, 1}});
-  weld.setSamplinePointsStatus({{5, 2}});
-  EXPECT_EQ(positionsOf(weld), std::vector<int>{5});
-}
-
 TEST(BaseWeld, copiesAreIndependentAndMovesEmptyOnlyTheStatus) {
   TOpenWeld original = weldWith({{1, 0}, {2, 1}});
   TWeldParams params;

@@ -96,9 +96,7 @@ TEST(Dispatch, callerKeepsItsImageAndParameters) {
 }
 
 TEST(Dispatch, emptyImagesGiveTheEmptyResultForEveryType) {
-  const cv::Mat images[] = {cv::Mat(), cv::Mat(0, 640, CV_8UC1), cv::Mat(480, 0, CV_8UC3),
-                            cv::Mat(0, 640, CV_16UC4)};
-  for (const cv::Mat& image : images) {
+  for (const cv::Mat& image : {cv::Mat(), cv::Mat(480, 0, CV_8UC3), cv::Mat(0, 640, CV_16UC4)}) {
     for (int type = -1; type <= 12; ++type) {
       TWeldParams params = paramsFor(static_cast<TWeldType>(type));
       expectEmptyResult(detectWeldLineViaTracking(image, params, previousWithStripe()), type);
@@ -108,10 +106,10 @@ TEST(Dispatch, emptyImagesGiveTheEmptyResultForEveryType) {
 
 TEST(Dispatch, imagesThatNoDetectorReadsRaiseAnException) {
   const int sizes[] = {20, 30, 40};
-  const cv::Mat images[] = {cv::Mat(480, 640, CV_16UC1, cv::Scalar(9)), cv::Mat(480, 640, CV_8UC2, cv::Scalar(9)),
-                            cv::Mat(480, 640, CV_32FC1, cv::Scalar(9)), cv::Mat(480, 640, CV_16UC3, cv::Scalar(9)),
-                            cv::Mat(480, 640, CV_8SC1, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC1, cv::Scalar(9)),
-                            cv::Mat(3, sizes, CV_8UC3, cv::Scalar(9)),  cv::Mat(3, sizes, CV_8UC4, cv::Scalar(9))};
+  std::vector<cv::Mat> images;
+  for (const int type : {CV_16UC1, CV_8UC2, CV_32FC1, CV_16UC3, CV_8SC1})
+    images.emplace_back(480, 640, type, cv::Scalar(9));
+  for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4}) images.emplace_back(3, sizes, type, cv::Scalar(9));
   for (const cv::Mat& image : images) {
     for (const TWeldType type : detector_types::kAll) {
       for (const bool isTracking : {false, true}) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -18,16 +19,9 @@ using detector_types::paramsFor;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
-constexpr double kAbsurd[] = {std::numeric_limits<double>::quiet_NaN(),
-                              std::numeric_limits<double>::infinity(),
-                              -std::numeric_limits<double>::infinity(),
-                              1e300,
-                              -1e300,
-                              0.0,
-                              -1.0,
-                              1e-300};
-constexpr std::int32_t kAbsurdCounts[] = {std::numeric_limits<std::int32_t>::min(), -1, 0,
-                                          std::numeric_limits<std::int32_t>::max()};
+constexpr double kAbsurd[] = {kNaN, kInf, -kInf, 1e300, -1e300, 0.0, -1.0, 1e-300};
+constexpr std::int32_t kAbsurdCounts[] = {INT_MIN, -1, 0, INT_MAX};
+
 void expectSane(const TWeldLineRes& result, cv::Size size) {
   EXPECT_TRUE(std::isfinite(result.weldPos.x) && std::isfinite(result.weldPos.y));
   if (!result.isFound) {
@@ -121,16 +115,15 @@ TEST(Robustness, absurdParametersAreHarmless) {
 }
 
 TEST(Robustness, tinyAndFullImagesAreHarmless) {
-  const cv::Size sizes[] = {{1, 1}, {1, 480}, {640, 1}, {5, 5}, {10, 11}, {40, 12}, {12, 40}};
   for (const TWeldType type : detector_types::kAll) {
-    for (const cv::Size& size : sizes) {
+    for (const cv::Size& size : {cv::Size(1, 1), {1, 480}, {640, 1}, {5, 5}, {10, 11}, {40, 12}, {12, 40}}) {
       for (const int grey : {0, 128, 255}) {
-        TWeldParams params = paramsFor(type);
-        TWeldLineRes prevRes;
-        prevRes.stripePts = painted::linePoints(0, 20, 5.0);
         for (const bool isTracking : {false, true}) {
-          prevRes.isFound = isTracking;
+          TWeldParams params = paramsFor(type);
           params.flagPara1 = params.flagPara2 = isTracking;
+          TWeldLineRes prevRes;
+          prevRes.isFound = isTracking;
+          prevRes.stripePts = painted::linePoints(0, 20, 5.0);
           expectSane(detectWeldLineViaTracking(cv::Mat(size, CV_8UC1, cv::Scalar(grey)), params, prevRes), size);
         }
       }

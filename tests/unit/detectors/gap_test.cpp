@@ -1,26 +1,34 @@
 #include "detectors/gap.h"
 
-#include "support/painted_frame.h"
+#include "support/run_detector.h"
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace {
 
 using painted::paintPiece;
+using run_detector::foundWith;
 
 TWeldLineRes detect(const cv::Mat& image, const TWeldParams& params = {}, const TWeldLineRes& prevRes = {}) {
-  weld::TDetectorObject object;
-  object.setWeldParameters(params);
-  return weld::detectGapSeam(object, image, prevRes, cv::Mat());
+  return run_detector::run(weld::detectGapSeam, image, params, prevRes);
 }
 
 // A level stripe with the given columns missing.
-cv::Mat stripeWithout(const std::vector<cv::Range>& missing, double y = 240.0) {
+cv::Mat stripeWithout(const std::vector<cv::Range>& missing) {
   cv::Mat image = painted::dark();
-  paintPiece(image, 20, 620, y);
+  paintPiece(image, 20, 620, 240.0);
   for (const cv::Range& range : missing) image.colRange(range).setTo(0);
+  return image;
+}
+
+// The gap of the columns 300 .. 339 in a stripe of 14 degrees.
+cv::Mat slopedFrame() {
+  cv::Mat image = painted::dark();
+  paintPiece(image, 20, 300, 100.0, 0.25);
+  paintPiece(image, 340, 620, 180.0, 0.25);
   return image;
 }
 
@@ -32,7 +40,6 @@ TEST(DetectGapSeam, missingColumnsMeasureOneMoreAndTheMinimumIsAccepted) {
     bool isFound;
     float seamX;
   } rows[] = {
-      {"no gap", {}, 10.0, false, 0},
       {"9 columns measure 10", {{300, 309}}, 10.0, true, 304},
       {"8 columns measure 9", {{300, 308}}, 10.0, false, 0},
       {"midpoint keeps its half pixel", {{300, 310}}, 10.0, true, 304.5F},
@@ -51,23 +58,16 @@ TEST(DetectGapSeam, missingColumnsMeasureOneMoreAndTheMinimumIsAccepted) {
 }
 
 TEST(DetectGapSeam, positionChoosesTheColumnButTheRowIsThatOfTheLeftEdge) {
-  cv::Mat image = painted::dark();
-  paintPiece(image, 20, 300, 100.0, 0.25);
-  paintPiece(image, 340, 620, 180.0, 0.25);
+  const cv::Mat image = slopedFrame();
   const float leftRow = 100.0F + 0.25F * (299 - 20);
-  const struct {
-    int pos;
-    float seamX;
-  } rows[] = {{0, 319.5F}, {1, 299.0F}, {2, 340.0F}, {3, 319.5F}, {4, 319.5F}, {-7, 319.5F}, {99, 319.5F}};
-  for (const auto& row : rows) {
+  for (const auto& [pos, seamX] : {std::pair{0, 319.5F}, {1, 299.0F}, {2, 340.0F}, {3, 319.5F}, {-7, 319.5F}}) {
     TWeldParams params;
-    params.weldPosType = static_cast<TWeldPosType>(row.pos);
+    params.weldPosType = static_cast<TWeldPosType>(pos);
     const TWeldLineRes first = detect(image, params);
-    const TWeldLineRes tracked = detect(image, params, first);
-    for (const TWeldLineRes& result : {first, tracked}) {
-      ASSERT_TRUE(result.isFound) << row.pos;
-      EXPECT_EQ(result.weldPos.x, row.seamX) << row.pos;
-      EXPECT_NEAR(result.weldPos.y, leftRow, 0.6) << row.pos;
+    for (const TWeldLineRes& result : {first, detect(image, params, first)}) {
+      ASSERT_TRUE(result.isFound) << pos;
+      EXPECT_EQ(result.weldPos.x, seamX) << pos;
+      EXPECT_NEAR(result.weldPos.y, leftRow, 0.6) << pos;
       EXPECT_EQ(result.auxVal1 + result.auxVal2 + result.auxVal3 + result.auxVal4 + result.trackVal, 0.0);
     }
   }
@@ -84,21 +84,19 @@ TEST(DetectGapSeam, seamInTheFirstColumnIsNotFound) {
   EXPECT_EQ(detect(image, params).weldPos.x, 41.0F);
 }
 
-TEST(DetectGapSeam, firstDetectionBoundsTheAngleAndTrackingDoesNot) {
-  cv::Mat image = painted::dark();
-  paintPiece(image, 20, 300, 100.0, 0.25);
-  paintPiece(image, 340, 620, 180.0, 0.25);
-  TWeldParams params;
-  params.angleRange4 = {-10.0, 10.0};  // the stripe has 14 degrees
-  EXPECT_FALSE(detect(image, params).isFound);
-  EXPECT_TRUE(detect(image, params, detect(image)).isFound);
+TEST(DetectGapSeam, firstDetectionBoundsAngleAndShareAndTrackingDoesNot) {
+  cv::Mat image = slopedFrame();
+  TWeldParams level;
+  level.angleRange4 = {-10.0, 10.0};
+  EXPECT_FALSE(detect(image, level).isFound);
+  EXPECT_TRUE(detect(image, level, detect(image)).isFound);
 
-  params = {};
-  params.dPara3 = 1.0;  // every point on the line
-  EXPECT_TRUE(detect(image, params).isFound);
-  paintPiece(image, 340, 400, 300.0);
+  TWeldParams complete;
+  complete.dPara3 = 1.0;  // every point on the line
+  EXPECT_TRUE(detect(image, complete).isFound);
   image(cv::Rect(340, 150, 60, 120)).setTo(0);
-  EXPECT_FALSE(detect(image, params).isFound);
+  paintPiece(image, 340, 400, 300.0);
+  EXPECT_FALSE(detect(image, complete).isFound);
 }
 
 TEST(DetectGapSeam, stripePiecesBesideTheLineAreNoGapEdges) {
@@ -110,22 +108,11 @@ TEST(DetectGapSeam, stripePiecesBesideTheLineAreNoGapEdges) {
   EXPECT_FALSE(detect(image, tolerant).isFound);
 }
 
-TEST(DetectGapSeam, previousStripeOfOneHundredAndFiftyColumnsOrLessFindsNothing) {
+TEST(DetectGapSeam, previousStripeTooShortOrTooFarAwayFindsNothing) {
   const cv::Mat image = stripeWithout({{300, 340}});
-  TWeldLineRes prevRes;
-  prevRes.isFound = true;
-  prevRes.stripePts = painted::linePoints(250, 401, 240.0);
-  EXPECT_TRUE(detect(image, {}, prevRes).stripePts.empty());
-  prevRes.stripePts = painted::linePoints(250, 402, 240.0);
-  EXPECT_EQ(detect(image, {}, prevRes).weldPos.x, 319.5F);
-}
-
-TEST(DetectGapSeam, blankFrameAndAnotherRowGiveNothing) {
-  EXPECT_FALSE(detect(painted::dark()).isFound);
-  TWeldLineRes prevRes;
-  prevRes.isFound = true;
-  prevRes.stripePts = painted::linePoints(20, 620, 100.0);  // the band ends 60 rows below, the stripe is 140 away
-  EXPECT_TRUE(detect(stripeWithout({{300, 340}}), {}, prevRes).stripePts.empty());
+  EXPECT_TRUE(detect(image, {}, foundWith(painted::linePoints(250, 401, 240.0))).stripePts.empty());
+  EXPECT_EQ(detect(image, {}, foundWith(painted::linePoints(250, 402, 240.0))).weldPos.x, 319.5F);
+  EXPECT_TRUE(detect(image, {}, foundWith(painted::linePoints(20, 620, 100.0))).stripePts.empty());
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 #include "detectors/lap.h"
 
 #include "detectors/piece_end.h"
-#include "geometry/groove.h"
-#include "geometry/piece_fit.h"
-#include "support/painted_frame.h"
+#include "support/run_detector.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +10,12 @@
 
 namespace {
 
+using run_detector::piece;
 using TPoints = std::vector<cv::Point2f>;
+using TPieces = std::vector<TStripePiece>;
 
-// A fitted piece over the columns fromX .. toX at the given start row and slope.
-TStripePiece piece(int fromX, int toX, double y, double k = 0.0) {
-  return weld::fitPiece(painted::linePoints(fromX, toX + 1, y, k), weld::kPieceFitTolPx);
+TWeldLineRes detect(const cv::Mat& image, const TWeldLineRes& prevRes = {}) {
+  return run_detector::run(weld::detectLapSeam, image, {}, prevRes);
 }
 
 // A piece of which only the ends, the slope and the number of inliers are looked at.
@@ -29,130 +28,113 @@ TStripePiece pieceWithInliers(int startX, std::size_t inliers) {
   return p;
 }
 
-std::vector<int> startColumns(const std::vector<TStripePiece>& pieces) {
-  const auto pair = weld::selectLapLinePair(pieces);
-  if (!pair) return {};
-  return {pair->first.startPt.x, pair->second.startPt.x};
-}
-
 TEST(SelectLapLinePair, choosesByNumberAndInliers) {
+  const auto inliers = pieceWithInliers;
   const struct {
     const char* name;
-    std::vector<TStripePiece> pieces;
-    std::vector<int> expected;
+    TPieces pieces;
+    std::vector<int> expectedStarts;
   } rows[] = {
       {"none", {}, {}},
       {"one", {piece(0, 99, 50)}, {}},
       {"two in their order, though they touch", {piece(0, 99, 50), piece(100, 199, 50)}, {0, 100}},
-      {"two the wrong way round", {pieceWithInliers(300, 10), pieceWithInliers(0, 90)}, {300, 0}},
-      {"the two with the most inliers",
-       {pieceWithInliers(0, 50), pieceWithInliers(200, 10), pieceWithInliers(400, 80)},
-       {400, 0}},
-      {"equal counts keep their order",
-       {pieceWithInliers(0, 50), pieceWithInliers(200, 50), pieceWithInliers(400, 50)},
-       {0, 200}},
-      {"equal counts as the exchanges leave them",
-       {pieceWithInliers(0, 50), pieceWithInliers(200, 50), pieceWithInliers(400, 80)},
-       {400, 200}},
+      {"two the wrong way round", {inliers(300, 10), inliers(0, 90)}, {300, 0}},
+      {"the two with the most", {inliers(0, 50), inliers(200, 10), inliers(400, 80)}, {400, 0}},
+      {"equal counts keep their order", {inliers(0, 50), inliers(200, 50), inliers(400, 50)}, {0, 200}},
+      {"as the exchanges leave them", {inliers(0, 50), inliers(200, 50), inliers(400, 80)}, {400, 200}},
   };
-  for (const auto& row : rows) EXPECT_EQ(startColumns(row.pieces), row.expected) << row.name;
+  for (const auto& row : rows) {
+    const auto pair = weld::selectLapLinePair(row.pieces);
+    std::vector<int> starts;
+    if (pair) starts = {pair->first.startPt.x, pair->second.startPt.x};
+    EXPECT_EQ(starts, row.expectedStarts) << row.name;
+  }
 }
 
 TEST(SelectLapLinePair, joinsTouchingNeighboursOfThreeOrMore) {
   const struct {
-    const char* name;
     int secondStartX;
     double secondY;
     double secondAngleDeg;
     bool isJoined;
   } rows[] = {
-      {"touching", 100, 50, 0, true},
-      {"9 columns apart", 108, 50, 0, true},
-      {"10 columns apart", 109, 50, 0, false},
-      {"9 rows apart", 100, 59, 0, true},
-      {"10 rows apart", 100, 60, 0, false},
-      {"10 rows up", 100, 40, 0, false},
-      {"9 degrees and a half", 100, 50, 9.5, true},
-      {"10 degrees and a half", 100, 50, 10.5, false},
-      {"10 degrees and a half upwards", 100, 50, -10.5, false},
+      {100, 50, 0, true},   {108, 50, 0, true},     {109, 50, 0, false},
+      {100, 59, 0, true},   {100, 60, 0, false},    {100, 40, 0, false},  // up to 9 columns and 9 rows apart
+      {100, 50, 9.5, true}, {100, 50, 10.5, false}, {100, 50, -10.5, false},
   };
   for (const auto& row : rows) {
-    TStripePiece first = piece(0, 99, 50);
+    SCOPED_TRACE(testing::Message() << row.secondStartX << " " << row.secondY << " " << row.secondAngleDeg);
     TStripePiece second = piece(row.secondStartX, row.secondStartX + 99, row.secondY);
     second.k = static_cast<float>(std::tan(row.secondAngleDeg * CV_PI / 180.0));
-    const auto pair = weld::selectLapLinePair({first, second, piece(300, 560, 200)});
-    ASSERT_TRUE(pair) << row.name;
+    const auto pair = weld::selectLapLinePair({piece(0, 99, 50), second, piece(300, 560, 200)});
+    ASSERT_TRUE(pair);
     // Joined: the two that are left, in order. Not joined: the longest one first.
-    EXPECT_EQ(pair->first.startPt.x, row.isJoined ? 0 : 300) << row.name;
-    EXPECT_EQ(pair->first.pts.size(), row.isJoined ? 200U : 261U) << row.name;
+    EXPECT_EQ(pair->first.startPt.x, row.isJoined ? 0 : 300);
+    EXPECT_EQ(pair->first.pts.size(), row.isJoined ? 200U : 261U);
   }
-}
-
-TEST(SelectLapLinePair, joiningStopsAtTwoPieces) {
-  const auto pair = weld::selectLapLinePair({piece(0, 99, 50), piece(100, 199, 50), piece(200, 299, 50)});
-  ASSERT_TRUE(pair);
-  EXPECT_EQ(pair->first.pts.size(), 200U);
-  EXPECT_EQ(pair->second.pts.size(), 100U);
+  const auto stopped = weld::selectLapLinePair({piece(0, 99, 50), piece(100, 199, 50), piece(200, 299, 50)});
+  ASSERT_TRUE(stopped);
+  EXPECT_EQ(stopped->second.pts.size(), 100U) << "joining stops at two pieces";
 }
 
 // On a dark image no corner moves: it stays at the end of its piece.
 struct TLap {
   TStripePiece left = piece(20, 300, 200);
   TStripePiece right = piece(310, 600, 260);
-  TPoints stripePts;
-  cv::Mat image = painted::dark();
+  TPoints stripePts = painted::joined(left.pts, right.pts);
   TWeldParams params;
+  cv::Mat image = painted::dark();
 
-  TWeldLineRes seam() const {
-    TPoints points = stripePts;
-    if (points.empty()) {
-      points = left.pts;
-      points.insert(points.end(), right.pts.begin(), right.pts.end());
-    }
-    return weld::computeLapSeam(left, right, points, image, params);
-  }
+  TWeldLineRes seam() const { return weld::computeLapSeam(left, right, stripePts, image, params); }
 };
 
+TLap lapOf(const TStripePiece& left, const TStripePiece& right) {
+  return {left, right, painted::joined(left.pts, right.pts), {}};
+}
+
+TLap seenAs(const TPoints& stripePts) {
+  return {piece(20, 300, 200), piece(310, 600, 260), stripePts, {}};
+}
+
 TEST(ComputeLapSeam, eachAcceptanceTestHoldsAtItsBorder) {
+  const TLap plain;
+  TStripePiece unfitted = plain.left;
+  unfitted.isFitted = false;
+  TLap highStep;
+  highStep.params.dPara7 = 60.0;
+  const auto rightFrom = [&](int x, double y) { return lapOf(plain.left, piece(x, 600, y)); };
+  const auto leftFrom = [&](int x) { return lapOf(piece(x, 300, 200), plain.right); };
+  // Of the two markers of a corner without support only the left column and the right row are looked at.
   const struct {
     const char* name;
-    void (*change)(TLap&);
+    TLap lap;
     bool isFound;
   } rows[] = {
-      {"plain lap", [](TLap&) {}, true},
-      {"left not fitted", [](TLap& lap) { lap.left.isFitted = false; }, false},
-      {"right not fitted", [](TLap& lap) { lap.right.isFitted = false; }, false},
-      {"9 stripe points", [](TLap& lap) { lap.stripePts = painted::linePoints(20, 29, 200); }, false},
-      {"step of 20", [](TLap& lap) { lap.right = piece(310, 600, 220); }, false},
-      {"step of 21", [](TLap& lap) { lap.right = piece(310, 600, 221); }, true},
-      {"step up", [](TLap& lap) { lap.right = piece(310, 600, 160); }, true},
-      {"step equal to the parameter", [](TLap& lap) { lap.params.dPara7 = 60.0; }, false},
-      {"29 columns back over the left", [](TLap& lap) { lap.right = piece(271, 600, 260); }, true},
-      {"30 columns back over the left", [](TLap& lap) { lap.right = piece(270, 600, 260); }, false},
-      {"lengths 150 and 150",
-       [](TLap& lap) {
-         lap.left = piece(150, 300, 200);
-         lap.right = piece(310, 460, 260);
-       },
-       false},
-      {"lengths 150 and 151",
-       [](TLap& lap) {
-         lap.left = piece(150, 300, 200);
-         lap.right = piece(310, 461, 260);
-       },
-       true},
-      {"shorter one of 50", [](TLap& lap) { lap.left = piece(250, 300, 200); }, false},
-      {"shorter one of 51", [](TLap& lap) { lap.left = piece(249, 300, 200); }, true},
+      {"plain lap", plain, true},
+      {"left not fitted", lapOf(unfitted, plain.right), false},
+      {"right not fitted", lapOf(plain.left, unfitted), false},
+      {"9 stripe points", seenAs(painted::linePoints(20, 29, 200)), false},
+      {"no points on the right piece", seenAs(plain.left.pts), false},
+      {"no points on the left piece", seenAs(plain.right.pts), false},
+      {"step of 20", rightFrom(310, 220), false},
+      {"step of 21", rightFrom(310, 221), true},
+      {"step up", rightFrom(310, 160), true},
+      {"step equal to the parameter", highStep, false},
+      {"29 columns back over the left", rightFrom(271, 260), true},
+      {"30 columns back over the left", rightFrom(270, 260), false},
+      {"lengths 150 and 150", lapOf(piece(150, 300, 200), piece(310, 460, 260)), false},
+      {"lengths 150 and 151", lapOf(piece(150, 300, 200), piece(310, 461, 260)), true},
+      {"shorter one of 50", leftFrom(250), false},
+      {"shorter one of 51", leftFrom(249), true},
+      {"left corner in row -1", lapOf(piece(20, 300, -1), plain.right), true},
+      {"right corner in column -1", lapOf(piece(-300, -5, 200), piece(-1, 300, 260)), true},
+      {"right corner in row -1", rightFrom(310, -1), false},
   };
   for (const auto& row : rows) {
-    TLap lap;
-    row.change(lap);
-    const TWeldLineRes result = lap.seam();
+    const TWeldLineRes result = row.lap.seam();
     EXPECT_EQ(result.isFound, row.isFound) << row.name;
-    if (!result.isFound) {
-      EXPECT_TRUE(result.stripePts.empty()) << row.name;
-      EXPECT_EQ(result.weldPos, cv::Point2f()) << row.name;
-    }
+    EXPECT_EQ(result.stripePts.empty(), !row.isFound) << row.name;
+    EXPECT_EQ(result.weldPos == cv::Point2f(), !row.isFound) << row.name;
   }
 }
 
@@ -162,78 +144,43 @@ TEST(ComputeLapSeam, positionChoosesTheCorner) {
     int pos;
     double rightY;
     cv::Point2f seam;
-  } rows[] = {{3, 260, left},       {3, 150, {310, 150}}, {4, 260, {310, 260}}, {4, 150, left},
-              {0, 260, {305, 230}}, {1, 260, {305, 230}}, {2, 260, {305, 230}}, {77, 260, {305, 230}}};
+  } rows[] = {{3, 260, left},       {3, 150, {310, 150}}, {4, 260, {310, 260}},
+              {4, 150, left},       {3, 200, {310, 200}}, {4, 200, {310, 200}},  // a tie is the right corner
+              {0, 260, {305, 230}}, {1, 260, {305, 230}}, {77, 260, {305, 230}}};
   for (const auto& row : rows) {
-    TLap lap;
-    lap.right = piece(310, 600, row.rightY);
+    TLap lap = lapOf(piece(20, 300, 200), piece(310, 600, row.rightY));
+    lap.params.dPara7 = -1.0;
     lap.params.weldPosType = static_cast<TWeldPosType>(row.pos);
     EXPECT_EQ(lap.seam().weldPos, row.seam) << row.pos << " " << row.rightY;
   }
-  for (const int pos : {3, 4}) {  // a tie is the right corner
-    TLap lap;
-    lap.right = piece(310, 600, 200);
-    lap.params.dPara7 = -1.0;
-    lap.params.weldPosType = static_cast<TWeldPosType>(pos);
-    EXPECT_EQ(lap.seam().weldPos, cv::Point2f(310, 200));
-  }
-}
-
-// The marker (-1, -1) comes from too little support. Rows of the result show which coordinates are looked at.
-TEST(ComputeLapSeam, markersCountOnlyInTheLeftColumnAndTheRightRow) {
-  TLap lap;
-  lap.stripePts = lap.left.pts;  // none on the right piece
-  EXPECT_FALSE(lap.seam().isFound);
-  lap.stripePts = lap.right.pts;  // none on the left piece
-  EXPECT_FALSE(lap.seam().isFound);
-
-  // A left corner in row -1 and a right one in column -1 are corners like others.
-  TLap above;
-  above.left = piece(20, 300, -1);
-  EXPECT_TRUE(above.seam().isFound);
-  TLap aside;
-  aside.left = piece(-300, -5, 200);
-  aside.right = piece(-1, 300, 260);
-  EXPECT_TRUE(aside.seam().isFound);
-  TLap sameRow;
-  sameRow.right = piece(310, 600, -1);
-  EXPECT_FALSE(sameRow.seam().isFound);
 }
 
 TEST(ComputeLapSeam, lineIsRefittedNearTheEndOutsideTheMiddleBandOfTheEndRows) {
   // The last and first 100 points lie 4 rows off the line of the piece; only a refit finds their row.
-  const auto bentAtEnd = [](double y) {
-    TStripePiece p = piece(20, 300, y);
-    for (std::size_t i = p.pts.size() - 100; i < p.pts.size(); ++i) p.pts[i].y += 4.0F;
-    return p;
-  };
-  const auto bentAtStart = [](double y) {
-    TStripePiece p = piece(310, 600, y);
-    for (std::size_t i = 0; i < 100; ++i) p.pts[i].y += 4.0F;
-    return p;
-  };
+  constexpr float kBendPx = 4.0F;
   const struct {
     const char* name;
-    double leftY;
-    double rightY;
-    cv::Point rightEnd;
-    float expectedLeftY;
-    float expectedRightY;
+    double leftY, rightY;
+    int rightEndY;
+    float expectedLeftY, expectedRightY;
   } rows[] = {
-      {"both in the middle (144 .. 336)", 144, 200, {600, 200}, 144, 200},
-      {"left above", 143, 200, {600, 200}, 147, 200},
-      {"right below", 200, 337, {600, 337}, 200, 341},
-      {"right on the border", 200, 336, {600, 336}, 200, 336},
-      {"right piece judged by its end row", 200, 260, {600, 400}, 200, 264},
-      {"right piece judged by its end row, not its start row", 200, 400, {600, 300}, 200, 400},
+      {"both in the middle (144 .. 336)", 144, 200, 200, 144, 200},
+      {"left above", 143, 200, 200, 147, 200},
+      {"right below", 200, 337, 337, 200, 341},
+      {"right on the border", 200, 336, 336, 200, 336},
+      {"right piece judged by its end row", 200, 260, 400, 200, 264},
+      {"right piece judged by its end row, not its start row", 200, 400, 300, 200, 400},
   };
   for (const auto& row : rows) {
-    TLap lap;
-    lap.left = bentAtEnd(row.leftY);
-    lap.right = bentAtStart(row.rightY);
-    lap.right.endPt = row.rightEnd;
-    // Light that ends at the corner, in the row of the piece and in that of its bent end.
-    for (const int bend : {0, 4}) {
+    TStripePiece left = piece(20, 300, row.leftY);
+    TStripePiece right = piece(310, 600, row.rightY);
+    for (std::size_t i = 0; i < 100; ++i) {
+      left.pts[left.pts.size() - 1 - i].y += kBendPx;
+      right.pts[i].y += kBendPx;
+    }
+    right.endPt.y = row.rightEndY;
+    TLap lap = lapOf(left, right);
+    for (const int bend : {0, 4}) {  // light that ends at the corner, in both rows that may be looked at
       lap.image(cv::Rect(20, static_cast<int>(row.leftY) + bend, 281, 1)).setTo(200);
       lap.image(cv::Rect(310, static_cast<int>(row.rightY) + bend, 291, 1)).setTo(200);
     }
@@ -245,36 +192,24 @@ TEST(ComputeLapSeam, lineIsRefittedNearTheEndOutsideTheMiddleBandOfTheEndRows) {
 }
 
 TEST(PieceEndPoints, hundredAtMostAndNeverTheLastOfTheFirst) {
-  const struct {
-    int count;
-    std::size_t first;
-    std::size_t last;
-  } rows[] = {{0, 0, 0}, {1, 0, 1}, {100, 99, 100}, {101, 100, 100}, {300, 100, 100}};
-  for (const auto& row : rows) {
-    const TPoints points = painted::linePoints(0, row.count, 9.0);
+  const std::size_t rows[][3] = {{0, 0, 0}, {1, 0, 1}, {100, 99, 100}, {101, 100, 100}, {300, 100, 100}};
+  for (const auto& [count, firstCount, lastCount] : rows) {
+    const TPoints points = painted::linePoints(0, static_cast<int>(count), 9.0);
     const TPoints first = weld::firstPoints(points);
     const TPoints last = weld::lastPoints(points);
-    EXPECT_EQ(first.size(), row.first) << row.count;
-    EXPECT_EQ(last.size(), row.last) << row.count;
-    if (!first.empty()) {
-      EXPECT_EQ(first.front(), points.front());
-    }
-    if (!last.empty()) {
-      EXPECT_EQ(last.back(), points.back());
-    }
+    EXPECT_EQ(first, TPoints(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(firstCount))) << count;
+    EXPECT_EQ(last, TPoints(points.end() - static_cast<std::ptrdiff_t>(lastCount), points.end())) << count;
   }
 }
 
-TEST(DetectLapSeam, findsTheStepFirstAndTracking) {
-  weld::TDetectorObject object;
+TEST(DetectLapSeam, findsTheStepFirstAndTrackingButNotAgainInTheFrameThatLostIt) {
   const cv::Mat image = painted::lapFrame();
-  const TWeldLineRes first = weld::detectLapSeam(object, image, {}, cv::Mat());
+  const TWeldLineRes first = detect(image);
   ASSERT_TRUE(first.isFound);
   EXPECT_NEAR(first.weldPos.x, 311.5, 2.0);
   EXPECT_NEAR(first.weldPos.y, 235.0, 1.0);
-  const TWeldLineRes tracked = weld::detectLapSeam(object, image, first, cv::Mat());
-  EXPECT_EQ(tracked.weldPos, first.weldPos);
-  EXPECT_EQ(tracked.trackVal, 0.0);
+  EXPECT_EQ(detect(image, first).weldPos, first.weldPos);
+  EXPECT_TRUE(detect(image, run_detector::foundWith(painted::linePoints(20, 620, 30.0))).stripePts.empty());
 }
 
 TEST(DetectLapSeam, ofThreePiecesTheLeftOfTheTwoLongestIsTheLeftOne) {
@@ -282,21 +217,10 @@ TEST(DetectLapSeam, ofThreePiecesTheLeftOfTheTwoLongestIsTheLeftOne) {
   painted::paintPiece(image, 20, 60, 120.0);
   painted::paintPiece(image, 64, 240, 200.0);
   painted::paintPiece(image, 244, 620, 260.0);  // the longest, chosen first
-  weld::TDetectorObject object;
-  const TWeldLineRes result = weld::detectLapSeam(object, image, {}, cv::Mat());
+  const TWeldLineRes result = detect(image);
   ASSERT_TRUE(result.isFound);
   EXPECT_NEAR(result.weldPos.x, 241.5, 2.0);
   EXPECT_NEAR(result.weldPos.y, 230.0, 1.0);
-}
-
-TEST(DetectLapSeam, lostTrackIsNotSearchedAgainInTheSameFrame) {
-  TWeldLineRes prevRes;
-  prevRes.isFound = true;
-  prevRes.stripePts = painted::linePoints(20, 620, 30.0);
-  weld::TDetectorObject object;
-  const TWeldLineRes result = weld::detectLapSeam(object, painted::lapFrame(), prevRes, cv::Mat());
-  EXPECT_FALSE(result.isFound);
-  EXPECT_TRUE(result.stripePts.empty());
 }
 
 }  // namespace

@@ -18,11 +18,6 @@ namespace {
 using TPoints = std::vector<cv::Point2f>;
 using TPieces = std::vector<TStripePiece>;
 
-TPoints joined(TPoints first, const TPoints& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
-
 // A fitted piece between two ends, with points enough to be fitted again.
 TStripePiece pieceBetween(cv::Point start, cv::Point end) {
   const double k = static_cast<double>(end.y - start.y) / (end.x - start.x);
@@ -55,15 +50,11 @@ TEST(FitPiece, needsTenPointsAndALine) {
 }
 
 TEST(TryMergePieces, heightAndGapsMustStayBelowTheirLimits) {
-  const weld::TMergeLimits limits{5.0F, 200.0F, 20.0F};
   const struct {
     const char* name;
-    cv::Point firstEnd;
-    cv::Point secondStart;
-    cv::Point secondEnd;
+    cv::Point firstEnd, secondStart, secondEnd;
     bool isMerged;
   } rows[] = {
-      {"collinear", {100, 0}, {101, 0}, {200, 0}, true},
       {"first end 4 px over the chord", {100, 4}, {101, 0}, {200, 0}, true},
       {"first end 5 px over the chord", {100, 5}, {101, 0}, {200, 0}, false},
       {"second start 4 px under the chord", {100, 0}, {101, -4}, {200, 0}, true},
@@ -78,7 +69,7 @@ TEST(TryMergePieces, heightAndGapsMustStayBelowTheirLimits) {
     const TStripePiece first = pieceBetween({0, 0}, row.firstEnd);
     const TStripePiece second = pieceBetween(row.secondStart, row.secondEnd);
     TStripePiece merged;
-    ASSERT_EQ(weld::tryMergePieces(first, second, merged, limits), row.isMerged) << row.name;
+    ASSERT_EQ(weld::tryMergePieces(first, second, merged, {5.0F, 200.0F, 20.0F}), row.isMerged) << row.name;
     EXPECT_EQ(merged.pts.size(), row.isMerged ? first.pts.size() + second.pts.size() : 0U) << row.name;
   }
 }
@@ -86,26 +77,21 @@ TEST(TryMergePieces, heightAndGapsMustStayBelowTheirLimits) {
 TEST(TryMergePieces, unfittedPiecesStayButAFailedJointFitMerges) {
   TStripePiece first = pieceBetween({0, 0}, {100, 0});
   TStripePiece second = pieceBetween({101, 0}, {200, 0});
-  TStripePiece merged;
-  first.isFitted = false;
-  EXPECT_FALSE(weld::tryMergePieces(first, second, merged, {}));
-  EXPECT_FALSE(weld::tryMergePieces(second, first, merged, {}));
-
-  first.isFitted = true;
   first.pts.resize(4);
   second.pts.resize(5);
+  TStripePiece merged;
   EXPECT_TRUE(weld::tryMergePieces(first, second, merged, {}));
   EXPECT_FALSE(merged.isFitted);
   EXPECT_EQ(merged.pts.size(), 9U);
   TStripePiece again;
   EXPECT_FALSE(weld::tryMergePieces(merged, pieceBetween({201, 0}, {300, 0}), again, {}));
+  EXPECT_FALSE(weld::tryMergePieces(pieceBetween({-99, 0}, {-1, 0}), merged, again, {}));
 }
 
 TEST(SegmentStripe, vGivesTwoPiecesWithoutTheColumnsOfTheEnds) {
-  const TPoints stripe =
-      joined(painted::linePoints(20, 320, 100.0, 0.5), painted::linePoints(320, 620, 250.0, -0.5));
   TPieces pieces;
-  TBaseWeld().segmentStripe(stripe, pieces, 5.0F, 200.0F, 20.0F, 3.0F);
+  TBaseWeld().segmentStripe(painted::bentPoints(20, 320, 620, 100.0, 0.5, -0.5), pieces, 5.0F, 200.0F, 20.0F,
+                            3.0F);
   ASSERT_EQ(pieces.size(), 2U);
   EXPECT_NEAR(pieces[0].k, 0.5F, 0.01F);
   EXPECT_NEAR(pieces[1].k, -0.5F, 0.01F);
@@ -117,21 +103,15 @@ TEST(SegmentStripe, vGivesTwoPiecesWithoutTheColumnsOfTheEnds) {
 TEST(SegmentStripe, shortAndBackwardStripesGiveNothing) {
   TPoints backwards = painted::linePoints(0, 300, 50.0, 0.1);
   std::reverse(backwards.begin(), backwards.end());
-  const struct {
-    const char* name;
-    TPoints stripe;
-    std::size_t count;
-  } rows[] = {
-      {"none", {}, 0},
-      {"19 points", painted::linePoints(0, 19, 50.0), 0},
-      {"20 points", painted::linePoints(0, 20, 50.0), 1},
-      {"right to left", backwards, 0},
-      {"one column", TPoints(100, {5.0F, 5.0F}), 0},
-  };
-  for (const auto& row : rows) {
+  const std::pair<TPoints, std::size_t> rows[] = {{{}, 0},
+                                                  {painted::linePoints(0, 19, 50.0), 0},
+                                                  {painted::linePoints(0, 20, 50.0), 1},
+                                                  {backwards, 0},
+                                                  {TPoints(100, {5.0F, 5.0F}), 0}};
+  for (const auto& [stripe, count] : rows) {
     TPieces pieces(3);
-    TBaseWeld().segmentStripe(row.stripe, pieces, 5.0F, 200.0F, 20.0F, 3.0F);
-    EXPECT_EQ(pieces.size(), row.count) << row.name;
+    TBaseWeld().segmentStripe(stripe, pieces, 5.0F, 200.0F, 20.0F, 3.0F);
+    EXPECT_EQ(pieces.size(), count) << stripe.size() << " points";
   }
 }
 

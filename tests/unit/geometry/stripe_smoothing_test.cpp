@@ -16,11 +16,8 @@ using TPoints = std::vector<cv::Point2f>;
 TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
   const struct {
     const char* name;
-    TPoints points;
-    TPoints expected;
+    TPoints points, expected;
   } rows[] = {
-      {"empty", {}, {}},
-      {"one point", {{3, 3}}, {{3, 3}}},
       {"slope just below", {{0, 0}, {1, 3.9F}}, {{0, 0}, {1, 3.9F}}},
       {"slope equal", {{0, 0}, {1, 4}}, {{0, 0}}},
       {"falling as rising", {{0, 9}, {1, 5}, {2, 2}}, {{0, 9}, {2, 2}}},

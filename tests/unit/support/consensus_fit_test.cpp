@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <limits>
+#include <tuple>
 
 namespace zelFit {
 namespace {
@@ -29,33 +30,21 @@ std::vector<cv::Point> lineAt(double deg, double noisePx = 0.0) {
 }
 
 TEST(ConsensusFit, FindsTheMainFlank) {
-  constexpr double kLargestDeviationPx = 1.0;
-  for (const double otherShare : {0.0, 0.2, 0.4}) {
-    for (const TBentStripe& stripe : bentStripes(otherShare, kThinnedStep)) {
+  for (const auto& [otherShare, step, maxDeviationPx] :
+       {std::tuple{0.0, kThinnedStep, 1.0}, {0.2, kThinnedStep, 1.0}, {0.4, kThinnedStep, 1.0}, {0.4, 1, 0.5}}) {
+    for (const TBentStripe& stripe : bentStripes(otherShare, step)) {
       const TLineFitResult line = fitConsensus(stripe.points(), 0.0, 60.0);
       ASSERT_TRUE(line.success) << stripe;
-      EXPECT_LE(stripe.deviationOf(line), kLargestDeviationPx) << stripe;
+      EXPECT_LE(stripe.deviationOf(line), maxDeviationPx) << stripe;
     }
   }
 }
 
 TEST(ConsensusFit, FindsTheSmallerFlankWhereTheIntervalHoldsNoOther) {
-  TBentStripe stripe;
-  stripe.slope = -0.4;
-  stripe.otherShare = 0.7;
-  stripe.otherSlope = 0.3;
-  stripe.step = kThinnedStep;
+  const TBentStripe stripe{-0.4, 0.7, 0.3, false, 0.5, kThinnedStep};
   const TLineFitResult line = fitConsensus(stripe.points(), -20.0, 15.0);
   ASSERT_TRUE(line.success);
   EXPECT_LE(stripe.deviationOf(line), 1.0);
-}
-
-TEST(ConsensusFit, WorksOnMoreThanTheThinnedPoints) {
-  for (const TBentStripe& stripe : bentStripes(0.4, 1)) {
-    const TLineFitResult line = fitConsensus(stripe.points(), 0.0, 60.0);
-    ASSERT_TRUE(line.success) << stripe;
-    EXPECT_LE(stripe.deviationOf(line), 0.5) << stripe;
-  }
 }
 
 struct TIntervalRow {
