@@ -1,8 +1,9 @@
 // An exposure loop: the figures of each frame set the exposure of the next one, until there is nothing to change.
 #include <zelWeldDetect.h>
 
-#include <opencv2/imgproc.hpp>
+#include "scenes/scene.h"
 
+#include <cstdint>
 #include <iostream>
 
 namespace {
@@ -10,14 +11,16 @@ namespace {
 constexpr int mostFrames = 20;
 
 // What your camera does: more exposure makes stripe and surroundings brighter until they clip.
-cv::Mat grabFrame(double exposureMs) {
-  cv::Mat brightness(480, 640, CV_32FC1, cv::Scalar(6));  // grey levels per ms
-  cv::line(brightness, {0, 250}, {300, 240}, cv::Scalar(60), 7);
-  cv::line(brightness, {340, 239}, {639, 229}, cv::Scalar(60), 7);
-  cv::GaussianBlur(brightness, brightness, {7, 7}, 0);
-  cv::Mat frame;
-  brightness.convertTo(frame, CV_8U, exposureMs);
-  return frame;
+cv::Mat grabFrame(double exposureMs, std::uint64_t n) {
+  scenes::TSceneParams scene;
+  scene.joint = scenes::TJoint::buttGap;
+  scene.size = {640, 480};
+  scene.seed = n;
+  scene.look.peak = 60.0 * exposureMs;
+  scene.look.rootPeak = 20.0 * exposureMs;
+  scene.look.background = 6.0 * exposureMs;
+  scene.look.noiseSigma = 2.0;
+  return scenes::renderScene(scene).image;
 }
 
 // Returns the exposure time that suits, or 0 when none was found.
@@ -25,8 +28,8 @@ double adjustExposure(double exposureMs) {
   LightingAdaptation::TExposureTarget target;
   target.meanGray = 40;
   target.tolerance = 4;
-  for (int n = 0; n < mostFrames; ++n) {
-    const cv::Mat frame = grabFrame(exposureMs);
+  for (int n = 1; n <= mostFrames; ++n) {
+    const cv::Mat frame = grabFrame(exposureMs, static_cast<std::uint64_t>(n));
     int meanGray = 0;
     int brightPixelNum = 0;
     LightingAdaptation::calcExposureParam(frame, meanGray, brightPixelNum);

@@ -16,7 +16,7 @@ src/lighting              include src/support
 src/detectors             include src/support src/stripe src/geometry
 src/api                   include src/support src/detectors
 scenes                    include
-examples                  include
+examples                  include scenes
 tests/install             include
 tools                     include scenes
 tests/support             include scenes

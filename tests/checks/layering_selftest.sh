@@ -48,7 +48,7 @@ right  src/stripe/centres.cpp           <opencv2/imgproc.hpp>
 wrong  src/stripe/centres.cpp           <opencv2/imgcodecs.hpp>
 right  scenes/scene.cpp                 <zelWeldDetect.h>
 wrong  scenes/scene.cpp                 "stripe/centres.h"
-wrong  examples/01_first_frame.cpp      "scenes/scene.h"
+wrong  examples/01_first_frame.cpp      "tools/text.h"
 right  tools/track.cpp                  "scenes/scene.h"
 wrong  tools/track.cpp                  "stripe/centres.h"
 right  tests/unit/stripe/centres.cpp    "stripe/centres.h"
