@@ -34,12 +34,8 @@ cv::Mat padToStrip(const cv::Mat& image) {
 }  // namespace
 
 TRegionScanner::TRegionScanner(const cv::Mat& frame, int edgeThreshold, const TEdgeKernels& edgeKernels)
-    : image(padToStrip(frame)),
-      imageSize(frame.size()),
-      threshold(edgeThreshold),
-      kernels(edgeKernels),
-      edgeRows(static_cast<std::size_t>(frame.rows)) {
-  candidates.reserve(frame.cols);
+    : image(padToStrip(frame)), imageSize(frame.size()), threshold(edgeThreshold), kernels(edgeKernels) {
+  candidates.reserve(2 * static_cast<std::size_t>(frame.cols));  // leaves room for spatter
   status.reserve(frame.cols);
 }
 
@@ -57,6 +53,7 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
   marks.allocate(static_cast<std::size_t>(strips) * words);
   std::fill_n(marks.data(), marks.size(), 0);
+  edgeRows.allocate(static_cast<std::size_t>(scanned.height));
   kernels.markBlocks(area, marks.data(), words);
 
   for (int strip = 0; strip < strips; ++strip) {

@@ -11,8 +11,8 @@ namespace weld {
 //
 // A run takes one candidate from each of several neighbouring columns, with steps below 50 px in y; columns
 // without a candidate do not count. The longest run of all, the smoothest one among equally long ones (smallest
-// sum of squared steps; then the leftmost, then the uppermost), is the stripe. The columns on either side of it are
-// treated in the same way. Runs of 30 columns or less are dropped.
+// sum of squared steps; then the leftmost, then the uppermost), is the stripe. The columns on either side of it
+// are treated in the same way. Runs of 30 columns or less are dropped.
 std::vector<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates);
 
 }  // namespace weld
