@@ -31,37 +31,32 @@ void sortByColumn(std::vector<TStripeCandidate>& candidates) {
   }
 }
 
-// The candidates must be in column order. `memory` is taken over, whatever it holds.
-TCandidateTable makeTable(std::vector<TStripeCandidate> candidates, std::vector<int> memory = {}) {
-  TCandidateTable table;
-  table.begin = std::move(memory);
-  table.begin.clear();
-  table.begin.reserve(candidates.size() + 1);
+// The candidates must be in column order.
+bool hasEnoughColumns(const std::vector<TStripeCandidate>& candidates) {
+  int columns = 0;
   int column = -1;
-  const int count = static_cast<int>(candidates.size());
-  for (int i = 0; i < count; ++i) {
-    if (candidates[i].x == column) continue;
-    table.begin.push_back(i);
-    column = candidates[i].x;
+  for (const TStripeCandidate& candidate : candidates) {
+    if (candidate.x != column && ++columns == kMinColumns) return true;
+    column = candidate.x;
   }
-  table.begin.push_back(count);
-  table.candidates = std::move(candidates);
-  return table;
+  return false;
 }
 
 // The most frequent width of the columns with exactly one candidate, of all candidates when there is no such
-// column; the smallest of equally frequent ones.
-int modalWidth(const TCandidateTable& table) {
+// column; the smallest of equally frequent ones. The candidates must be in column order, at least one.
+int modalWidth(const std::vector<TStripeCandidate>& candidates) {
   std::array<int, kMaxPairPx> counts{};
   bool hasSingles = false;
-  for (int column = 0; column < table.columns(); ++column) {
-    const int first = table.begin[column];
-    if (table.begin[column + 1] - first > 1) continue;
-    ++counts[table.candidates[first].widthPx];
-    hasSingles = true;
+  int before = -1;
+  for (auto candidate = candidates.begin(); candidate != candidates.end(); ++candidate) {
+    const auto next = candidate + 1;
+    const bool isSingle = candidate->x != before && (next == candidates.end() || candidate->x != next->x);
+    before = candidate->x;
+    counts[candidate->widthPx] += isSingle ? 1 : 0;
+    hasSingles = hasSingles || isSingle;
   }
   if (!hasSingles) {
-    for (const TStripeCandidate& candidate : table.candidates) ++counts[candidate.widthPx];
+    for (const TStripeCandidate& candidate : candidates) ++counts[candidate.widthPx];
   }
   return static_cast<int>(std::max_element(counts.begin(), counts.end()) - counts.begin());
 }
@@ -71,14 +66,9 @@ TWidthBand widthBand(int mode) {
           std::min(kMaxWidthPx, std::max(mode + kWidthSlackPx, mode * (1.0 + kWidthSlackShare)))};
 }
 
-TCandidateTable keepWidths(TCandidateTable table, const TWidthBand& band) {
-  std::vector<TStripeCandidate>& candidates = table.candidates;
-  const auto firstOutside = std::remove_if(candidates.begin(), candidates.end(), [&](const TStripeCandidate& c) {
-    return c.widthPx < band.low || c.widthPx > band.high;
-  });
-  if (firstOutside == candidates.end()) return table;
-  candidates.erase(firstOutside, candidates.end());
-  return makeTable(std::move(candidates), std::move(table.begin));
+void keepWidths(std::vector<TStripeCandidate>& candidates, const TWidthBand& band) {
+  const auto isOutside = [&](const TStripeCandidate& c) { return c.widthPx < band.low || c.widthPx > band.high; };
+  candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isOutside), candidates.end());
 }
 
 bool isJump(cv::Point2f from, cv::Point2f to) {
@@ -113,14 +103,13 @@ std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres) {
 
 TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates) {
   sortByColumn(candidates);
-  TCandidateTable table = makeTable(std::move(candidates));
-  if (table.columns() < kMinColumns) return {};
+  if (!hasEnoughColumns(candidates)) return {};
 
-  const int modalWidthPx = modalWidth(table);
-  const TCandidateTable fitting = keepWidths(std::move(table), widthBand(modalWidthPx));
-  if (fitting.columns() < kMinColumns) return {{}, static_cast<double>(modalWidthPx)};
+  const int modalWidthPx = modalWidth(candidates);
+  keepWidths(candidates, widthBand(modalWidthPx));
+  if (!hasEnoughColumns(candidates)) return {{}, static_cast<double>(modalWidthPx)};
 
-  return {dropShortPieces(selectStripeRuns(fitting)), static_cast<double>(modalWidthPx)};
+  return {dropShortPieces(selectStripeRuns(candidates)), static_cast<double>(modalWidthPx)};
 }
 
 }  // namespace weld

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 
 namespace weld {
 namespace {
@@ -33,12 +34,8 @@ cv::Mat padToStrip(const cv::Mat& image) {
 }  // namespace
 
 TRegionScanner::TRegionScanner(const cv::Mat& frame, int edgeThreshold, const TEdgeKernels& edgeKernels)
-    : image(padToStrip(frame)),
-      imageSize(frame.size()),
-      threshold(edgeThreshold),
-      kernels(edgeKernels),
-      edgeRows(static_cast<std::size_t>(frame.rows)) {
-  candidates.reserve(frame.cols);
+    : image(padToStrip(frame)), imageSize(frame.size()), threshold(edgeThreshold), kernels(edgeKernels) {
+  candidates.reserve(2 * static_cast<std::size_t>(frame.cols));  // leaves room for spatter
   status.reserve(frame.cols);
 }
 
@@ -56,6 +53,7 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
   marks.allocate(static_cast<std::size_t>(strips) * words);
   std::fill_n(marks.data(), marks.size(), 0);
+  edgeRows.allocate(static_cast<std::size_t>(scanned.height));
   kernels.markBlocks(area, marks.data(), words);
 
   for (int strip = 0; strip < strips; ++strip) {
@@ -68,14 +66,18 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
 
 // Takes over the columns from `first` on, which are the lanes from `lane` on.
 void TRegionScanner::appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs) {
-  const int end = std::min(first + kStripColumns, region.br().x);
-  for (int column = first; column < end; ++column, ++lane) {
+  const int columns = std::min(kStripColumns, region.br().x - first);
+  std::size_t nextStatus = status.size();
+  std::size_t nextCandidate = candidates.size();
+  status.resize(nextStatus + columns);
+  candidates.resize(std::accumulate(pairs.count + lane, pairs.count + lane + columns, nextCandidate));
+  for (int column = first; column < first + columns; ++column, ++lane) {
     const int count = pairs.count[lane];
-    status.push_back({column, count > 0 ? kCentreFound : pairs.hasBothEdges[lane] ? kNoPair : kEdgeMissing});
+    status[nextStatus++] = {column, count > 0 ? kCentreFound : pairs.hasBothEdges[lane] ? kNoPair : kEdgeMissing};
     for (int i = 0; i < count; ++i) {
       const int low = pairs.low[i][lane];
       const int centre = stripeCentroid(low, pairs.sum[i][lane], pairs.moment[i][lane]);
-      candidates.push_back({column, region.y + centre, pairs.high[i][lane] - low});
+      candidates[nextCandidate++] = {column, region.y + centre, pairs.high[i][lane] - low};
     }
   }
 }

@@ -43,8 +43,9 @@ private:
   cv::Size imageSize;
   int threshold;
   const TEdgeKernels& kernels;
-  cv::AutoBuffer<std::uint64_t> marks;
-  cv::AutoBuffer<TEdgeRow> edgeRows;
+  // Of fixed size, and so on the stack, for the bands of a tracked stripe.
+  cv::AutoBuffer<std::uint64_t, 512> marks;
+  cv::AutoBuffer<TEdgeRow, 256> edgeRows;
 };
 
 }  // namespace weld

@@ -1,5 +1,6 @@
 #include "stripe/stripe_runs.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <utility>
@@ -24,10 +25,31 @@ struct TRun {
   bool isChosen = false;
 };
 
+bool isSameColumn(const TStripeCandidate& a, const TStripeCandidate& b) {
+  return a.x == b.x;
+}
+
+cv::Point2f centreOf(const TStripeCandidate& candidate) {
+  return {static_cast<float>(candidate.x), static_cast<float>(candidate.y)};
+}
+
+// The first candidate of every column that has any, and the end of the last one.
+std::vector<int> columnBegins(const std::vector<TStripeCandidate>& candidates) {
+  const int count = static_cast<int>(candidates.size());
+  std::vector<int> begin;
+  begin.reserve(count + 1);
+  for (int i = 0; i < count; ++i) {
+    if (i == 0 || !isSameColumn(candidates[i - 1], candidates[i])) begin.push_back(i);
+  }
+  begin.push_back(count);
+  return begin;
+}
+
+// Column c, counted over the columns that have any, owns the candidates begin[c] .. begin[c + 1] - 1.
 class TRunSelector {
 public:
-  explicit TRunSelector(const TCandidateTable& table)
-      : candidates(table.candidates.data()), begin(table.begin.data()), runs(table.candidates.size()) {}
+  TRunSelector(const std::vector<TStripeCandidate>& columnCandidates, const std::vector<int>& columnBegin)
+      : candidates(columnCandidates.data()), begin(columnBegin.data()), runs(columnCandidates.size()) {}
 
   // Chooses the candidates of the runs inside the columns first .. end - 1.
   void choose(int first, int end) {
@@ -48,7 +70,7 @@ public:
     auto point = points.begin();
     const TStripeCandidate* candidate = candidates;
     for (const TRun& run : runs) {
-      if (run.isChosen) *point++ = {static_cast<float>(candidate->x), static_cast<float>(candidate->y)};
+      if (run.isChosen) *point++ = centreOf(*candidate);
       ++candidate;
     }
     return points;
@@ -95,11 +117,32 @@ private:
   std::size_t chosen = 0;
 };
 
+// The usual case of one candidate per column, in which runs end only at steps that are too large.
+std::vector<cv::Point2f> selectSingleRuns(const std::vector<TStripeCandidate>& candidates) {
+  std::vector<cv::Point2f> points(candidates.size());
+  const auto isStep = [](const TStripeCandidate& a, const TStripeCandidate& b) {
+    return std::abs(b.y - a.y) >= kMaxStepPx;
+  };
+  auto pointsEnd = points.begin();
+  for (auto first = candidates.begin(); first != candidates.end();) {
+    const auto lastOfRun = std::adjacent_find(first, candidates.end(), isStep);
+    const auto end = lastOfRun == candidates.end() ? lastOfRun : lastOfRun + 1;
+    if (end - first > kMinRunColumns) pointsEnd = std::transform(first, end, pointsEnd, centreOf);
+    first = end;
+  }
+  points.erase(pointsEnd, points.end());
+  return points;
+}
+
 }  // namespace
 
-std::vector<cv::Point2f> selectStripeRuns(const TCandidateTable& table) {
-  TRunSelector selector(table);
-  selector.choose(0, table.columns());
+std::vector<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates) {
+  const bool isSingle = std::adjacent_find(candidates.begin(), candidates.end(), isSameColumn) == candidates.end();
+  if (isSingle) return selectSingleRuns(candidates);
+
+  const std::vector<int> begin = columnBegins(candidates);
+  TRunSelector selector(candidates, begin);
+  selector.choose(0, static_cast<int>(begin.size()) - 1);
   return selector.centres();
 }
 

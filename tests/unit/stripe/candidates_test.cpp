@@ -213,10 +213,9 @@ TEST(SelectStripeRuns, RunIsTheSmoothestOfAll) {
       rows[column] = {180 + static_cast<int>(random() % 10), 195 + static_cast<int>(random() % 10)};
       if (random() % 2 == 0) rows[column].push_back(210 + static_cast<int>(random() % 10));
     }
-    TCandidateTable table{{}, {0}};
+    TCandidates candidates;
     for (int column = 0; column < 31; ++column) {
-      for (const int row : rows[column]) table.candidates.push_back(candidate(column, row));
-      table.begin.push_back(static_cast<int>(table.candidates.size()));
+      for (const int row : rows[column]) candidates.push_back(candidate(column, row));
     }
     int least = std::numeric_limits<int>::max();
     const std::function<void(int, int, int)> tryAll = [&](int column, int previous, int roughness) {
@@ -228,7 +227,7 @@ TEST(SelectStripeRuns, RunIsTheSmoothestOfAll) {
     };
     tryAll(1, 200, 0);
 
-    const std::vector<cv::Point2f> centres = selectStripeRuns(table);
+    const std::vector<cv::Point2f> centres = selectStripeRuns(candidates);
     ASSERT_EQ(centres.size(), 31U);
     int roughness = 0;
     for (std::size_t i = 1; i < centres.size(); ++i) {
