@@ -1,7 +1,7 @@
 #include "detectors/corner.h"
 
 #include "detectors/corner_flanks.h"
-#include "support/run_detector.h"
+#include "run_detector.h"
 
 #include <gtest/gtest.h>
 
@@ -89,7 +89,8 @@ TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
   };
   // The left flank runs past the right one's last column 500, the right one begins before the left one's first.
   weld::TFlankPair flanks{flank(100, 560, 120.0, 0.5), flank(80, 501, 440.0, -0.5)};
-  flanks.right.inlierPts.back().x = 500.75F;  // counts as column 500
+  flanks.right.inlierPts.back().x = 500.75F;  // truncated, counts as column 500
+  for (cv::Point2f& p : flanks.left.inlierPts) p.x += 0.5F;
   weld::TFlankPair invalid = flanks;
   invalid.right.isValid = false;
   const struct {
@@ -98,10 +99,10 @@ TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
     cv::Size size;
     float leftEnd, rightStart;
   } rows[] = {
-      {"overlapping", flanks, {640, 480}, 500, 100},
-      {"intersection in column 320 of 320", flanks, {320, 480}, 559, 80},
-      {"intersection in row 280 of 280", flanks, {640, 280}, 559, 80},
-      {"right flank invalid", invalid, {640, 480}, 559, 80},
+      {"overlapping", flanks, {640, 480}, 499.5F, 100},
+      {"intersection in column 320 of 320", flanks, {320, 480}, 559.5F, 80},
+      {"intersection in row 280 of 280", flanks, {640, 280}, 559.5F, 80},
+      {"right flank invalid", invalid, {640, 480}, 559.5F, 80},
       {"9 points on the left", {flank(551, 560, 120.0, 0.5), flanks.right}, {640, 480}, 559, 80},
   };
   for (const auto& row : rows) {

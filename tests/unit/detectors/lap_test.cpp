@@ -1,7 +1,7 @@
 #include "detectors/lap.h"
 
 #include "detectors/piece_end.h"
-#include "support/run_detector.h"
+#include "run_detector.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "detectors/piece_end.h"
 #include "geometry/segmentation.h"
-#include "support/run_detector.h"
+#include "run_detector.h"
 #include "zelFunctions.h"
 
 #include <gtest/gtest.h>

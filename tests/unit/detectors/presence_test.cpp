@@ -1,6 +1,6 @@
 #include "detectors/presence.h"
 
-#include "support/run_detector.h"
+#include "run_detector.h"
 
 #include <gtest/gtest.h>
 
