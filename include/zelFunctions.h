@@ -2,8 +2,8 @@
 //
 // Everything is silent and every switch is false until the application says otherwise. The setters may be
 // called from any thread at any time; a call under way finishes with what was set when it began. An empty
-// function takes the plug out again. Every call runs on a copy of the function, possibly on several threads at once:
-// keep what it changes outside of it, behind a lock. Texts are in the GBK code page.
+// function takes the plug out again. Every call runs on a copy of the function, possibly on several threads at
+// once: keep what it changes outside of it, behind a lock. Texts are in the GBK code page.
 #pragma once
 
 #include "zelWeldDetectExport.h"

@@ -48,9 +48,9 @@ struct TAngleRange {
 // Tuning of one joint. Every field has a usable default; out-of-range values never crash, they only
 // find nothing. `zelweld params --type NAME` prints the fields that a joint reads.
 struct TWeldParams {
-  bool isInit = false;                               // set by initWeldParameters
-  TWeldType weldType = TWeldType::none;              // set by initWeldParameters
-  TWeldPosType weldPosType = TWeldPosType::centre;   // set by initWeldParameters
+  bool isInit = false;                              // set by initWeldParameters
+  TWeldType weldType = TWeldType::none;             // set by initWeldParameters
+  TWeldPosType weldPosType = TWeldPosType::centre;  // set by initWeldParameters
 
   // lap, plate: smallest brightness drop along the piece that moves its end, grey levels, 0..255.
   double dPara1 = 30.0;
@@ -109,9 +109,9 @@ struct TWeldParams {
 
 // What a frame gave. Feed it back as the previous result of the next frame.
 struct TWeldLineRes {
-  bool isFound = false;                 // a seam point was found (stripePresence: the stripe is there)
-  cv::Point2f weldPos{0.0F, 0.0F};      // the seam point; (0, 0) when not found
-  std::vector<cv::Point2f> stripePts;   // stripe centres of this frame, left to right
+  bool isFound = false;                // a seam point was found (stripePresence: the stripe is there)
+  cv::Point2f weldPos{0.0F, 0.0F};     // the seam point; (0, 0) when not found
+  std::vector<cv::Point2f> stripePts;  // stripe centres of this frame, left to right
   // corner: slope and intercept of the left flank, then of the right one.
   // plate: slope and intercept of the line through the two ends, twice. Others: 0.
   double auxVal1 = 0.0;
@@ -174,9 +174,9 @@ struct TStripePiece {
   std::int32_t lineState = 0;       // 0 not fitted, 1 the line below is there
   float k = 0.0F;                   // slope
   float b = 0.0F;                   // intercept, px
-  float maxDist = kUnset;           // largest distance of a point from the line, or from the chord before a fit, px
-  float meanDist = kUnset;          // mean distance of the points from the line, px
-  float aux1 = 0.0F;                // carried along
+  float maxDist = kUnset;   // largest distance of a point from the line, or from the chord before a fit, px
+  float meanDist = kUnset;  // mean distance of the points from the line, px
+  float aux1 = 0.0F;        // carried along
   float aux2 = 0.0F;
   float aux3 = 0.0F;
   float auxDist1 = kUnset;
@@ -335,18 +335,20 @@ ZELWELDDETECT_EXPORT int calcMeanGrayVal(cv::Mat image, cv::Mat mask);
 // cv::Exception.
 ZELWELDDETECT_EXPORT int calcRangePixelNum(cv::Mat image, cv::Mat mask, int low, int high);
 
-// What a well exposed frame looks like. It depends on filter, lens and surroundings: take it from a frame that suits.
+// What a well exposed frame looks like. It depends on filter, lens and surroundings: take it from a frame that
+// suits.
 struct TExposureTarget {
   int meanGray = 40;         // mean grey level, 1..254
   int tolerance = 10;        // distance from it that still suits, grey levels, >= 0
   double brightShare = 0.1;  // largest share of nearly saturated pixels, 0..1
 };
 
-// What to multiply the exposure time (or the gain) with to come to the target: above 1 raises the exposure, below 1
-// lowers it, exactly 1 leaves it alone.
+// What to multiply the exposure time (or the gain) with to come to the target: above 1 raises the exposure, below
+// 1 lowers it, exactly 1 leaves it alone.
 //   meanGray     from calcExposureParam; negative values, which stand for no mean, leave the exposure alone.
 //   brightShare  brightPixelNum of calcExposureParam / number of pixels. More than the target has lowers the
-//                exposure at least to a half, whatever the mean: a frame that is saturated throughout has a mean of 76.
+//                exposure at least to a half, whatever the mean: a frame that is saturated throughout has a mean
+//                of 76.
 // Grey levels are proportional to the exposure only where nothing is clipped, so one step changes it by 4 at most;
 // repeat with the next frame. A mean that a scene reaches only with too many bright pixels is never settled on.
 ZELWELDDETECT_EXPORT double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target);

@@ -20,7 +20,7 @@ const cv::Scalar kBlack(0, 0, 0);
 constexpr double kBandOpacity = 0.25;
 constexpr double kLabelOpacity = 0.65;
 constexpr float kMaxLinkPx = 3.0F;  // stripe centres farther apart are not joined by a line
-constexpr int kSubpixelBits = 4;     // drawing accuracy: 1/16 px
+constexpr int kSubpixelBits = 4;    // drawing accuracy: 1/16 px
 constexpr float kSearchBandPx = 60.0F;
 constexpr float kPlateSearchBandPx = 40.0F;
 constexpr std::size_t kMinGuidePoints = 10;  // with fewer the detectors search the whole image

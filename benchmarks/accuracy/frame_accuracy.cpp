@@ -73,8 +73,12 @@ std::optional<cv::Point2d> grooveTip(const std::vector<TLabel>& labels) {
 }
 
 void keepDefaults(TWeldParams&) {}
-void acceptNarrowGaps(TWeldParams& params) { params.dPara8 = 2.0; }
-void acceptLongPlates(TWeldParams& params) { params.dPara6 = 200.0; }
+void acceptNarrowGaps(TWeldParams& params) {
+  params.dPara8 = 2.0;
+}
+void acceptLongPlates(TWeldParams& params) {
+  params.dPara6 = 200.0;
+}
 
 // The column status is that of the edge pairs, which fail on these frames where the ridges do not.
 void acceptMissingColumns(TWeldParams& params) {
@@ -197,7 +201,8 @@ void printPresence(const fs::path& root, const TFolder& folder) {
     edgePairs.push_back(columnPercent(frame, false));
     ridges.push_back(columnPercent(frame, true));
   }
-  const auto withStripe = std::count_if(edgePairs.begin(), edgePairs.end(), [](double share) { return share > 0.0; });
+  const auto withStripe =
+      std::count_if(edgePairs.begin(), edgePairs.end(), [](double share) { return share > 0.0; });
   std::printf("| %-33s | %6zu | %11d | %12.1f | %8.1f |\n", folder.path, edgePairs.size(),
               static_cast<int>(withStripe), medianOf(edgePairs), medianOf(ridges));
 }
@@ -210,7 +215,8 @@ int main(int argc, char** argv) {
     std::printf("Real frames: no folder %s, skipped\n", root.c_str());
     return 0;
   }
-  std::printf("| joint         | folder                       | frames | found | median px |\n|---|---|---|---|---|\n");
+  std::printf(
+      "| joint         | folder                       | frames | found | median px |\n|---|---|---|---|---|\n");
   for (const TSeamRun& run : kSeamRuns) printSeamRun(root, run);
   std::printf("\nColumns with a stripe centre, median over the frames of a folder:\n\n");
   std::printf("| folder                            | frames | with stripe | edge pairs %% | ridges %% |\n");

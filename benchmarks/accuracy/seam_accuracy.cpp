@@ -24,9 +24,12 @@ struct TTarget {
 };
 
 constexpr TCase kCases[] = {
-    {"butt gap, centre", TJoint::buttGap, TWeldPosType::centre}, {"butt gap, left", TJoint::buttGap, TWeldPosType::left},
-    {"lap, centre", TJoint::lap, TWeldPosType::centre},          {"lap, upper", TJoint::lap, TWeldPosType::upper},
-    {"corner", TJoint::corner, TWeldPosType::centre},            {"plate, right", TJoint::plate, TWeldPosType::right},
+    {"butt gap, centre", TJoint::buttGap, TWeldPosType::centre},
+    {"butt gap, left", TJoint::buttGap, TWeldPosType::left},
+    {"lap, centre", TJoint::lap, TWeldPosType::centre},
+    {"lap, upper", TJoint::lap, TWeldPosType::upper},
+    {"corner", TJoint::corner, TWeldPosType::centre},
+    {"plate, right", TJoint::plate, TWeldPosType::right},
     {"plate, left", TJoint::plate, TWeldPosType::left},
 };
 
@@ -35,7 +38,9 @@ constexpr TTarget kTargets[] = {{"clean", TLevel::clean, 1.0, 0.5, 1.0},
                                 {"harsh", TLevel::harsh, 0.95, 1.0, 3.0}};
 constexpr double kMaxFalseShare = 0.005;
 
-const char* mark(bool isReached) { return isReached ? "" : " *"; }
+const char* mark(bool isReached) {
+  return isReached ? "" : " *";
+}
 
 // Median and 95th percentile of what the arithmetic makes of perfect centres.
 std::string floorText(const TScore& score) {
@@ -58,7 +63,8 @@ void printScore(const TCase& trial, const TTarget& target, const char* mode, con
 }
 
 void printSeamTable(int scenes, int sequences) {
-  std::printf("| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss | floor px |\n");
+  std::printf(
+      "| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss | floor px |\n");
   std::printf("|---|---|---|---|---|---|---|---|---|---|\n");
   for (const TCase& trial : kCases) {
     for (const TTarget& target : kTargets) {

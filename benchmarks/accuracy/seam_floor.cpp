@@ -25,7 +25,9 @@ TPoints trueCentres(const scenes::TTruth& truth) {
   return points;
 }
 
-double distance(cv::Point2d a, cv::Point2d b) { return std::hypot(a.x - b.x, a.y - b.y); }
+double distance(cv::Point2d a, cv::Point2d b) {
+  return std::hypot(a.x - b.x, a.y - b.y);
+}
 
 // The piece that ends at the seam: true centres on its side of the step.
 TPoints pieceAt(cv::Point2d seam, const TPoints& points, bool isLeftOfSeam) {
@@ -46,8 +48,8 @@ std::optional<double> endFloor(const TWeldParams& params, const scenes::TScene& 
   const TPoints piece = pieceAt(seam, trueCentres(scene.truth), isLeftOfSeam);
   const TLinePara line = toolkit.findALine(piece, -1, -1);
   if (!line.isValid) return std::nullopt;
-  const cv::Point2f refined = toolkit.modifySingleVGroovePos(
-      piece, cv::Point2f(seam), static_cast<float>(line.k), static_cast<float>(line.b), scene.image);
+  const cv::Point2f refined = toolkit.modifySingleVGroovePos(piece, cv::Point2f(seam), static_cast<float>(line.k),
+                                                             static_cast<float>(line.b), scene.image);
   return distance(refined, seam);
 }
 

@@ -96,8 +96,8 @@ TScore scoreFalsePositives(const TCase& trial, int scenesEach) {
   TScore score;
   for (const TJoint joint : foreignJoints(trial.joint)) {
     for (int i = 0; i < scenesEach; ++i) {
-      scenes::TSceneParams params = scenes::randomScene(joint, i % 2 == 0 ? TLevel::clean : TLevel::noisy,
-                                                        kFirstSeed + i);
+      scenes::TSceneParams params =
+          scenes::randomScene(joint, i % 2 == 0 ? TLevel::clean : TLevel::noisy, kFirstSeed + i);
       if (joint == TJoint::blank) params.look.noiseSigma = kNoiseSigma;
       // An upright corner has no flank flat enough to be a plate.
       if (trial.joint == TJoint::plate) params.geometry.tiltDeg = 0.0;

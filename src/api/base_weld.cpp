@@ -8,7 +8,9 @@ namespace {
 
 constexpr int kMissingStatus = 1;
 
-bool isStrictlyBetween(int pos, int lo, int hi) { return lo < pos && pos < hi; }
+bool isStrictlyBetween(int pos, int lo, int hi) {
+  return lo < pos && pos < hi;
+}
 
 }  // namespace
 
@@ -26,15 +28,21 @@ TBaseWeld& TBaseWeld::operator=(TBaseWeld&& other) noexcept {
   return *this;
 }
 
-void TBaseWeld::setWeldParameters(TWeldParams params) { weldParams = params; }
+void TBaseWeld::setWeldParameters(TWeldParams params) {
+  weldParams = params;
+}
 
-TWeldParams TBaseWeld::getWeldParameters() const { return weldParams; }
+TWeldParams TBaseWeld::getWeldParameters() const {
+  return weldParams;
+}
 
 void TBaseWeld::setSamplinePointsStatus(std::vector<TWeldPointStatus> status) {
   samplingPtsStatus = std::move(status);
 }
 
-std::vector<TWeldPointStatus> TBaseWeld::getSamplinePointsStatus() const { return samplingPtsStatus; }
+std::vector<TWeldPointStatus> TBaseWeld::getSamplinePointsStatus() const {
+  return samplingPtsStatus;
+}
 
 bool TBaseWeld::isWeldPosMissingPts(cv::Point2f /*pos*/, int lo, int hi, int minCount) const {
   const auto missing = std::count_if(samplingPtsStatus.begin(), samplingPtsStatus.end(), [&](const auto& s) {

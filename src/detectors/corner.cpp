@@ -84,8 +84,8 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
                               const cv::Mat& searchMask) {
   const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters())};
   const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
-  TWeldLineRes result = prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes)
-                                        : findCornerSeamFromPts(frame, centres);
+  TWeldLineRes result =
+      prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound) return result;
   const std::vector<cv::Point2f> ridge = extractRidgeStripe(image);
   if (ridge.size() < kMinRidgePoints) return {};

@@ -72,12 +72,12 @@ bool isGapBandUnbroken(const TDetectorObject& object, cv::Point2f corner, const 
 
 bool areFewColumnsMissing(const TDetectorObject& object, cv::Point2f corner, const TPoints& left,
                           const TPoints& right, int width, const TCornerParams& params) {
-  const auto lastLeft = std::find_if(left.rbegin(), left.rend(),
-                                     [&](cv::Point2f p) { return p.x < corner.x - kCornerMarginPx; });
-  const auto firstRight = std::find_if(right.begin(), right.end(),
-                                       [&](cv::Point2f p) { return p.x > corner.x + kCornerMarginPx; });
-  const int lo = lastLeft != left.rend() ? truncToInt(lastLeft->x)
-                                         : truncToInt(std::max(corner.x - kCornerReachPx, 0.0F));
+  const auto lastLeft =
+      std::find_if(left.rbegin(), left.rend(), [&](cv::Point2f p) { return p.x < corner.x - kCornerMarginPx; });
+  const auto firstRight =
+      std::find_if(right.begin(), right.end(), [&](cv::Point2f p) { return p.x > corner.x + kCornerMarginPx; });
+  const int lo =
+      lastLeft != left.rend() ? truncToInt(lastLeft->x) : truncToInt(std::max(corner.x - kCornerReachPx, 0.0F));
   const int hi = firstRight != right.end() ? truncToInt(firstRight->x)
                                            : std::min(truncToInt(corner.x + kCornerReachPx), width - 1);
   return !object.isWeldPosMissingPts(corner, lo, hi, params.missingColumnLimit);
@@ -133,8 +133,7 @@ bool checkCornerPlausible(const TDetectorObject& object, cv::Point2f corner, con
   return left.size() >= kMinFlankPoints && right.size() >= kMinFlankPoints &&
          areFlanksOnTheirSides(left, right, corner.x) &&
          isDenseEnough(left, right, corner.x, imageSize.width, params) &&
-         areAnglesAdmissible(flanks, corner, params) &&
-         isGapBandUnbroken(object, corner, left, right, params) &&
+         areAnglesAdmissible(flanks, corner, params) && isGapBandUnbroken(object, corner, left, right, params) &&
          areFewColumnsMissing(object, corner, left, right, imageSize.width, params) &&
          (params.acceptsGap || doFlanksReachCorner(corner.x, left, right, imageSize.width));
 }

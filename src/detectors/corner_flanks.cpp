@@ -32,8 +32,7 @@ const TStripePiece& longestPieceWithin(const std::vector<TStripePiece>& pieces, 
   const TStripePiece* longest = nullptr;
   for (const TStripePiece& piece : pieces) {
     if (!isStrictlyInside(rangeDeg, pieceAngleDeg(piece))) continue;
-    const bool isLonger =
-        longest == nullptr || truncToInt(pieceLength(piece)) > truncToInt(pieceLength(*longest));
+    const bool isLonger = longest == nullptr || truncToInt(pieceLength(piece)) > truncToInt(pieceLength(*longest));
     if (isLonger) longest = &piece;
   }
   return longest != nullptr ? *longest : pieces.front();
@@ -80,7 +79,8 @@ TAngleRange clippedReach(double previousK, const TAngleRange& admissibleDeg) {
 
 }  // namespace
 
-std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points, const TCornerParams& params) {
+std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points,
+                                              const TCornerParams& params) {
   TFlankPair flanks;
   flanks.left = fitFlank(points, params.leftDeg, params);
   if (flanks.left.isValid) {
@@ -127,7 +127,8 @@ void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParam
   const auto firstX = static_cast<float>(truncToInt(left.front().x));
   const auto lastX = static_cast<float>(truncToInt(right.back().x));
   left.erase(std::remove_if(left.begin(), left.end(), [&](cv::Point2f p) { return p.x > lastX; }), left.end());
-  right.erase(std::remove_if(right.begin(), right.end(), [&](cv::Point2f p) { return p.x < firstX; }), right.end());
+  right.erase(std::remove_if(right.begin(), right.end(), [&](cv::Point2f p) { return p.x < firstX; }),
+              right.end());
   flanks = {fitLine(left, params.refitTolPx), fitLine(right, params.refitTolPx)};
 }
 

@@ -21,7 +21,9 @@ struct TCornerParams {
   bool acceptsGap;
 };
 
-inline TAngleRange orderedRange(double a, double b) { return {std::min(a, b), std::max(a, b)}; }
+inline TAngleRange orderedRange(double a, double b) {
+  return {std::min(a, b), std::max(a, b)};
+}
 
 inline TCornerParams cornerParams(const TWeldParams& p) {
   return {orderedRange(p.angleRange1Min, p.angleRange1Max),
@@ -37,6 +39,8 @@ inline TCornerParams cornerParams(const TWeldParams& p) {
           p.haveGap};
 }
 
-inline bool isStrictlyInside(const TAngleRange& range, double deg) { return range.min < deg && deg < range.max; }
+inline bool isStrictlyInside(const TAngleRange& range, double deg) {
+  return range.min < deg && deg < range.max;
+}
 
 }  // namespace weld

@@ -18,7 +18,9 @@ struct TGap {
   int rightX = 0;
 };
 
-int widthOf(const TGap& gap) { return std::abs(gap.leftX - gap.rightX); }
+int widthOf(const TGap& gap) {
+  return std::abs(gap.leftX - gap.rightX);
+}
 
 // The widest step between neighbouring points of the line, in whole pixels; the first of equally wide ones.
 std::optional<TGap> findWidestGap(const zelFit::TLineFitResult& line, double inlierTolPx,
@@ -46,8 +48,8 @@ float seamX(const TGap& gap, TWeldPosType pos) {
   }
 }
 
-std::optional<cv::Point2f> locateLineGap(const zelFit::TLineFitResult& line, const std::vector<cv::Point2f>& stripePts,
-                                         const TWeldParams& params) {
+std::optional<cv::Point2f> locateLineGap(const zelFit::TLineFitResult& line,
+                                         const std::vector<cv::Point2f>& stripePts, const TWeldParams& params) {
   const double inlierTolPx = params.dPara2;
   const auto minGapPx = static_cast<float>(params.dPara8);
   if (!line.success) return std::nullopt;

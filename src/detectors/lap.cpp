@@ -16,17 +16,16 @@ namespace weld {
 
 namespace {
 
-constexpr int kTouchingPx = 10;        // facing ends of touching pieces are nearer
-constexpr int kCollinearDeg = 10;      // and their whole degrees differ by less
+constexpr int kTouchingPx = 10;    // facing ends of touching pieces are nearer
+constexpr int kCollinearDeg = 10;  // and their whole degrees differ by less
 constexpr int kMaxMergePasses = 101;
 constexpr std::size_t kMinStripePoints = 10;
 constexpr float kMaxOverlapPx = -30.0F;  // the right corner must lie beyond this
 constexpr float kMinTotalLengthPx = 300.0F;
 
 bool areTouchingCollinear(const TStripePiece& first, const TStripePiece& second) {
-  const double angleDeg = std::abs(arcTangent(static_cast<double>(first.k)) -
-                                   arcTangent(static_cast<double>(second.k))) *
-                          kDegPerRad;
+  const double angleDeg =
+      std::abs(arcTangent(static_cast<double>(first.k)) - arcTangent(static_cast<double>(second.k))) * kDegPerRad;
   return std::abs(first.endPt.x - second.startPt.x) < kTouchingPx &&
          std::abs(first.endPt.y - second.startPt.y) < kTouchingPx && truncToInt(angleDeg) < kCollinearDeg;
 }

@@ -13,7 +13,9 @@ constexpr std::size_t kPointsNearEnd = 100;
 constexpr double kBandTop = 0.3;  // share of the image height
 constexpr double kBandBottom = 0.7;
 
-bool isOutsideMiddleBand(int row, int rows) { return rows * kBandTop > row || row > rows * kBandBottom; }
+bool isOutsideMiddleBand(int row, int rows) {
+  return rows * kBandTop > row || row > rows * kBandBottom;
+}
 
 }  // namespace
 

@@ -18,13 +18,16 @@ namespace {
 
 constexpr int kTrackingBandPx = 40;
 constexpr std::size_t kMinPiecePoints = 10;
-constexpr int kLowestRow = 9999;          // a piece must lie above this row
-constexpr int kFramesPerMessage = 20;     // the message is shown after more successful frames than this
+constexpr int kLowestRow = 9999;       // a piece must lie above this row
+constexpr int kFramesPerMessage = 20;  // the message is shown after more successful frames than this
 constexpr char kPlateInfoSwitch[] = "NeedPrintPlateWeldInfo";
 // Seam width in pixels and line slope in degrees, in the GBK code page.
 constexpr char kPlateInfoFormat[] =
-    "\xBA\xB8\xB7\xEC\xBF\xED\xA3\xBA" "%.2f"
-    "\xCF\xF1\xCB\xD8\xA3\xAC\xD6\xB1\xCF\xDF\xD0\xB1\xC2\xCA\xA3\xBA" "%.2f" "\xA1\xE3";
+    "\xBA\xB8\xB7\xEC\xBF\xED\xA3\xBA"
+    "%.2f"
+    "\xCF\xF1\xCB\xD8\xA3\xAC\xD6\xB1\xCF\xDF\xD0\xB1\xC2\xCA\xA3\xBA"
+    "%.2f"
+    "\xA1\xE3";
 
 struct TPlateEnds {
   cv::Point2f start;
@@ -33,7 +36,8 @@ struct TPlateEnds {
 
 bool isPlateCandidate(const TStripePiece& piece, const TWeldParams& params) {
   const double angleDeg = pieceAngleDeg(piece);
-  return params.angleRange0Min < angleDeg && angleDeg < params.angleRange0Max && pieceLength(piece) > params.dPara6;
+  return params.angleRange0Min < angleDeg && angleDeg < params.angleRange0Max &&
+         pieceLength(piece) > params.dPara6;
 }
 
 // The highest piece in the image, the first of equally high ones.

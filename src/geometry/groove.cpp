@@ -37,7 +37,9 @@ int anchorIndex(const std::vector<cv::Point2f>& support, float roughX) {
   return std::abs(roughX - support[last].x) > std::abs(roughX - support[0].x) ? 0 : last;
 }
 
-int columnsBetween(int lo, int hi) { return hi < lo ? 0 : hi - lo + 1; }
+int columnsBetween(int lo, int hi) {
+  return hi < lo ? 0 : hi - lo + 1;
+}
 
 // From the position across the nearer end of the support.
 TProfileRange profileRange(const std::vector<cv::Point2f>& support, float roughX, int cols) {
@@ -53,7 +55,9 @@ TProfileRange profileRange(const std::vector<cv::Point2f>& support, float roughX
   return {lo, 1, columnsBetween(lo, hi)};
 }
 
-float lineRow(float k, float b, int x) { return k * static_cast<float>(x) + b; }
+float lineRow(float k, float b, int x) {
+  return k * static_cast<float>(x) + b;
+}
 
 // Grey values along the line, in one row.
 cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b) {

@@ -12,7 +12,7 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kMinFitPoints = 10;
-constexpr std::size_t kThinFrom = 100;       // shorter lists are not thinned
+constexpr std::size_t kThinFrom = 100;  // shorter lists are not thinned
 constexpr std::size_t kMaxThinnedPoints = 100;
 constexpr float kThinParts = 100.0F;
 constexpr int kRobustMethod = 4;
@@ -77,8 +77,8 @@ std::vector<cv::Point2f> selectLineOutliers(double k, double b, double distTolPx
 
 double lineShare(double k, double b, double distTolPx, const std::vector<cv::Point>& points) {
   if (points.empty()) return 0.0;
-  const auto near = std::count_if(points.begin(), points.end(),
-                                  [&](cv::Point p) { return distanceTo(k, b, p) < distTolPx; });
+  const auto near =
+      std::count_if(points.begin(), points.end(), [&](cv::Point p) { return distanceTo(k, b, p) < distTolPx; });
   return static_cast<double>(near) / static_cast<double>(points.size());
 }
 

@@ -37,8 +37,8 @@ std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points);
 // Robust line through stripe points, truncated to integers. No success with fewer than 10.
 zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx);
 
-// The same with the points near the line. tolPx is the scale of the fit and the inlier distance. Without success the
-// inliers are all points and the ratio is 0.
+// The same with the points near the line. tolPx is the scale of the fit and the inlier distance. Without success
+// the inliers are all points and the ratio is 0.
 TLinePara fitLine(const std::vector<cv::Point2f>& points, double tolPx);
 
 // Robust fit of the points startIdx .. endIdx - 1, then of all points near that line. Fewer than 10 points in

@@ -56,7 +56,8 @@ double pieceAngleDeg(const TStripePiece& piece) {
   return static_cast<double>(angle) * kDegPerRad;
 }
 
-std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second) {
+std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first,
+                                    const std::vector<cv::Point2f>& second) {
   std::vector<cv::Point2f> joined;
   joined.reserve(first.size() + second.size());
   joined.insert(joined.end(), first.begin(), first.end());

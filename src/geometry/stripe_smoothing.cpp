@@ -18,7 +18,9 @@ constexpr std::size_t kMinSmoothed = 4;
 constexpr float kJumpSlopeFactor = 4.0F;
 constexpr float kFarthestPx = 1e9F;
 
-bool isUsable(cv::Point2f p) { return std::abs(p.x) < kFarthestPx && std::abs(p.y) < kFarthestPx; }
+bool isUsable(cv::Point2f p) {
+  return std::abs(p.x) < kFarthestPx && std::abs(p.y) < kFarthestPx;
+}
 
 }  // namespace
 

@@ -74,4 +74,6 @@ void TBaseWeld::removeDiscontinuousPts(std::vector<cv::Point2f>& points, int max
   points = weld::dropDiscontinuousPts(points, maxJump);
 }
 
-bool TBaseWeld::checkImgLegality(cv::Mat image) const { return weld::hasPixels(image); }
+bool TBaseWeld::checkImgLegality(cv::Mat image) const {
+  return weld::hasPixels(image);
+}

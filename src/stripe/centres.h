@@ -16,8 +16,9 @@ struct TStripeCentres {
 };
 
 // Centres of the stripe inside the regions.
-//   image      8-bit, one channel (of 3 and 4 channels the regions are converted); anything else raises cv::Exception.
-//   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed.
+//   image      8-bit, one channel (of 3 and 4 channels the regions are converted); anything else raises
+//   cv::Exception. threshold  grey level that an edge pixel must reach, and mean step per row that an edge must
+//   exceed.
 // An empty image or no regions gives an empty result.
 TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold);
 

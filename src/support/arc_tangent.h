@@ -12,6 +12,8 @@ double arcTangent(double x);
 double arcTangent2(double y, double x);
 
 // Angle of a slope, degrees.
-inline double slopeToDeg(double k) { return arcTangent(k) * kDegPerRad; }
+inline double slopeToDeg(double k) {
+  return arcTangent(k) * kDegPerRad;
+}
 
 }  // namespace weld

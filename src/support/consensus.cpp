@@ -13,7 +13,7 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
-constexpr int kPointsPerLook = 8;  // between two looks whether a batch of lines is still in the race
+constexpr int kPointsPerLook = 8;    // between two looks whether a batch of lines is still in the race
 constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.

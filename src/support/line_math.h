@@ -23,7 +23,9 @@ inline double pointLineDistance(double k, double b, double x, double y) {
 }
 
 // True when the value has a 32-bit integer next to it; false for NaN.
-inline bool fitsInt(double value) { return value > -2147483649.0 && value < 2147483648.0; }
+inline bool fitsInt(double value) {
+  return value > -2147483649.0 && value < 2147483648.0;
+}
 
 // Truncation toward zero. Values without a 32-bit integer, NaN among them, give the smallest one, so that
 // a wild coordinate is outside every image.
@@ -52,7 +54,11 @@ inline float heightOverChord(cv::Point2f from, cv::Point2f to, cv::Point2f apex)
   return doubleArea / static_cast<float>(guardDivisor(static_cast<double>(length)));
 }
 
-inline cv::Point truncPoint(cv::Point2f p) { return {truncToInt(p.x), truncToInt(p.y)}; }
-inline cv::Point roundPoint(cv::Point2f p) { return {roundToInt(p.x), roundToInt(p.y)}; }
+inline cv::Point truncPoint(cv::Point2f p) {
+  return {truncToInt(p.x), truncToInt(p.y)};
+}
+inline cv::Point roundPoint(cv::Point2f p) {
+  return {roundToInt(p.x), roundToInt(p.y)};
+}
 
 }  // namespace weld

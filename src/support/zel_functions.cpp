@@ -40,9 +40,15 @@ TPlug<TParamBoolSource> paramBoolSource;
 
 }  // namespace
 
-void setDebugStringSink(TDebugStringSink sink) { debugStringSink.set(std::move(sink)); }
-void setMessageSink(TMessageSink sink) { messageSink.set(std::move(sink)); }
-void setParamBoolSource(TParamBoolSource source) { paramBoolSource.set(std::move(source)); }
+void setDebugStringSink(TDebugStringSink sink) {
+  debugStringSink.set(std::move(sink));
+}
+void setMessageSink(TMessageSink sink) {
+  messageSink.set(std::move(sink));
+}
+void setParamBoolSource(TParamBoolSource source) {
+  paramBoolSource.set(std::move(source));
+}
 
 void outPutDebugString(const std::string& text) {
   if (const TDebugStringSink sink = debugStringSink.get()) sink(text);

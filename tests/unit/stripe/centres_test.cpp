@@ -144,8 +144,7 @@ TEST(ExtractStripeCentres, ColumnsWithoutStripeLeaveAStatus) {
 TEST(ExtractStripeCentres, ColourIsConvertedInsideTheRegions) {
   for (const cv::Size size : {cv::Size(320, 240), cv::Size(20, 240)}) {
     const cv::Mat grey = drawStripe(size, 0.1, 100.0);
-    const std::vector<cv::Rect> cases[] = {
-        wholeOf(grey), {{3, 70, 12, 60}}, {{1, 60, 98, 80}, {99, 65, 500, 90}}};
+    const std::vector<cv::Rect> cases[] = {wholeOf(grey), {{3, 70, 12, 60}}, {{1, 60, 98, 80}, {99, 65, 500, 90}}};
     for (const std::vector<cv::Rect>& regions : cases) {
       const TStripeCentres expected = extractStripeCentres(grey, regions, kThreshold);
       for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
