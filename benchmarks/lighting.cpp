@@ -1,14 +1,12 @@
 // Exposure figures, measured in times of copying the same frame: copy and figures take turns, so that whatever
 // else the machine does meets both. Prints the ratio of the medians as the counter `timesCopyTo`.
+#include "against_copy.h"
 #include "zelWeldDetect.h"
 
 #include <benchmark/benchmark.h>
 #include <opencv2/imgproc.hpp>
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -40,34 +38,6 @@ cv::Mat whiteFrame() {
   return cv::Mat(kFrameSize, CV_8UC1, cv::Scalar(255));
 }
 
-double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
-template <typename TWork>
-double secondsOf(TWork work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-template <typename TWork>
-void runAgainstCopy(benchmark::State& state, const cv::Mat& frame, TWork work) {
-  cv::Mat copy;
-  std::vector<double> copySeconds;
-  std::vector<double> workSeconds;
-  for (auto _ : state) {
-    copySeconds.push_back(secondsOf([&] { frame.copyTo(copy); }));
-    benchmark::DoNotOptimize(copy.data);
-    workSeconds.push_back(secondsOf(work));
-    state.SetIterationTime(workSeconds.back());
-  }
-  state.counters["copyToUs"] = median(copySeconds) * 1e6;
-  state.counters["timesCopyTo"] = median(workSeconds) / median(copySeconds);
-}
-
 // Without reflections every bright pixel counts 1; with them fewer than all count.
 bool isPlausible(const cv::Mat& frame, int meanGray, int brightPixelNum, bool hasReflections) {
   const int brightPixels = cv::countNonZero(frame > 240);
@@ -83,7 +53,7 @@ void exposureParam(benchmark::State& state, const cv::Mat& frame, bool hasReflec
     state.SkipWithError("wrong exposure figures");
     return;
   }
-  runAgainstCopy(state, frame, [&] {
+  bench::runAgainstCopy(state, frame, [&] {
     calcExposureParam(frame, meanGray, brightPixelNum);
     benchmark::DoNotOptimize(brightPixelNum);
   });
@@ -98,7 +68,7 @@ void meanAndCount(benchmark::State& state, const cv::Mat& frame, bool hasReflect
     state.SkipWithError("wrong exposure figures");
     return;
   }
-  runAgainstCopy(state, frame, [&] {
+  bench::runAgainstCopy(state, frame, [&] {
     meanGray = calcMeanGrayVal(frame, mask);
     brightPixelNum = calcRangePixelNum(frame, mask, 240, 256);
     benchmark::DoNotOptimize(meanGray);

@@ -2,15 +2,14 @@
 // else the machine does meets both. Prints the ratio of the medians as the counter `timesCopyTo` and the mean
 // distance to the true centres as `meanErrorPx`.
 #include "stripe/ridge.h"
+#include "against_copy.h"
 
 #include "scenes/scene.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -71,19 +70,6 @@ TScore score(const scenes::TScene& scene) {
   return score;
 }
 
-double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
-template <typename TWork>
-double secondsOf(TWork work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 void ridgeCentres(benchmark::State& state, scenes::TJoint joint, const scenes::TLook& look) {
   const scenes::TScene scene = render(joint, look);
   const TScore found = score(scene);
@@ -91,18 +77,9 @@ void ridgeCentres(benchmark::State& state, scenes::TJoint joint, const scenes::T
     state.SkipWithError("the stripe was not found");
     return;
   }
-  cv::Mat copy;
-  std::vector<double> copySeconds;
-  std::vector<double> ridgeSeconds;
-  for (auto _ : state) {
-    copySeconds.push_back(secondsOf([&] { scene.image.copyTo(copy); }));
-    benchmark::DoNotOptimize(copy.data);
-    ridgeSeconds.push_back(secondsOf(
-        [&] { benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast)); }));
-    state.SetIterationTime(ridgeSeconds.back());
-  }
-  state.counters["copyToUs"] = median(copySeconds) * 1e6;
-  state.counters["timesCopyTo"] = median(ridgeSeconds) / median(copySeconds);
+  bench::runAgainstCopy(state, scene.image, [&] {
+    benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast));
+  });
   state.counters["meanErrorPx"] = found.meanErrorPx;
 }
 

@@ -3,6 +3,7 @@
 // medians, `errorPx` the median distance of the centres from the true stripe.
 //
 // OPENCV_CPU_DISABLE=AVX2 in the environment makes the whole detection take the baseline kernels.
+#include "against_copy.h"
 #include "plain_extraction.h"
 #include "scenes/scene.h"
 #include "stripe/candidates.h"
@@ -12,8 +13,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -63,49 +62,25 @@ TFrame makeFrame(const std::string& name, cv::Size size) {
   return frame;
 }
 
-double median(std::vector<double> values) {
-  if (values.empty()) return 0.0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 double centreError(const TFrame& frame, const std::vector<cv::Point2f>& centres) {
   std::vector<double> errors;
   for (const cv::Point2f c : centres) {
     const double truth = frame.scene.truth.centreY[static_cast<std::size_t>(c.x)];
     if (!std::isnan(truth)) errors.push_back(std::abs(c.y - truth));
   }
-  return median(errors);
-}
-
-template <typename TWork>
-double secondsOf(TWork work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return bench::median(errors);
 }
 
 // The work returns the centres.
 template <typename TWork>
-void runAgainstCopy(benchmark::State& state, const TFrame& frame, TWork work) {
+void runOnFrame(benchmark::State& state, const TFrame& frame, TWork work) {
   const std::vector<cv::Point2f> centres = work();
   const double errorPx = centreError(frame, centres);
   if (centres.size() < frame.scene.truth.centreY.size() / 2 || errorPx > 1.0) {
     state.SkipWithError("the stripe was not found");
     return;
   }
-  cv::Mat copy;
-  std::vector<double> copySeconds;
-  std::vector<double> workSeconds;
-  for (auto _ : state) {
-    copySeconds.push_back(secondsOf([&] { frame.scene.image.copyTo(copy); }));
-    benchmark::DoNotOptimize(copy.data);
-    workSeconds.push_back(secondsOf([&] { benchmark::DoNotOptimize(work()); }));
-    state.SetIterationTime(workSeconds.back());
-  }
-  state.counters["copyToUs"] = median(copySeconds) * 1e6;
-  state.counters["timesCopyTo"] = median(workSeconds) / median(copySeconds);
+  bench::runAgainstCopy(state, frame.scene.image, [&] { benchmark::DoNotOptimize(work()); });
   state.counters["errorPx"] = errorPx;
 }
 
@@ -122,7 +97,7 @@ void addFrame(const std::string& name, cv::Size size) {
     const std::string title =
         what + "/" + name + "/" + std::to_string(size.width) + "x" + std::to_string(size.height);
     benchmark::RegisterBenchmark(title.c_str(),
-                                 [frame, work](benchmark::State& state) { runAgainstCopy(state, *frame, work); })
+                                 [frame, work](benchmark::State& state) { runOnFrame(state, *frame, work); })
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
   };
