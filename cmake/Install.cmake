@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zelWeldDetect)
 
 install(TARGETS zelWeldDetect EXPORT zelWeldDetectTargets)
-install(FILES include/zelWeldDetect.h include/zelFunctions.h ${PROJECT_BINARY_DIR}/include/zelWeldDetectExport.h
+install(FILES include/zelWeldDetect.h include/zelWeldTypes.h include/zelWeldTracker.h include/zelFunctions.h ${PROJECT_BINARY_DIR}/include/zelWeldDetectExport.h
         TYPE INCLUDE)
 install(EXPORT zelWeldDetectTargets NAMESPACE zelWeldDetect:: DESTINATION ${package_dir})
 

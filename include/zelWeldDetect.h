@@ -1,7 +1,8 @@
 // zelWeldDetect: finds the weld seam in the camera image of a laser stripe.
 //
 // One call per frame: hand detectWeldLineViaTracking the image, the parameter record that names the
-// joint, and the previous result; it returns where the seam is. This is the only header a caller needs.
+// joint, and the previous result; it returns where the seam is. TWeldTracker (zelWeldTracker.h, included here)
+// keeps the previous result itself and tells why a frame gave no seam. This is the only header a caller needs.
 //
 // Coordinates are image pixels: x is the column (to the right), y the row (downwards), pixel centres at
 // whole numbers. Angles are degrees of atan(dy/dx) with y pointing down. The stripe runs from left to
@@ -9,181 +10,12 @@
 #pragma once
 
 #include "zelWeldDetectExport.h"
+#include "zelWeldTracker.h"
+#include "zelWeldTypes.h"
 
 #include <opencv2/core.hpp>
 
-#include <cstdint>
 #include <vector>
-
-// Joint kind; selects the detector. Any other value is safe and behaves like `none`.
-enum class TWeldType : std::int32_t {
-  buttGap = 0,         // one straight stripe broken by a gap
-  lap = 1,             // two pieces displaced in height (a step)
-  corner = 2,          // two flanks that meet in one corner
-  none = 3,            // no detector: every call gives the empty result
-  plate = 4,           // one plate: the highest straight piece and its two ends
-  uGroove = 5,         // no detector in this release
-  vGroove = 6,         // no detector in this release
-  singleBevel = 7,     // no detector in this release
-  flareV = 8,          // no detector in this release
-  flareBevel = 9,      // no detector in this release
-  stripePresence = 10  // is the stripe there, compared with the previous frame
-};
-
-// Which point of the joint is the seam point. A detector that does not know a value uses `centre`.
-enum class TWeldPosType : std::int32_t {
-  centre = 0,
-  left = 1,   // buttGap: left edge of the gap;  plate: left end
-  right = 2,  // buttGap: right edge of the gap; plate: right end
-  upper = 3,  // lap: upper corner in the image
-  lower = 4   // lap: lower corner in the image
-};
-
-// A closed interval of angles in degrees.
-struct TAngleRange {
-  double min = 0.0;
-  double max = 0.0;
-};
-
-// Tuning of one joint. Every field has a usable default; out-of-range values never crash, they only
-// find nothing. `zelweld params --type NAME` prints the fields that a joint reads.
-struct TWeldParams {
-  bool isInit = false;                              // set by initWeldParameters
-  TWeldType weldType = TWeldType::none;             // set by initWeldParameters
-  TWeldPosType weldPosType = TWeldPosType::centre;  // set by initWeldParameters
-
-  // lap, plate: smallest brightness drop along the piece that moves its end, grey levels, 0..255.
-  double dPara1 = 30.0;
-  // buttGap, corner: largest distance of a stripe point from its line, px, > 0.
-  // lap, plate: largest distance of a stripe point that supports the piece, px, > 0.
-  double dPara2 = 5.0;
-  // buttGap (first detection): smallest share of stripe points on the line, 0..1.
-  // corner: smallest share of points on a flank, and points per column it must exceed, 0..1.
-  double dPara3 = 0.1;
-  // buttGap (tracking), corner: scale and inlier distance of the robust line fit, px, > 0.
-  double dPara4 = 2.0;
-  // Read by no detector; carried along.
-  double dPara5 = 80.0;
-  // corner: points that the better flank must exceed, count, >= 0.
-  // lap, plate: length that a piece must exceed, px, >= 0.
-  double dPara6 = 50.0;
-  // corner: missing stripe columns around the corner must stay below this, count, >= 1.
-  std::int32_t nPara1 = 10;
-  // lap: height that the step must exceed, px, >= 0.
-  double dPara7 = 20.0;
-  // buttGap: smallest gap width, px, >= 1 (N missing columns measure N + 1).
-  double dPara8 = 10.0;
-  // Read by no detector; carried along.
-  std::int32_t nPara2 = 0;
-  std::int32_t nPara3 = 7;
-  std::int32_t nPara4 = 2;
-  // plate: admissible angle of the piece, exclusive bounds, degrees, -90..90.
-  double angleRange0Min = -10.0;
-  double angleRange0Max = 10.0;
-  // plate: smallest distance between the two ends, px, >= 0.
-  double dPara9 = 50.0;
-  // corner: admissible angle of the left flank, exclusive bounds in either order, degrees, -90..90.
-  double angleRange1Min = 0.0;
-  double angleRange1Max = 45.0;
-  // corner: admissible angle of the right flank, exclusive bounds in either order, degrees, -90..90.
-  double angleRange2Min = -45.0;
-  double angleRange2Max = 0.0;
-  // corner: admissible included angle, exclusive bounds in either order, degrees, 0..180.
-  double angleRange5Min = 90.0;
-  double angleRange5Max = 178.0;
-  // corner: where along the flanks the band that must be unbroken begins, ratio, 0..1.
-  double dPara10 = 0.3;
-  // corner: longest run of missing stripe columns inside that band, count, >= 0.
-  std::int32_t nPara5 = 10;
-  // corner: true accepts a gap at the corner, false demands stripe on both sides of it.
-  bool haveGap = true;
-  // Read by no detector; carried along. Degrees.
-  TAngleRange angleRange3{-45.0, 45.0};
-  // buttGap (first detection): admissible angle of the stripe, degrees, -90..90.
-  TAngleRange angleRange4{-45.0, 45.0};
-  // stripePresence: true uses ridge extraction instead of edge pairs.
-  bool flagPara1 = false;
-  // stripePresence: true searches only near the previous stripe.
-  bool flagPara2 = false;
-};
-
-// What a frame gave. Feed it back as the previous result of the next frame.
-struct TWeldLineRes {
-  bool isFound = false;                // a seam point was found (stripePresence: the stripe is there)
-  cv::Point2f weldPos{0.0F, 0.0F};     // the seam point; (0, 0) when not found
-  std::vector<cv::Point2f> stripePts;  // stripe centres of this frame, left to right
-  // corner: slope and intercept of the left flank, then of the right one.
-  // plate: slope and intercept of the line through the two ends, twice. Others: 0.
-  double auxVal1 = 0.0;
-  double auxVal2 = 0.0;
-  double auxVal3 = 0.0;
-  double auxVal4 = 0.0;
-  double trackVal = 0.0;  // corner: included angle, degrees. Others: 0.
-};
-
-// A seam measured once, before tracking.
-struct TWeldFeatures {
-  float leftVal = 0.0F;
-  float leftAg = 0.0F;  // angle of the left flank, degrees
-  std::int64_t leftReserved1 = 0;
-  std::int64_t leftReserved2 = 0;
-  float rightVal = 0.0F;
-  float rightAg = 0.0F;  // angle of the right flank, degrees
-  std::int64_t rightReserved1 = 0;
-  std::int64_t rightReserved2 = 0;
-  float intersecAg = 0.0F;  // angle between the flanks, degrees
-  cv::Point2f center{0.0F, 0.0F};
-  std::int64_t centerReserved = 0;
-  bool haveGap = false;
-  float score = 0.0F;  // confidence
-  bool featFlag1 = false;
-  bool featFlag2 = false;
-};
-
-// The line y = k * x + b through stripe points.
-struct TLinePara {
-  double k = 0.0;            // slope
-  double b = 0.0;            // intercept, px
-  bool isValid = false;      // the fit succeeded
-  double inlierRatio = 0.0;  // inliers / points handed in
-  std::vector<cv::Point2f> inlierPts;
-};
-
-// Why an image column gave a stripe centre or none.
-struct TWeldPointStatus {
-  std::int32_t pos = 0;     // image column
-  std::int32_t status = 0;  // 0 centre found, 1 no rising or no falling edge, 2 edges but no pair
-};
-
-// One straight piece of the stripe from splitting and merging.
-struct TSplitAtom {
-  std::vector<cv::Point2f> pts;  // stripe points strictly between startX and endX
-  std::int32_t startX = 0;       // first column
-  std::int32_t endX = 0;         // last column
-  TLinePara line;
-};
-
-// One straight piece of the stripe from segmentation.
-struct TStripePiece {
-  static constexpr float kUnset = 1e11F;  // not measured yet
-
-  std::vector<cv::Point2f> pts;     // stripe points of the piece, in stripe order
-  std::vector<cv::Point2f> fitPts;  // those nearer to the line than the fit tolerance
-  cv::Point startPt;                // first end
-  cv::Point endPt;                  // second end
-  std::int32_t lineState = 0;       // 0 not fitted, 1 the line below is there
-  float k = 0.0F;                   // slope
-  float b = 0.0F;                   // intercept, px
-  float maxDist = kUnset;   // largest distance of a point from the line, or from the chord before a fit, px
-  float meanDist = kUnset;  // mean distance of the points from the line, px
-  float aux1 = 0.0F;        // carried along
-  float aux2 = 0.0F;
-  float aux3 = 0.0F;
-  float auxDist1 = kUnset;
-  float auxDist2 = kUnset;
-  bool isFitted = false;  // the robust fit succeeded
-  bool auxFlag = false;   // carried along
-};
 
 // The detector object: the parameters of a call, the column status of its frame, and the geometry
 // toolkit that every detector shares. One object per thread.

@@ -1,0 +1,28 @@
+#include "api/dispatch.h"
+
+#include "detectors/corner.h"
+#include "detectors/gap.h"
+#include "detectors/lap.h"
+#include "detectors/presence.h"
+
+namespace weld {
+
+TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes) {
+  const cv::Mat searchMask;
+  switch (object.getWeldParameters().weldType) {
+    case TWeldType::buttGap:
+      return detectGapSeam(object, image, prevRes, searchMask);
+    case TWeldType::lap:
+      return detectLapSeam(object, image, prevRes, searchMask);
+    case TWeldType::corner:
+      return detectCornerSeam(object, image, prevRes, searchMask);
+    case TWeldType::plate:
+      return detectPlateSeam(object, image, prevRes, searchMask);
+    case TWeldType::stripePresence:
+      return checkStripePresence(object, image, prevRes, searchMask);
+    default:
+      return {};
+  }
+}
+
+}  // namespace weld

@@ -1,0 +1,14 @@
+// The choice of the detector.
+#pragma once
+
+#include "detectors/plate.h"
+
+#include <opencv2/core.hpp>
+
+namespace weld {
+
+// Runs the detector of the object's joint. A joint without a detector gives the empty result. The image must have
+// pixels. The object may live over several frames.
+TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes);
+
+}  // namespace weld
