@@ -4,12 +4,11 @@
 #include "tools/detection.h"
 #include "tools/frame_source.h"
 #include "tools/image_file.h"
-#include "tools/image_prep.h"
 #include "tools/names.h"
 #include "tools/overlay.h"
-#include "tools/param_json.h"
 #include "tools/progress.h"
 #include "tools/record_writer.h"
+#include "tools/shared_options.h"
 #include "tools/stats.h"
 #include "tools/text.h"
 
@@ -24,12 +23,9 @@ namespace fs = std::filesystem;
 
 // As typed.
 struct TOptions {
-  std::vector<std::string> inputs;
+  TFrameOptions frames;
   TParamSource source;
   bool isFirstOnly = false;
-  std::string rotation;
-  std::string channel = "grey";
-  std::string region;
   std::string outFolder;
   std::string format = "table";
   bool withPoints = false;
@@ -45,18 +41,6 @@ struct TJob {
   bool withPoints = false;
   fs::path outFolder;  // empty: no annotated frames
 };
-
-TPreparation preparationOf(const TOptions& options) {
-  TPreparation preparation;
-  preparation.channel = parseChannel(options.channel);
-  if (!options.rotation.empty()) {
-    preparation.rotationDeg = parseRotation(options.rotation);
-  }
-  if (!options.region.empty()) {
-    preparation.region = parseRegion(options.region);
-  }
-  return preparation;
-}
 
 // The folder for annotated frames. One that is read from would feed them into the next run.
 fs::path outFolderOf(const TOptions& options, const std::vector<TInputFile>& files) {
@@ -77,14 +61,14 @@ fs::path outFolderOf(const TOptions& options, const std::vector<TInputFile>& fil
 TJob jobOf(const TOptions& options) {
   TJob job;
   job.params = loadParams(options.source);
-  job.preparation = preparationOf(options);
+  job.preparation = preparationOf(options.frames);
   job.format = parseFormat(options.format);
   job.isFirstOnly = options.isFirstOnly;
   job.withPoints = options.withPoints;
   if (job.withPoints && job.format != TFormat::jsonl) {
     throw usageError("--points needs --format jsonl");
   }
-  job.files = listInputs(options.inputs);
+  job.files = listInputs(options.frames.inputs);
   job.outFolder = outFolderOf(options, job.files);
   return job;
 }
@@ -155,18 +139,9 @@ void run(const TOptions& options) {
 void addTrackCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("track", "Find the seam in every frame");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("INPUT", options->inputs, "Image files, folders, patterns (frame_%03d.png), video files")
-      ->required();
-  command->add_option("--type", options->source.type, "Joint, by name or number: " + detectorTypeNames());
-  command->add_option("--position", options->source.position, "Welding position: " + positionNames());
-  command->add_option("--params", options->source.file, "Parameter file, as params --format json writes it");
-  command->add_option("--set", options->source.values, "One parameter as name=value; may be repeated")
-      ->allow_extra_args(false);
+  addFrameOptions(*command, options->frames);
+  addParamOptions(*command, options->source);
   command->add_flag("--first-only", options->isFirstOnly, "Search every frame anew instead of tracking");
-  command->add_option("--roi", options->region, "Cut the stored image to x,y,width,height first");
-  command->add_option("--rotate", options->rotation, "Then turn it clockwise by 90, 180 or 270 degrees");
-  command->add_option("--channel", options->channel, "Then take grey, red, green, blue or red-excess")
-      ->capture_default_str();
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
   command->add_option("--format", options->format, "Records as table, jsonl or csv")->capture_default_str();
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");
