@@ -8,9 +8,11 @@ namespace tool {
 
 enum class TExit : int {
   ok = 0,
-  failure = 1,  // output that cannot be written, or a fault outside this program
-  usage = 2,    // options, names and values
-  input = 3     // input that cannot be read
+  failure = 1,        // output that cannot be written, or a fault outside this program
+  usage = 2,          // options, names and values
+  input = 3,          // input that cannot be read
+  interrupted = 130,  // by SIGINT: 128 + its number, as shells have it
+  terminated = 143    // by SIGTERM
 };
 
 class TCliError : public std::runtime_error {

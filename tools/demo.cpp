@@ -5,6 +5,7 @@
 #include "tools/detection.h"
 #include "tools/image_file.h"
 #include "tools/names.h"
+#include "tools/output_file.h"
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/stats.h"

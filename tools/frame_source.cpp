@@ -2,6 +2,7 @@
 
 #include "tools/cli_error.h"
 #include "tools/image_file.h"
+#include "tools/stop_signal.h"
 
 #include <algorithm>
 #include <utility>
@@ -40,7 +41,7 @@ bool endsEarly(const cv::VideoCapture& video, int framesRead) {
 TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles) : files(std::move(inputFiles)) {}
 
 std::optional<TFrame> TFrameSource::next() {
-  while (fileIndex < files.size()) {
+  while (fileIndex < files.size() && !isStopRequested()) {
     const TInputFile& file = files[fileIndex];
     if (!file.isVideo) {
       ++fileIndex;

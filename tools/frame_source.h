@@ -22,7 +22,8 @@ class TFrameSource {
 public:
   explicit TFrameSource(std::vector<TInputFile> inputFiles);
 
-  // The next frame, or nothing at the end. Throws an input error for a file that cannot be read.
+  // The next frame, or nothing at the end and after a stop was requested. Throws an input error for a file that
+  // cannot be read.
   std::optional<TFrame> next();
 
   // Number of frames, where no input is a video.

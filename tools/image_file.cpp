@@ -1,6 +1,7 @@
 #include "tools/image_file.h"
 
 #include "tools/cli_error.h"
+#include "tools/output_file.h"
 #include "tools/text.h"
 
 #include <fcntl.h>
@@ -99,22 +100,7 @@ cv::Mat readImage(const fs::path& path) {
 void writeImage(const fs::path& path, const cv::Mat& image) {
   TBytes bytes;
   cv::imencode(".png", image, bytes);
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (!file) {
-    std::error_code ignored;
-    fs::remove(path, ignored);
-    throw TCliError(TExit::failure, path.string() + ": cannot be written; check the folder and the free space");
-  }
-}
-
-void makeFolder(const fs::path& path) {
-  std::error_code failure;
-  fs::create_directories(path, failure);
-  if (!fs::is_directory(path)) {
-    throw TCliError(TExit::failure, path.string() + ": no folder can be made here; choose another --out");
-  }
+  writeWholeFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {

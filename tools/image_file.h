@@ -19,11 +19,8 @@ std::string imageEndings();
 // is missing, empty, truncated or no image.
 cv::Mat readImage(const std::filesystem::path& path);
 
-// Writes a PNG file, whole or not at all. Throws when the disk refuses it.
+// Writes a PNG file, whole or not at all, as writeWholeFile does.
 void writeImage(const std::filesystem::path& path, const cv::Mat& image);
-
-// Creates a folder with its parents. Throws when that is not possible.
-void makeFolder(const std::filesystem::path& path);
 
 // Keeps what image and video decoders print away from standard error while it lives.
 class TDecoderSilence {

@@ -1,6 +1,7 @@
 // zelweld: finds seams in images, draws images with known seams, and explains the parameters.
 #include "tools/cli_error.h"
 #include "tools/commands.h"
+#include "tools/stop_signal.h"
 #include "tools/text.h"
 
 #include <opencv2/core.hpp>
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <string>
@@ -48,6 +50,7 @@ int run(CLI::App& program, int argc, char** argv) {
   try {
     checkSubcommand(program, argc, argv);
     program.parse(argc, argv);
+    tool::throwIfStopRequested();
     return static_cast<int>(TExit::ok);
   } catch (const CLI::Success& help) {
     return program.exit(help);
@@ -57,6 +60,8 @@ int run(CLI::App& program, int argc, char** argv) {
     return finish(error.exitCode, error.what());
   } catch (const cv::Exception& error) {
     return finish(TExit::failure, "OpenCV refused: " + firstLine(error.err));
+  } catch (const std::filesystem::filesystem_error& error) {
+    return finish(TExit::failure, error.what());
   } catch (const std::bad_alloc&) {
     return finish(TExit::failure, "out of memory");
   }
@@ -66,7 +71,9 @@ int run(CLI::App& program, int argc, char** argv) {
 
 int main(int argc, char** argv) {
   cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failed write
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failed write,
+  std::signal(SIGXFSZ, SIG_IGN);  // and so is a file beyond the size limit
+  tool::catchStopSignals();
   CLI::App program("Finds weld seams in images of a laser stripe.", "zelweld");
   program.set_version_flag("--version", ZELWELD_VERSION);
   program.require_subcommand(1);

@@ -3,15 +3,16 @@
 #include "tools/commands.h"
 #include "tools/image_file.h"
 #include "tools/names.h"
+#include "tools/output_file.h"
 #include "tools/param_json.h"
 #include "tools/progress.h"
+#include "tools/stop_signal.h"
 #include "tools/text.h"
 
 #include "scenes/scene.h"
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 
 namespace tool {
@@ -79,26 +80,6 @@ scenes::TMotion motionOf(const TOptions& options) {
   return motion;
 }
 
-// Text written line by line, each one on the disk when the call returns.
-class TTextFile {
-public:
-  explicit TTextFile(const fs::path& filePath) : path(filePath), file(filePath, std::ios::trunc) { check(); }
-  void writeLine(const std::string& line) {
-    file << line << '\n' << std::flush;
-    check();
-  }
-
-private:
-  void check() const {
-    if (!file) {
-      throw TCliError(TExit::failure, path.string() + ": cannot be written; check the folder and the free space");
-    }
-  }
-
-  fs::path path;
-  std::ofstream file;
-};
-
 std::string coordinates(cv::Point2d point, char separator) {
   return fixed(point.x, 3) + separator + fixed(point.y, 3);
 }
@@ -128,11 +109,11 @@ void run(const TOptions& options) {
   const fs::path folder = options.outFolder;
 
   makeFolder(folder);
-  TTextFile(folder / "params.json").writeLine(paramsToJson(trackParams(joint, pos)).dump(2));
+  writeWholeFile(folder / "params.json", paramsToJson(trackParams(joint, pos)).dump(2) + "\n");
   TTextFile truthFile(folder / "truth.csv");
   truthFile.writeLine("file,hasSeam,x,y,features");
   TProgress progress(options.frames);
-  for (int n = 0; n < options.frames; ++n) {
+  for (int n = 0; n < options.frames && !isStopRequested(); ++n) {
     char name[32];
     std::snprintf(name, sizeof name, "frame_%04d.png", n);
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));

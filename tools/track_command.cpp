@@ -5,6 +5,7 @@
 #include "tools/frame_source.h"
 #include "tools/image_file.h"
 #include "tools/names.h"
+#include "tools/output_file.h"
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/record_writer.h"
@@ -147,7 +148,7 @@ void addTrackCommand(CLI::App& program) {
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");
   command->footer(
       "Coordinates are those of the cut and turned image; storedX and storedY those of the stored one.\n"
-      "Exit codes: 0 done, 1 output failed, 2 wrong usage, 3 input that cannot be read.\n"
+      "Exit codes: 0 done, 1 output failed, 2 wrong usage, 3 input that cannot be read, 130 Ctrl-C.\n"
       "Examples:\n"
       "  zelweld track frames/ --type buttGap --out annotated\n"
       "  zelweld track frame_%03d.png --params params.json --format jsonl > seams.jsonl\n"
