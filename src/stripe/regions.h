@@ -12,10 +12,10 @@ namespace weld {
 cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask);
 
 // Search regions for an image, left to right, in image coordinates.
-//   guide   the previous stripe, any order; taken over because it gets sorted.
+//   guide   the previous stripe, any order.
 //   bandPx  half height of the band around the guide; 1.5 times as much where the guide is sparse.
 // Fewer than 10 guide points, or any outside the image: one region, the whole image. A guide that spans
 // 150 px or less in x: no regions. A region may be the empty rectangle. An empty image: no regions.
-std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, std::vector<cv::Point> guide, int bandPx);
+std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx);
 
 }  // namespace weld

@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include <limits>
 #include <ostream>
-#include <random>
 #include <string>
 #include <utility>
 
@@ -103,33 +100,6 @@ TEST(BuildStripeRegions, AbsurdBandsStayInsideTheImage) {
     const cv::Rect region = buildStripeRegions(kImage, makeGuide(0, 151, 500), band).at(0);
     EXPECT_EQ(region, region & cv::Rect({0, 0}, kImage)) << band;
   }
-}
-
-// Which of several points in one column opens a stretch depends on the exchanges.
-TEST(BuildStripeRegions, UnorderedGuideIsSortedByExchanges) {
-  std::mt19937 random(20);
-  for (int round = 0; round < 200; ++round) {
-    std::vector<cv::Point> guide;
-    const int columns = 1 + static_cast<int>(random() % 8);
-    for (int i = 0; i < 40; ++i) {
-      guide.emplace_back(static_cast<int>(random() % columns) * 160, static_cast<int>(random() % 1024));
-    }
-    if (round % 2 == 1) {  // out of order in the middle only
-      std::sort(guide.begin(), guide.end(), [](cv::Point a, cv::Point b) { return a.x < b.x; });
-      std::swap(guide[random() % 20], guide[20 + random() % 20]);
-    }
-    std::vector<cv::Point> sorted = guide;
-    for (std::size_t i = 0; i < sorted.size(); ++i) {
-      for (std::size_t j = i + 1; j < sorted.size(); ++j) {
-        if (sorted[i].x > sorted[j].x) std::swap(sorted[i], sorted[j]);
-      }
-    }
-    EXPECT_EQ(buildStripeRegions(kImage, guide, kBandPx), buildStripeRegions(kImage, sorted, kBandPx));
-  }
-  // 3, 2a, 2b, 1 comes out as 1, 2b, 2a, 3: the stretch begins at 2b's row.
-  std::vector<cv::Point> guide{{600, 0}, {400, 300}, {400, 700}, {100, 0}};
-  guide.insert(guide.end(), 8, {100, 0});
-  EXPECT_EQ(buildStripeRegions(kImage, guide, kBandPx).at(0).br().y, 790);
 }
 
 TEST(PrepareSearchImage, MaskBlanksTheRestAndNoMaskCopiesNothing) {
