@@ -95,16 +95,23 @@ enum class TWeldOutcome : std::int32_t {
 // What a measured value must be to pass.
 enum class TLimitKind : std::int32_t { atLeast = 0, above = 1, atMost = 2, below = 3 };
 
-// One plausibility test. Texts are static and never null.
+// A few words for an outcome, as a heading over all frames that ended so: "step too low". Never null.
+ZELWELDDETECT_EXPORT const char* weldOutcomeText(TWeldOutcome outcome);
+
+// One plausibility test. Texts are static and never null. A test without a number, such as whether there is a
+// line, has NaN as measured value and limit.
 struct TTraceCheck {
   const char* name = "";       // "step"
-  const char* unit = "";       // "px"; empty for ratios and counts
+  const char* unit = "";       // "px", "deg"; empty for ratios and counts
   const char* parameter = "";  // field of TWeldParams or TTrackerOptions that sets the limit; empty: a fixed limit
   TLimitKind kind = TLimitKind::atLeast;
   double measured = 0.0;
   double limit = 0.0;
+  bool isCount = false;  // a number of things: the name is a plural
   bool passed = false;
   TWeldOutcome failure = TWeldOutcome::found;  // how a frame ends that fails here
+  const char* way = "";     // which of the detector's ways to find the seam; empty where there is one
+  std::int32_t piece = -1;  // the one of the attempt's pieces that was tested; -1: none in particular
 };
 
 // What one filter left of the stripe.
@@ -163,7 +170,8 @@ struct TTraceAttempt {
   std::vector<TTraceCheck> checks;        // in the order in which they ran
   std::vector<cv::Point2f> testedPoints;  // seam points that were put to the test
   TWeldOutcome outcome = TWeldOutcome::found;
-  std::string sentence;  // "step 14.2 px is below the minimum step 20 px, set by dPara7"
+  std::int32_t decisive = -1;  // the check that the outcome speaks of; -1 when found
+  std::string sentence;        // "step 14.2 px is below the minimum step 20 px, set by dPara7"
 };
 
 // What happened in one frame.

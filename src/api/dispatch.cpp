@@ -4,10 +4,13 @@
 #include "detectors/gap.h"
 #include "detectors/lap.h"
 #include "detectors/presence.h"
+#include "support/trace_conclusion.h"
 
 namespace weld {
 
-TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes) {
+namespace {
+
+TWeldLineRes runDetector(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes) {
   const cv::Mat searchMask;
   switch (object.getWeldParameters().weldType) {
     case TWeldType::buttGap:
@@ -23,6 +26,14 @@ TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWel
     default:
       return {};
   }
+}
+
+}  // namespace
+
+TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes) {
+  TWeldLineRes result = runDetector(object, image, prevRes);
+  if (object.trace) concludeAttempts(object.trace.record(), result, object.getWeldParameters().weldType);
+  return result;
 }
 
 }  // namespace weld

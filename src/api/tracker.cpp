@@ -2,6 +2,8 @@
 
 #include "api/dispatch.h"
 #include "support/image_test.h"
+#include "support/trace.h"
+#include "support/trace_conclusion.h"
 
 #include <utility>
 
@@ -24,8 +26,17 @@ TWeldTracker& TWeldTracker::operator=(TWeldTracker&& other) noexcept = default;
 TWeldTracker::~TWeldTracker() = default;
 
 TWeldLineRes TWeldTracker::track(const cv::Mat& image) {
+  TFrameTrace trace;
+  state->object.trace = state->options.withTrace ? weld::TTrace(trace) : weld::TTrace();
+  const weld::TTraceClock clock(state->object.trace);
   TWeldLineRes result;
   if (weld::hasPixels(image)) result = weld::detectSeam(state->object, image, state->previous);
+  if (state->object.trace) {
+    weld::concludeFrame(trace, weld::hasPixels(image));
+    trace.totalUs = clock.elapsedUs();
+    state->trace = std::move(trace);
+    state->object.trace = {};
+  }
   state->previous = result;
   return result;
 }

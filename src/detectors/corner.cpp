@@ -87,7 +87,7 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound) return result;
-  const std::vector<cv::Point2f> ridge = extractRidgeStripe(image);
+  const std::vector<cv::Point2f> ridge = extractRidgeStripe(object.trace, image, TSearchPath::fallback);
   if (ridge.size() < kMinRidgePoints) return {};
   return findCornerSeamFromPts(frame, ridge);
 }

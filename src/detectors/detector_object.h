@@ -1,6 +1,7 @@
 // The object that a detector works on.
 #pragma once
 
+#include "support/trace.h"
 #include "zelWeldDetect.h"
 
 namespace weld {
@@ -9,6 +10,8 @@ namespace weld {
 // status of its frame before it reads it.
 class TDetectorObject : public TBaseWeld {
 public:
+  TTrace trace;  // what the stages report to
+
   using TBaseWeld::getSamplinePointsStatus;
   using TBaseWeld::isWeldPosContinueMissingPts;
   using TBaseWeld::isWeldPosMissingPts;

@@ -13,6 +13,15 @@ namespace weld {
 
 namespace {
 
+constexpr TCheck kStripePoints = countCheck(TWeldOutcome::tooFewCentres, "stripe points", TRule::atLeast);
+constexpr TCheck kLine{TWeldOutcome::noLine, "line through the stripe points"};
+constexpr TCheck kLineShare{TWeldOutcome::lineShareTooLow, "share of stripe points on the line", TRule::notBelow,
+                            "", "dPara3"};
+constexpr TCheck kGap{TWeldOutcome::noGap, "two stripe points on the line"};
+constexpr TCheck kGapWidth{TWeldOutcome::gapTooNarrow, "gap", TRule::notBelow, "px", "dPara8"};
+constexpr TCheck kSeamColumn{TWeldOutcome::seamOnBorder, "seam column", TRule::above, "px"};
+constexpr TCheck kSeamRow{TWeldOutcome::seamOnBorder, "seam row", TRule::above, "px"};
+
 struct TGap {
   int leftX = 0;
   int rightX = 0;
@@ -49,24 +58,54 @@ float seamX(const TGap& gap, TWeldPosType pos) {
 }
 
 std::optional<cv::Point2f> locateLineGap(const zelFit::TLineFitResult& line,
-                                         const std::vector<cv::Point2f>& stripePts, const TWeldParams& params) {
+                                         const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
+                                         const TTrace& trace) {
   const double inlierTolPx = params.dPara2;
   const auto minGapPx = static_cast<float>(params.dPara8);
-  if (!line.success) return std::nullopt;
   const std::optional<TGap> gap = findWidestGap(line, inlierTolPx, stripePts);
-  if (!gap || minGapPx > static_cast<float>(widthOf(*gap))) return std::nullopt;
+  if (!trace.holds(kGap, gap.has_value())) return std::nullopt;
+  if (!trace.passes(kGapWidth, static_cast<float>(widthOf(*gap)), minGapPx)) return std::nullopt;
   // Deliberate: the row is the line's at the left edge, whatever point of the gap is returned.
   const auto y = static_cast<float>(line.slope * gap->leftX + line.intercept);
   return cv::Point2f{seamX(*gap, params.weldPosType), y};
 }
 
-// Tracking trusts the line that the points give; a first detection bounds its angle.
-zelFit::TLineFitResult fitStripeLine(const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
-                                     bool isTracking) {
-  if (isTracking) return fitStripePoints(stripePts, params.dPara4);
-  const TLinePara line =
-      fitLineRansac(params.angleRange4.min, params.angleRange4.max, params.dPara2, params.dPara3, stripePts);
-  return {line.k, line.b, line.isValid};
+// The line of a tracked stripe, which is trusted.
+std::optional<zelFit::TLineFitResult> fitTrackedLine(const std::vector<cv::Point2f>& stripePts,
+                                                     const TWeldParams& params, const TTrace& trace) {
+  const zelFit::TLineFitResult line = fitStripePoints(stripePts, params.dPara4);
+  if (trace && line.success) {
+    const double share = lineShare(line.slope, line.intercept, params.dPara4, toIntPoints(stripePts));
+    trace.addLine({"stripe", line.slope, line.intercept, share, {-90.0, 90.0}, true});
+  }
+  if (!trace.holds(kLine, line.success)) return std::nullopt;
+  return line;
+}
+
+// The line of a first detection: its angle is bounded, and enough points must lie on it.
+std::optional<zelFit::TLineFitResult> fitFirstLine(const std::vector<cv::Point2f>& stripePts,
+                                                   const TWeldParams& params, const TTrace& trace) {
+  const TAngleRange allowedDeg = params.angleRange4;
+  const double minShare = params.dPara3;
+  const TLinePara line = fitLineRansac(allowedDeg.min, allowedDeg.max, params.dPara2, minShare, stripePts);
+  trace.addLine({"stripe", line.k, line.b, line.inlierRatio, allowedDeg, line.isValid});
+  if (!trace.holds(kLine, hasLine(line))) return std::nullopt;
+  if (!trace.note(kLineShare, line.inlierRatio, minShare, line.isValid)) return std::nullopt;
+  return zelFit::TLineFitResult{line.k, line.b, true};
+}
+
+std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
+                                    bool isTracking, const TTrace& trace) {
+  const TStageTimer timer(trace, "seam");
+  if (!trace.passes(kStripePoints, stripePts.size(), kMinFitPoints)) return std::nullopt;
+  const auto line = isTracking ? fitTrackedLine(stripePts, params, trace) : fitFirstLine(stripePts, params, trace);
+  if (!line) return std::nullopt;
+  const std::optional<cv::Point2f> seam = locateLineGap(*line, stripePts, params, trace);
+  if (!seam) return std::nullopt;
+  trace.addTestedPoint(*seam);
+  // Deliberate: a seam in the first row or column counts as not found.
+  if (!trace.passes(kSeamColumn, seam->x, 0.0F) || !trace.passes(kSeamRow, seam->y, 0.0F)) return std::nullopt;
+  return seam;
 }
 
 }  // namespace
@@ -76,10 +115,7 @@ TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const 
   const TWeldParams params = object.getWeldParameters();
   TWeldLineRes result;
   result.stripePts = extractStripe(object, image, prevRes, searchMask).centres;
-  const zelFit::TLineFitResult line = fitStripeLine(result.stripePts, params, prevRes.isFound);
-  const std::optional<cv::Point2f> seam = locateLineGap(line, result.stripePts, params);
-  // Deliberate: a seam in the first row or column counts as not found.
-  if (seam && seam->x > 0.0F && seam->y > 0.0F) {
+  if (const auto seam = findSeam(result.stripePts, params, prevRes.isFound, object.trace)) {
     result.isFound = true;
     result.weldPos = *seam;
   }

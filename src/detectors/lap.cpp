@@ -20,8 +20,20 @@ constexpr int kTouchingPx = 10;    // facing ends of touching pieces are nearer
 constexpr int kCollinearDeg = 10;  // and their whole degrees differ by less
 constexpr int kMaxMergePasses = 101;
 constexpr std::size_t kMinStripePoints = 10;
-constexpr float kMaxOverlapPx = -30.0F;  // the right corner must lie beyond this
+constexpr float kMaxOverlapPx = 30.0F;  // exclusive
 constexpr float kMinTotalLengthPx = 300.0F;
+constexpr std::size_t kMinPieces = 2;
+
+constexpr TCheck kEnoughPieces = countCheck(TWeldOutcome::tooFewPieces, "straight pieces", TRule::atLeast);
+constexpr TCheck kLeftFit{TWeldOutcome::pieceNotFitted, "line through the left piece"};
+constexpr TCheck kRightFit{TWeldOutcome::pieceNotFitted, "line through the right piece"};
+constexpr TCheck kStripePoints = countCheck(TWeldOutcome::tooFewCentres, "stripe points", TRule::atLeast);
+constexpr TCheck kLeftSupport{TWeldOutcome::endWithoutSupport, "stripe near the end of the left piece"};
+constexpr TCheck kRightSupport{TWeldOutcome::endWithoutSupport, "stripe near the end of the right piece"};
+constexpr TCheck kStep{TWeldOutcome::stepTooLow, "step", TRule::above, "px", "dPara7"};
+constexpr TCheck kOverlap{TWeldOutcome::overlapTooLarge, "overlap", TRule::below, "px"};
+constexpr TCheck kLength{TWeldOutcome::pieceTooShort, "length of the shorter piece", TRule::above, "px", "dPara6"};
+constexpr TCheck kTotalLength{TWeldOutcome::piecesTooShort, "length of both pieces", TRule::above, "px"};
 
 bool areTouchingCollinear(const TStripePiece& first, const TStripePiece& second) {
   const double angleDeg =
@@ -55,28 +67,30 @@ struct TLapCorners {
 
 std::optional<TLapCorners> findCorners(const TStripePiece& left, const TStripePiece& right,
                                        const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
-                                       const TWeldParams& params) {
-  const TPieceEnd leftEnd{left.endPt, left.endPt.y, lastPoints(left.pts)};
-  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, image, params);
+                                       const TWeldParams& params, const TTrace& trace) {
+  const TPieceEnd leftEnd{"left end", left.endPt, left.endPt.y, lastPoints(left.pts)};
+  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, image, params, trace);
   if (!leftCorner) return std::nullopt;
   // Deliberate: the right piece, too, is judged by the row where it ends, not by where it starts.
-  const TPieceEnd rightEnd{right.startPt, right.endPt.y, firstPoints(right.pts)};
-  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, image, params);
+  const TPieceEnd rightEnd{"right end", right.startPt, right.endPt.y, firstPoints(right.pts)};
+  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, image, params, trace);
   if (!rightCorner) return std::nullopt;
   // Deliberate: of the two markers only the left column and the right row are looked at.
-  if (leftCorner->x == kNoGroovePos.x || rightCorner->y == kNoGroovePos.y) return std::nullopt;
+  if (!trace.holds(kLeftSupport, leftCorner->x != kNoGroovePos.x)) return std::nullopt;
+  if (!trace.holds(kRightSupport, rightCorner->y != kNoGroovePos.y)) return std::nullopt;
   return TLapCorners{*leftCorner, *rightCorner};
 }
 
 bool isLap(const TLapCorners& corners, const TStripePiece& left, const TStripePiece& right,
-           const TWeldParams& params) {
+           const TWeldParams& params, const TTrace& trace) {
   const auto minStepPx = static_cast<float>(params.dPara7);
   const auto minLengthPx = static_cast<float>(params.dPara6);
   const auto leftLength = static_cast<float>(pieceLength(left));
   const auto rightLength = static_cast<float>(pieceLength(right));
-  return std::abs(corners.right.y - corners.left.y) > minStepPx &&
-         corners.right.x - corners.left.x > kMaxOverlapPx && std::min(leftLength, rightLength) > minLengthPx &&
-         leftLength + rightLength > kMinTotalLengthPx;
+  return trace.passes(kStep, std::abs(corners.right.y - corners.left.y), minStepPx) &&
+         trace.passes(kOverlap, corners.left.x - corners.right.x, kMaxOverlapPx) &&
+         trace.passes(kLength, std::min(leftLength, rightLength), minLengthPx) &&
+         trace.passes(kTotalLength, leftLength + rightLength, kMinTotalLengthPx);
 }
 
 // On a tie the right corner is the upper and the lower one.
@@ -93,22 +107,27 @@ cv::Point2f seamPoint(const TLapCorners& corners, TWeldPosType pos) {
 
 }  // namespace
 
-std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces) {
+std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces,
+                                                                      const TTrace& trace) {
   joinTouchingPieces(pieces);
-  if (pieces.size() < 2) return std::nullopt;
+  if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
   if (pieces.size() > 2) sortByInliers(pieces);
   return std::pair{std::move(pieces[0]), std::move(pieces[1])};
 }
 
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
                             const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
-                            const TWeldParams& params) {
-  if (!left.isFitted || !right.isFitted || stripePts.size() < kMinStripePoints) return {};
-  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, image, params);
-  if (!corners || !isLap(*corners, left, right, params)) return {};
+                            const TWeldParams& params, const TTrace& trace) {
+  if (!trace.holds(kLeftFit, left.isFitted) || !trace.holds(kRightFit, right.isFitted)) return {};
+  if (!trace.passes(kStripePoints, stripePts.size(), kMinStripePoints)) return {};
+  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, image, params, trace);
+  if (!corners) return {};
+  const cv::Point2f seam = seamPoint(*corners, params.weldPosType);
+  trace.addTestedPoint(seam);
+  if (!isLap(*corners, left, right, params, trace)) return {};
   TWeldLineRes result;
   result.isFound = true;
-  result.weldPos = seamPoint(*corners, params.weldPosType);
+  result.weldPos = seam;
   result.stripePts = stripePts;
   return result;
 }
@@ -116,11 +135,13 @@ TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
 TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
   const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
-  auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits));
+  const TTrace& trace = object.trace;
+  const TStageTimer timer(trace, "seam");
+  auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace), trace);
   if (!pair) return {};
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);
-  return computeLapSeam(left, right, centres, image, object.getWeldParameters());
+  return computeLapSeam(left, right, centres, image, object.getWeldParameters(), trace);
 }
 
 }  // namespace weld

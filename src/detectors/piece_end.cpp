@@ -13,8 +13,17 @@ constexpr std::size_t kPointsNearEnd = 100;
 constexpr double kBandTop = 0.3;  // share of the image height
 constexpr double kBandBottom = 0.7;
 
+constexpr TCheck kRefit{TWeldOutcome::endNotRefitted, "line near the end of the piece"};
+
 bool isOutsideMiddleBand(int row, int rows) {
   return rows * kBandTop > row || row > rows * kBandBottom;
+}
+
+void reportRefit(const TPieceEnd& end, const TStripePiece& refitted, const TTrace& trace) {
+  if (!trace) return;
+  const double share = static_cast<double>(refitted.fitPts.size()) / static_cast<double>(refitted.pts.size());
+  trace.addLine({end.name, static_cast<double>(refitted.k), static_cast<double>(refitted.b), share, {-90.0, 90.0},
+                 true});
 }
 
 }  // namespace
@@ -31,14 +40,15 @@ std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points) {
 
 std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
                                           const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
-                                          const TWeldParams& params) {
+                                          const TWeldParams& params, const TTrace& trace) {
   float k = piece.k;
   float b = piece.b;
   if (isOutsideMiddleBand(end.bandRow, image.rows)) {
     const TStripePiece refitted = fitPiece(end.pointsNearEnd, kPieceFitTolPx);
-    if (!refitted.isFitted) return std::nullopt;
+    if (!trace.holds(kRefit, refitted.isFitted)) return std::nullopt;
     k = refitted.k;
     b = refitted.b;
+    reportRefit(end, refitted, trace);
   }
   return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, image, params.dPara2, params.dPara1);
 }

@@ -16,6 +16,7 @@ inline constexpr TMergeLimits kPlateMergeLimits{10.0F, 200.0F, 20.0F};
 
 // One end of a straight piece, and what its corner is found with.
 struct TPieceEnd {
+  const char* name = "";  // in traces
   cv::Point roughPos;                      // where the piece ends
   int bandRow = 0;                         // outside the middle of the image the line is refitted near the end
   std::vector<cv::Point2f> pointsNearEnd;  // what it is refitted from
@@ -31,6 +32,6 @@ std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points);
 // refit fails; the marker (-1, -1) when the line has too little support.
 std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
                                           const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
-                                          const TWeldParams& params);
+                                          const TWeldParams& params, const TTrace& trace);
 
 }  // namespace weld

@@ -29,37 +29,55 @@ constexpr char kPlateInfoFormat[] =
     "%.2f"
     "\xA1\xE3";
 
+constexpr TCheck kEnoughPieces = countCheck(TWeldOutcome::tooFewPieces, "straight pieces", TRule::atLeast);
+constexpr TCheck kAngleAbove{TWeldOutcome::pieceAngleTooSmall, "angle of the piece", TRule::above, "deg",
+                             "angleRange0Min"};
+constexpr TCheck kAngleBelow{TWeldOutcome::pieceAngleTooLarge, "angle of the piece", TRule::below, "deg",
+                             "angleRange0Max"};
+constexpr TCheck kLength{TWeldOutcome::pieceTooShort, "length of the piece", TRule::above, "px", "dPara6"};
+constexpr TCheck kRow{TWeldOutcome::pieceTooLowInImage, "row of the piece", TRule::below, "px"};
+constexpr TCheck kFit{TWeldOutcome::pieceNotFitted, "line through the piece"};
+constexpr TCheck kFitPoints =
+    countCheck(TWeldOutcome::pieceNotFitted, "points on the line of the piece", TRule::atLeast);
+constexpr TCheck kWidth{TWeldOutcome::plateTooNarrow, "plate width", TRule::notBelow, "px", "dPara9"};
+
 struct TPlateEnds {
   cv::Point2f start;
   cv::Point2f end;
 };
 
-bool isPlateCandidate(const TStripePiece& piece, const TWeldParams& params) {
+bool isPlateCandidate(const TStripePiece& piece, const TWeldParams& params, const TTrace& trace) {
   const double angleDeg = pieceAngleDeg(piece);
-  return params.angleRange0Min < angleDeg && angleDeg < params.angleRange0Max &&
-         pieceLength(piece) > params.dPara6;
+  return trace.passes(kAngleAbove, angleDeg, params.angleRange0Min) &&
+         trace.passes(kAngleBelow, angleDeg, params.angleRange0Max) &&
+         trace.passes(kLength, pieceLength(piece), params.dPara6);
 }
 
 // The highest piece in the image, the first of equally high ones.
-const TStripePiece* selectPlateLine(const std::vector<TStripePiece>& pieces, const TWeldParams& params) {
+const TStripePiece* selectPlateLine(const std::vector<TStripePiece>& pieces, const TWeldParams& params,
+                                    const TTrace& trace) {
   const TStripePiece* highest = nullptr;
-  int highestRow = kLowestRow;
-  for (const TStripePiece& piece : pieces) {
-    if (!isPlateCandidate(piece, params)) continue;
-    const int row = roundToInt((static_cast<double>(piece.startPt.y) + piece.endPt.y) * 0.5);
-    if (row >= highestRow) continue;
-    highest = &piece;
+  int highestRow = 0;
+  trace.passes(kEnoughPieces, pieces.size(), std::size_t{1});
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const TTrace pieceTrace = trace.ofPiece(i);
+    if (!isPlateCandidate(pieces[i], params, pieceTrace)) continue;
+    const int row = roundToInt((static_cast<double>(pieces[i].startPt.y) + pieces[i].endPt.y) * 0.5);
+    if (!pieceTrace.passes(kRow, row, kLowestRow)) continue;
+    if (highest != nullptr && row >= highestRow) continue;
+    highest = &pieces[i];
     highestRow = row;
   }
   return highest;
 }
 
-std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params) {
-  const TPieceEnd end{piece.endPt, piece.endPt.y, lastPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, image, params);
+std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
+                                   const TTrace& trace) {
+  const TPieceEnd end{"right end", piece.endPt, piece.endPt.y, lastPoints(piece.fitPts)};
+  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, image, params, trace);
   if (!endCorner) return std::nullopt;
-  const TPieceEnd start{piece.startPt, piece.startPt.y, firstPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, image, params);
+  const TPieceEnd start{"left end", piece.startPt, piece.startPt.y, firstPoints(piece.fitPts)};
+  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, image, params, trace);
   if (!startCorner) return std::nullopt;
   return TPlateEnds{*startCorner, *endCorner};
 }
@@ -101,14 +119,19 @@ void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double st
 }  // namespace
 
 // Deliberate: the markers (-1, -1) of the corner refinement are not looked at here.
-TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params) {
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
+                              const TTrace& trace) {
   const double minWidthPx = params.dPara9;
-  if (!piece.isFitted || piece.fitPts.size() < kMinPiecePoints) return {};
-  const std::optional<TPlateEnds> ends = findEnds(piece, image, params);
-  if (!ends || minWidthPx > widthOf(*ends)) return {};
+  if (!trace.holds(kFit, piece.isFitted)) return {};
+  if (!trace.passes(kFitPoints, piece.fitPts.size(), kMinPiecePoints)) return {};
+  const std::optional<TPlateEnds> ends = findEnds(piece, image, params, trace);
+  if (!ends) return {};
+  const cv::Point2f seam = seamPoint(*ends, params.weldPosType);
+  trace.addTestedPoint(seam);
+  if (!trace.passes(kWidth, widthOf(*ends), minWidthPx)) return {};
   TWeldLineRes result;
   result.isFound = true;
-  result.weldPos = seamPoint(*ends, params.weldPosType);
+  result.weldPos = seam;
   result.stripePts = piece.fitPts;
   storeEndLine(*ends, result);
   return result;
@@ -118,9 +141,12 @@ TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const
                              const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
   const TStripe stripe = extractStripe(object, image, prevRes, searchMask, kTrackingBandPx);
-  const std::vector<TStripePiece> pieces = segmentStripe(stripe.centres, kPlateMergeLimits);
-  const TStripePiece* plate = selectPlateLine(pieces, params);
-  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, image, params) : TWeldLineRes{};
+  const TTrace& trace = object.trace;
+  const TStageTimer timer(trace, "seam");
+  const std::vector<TStripePiece> pieces =
+      segmentStripe(stripe.centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
+  const TStripePiece* plate = selectPlateLine(pieces, params, trace);
+  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, image, params, trace) : TWeldLineRes{};
   showPlateInfo(object, result, stripe.widthPx);
   return result;
 }

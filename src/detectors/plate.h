@@ -19,6 +19,7 @@ TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const
                              const cv::Mat& searchMask);
 
 // The seam of one piece: corners at its ends, width, line through the corners.
-TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params);
+TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
+                              const TTrace& trace = {});
 
 }  // namespace weld

@@ -12,8 +12,13 @@ namespace {
 
 constexpr float kMinChange = 0.2F;
 
+constexpr TCheck kStripePoints = countCheck(TWeldOutcome::noStripe, "stripe points", TRule::atLeast);
+constexpr TCheck kPointsBefore =
+    countCheck(TWeldOutcome::stripeChanged, "stripe points in the last frame", TRule::atLeast);
+constexpr TCheck kSteadyCount{TWeldOutcome::stripeChanged, "steady number of stripe points"};
+
 // Deliberate: the quotient of the counts is an integer, truncated toward zero.
-bool isStripePresent(std::size_t countNow, std::size_t countBefore) {
+bool isCountSteady(std::size_t countNow, std::size_t countBefore) {
   const auto now = static_cast<std::int64_t>(countNow);
   const auto before = static_cast<std::int64_t>(countBefore);
   const std::int64_t quotient = (now - before) / now;
@@ -25,7 +30,7 @@ std::vector<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& i
   const TWeldParams params = object.getWeldParameters();
   const bool usesRidges = params.flagPara1;
   const bool searchesNearPrevious = params.flagPara2;
-  if (usesRidges) return extractRidgeStripe(image);
+  if (usesRidges) return extractRidgeStripe(object.trace, image, TSearchPath::first);
   if (searchesNearPrevious) return extractStripe(object, image, prevRes, searchMask).centres;
   return extractWholeStripe(object, image, searchMask).centres;
 }
@@ -36,8 +41,12 @@ TWeldLineRes checkStripePresence(TDetectorObject& object, const cv::Mat& image, 
                                  const cv::Mat& searchMask) {
   TWeldLineRes result;
   result.stripePts = extractPoints(object, image, prevRes, searchMask);
-  if (result.stripePts.empty()) return result;
-  result.isFound = isStripePresent(result.stripePts.size(), prevRes.stripePts.size());
+  const TTrace& trace = object.trace;
+  const std::size_t now = result.stripePts.size();
+  const std::size_t before = prevRes.stripePts.size();
+  result.isFound = trace.passes(kStripePoints, now, std::size_t{1}) &&
+                   trace.passes(kPointsBefore, before, std::size_t{1}) &&
+                   trace.holds(kSteadyCount, isCountSteady(now, before));
   return result;
 }
 

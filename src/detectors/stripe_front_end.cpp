@@ -1,6 +1,7 @@
 #include "detectors/stripe_front_end.h"
 
 #include "geometry/line_fitting.h"
+#include "stripe/region_scan.h"
 #include "stripe/regions.h"
 #include "stripe/ridge.h"
 #include "support/grey_image.h"
@@ -16,9 +17,31 @@ namespace {
 constexpr double kRidgeMaxSigmaPx = 6.0;
 constexpr double kRidgeMinContrast = 30.0;  // grey levels
 
-TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions) {
+constexpr TCheck kSearchRegion{TWeldOutcome::noSearchRegion, "search region"};
+
+void reportColumns(const TTrace& trace, const std::vector<TWeldPointStatus>& status) {
+  TTraceAttempt& attempt = trace.attempt();
+  attempt.columnsScanned = static_cast<std::int32_t>(status.size());
+  for (const TWeldPointStatus& column : status) {
+    attempt.columnsWithCentre += column.status == kCentreFound ? 1 : 0;
+    attempt.columnsWithoutEdge += column.status == kEdgeMissing ? 1 : 0;
+    attempt.columnsWithoutPair += column.status == kNoPair ? 1 : 0;
+  }
+}
+
+TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions,
+                         TSearchPath path) {
   requireReadable(image);
-  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold);
+  const TTrace& trace = object.trace;
+  const TStageTimer timer(trace, "stripe");
+  trace.beginAttempt(path, TStripeExtraction::edgePairs);
+  trace.holds(kSearchRegion, !regions.empty());
+  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold, trace);
+  if (trace) {
+    trace.attempt().regions = regions;
+    trace.attempt().centres = stripe.points;
+    reportColumns(trace, stripe.status);
+  }
   object.setSamplinePointsStatus(std::move(stripe.status));
   return {std::move(stripe.points), stripe.modalWidthPx};
 }
@@ -27,12 +50,13 @@ TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const st
 
 TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask) {
   return extractInRegions(object, prepareSearchImage(image, searchMask),
-                          buildStripeRegions(image.size(), {}, kBandPx));
+                          buildStripeRegions(image.size(), {}, kBandPx), TSearchPath::first);
 }
 
 TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
                           const std::vector<cv::Point2f>& previousStripe, int bandPx) {
-  return extractInRegions(object, image, buildStripeRegions(image.size(), toIntPoints(previousStripe), bandPx));
+  return extractInRegions(object, image, buildStripeRegions(image.size(), toIntPoints(previousStripe), bandPx),
+                          TSearchPath::tracking);
 }
 
 TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
@@ -41,12 +65,21 @@ TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeld
   return extractWholeStripe(object, image, searchMask);
 }
 
-std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& image) {
+std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path) {
+  const TStageTimer timer(trace, "ridge");
+  trace.beginAttempt(path, TStripeExtraction::ridge);
   const std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image), kRidgeMaxSigmaPx, kRidgeMinContrast);
   std::vector<cv::Point2f> centres;
   centres.reserve(ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),
                  [](const TRidgePoint& r) { return r.point; });
+  if (trace) {
+    trace.attempt().regions = {cv::Rect({0, 0}, image.size())};
+    trace.attempt().columnsScanned = image.cols;
+    trace.attempt().columnsWithCentre = static_cast<std::int32_t>(centres.size());
+    trace.attempt().columnsWithoutEdge = image.cols - trace.attempt().columnsWithCentre;
+    trace.attempt().centres = centres;
+  }
   return centres;
 }
 

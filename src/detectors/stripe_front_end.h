@@ -18,8 +18,8 @@ struct TStripe {
   double widthPx = 0.0;
 };
 
-// Each of these stores the column status in the object. An image that is not 8-bit with one, 3 or 4 channels
-// raises cv::Exception.
+// Each of these begins an attempt of the object's trace and stores the column status in the object. An image that
+// is not 8-bit with one, 3 or 4 channels raises cv::Exception.
 
 // Stripe centres of the whole image, where the mask is empty or not zero.
 TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask);
@@ -32,7 +32,7 @@ TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
 TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                       const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 
-// Ridges instead of edge pairs, always in the whole image; the column status is left alone.
-std::vector<cv::Point2f> extractRidgeStripe(const cv::Mat& image);
+// Ridges instead of edge pairs, always in the whole image; the column status is left alone. Begins an attempt.
+std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path);
 
 }  // namespace weld

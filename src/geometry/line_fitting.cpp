@@ -11,7 +11,6 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kMinFitPoints = 10;
 constexpr std::size_t kThinFrom = 100;  // shorter lists are not thinned
 constexpr std::size_t kMaxThinnedPoints = 100;
 constexpr float kThinParts = 100.0F;

@@ -12,6 +12,13 @@
 
 namespace weld {
 
+inline constexpr std::size_t kMinFitPoints = 10;  // a line through stripe points needs as many
+
+// True when a fit gave a line, be it one with too small a share of the points.
+inline bool hasLine(const TLinePara& line) {
+  return line.isValid || line.inlierRatio > 0.0;
+}
+
 // Robust line through integer points; tolPx is the scale of the residuals.
 zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx);
 

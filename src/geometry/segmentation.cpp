@@ -16,12 +16,13 @@ constexpr std::size_t kMinStripePoints = 20;
 constexpr std::size_t kMinPieceInliers = 10;  // a piece needs more
 constexpr int kMaxMergePasses = 101;
 
+constexpr TCheck kEnoughPoints = countCheck(TWeldOutcome::tooFewCentres, "smoothed stripe points", TRule::atLeast);
+
 using TPointList = std::vector<cv::Point2f>;
 
 // Deliberate: a point in a vertex's column belongs to neither neighbour.
 std::vector<TPointList> cutAtPolygonVertices(const TPointList& points, float polyEpsilonPx) {
   std::vector<TPointList> cuts;
-  if (points.size() < kMinStripePoints) return cuts;
   const std::vector<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx));
   for (std::size_t j = 0; j + 1 < vertices.size(); ++j) {
     cuts.push_back(pointsBetween(points, vertices[j].x, vertices[j + 1].x));
@@ -65,10 +66,12 @@ float jointHeight(const TStripePiece& first, const TStripePiece& second) {
 }  // namespace
 
 std::vector<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
-                                        float polyEpsilonPx) {
-  const std::vector<cv::Point2f> smoothed = cleanStripe(stripePts);
+                                        float polyEpsilonPx, const TTrace& trace) {
+  const std::vector<cv::Point2f> smoothed = cleanStripe(stripePts, trace);
+  if (!trace.passes(kEnoughPoints, smoothed.size(), kMinStripePoints)) return {};
   std::vector<TStripePiece> pieces = fitPieces(cutAtPolygonVertices(smoothed, polyEpsilonPx));
   mergeNeighbours(pieces, limits);
+  trace.setPieces(pieces);
   return pieces;
 }
 

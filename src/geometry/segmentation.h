@@ -3,6 +3,8 @@
 
 #include "zelWeldDetect.h"
 
+#include "support/trace.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -20,7 +22,7 @@ inline constexpr float kPolygonEpsilonPx = 3.0F;
 
 // See TBaseWeld::segmentStripe.
 std::vector<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
-                                        float polyEpsilonPx = kPolygonEpsilonPx);
+                                        float polyEpsilonPx = kPolygonEpsilonPx, const TTrace& trace = {});
 
 // The two pieces as one, fitted anew; false leaves `merged` alone. A joint fit that fails still merges.
 bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,

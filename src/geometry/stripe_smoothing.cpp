@@ -50,9 +50,13 @@ std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points) {
   return smoothed;
 }
 
-std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points) {
+std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace) {
   if (!std::all_of(points.begin(), points.end(), isUsable)) return {};
-  return smoothStripe(dropSteepJumps(points, kJumpSlopeFactor));
+  const std::vector<cv::Point2f> kept = dropSteepJumps(points, kJumpSlopeFactor);
+  trace.addFilter("steep jumps", points.size(), kept.size());
+  std::vector<cv::Point2f> smoothed = smoothStripe(kept);
+  trace.addFilter("smoothing", kept.size(), smoothed.size());
+  return smoothed;
 }
 
 std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx) {

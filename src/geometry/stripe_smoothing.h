@@ -1,6 +1,8 @@
 // Cleaning of the ordered stripe points before they are cut into pieces.
 #pragma once
 
+#include "support/trace.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -16,7 +18,7 @@ std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, 
 std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
 
 // The stripe as it gets cut: without steep jumps, smoothed. Empty when a point is not finite or absurdly far away.
-std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points);
+std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace = {});
 
 // Vertices of an open polygon within epsilonPx of the points (Douglas and Peucker 1973), rounded to the nearest
 // pixel. The points must be finite: the approximation would not end on others. Empty when there is no point.

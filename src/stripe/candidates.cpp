@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace weld {
@@ -17,6 +18,11 @@ constexpr double kWidthSlackPx = 10.0;
 constexpr double kWidthSlackShare = 0.5;
 constexpr float kMaxJumpSlope = 4.0F;
 constexpr float kMinPiecePx = 10.0F;  // exclusive
+
+constexpr TCheck kEnoughCandidates =
+    countCheck(TWeldOutcome::tooFewCandidates, "columns with an edge pair", TRule::atLeast);
+constexpr TCheck kEnoughWidths =
+    countCheck(TWeldOutcome::tooFewWidths, "columns of the usual stripe width", TRule::atLeast);
 
 struct TWidthBand {
   double low = 0.0;
@@ -31,15 +37,20 @@ void sortByColumn(std::vector<TStripeCandidate>& candidates) {
   }
 }
 
-// The candidates must be in column order.
-bool hasEnoughColumns(const std::vector<TStripeCandidate>& candidates) {
+// Counts up to most. The candidates must be in column order.
+int countColumns(const std::vector<TStripeCandidate>& candidates, int most) {
   int columns = 0;
   int column = -1;
   for (const TStripeCandidate& candidate : candidates) {
-    if (candidate.x != column && ++columns == kMinColumns) return true;
+    if (candidate.x != column && ++columns == most) break;
     column = candidate.x;
   }
-  return false;
+  return columns;
+}
+
+bool hasEnoughColumns(const std::vector<TStripeCandidate>& candidates, const TTrace& trace, const TCheck& check) {
+  const int most = trace ? std::numeric_limits<int>::max() : kMinColumns;
+  return trace.passes(check, countColumns(candidates, most), kMinColumns);
 }
 
 // The most frequent width of the columns with exactly one candidate, of all candidates when there is no such
@@ -66,9 +77,44 @@ TWidthBand widthBand(int mode) {
           std::min(kMaxWidthPx, std::max(mode + kWidthSlackPx, mode * (1.0 + kWidthSlackShare)))};
 }
 
-void keepWidths(std::vector<TStripeCandidate>& candidates, const TWidthBand& band) {
+cv::Point pointOf(const TStripeCandidate& candidate) {
+  return {candidate.x, candidate.y};
+}
+
+void keepWidths(std::vector<TStripeCandidate>& candidates, const TWidthBand& band, const TTrace& trace) {
   const auto isOutside = [&](const TStripeCandidate& c) { return c.widthPx < band.low || c.widthPx > band.high; };
+  const std::size_t before = candidates.size();
+  if (trace) {
+    for (const TStripeCandidate& c : candidates) {
+      if (isOutside(c)) trace.attempt().rejected.push_back(pointOf(c));
+    }
+  }
   candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isOutside), candidates.end());
+  trace.addFilter("width band", before, candidates.size());
+}
+
+void reportWidths(int modalWidthPx, const TWidthBand& band, const TTrace& trace) {
+  if (!trace) return;
+  trace.attempt().modalWidthPx = modalWidthPx;
+  trace.attempt().minWidthPx = band.low;
+  trace.attempt().maxWidthPx = band.high;
+}
+
+// Candidates and centres are in column order; every centre is a candidate.
+void reportUnchosen(const std::vector<TStripeCandidate>& candidates, const std::vector<cv::Point2f>& centres,
+                    const TTrace& trace) {
+  if (!trace) return;
+  auto centre = centres.begin();
+  for (const TStripeCandidate& candidate : candidates) {
+    const cv::Point p = pointOf(candidate);
+    const bool isChosen = centre != centres.end() && *centre == cv::Point2f(p);
+    if (isChosen) {
+      ++centre;
+    } else {
+      trace.attempt().rejected.push_back(p);
+    }
+  }
+  trace.addFilter("choice of runs", candidates.size(), centres.size());
 }
 
 bool isJump(cv::Point2f from, cv::Point2f to) {
@@ -101,15 +147,22 @@ std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres) {
   return centres;
 }
 
-TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates) {
+TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates, const TTrace& trace) {
   sortByColumn(candidates);
-  if (!hasEnoughColumns(candidates)) return {};
+  if (!hasEnoughColumns(candidates, trace, kEnoughCandidates)) return {};
 
   const int modalWidthPx = modalWidth(candidates);
-  keepWidths(candidates, widthBand(modalWidthPx));
-  if (!hasEnoughColumns(candidates)) return {{}, static_cast<double>(modalWidthPx)};
+  const TWidthBand band = widthBand(modalWidthPx);
+  reportWidths(modalWidthPx, band, trace);
+  keepWidths(candidates, band, trace);
+  if (!hasEnoughColumns(candidates, trace, kEnoughWidths)) return {{}, static_cast<double>(modalWidthPx)};
 
-  return {dropShortPieces(selectStripeRuns(candidates)), static_cast<double>(modalWidthPx)};
+  std::vector<cv::Point2f> runs = selectStripeRuns(candidates);
+  reportUnchosen(candidates, runs, trace);
+  const std::size_t before = runs.size();
+  TReducedStripe stripe{dropShortPieces(std::move(runs)), static_cast<double>(modalWidthPx)};
+  trace.addFilter("short pieces", before, stripe.centres.size());
+  return stripe;
 }
 
 }  // namespace weld

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/region_scan.h"
+#include "support/trace.h"
 
 #include <vector>
 
@@ -14,7 +15,7 @@ struct TReducedStripe {
 
 // Keeps the candidates about as wide as most are, follows the stripe through them and drops short pieces
 // between jumps. Fewer than 10 columns with a candidate, before or after the width test, give no centres.
-TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates);
+TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates, const TTrace& trace = {});
 
 // Drops the pieces between jumps that span 10 px or less in x. A jump is a step in y of more than 4 times
 // the step in x. Fewer than 10 centres are left as they are.

@@ -18,13 +18,14 @@ int roundThreshold(float threshold) {
 
 }  // namespace
 
-TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold) {
+TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold,
+                                    const TTrace& trace) {
   if (image.empty() || regions.empty()) return {};
   requireReadable(image);
 
   TRegionScanner scanner(image, roundThreshold(threshold));
   for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
-  TReducedStripe stripe = reduceStripeCandidates(std::move(scanner.candidates));
+  TReducedStripe stripe = reduceStripeCandidates(std::move(scanner.candidates), trace);
   return {std::move(stripe.centres), stripe.modalWidthPx, std::move(scanner.status)};
 }
 

@@ -1,6 +1,7 @@
 // Stripe centres from pairs of rising and falling grey-level edges, one per image column.
 #pragma once
 
+#include "support/trace.h"
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>
@@ -20,6 +21,7 @@ struct TStripeCentres {
 //   cv::Exception. threshold  grey level that an edge pixel must reach, and mean step per row that an edge must
 //   exceed.
 // An empty image or no regions gives an empty result.
-TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold);
+TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold,
+                                    const TTrace& trace = {});
 
 }  // namespace weld

@@ -1,0 +1,108 @@
+#include "support/trace.h"
+
+#include <limits>
+
+namespace weld {
+
+namespace {
+
+TLimitKind kindOf(TRule rule) {
+  switch (rule) {
+    case TRule::above:
+      return TLimitKind::above;
+    case TRule::atMost:
+    case TRule::notAbove:
+      return TLimitKind::atMost;
+    case TRule::below:
+      return TLimitKind::below;
+    default:
+      return TLimitKind::atLeast;
+  }
+}
+
+TTracePiece toTracePiece(const TStripePiece& piece) {
+  TTracePiece record;
+  record.startPt = piece.startPt;
+  record.endPt = piece.endPt;
+  record.slope = static_cast<double>(piece.k);
+  record.intercept = static_cast<double>(piece.b);
+  record.points = static_cast<std::int32_t>(piece.pts.size());
+  record.inliers = static_cast<std::int32_t>(piece.fitPts.size());
+  record.meanDistPx = static_cast<double>(piece.meanDist);
+  record.maxDistPx = static_cast<double>(piece.maxDist);
+  record.isFitted = piece.isFitted;
+  return record;
+}
+
+}  // namespace
+
+void TTrace::beginAttempt(TSearchPath path, TStripeExtraction extraction) const {
+  if (frame == nullptr) return;
+  frame->attempts.emplace_back();
+  attempt().path = path;
+  attempt().extraction = extraction;
+}
+
+TTrace TTrace::inWay(const char* name) const {
+  TTrace trace = *this;
+  trace.way = name;
+  return trace;
+}
+
+TTrace TTrace::ofPiece(std::size_t index) const {
+  TTrace trace = *this;
+  trace.piece = static_cast<std::int32_t>(index);
+  return trace;
+}
+
+TTrace TTrace::atGate() const {
+  TTrace trace = *this;
+  trace.isGate = true;
+  return trace;
+}
+
+bool TTrace::holds(const TCheck& check, bool passed) const {
+  constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+  return note(check, kNoNumber, kNoNumber, passed);
+}
+
+void TTrace::addFilter(const char* name, std::size_t before, std::size_t after) const {
+  if (frame == nullptr) return;
+  attempt().filters.push_back({name, static_cast<std::int32_t>(before), static_cast<std::int32_t>(after)});
+}
+
+void TTrace::setPieces(const std::vector<TStripePiece>& pieces) const {
+  if (frame == nullptr) return;
+  attempt().pieces.clear();
+  for (const TStripePiece& p : pieces) attempt().pieces.push_back(toTracePiece(p));
+}
+
+void TTrace::addLine(const TTraceLine& line) const {
+  if (frame != nullptr) attempt().lines.push_back(line);
+}
+
+void TTrace::addTestedPoint(cv::Point2f point) const {
+  if (frame != nullptr) attempt().testedPoints.push_back(point);
+}
+
+void TTrace::addStage(const char* name, double us) const {
+  if (frame != nullptr) frame->stages.push_back({name, us});
+}
+
+void TTrace::addCheck(const TCheck& check, double measured, double limit, bool passed) const {
+  TTraceCheck record;
+  record.name = check.name;
+  record.unit = check.unit;
+  record.parameter = check.parameter;
+  record.kind = kindOf(check.rule);
+  record.measured = measured;
+  record.limit = limit;
+  record.isCount = check.isCount;
+  record.passed = passed;
+  record.failure = check.failure;
+  record.way = way;
+  record.piece = piece;
+  (isGate ? frame->gate : attempt().checks).push_back(record);
+}
+
+}  // namespace weld
