@@ -2,6 +2,8 @@
 
 #include "stripe/ridge_threshold.h"
 
+#include <opencv2/core/hal/intrin.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -10,19 +12,39 @@ namespace weld {
 
 namespace {
 
+using cv::v_int16x8;
+
 constexpr int kWeakShift = 1;       // a weak candidate has half the contrast of a strong one
 constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
-constexpr int kLanes = 32;          // columns that are ruled out at once
+constexpr int kLanes = 16;          // columns that are ruled out at once
 
-void insertCandidate(TRidgeCandidates& column, const TRidgeCandidate& candidate) {
-  if (column.count < TRidgeCandidates::kMax) {
-    column.items[static_cast<std::size_t>(column.count++)] = candidate;
-    return;
-  }
-  auto weakest = std::min_element(column.items.begin(), column.items.end(),
-                                  [](const auto& a, const auto& b) { return a.contrast < b.contrast; });
-  if (candidate.contrast > weakest->contrast) *weakest = candidate;
+int weakestContrast(const TRidgeCandidates& column) {
+  return std::min_element(column.items.begin(), column.items.end(),
+                          [](const auto& a, const auto& b) { return a.contrast < b.contrast; })
+      ->contrast;
 }
+
+// Three rows of response one below the other, and the least response that counts in every column.
+struct TRows {
+  const short* before;
+  const short* here;
+  const short* after;
+  const short* least;
+
+  // Neither neighbour exceeds it; of equal ones the upper is taken.
+  bool isMaximum(int x) const { return here[x] > before[x] && here[x] >= after[x] && here[x] >= least[x]; }
+
+  // Bit i is set where column x + i holds a maximum.
+  unsigned maximaFrom(int x) const {
+    static_assert(kLanes == 2 * v_int16x8::nlanes);
+    const auto halfFrom = [&](int first) {
+      const v_int16x8 response = cv::v_load(here + first);
+      return (response > cv::v_load(before + first)) & (response >= cv::v_load(after + first)) &
+             (response >= cv::v_load(least + first));
+    };
+    return static_cast<unsigned>(cv::v_signmask(cv::v_pack(halfFrom(x), halfFrom(x + v_int16x8::nlanes))));
+  }
+};
 
 // Columns of one scale, with three rows of response kept at a time.
 class TScaleScan {
@@ -38,6 +60,7 @@ public:
         columns(strong.size()) {
     std::transform(strong.begin(), strong.end(), weak.begin(),
                    [](short least) { return static_cast<short>(least >> kWeakShift); });
+    enough = weak;
   }
 
   std::vector<TRidgeCandidates> run() {
@@ -54,34 +77,35 @@ private:
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
 
   void collectMaxima(int y) {
-    const short* before = row(y + 2);
-    const short* here = row(y);
-    const short* after = row(y + 1);
-    const short* least = weak.data();
+    const TRows at{row(y + 2), row(y), row(y + 1), enough.data()};
     const int count = level.grey.cols;
-    // Positive where the response reaches the threshold and neither neighbour exceeds it; 16-bit minima, so
-    // that a whole block of columns is ruled out at once.
-    const auto excess = [&](int x) {
-      const short overBefore = static_cast<short>(here[x] - before[x]);
-      const short overAfter = static_cast<short>(here[x] - after[x] + 1);
-      const short overLeast = static_cast<short>(here[x] - least[x] + 1);
-      return std::min(overBefore, std::min(overAfter, overLeast));
-    };
-    for (int first = 0; first < count; first += kLanes) {
-      const int last = std::min(first + kLanes, count);
-      if (last - first == kLanes) {
-        short greatest = 0;
-        for (int x = first; x < first + kLanes; ++x) greatest = std::max(greatest, excess(x));
-        if (greatest == 0) continue;
-      }
-      for (int x = first; x < last; ++x) {
-        if (excess(x) <= 0) continue;
-        const int over = here[x] - least[x];
-        const bool isStrong = here[x] >= strong[static_cast<std::size_t>(x)];
-        insertCandidate(columns[static_cast<std::size_t>(x)],
-                        {2 * y * level.stepY - 1, here[x], widthPx, over, here[x] * rootOfWidth, isStrong});
-      }
+    int x = 0;
+    for (; x + kLanes <= count; x += kLanes) {
+      for (unsigned bits = at.maximaFrom(x); bits != 0; bits &= bits - 1) collect(y, x + __builtin_ctz(bits));
     }
+    for (; x < count; ++x) {
+      if (at.isMaximum(x)) collect(y, x);
+    }
+  }
+
+  void collect(int y, int column) {
+    const auto x = static_cast<std::size_t>(column);
+    const int contrast = row(y)[x];
+    insert(x, {2 * y * level.stepY - 1, contrast, widthPx, contrast - weak[x], contrast * rootOfWidth,
+               contrast >= strong[x]});
+  }
+
+  // A full column asks for more than its weakest has, and the first of its weakest makes room.
+  void insert(std::size_t x, const TRidgeCandidate& candidate) {
+    TRidgeCandidates& column = columns[x];
+    if (column.count < TRidgeCandidates::kMax) {
+      column.items[static_cast<std::size_t>(column.count++)] = candidate;
+    } else {
+      const int weakest = enough[x] - 1;
+      *std::find_if(column.items.begin(), column.items.end(),
+                    [&](const TRidgeCandidate& item) { return item.contrast == weakest; }) = candidate;
+    }
+    if (column.count == TRidgeCandidates::kMax) enough[x] = static_cast<short>(weakestContrast(column) + 1);
   }
 
   const TRidgeLevel& level;
@@ -90,6 +114,7 @@ private:
   int rootOfWidth;
   std::vector<short> strong;  // least contrast per column of a strong candidate
   std::vector<short> weak;    // and of a weak one
+  std::vector<short> enough;  // and of one that the column still takes
   std::vector<std::vector<short>> rows;
   std::vector<TRidgeCandidates> columns;
 };

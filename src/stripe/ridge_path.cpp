@@ -52,6 +52,7 @@ struct TEnd {
   int state = kNone;
   int shift = 0;    // half rows over
   int columns = 1;  // so many columns
+  int gain = 0;     // of its last node
 };
 
 struct TPathNode {
@@ -153,9 +154,10 @@ private:
       best.score = score(bestBefore) - kBreakCost;
       best.previous = bestBefore;
     }
+    const int gain = gainOf(here);
     link(c, here, best);
-    if (best.step != TStep::linked) resume(c, here, best);
-    best.score += gainOf(here);
+    if (best.step != TStep::linked) resume(c, here, gain, best);
+    best.score += gain;
     const int state = c * kPerColumn + i;
     states[static_cast<std::size_t>(state)] = best;
     return state;
@@ -165,6 +167,7 @@ private:
     for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
       for (int j = 0; j < at(c - step).count; ++j) {
         const int from = (c - step) * kPerColumn + j;
+        if (score(from) <= best.score) continue;
         const int cost = linkCost(candidate(from), here, step);
         if (cost >= kBreakCost || score(from) - cost <= best.score) continue;
         best.score = score(from) - cost;
@@ -178,13 +181,13 @@ private:
     best.run = from.run + 1;
   }
 
-  void resume(int c, const TRidgeCandidate& here, TState& best) const {
+  void resume(int c, const TRidgeCandidate& here, int gainHere, TState& best) const {
     for (const TEnd& end : ends) {
       const int gap = c - end.state / kPerColumn;
+      const int bonus = (gap - 1) * std::min(end.gain, gainHere) * kResumeGainNum >> kResumeGainShift;
+      if (score(end.state) + bonus <= best.score) continue;
       const int expected = candidate(end.state).y + end.shift * gap / end.columns;
       const int off = std::abs(here.y - expected) - kResumeRows - gap / kResumeRowsPerGap;
-      const int gain = std::min(gainOf(candidate(end.state)), gainOf(here));
-      const int bonus = (gap - 1) * gain * kResumeGainNum >> kResumeGainShift;
       const std::int64_t total = score(end.state) + (off <= 0 ? bonus : -kSideStepCost - off * kCostPerExcessRow);
       if (total <= best.score) continue;
       best.score = total;
@@ -203,7 +206,8 @@ private:
       if (last.isContinued || last.run < kDirectionNodes) continue;
       int first = state;
       for (int n = 1; n < kDirectionNodes; ++n) first = states[static_cast<std::size_t>(first)].previous;
-      ends.push_back({state, candidate(state).y - candidate(first).y, c - first / kPerColumn});
+      ends.push_back(
+          {state, candidate(state).y - candidate(first).y, c - first / kPerColumn, gainOf(candidate(state))});
     }
   }
 
