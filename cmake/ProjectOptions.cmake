@@ -28,6 +28,16 @@ add_compile_options(-ffp-contract=off)
 add_compile_options(-ffile-prefix-map=${PROJECT_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
+# Hardened, as tests/checks/hardening.sh holds: stack canaries, checked C library calls where optimisation makes them
+# possible, import tables read-only before the program starts, no executable stack, programs at random addresses.
+add_compile_options(-fstack-protector-strong)
+if(NOT ZELWELD_SANITIZE) # sanitizers watch the unchecked calls
+  add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+endif()
+add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 if(ZELWELD_WERROR)
   add_compile_options(-Werror)
