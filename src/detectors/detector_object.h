@@ -4,6 +4,8 @@
 #include "support/trace.h"
 #include "zelWeldDetect.h"
 
+#include "support/scratch.h"
+
 namespace weld {
 
 // Opens the column status of TBaseWeld to the detectors. Reusable over frames: every detector sets the
@@ -16,6 +18,8 @@ public:
   using TBaseWeld::isWeldPosContinueMissingPts;
   using TBaseWeld::isWeldPosMissingPts;
   using TBaseWeld::setSamplinePointsStatus;
+
+  TScratch scratch;  // memory for the stages of a frame
 };
 
 }  // namespace weld
