@@ -1,18 +1,9 @@
 // State of the detector object and its queries on the column status.
+#include "support/column_status.h"
 #include "zelWeldDetect.h"
 
 #include <algorithm>
 #include <utility>
-
-namespace {
-
-constexpr int kMissingStatus = 1;
-
-bool isStrictlyBetween(int pos, int lo, int hi) {
-  return lo < pos && pos < hi;
-}
-
-}  // namespace
 
 TBaseWeld::TBaseWeld() = default;
 TBaseWeld::TBaseWeld(const TBaseWeld& other) = default;
@@ -45,22 +36,13 @@ std::vector<TWeldPointStatus> TBaseWeld::getSamplinePointsStatus() const {
 }
 
 bool TBaseWeld::isWeldPosMissingPts(cv::Point2f /*pos*/, int lo, int hi, int minCount) const {
-  const auto missing = std::count_if(samplingPtsStatus.begin(), samplingPtsStatus.end(), [&](const auto& s) {
-    return isStrictlyBetween(s.pos, lo, hi) && s.status == kMissingStatus;
-  });
-  return missing >= minCount;
+  return weld::countMissing(samplingPtsStatus, lo, hi) >= minCount;
 }
 
-// Deliberate: the run must exceed maxRun, while the count above only has to reach minCount; a column
-// outside the range neither counts nor breaks the run.
+// Deliberate: the run must exceed maxRun, while the count above only has to reach minCount. A negative maxRun
+// still takes one missing column.
 bool TBaseWeld::isWeldPosContinueMissingPts(cv::Point2f /*pos*/, int lo, int hi, int maxRun) const {
-  int run = 0;
-  for (const TWeldPointStatus& s : samplingPtsStatus) {
-    if (!isStrictlyBetween(s.pos, lo, hi)) continue;
-    run = s.status == kMissingStatus ? run + 1 : 0;
-    if (s.status == kMissingStatus && run > maxRun) return true;
-  }
-  return false;
+  return weld::longestMissingRun(samplingPtsStatus, lo, hi) > std::max(maxRun, 0);
 }
 
 void initWeldParameters(TWeldType type, TWeldParams& params, TWeldPosType pos) {

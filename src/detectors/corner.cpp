@@ -4,6 +4,7 @@
 #include "detectors/corner_flanks.h"
 #include "detectors/corner_params.h"
 #include "detectors/stripe_front_end.h"
+#include "geometry/line_fitting.h"
 #include "geometry/piece_fit.h"
 
 #include <cmath>
@@ -17,18 +18,31 @@ namespace {
 constexpr std::size_t kMinRidgePoints = 10;
 constexpr double kMaxAngleChangeDeg = 10.0;  // included angle from frame to frame
 
-// What every stage of one frame needs.
+constexpr TCheck kStripePoints = countCheck(TWeldOutcome::tooFewCentres, "stripe points", TRule::atLeast);
+constexpr TCheck kRidgePoints = countCheck(TWeldOutcome::tooFewRidgePoints, "ridge points", TRule::atLeast);
+constexpr TCheck kInside{TWeldOutcome::cornerOutside, "corner inside the image"};
+constexpr TCheck kAngleChange{TWeldOutcome::includedAngleChanged, "change of the included angle", TRule::notAbove,
+                              "deg"};
+
+// What every stage of one way to find the corner needs.
 struct TCornerFrame {
   const TDetectorObject& object;  // holds the column status of the frame
   cv::Size imageSize;
   TCornerParams params;
+  TTrace trace;
+
+  TCornerFrame inWay(const char* name) const { return {object, imageSize, params, trace.inWay(name)}; }
 };
 
 std::optional<cv::Point2f> intersectFlanks(const TCornerFrame& frame, const TFlankPair& flanks) {
-  if (!flanks.left.isValid || !flanks.right.isValid) return std::nullopt;
+  const TTrace& trace = frame.trace;
+  if (!areFlanksValid(flanks, frame.params, trace)) return std::nullopt;
   const cv::Point2f corner = intersectionOf(flanks);
-  if (!isStrictlyInside(frame.imageSize, corner)) return std::nullopt;
-  if (!checkCornerPlausible(frame.object, corner, flanks, frame.imageSize, frame.params)) return std::nullopt;
+  trace.addTestedPoint(corner);
+  if (!trace.holds(kInside, isStrictlyInside(frame.imageSize, corner))) return std::nullopt;
+  const bool isPlausible =
+      checkCornerPlausible(frame.object, corner, flanks, frame.imageSize, frame.params, trace);
+  if (!isPlausible) return std::nullopt;
   return corner;
 }
 
@@ -41,10 +55,10 @@ bool isInsideFrame(cv::Size imageSize, cv::Point2f p) {
 
 TWeldLineRes buildCornerResult(const TCornerFrame& frame, const TFlankPair& flanks) {
   TWeldLineRes result;
-  if (flanks.left.inlierPts.empty() || flanks.right.inlierPts.empty()) return result;
+  if (!haveFlanksPoints(flanks, 1, frame.trace)) return result;
   result.stripePts = joinPoints(flanks.left.inlierPts, flanks.right.inlierPts);
   const std::optional<cv::Point2f> corner = intersectFlanks(frame, flanks);
-  if (!corner || !isInsideFrame(frame.imageSize, *corner)) return result;
+  if (!corner || !frame.trace.holds(kInside, isInsideFrame(frame.imageSize, *corner))) return result;
   result.isFound = true;
   result.weldPos = *corner;
   result.auxVal1 = flanks.left.k;
@@ -55,26 +69,36 @@ TWeldLineRes buildCornerResult(const TCornerFrame& frame, const TFlankPair& flan
   return result;
 }
 
+TWeldLineRes findByConsensus(const TCornerFrame& frame, const std::vector<cv::Point2f>& points) {
+  const TStageTimer timer(frame.trace, "consensus lines");
+  std::optional<TFlankPair> flanks = findFlankPairRansac(points, frame.params, frame.trace);
+  if (!flanks) return {};
+  trimFlankOverlap(*flanks, frame.imageSize, frame.params, frame.trace);
+  return buildCornerResult(frame, *flanks);
+}
+
 TWeldLineRes findCornerSeamFromPts(const TCornerFrame& frame, const std::vector<cv::Point2f>& points) {
-  TWeldLineRes result;
-  if (std::optional<TFlankPair> flanks = findFlankPairRansac(points, frame.params)) {
-    trimFlankOverlap(*flanks, frame.imageSize, frame.params);
-    result = buildCornerResult(frame, *flanks);
-  }
+  if (!frame.trace.passes(kStripePoints, points.size(), kMinFitPoints)) return {};
+  TWeldLineRes result = findByConsensus(frame.inWay("consensus lines"), points);
   if (result.isFound) return result;
-  if (const std::optional<TFlankPair> flanks = findFlankPairByPolyline(points, frame.params)) {
-    result = buildCornerResult(frame, *flanks);
+  const TCornerFrame pieceFrame = frame.inWay("longest pieces");
+  const TStageTimer timer(frame.trace, "longest pieces");
+  if (const auto flanks = findFlankPairByPolyline(points, frame.params, pieceFrame.trace)) {
+    result = buildCornerResult(pieceFrame, *flanks);
   }
   return result;
 }
 
 TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector<cv::Point2f>& points,
                                     const TWeldLineRes& prevRes) {
+  const TStageTimer timer(frame.trace, "pieces like the last flanks");
   const std::optional<TFlankPair> flanks =
-      findFlankPairNear(points, prevRes.auxVal1, prevRes.auxVal3, frame.params);
+      findFlankPairNear(points, prevRes.auxVal1, prevRes.auxVal3, frame.params, frame.trace);
   if (!flanks) return {};
   TWeldLineRes result = buildCornerResult(frame, *flanks);
-  if (std::abs(result.trackVal - prevRes.trackVal) > kMaxAngleChangeDeg) result.isFound = false;
+  if (!result.isFound) return result;
+  const double angleChangeDeg = std::abs(result.trackVal - prevRes.trackVal);
+  result.isFound = frame.trace.passes(kAngleChange, angleChangeDeg, kMaxAngleChangeDeg);
   return result;
 }
 
@@ -82,13 +106,14 @@ TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector
 
 TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                               const cv::Mat& searchMask) {
-  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters())};
+  const TTrace& trace = object.trace;
+  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters()), trace};
   const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound) return result;
-  const std::vector<cv::Point2f> ridge = extractRidgeStripe(object.trace, image, TSearchPath::fallback);
-  if (ridge.size() < kMinRidgePoints) return {};
+  const std::vector<cv::Point2f> ridge = extractRidgeStripe(trace, image, TSearchPath::fallback);
+  if (!trace.passes(kRidgePoints, ridge.size(), kMinRidgePoints)) return {};
   return findCornerSeamFromPts(frame, ridge);
 }
 

@@ -12,7 +12,7 @@ namespace weld {
 // Every plausibility test of a corner: points on both sides, density, angles, missing columns, flank ends. The
 // object holds the column status of the frame.
 bool checkCornerPlausible(const TDetectorObject& object, cv::Point2f corner, const TFlankPair& flanks,
-                          cv::Size imageSize, const TCornerParams& params);
+                          cv::Size imageSize, const TCornerParams& params, const TTrace& trace = {});
 
 // Angle between the directions from the corner to the first point of each flank, degrees, 0..180. Both flanks need
 // points.

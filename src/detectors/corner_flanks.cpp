@@ -15,10 +15,46 @@ namespace {
 constexpr TMergeLimits kMergeLimits{5.0F, 200.0F, 20.0F};
 constexpr std::size_t kMinFlankPoints = 10;
 constexpr double kTrackingReachDeg = 5.0;
+constexpr std::size_t kMinPieces = 2;
+constexpr TAngleRange kAnyAngleDeg{-90.0, 90.0};
+
+// One of the two flanks in traces.
+struct TFlankSide {
+  const char* name;
+  TCheck line;
+  TCheck share;
+  TCheck points;
+};
+
+constexpr TFlankSide kLeft{
+    "left flank",
+    {TWeldOutcome::noLeftFlank, "left flank"},
+    {TWeldOutcome::noLeftFlank, "share of points on the left flank", TRule::notBelow, "", "dPara3"},
+    countCheck(TWeldOutcome::flankPointsTooFew, "stripe points of the left flank", TRule::atLeast)};
+constexpr TFlankSide kRight{
+    "right flank",
+    {TWeldOutcome::noRightFlank, "right flank"},
+    {TWeldOutcome::noRightFlank, "share of points on the right flank", TRule::notBelow, "", "dPara3"},
+    countCheck(TWeldOutcome::flankPointsTooFew, "stripe points of the right flank", TRule::atLeast)};
+constexpr TCheck kEnoughPieces = countCheck(TWeldOutcome::tooFewPieces, "straight pieces", TRule::atLeast);
+
+void reportFlank(const TLinePara& flank, const TAngleRange& allowedDeg, const TFlankSide& side,
+                 const TTrace& trace) {
+  trace.addLine({side.name, flank.k, flank.b, flank.inlierRatio, allowedDeg, flank.isValid});
+}
 
 TLinePara fitFlank(const std::vector<cv::Point2f>& points, const TAngleRange& rangeDeg,
-                   const TCornerParams& params) {
-  return fitLineRansac(rangeDeg.min, rangeDeg.max, params.flankTolPx, params.minFlankShare, points);
+                   const TCornerParams& params, const TFlankSide& side, const TTrace& trace) {
+  TLinePara flank = fitLineRansac(rangeDeg.min, rangeDeg.max, params.flankTolPx, params.minFlankShare, points);
+  reportFlank(flank, rangeDeg, side, trace);
+  return flank;
+}
+
+// A consensus line that counts: tells one with too small a share of the points from none.
+bool isFlankAccepted(const TLinePara& flank, const TCornerParams& params, const TFlankSide& side,
+                     const TTrace& trace) {
+  if (!trace.holds(side.line, hasLine(flank))) return false;
+  return trace.note(side.share, flank.inlierRatio, params.minFlankShare, flank.isValid);
 }
 
 // The points that a flank leaves to the other one.
@@ -38,10 +74,18 @@ const TStripePiece& longestPieceWithin(const std::vector<TStripePiece>& pieces, 
   return longest != nullptr ? *longest : pieces.front();
 }
 
-TLinePara refitPiece(const TStripePiece& piece, const TCornerParams& params) {
+TLinePara refit(const std::vector<cv::Point2f>& points, const TCornerParams& params, const TFlankSide& side,
+                const TTrace& trace) {
+  TLinePara flank = fitLine(points, params.refitTolPx);
+  reportFlank(flank, kAnyAngleDeg, side, trace);
+  return flank;
+}
+
+TLinePara refitPiece(const TStripePiece& piece, const TCornerParams& params, const TFlankSide& side,
+                     const TTrace& trace) {
   const auto k = static_cast<double>(piece.k);
   const auto b = static_cast<double>(piece.b);
-  return fitLine(selectLineInliers(k, b, params.refitTolPx, piece.pts), params.refitTolPx);
+  return refit(selectLineInliers(k, b, params.refitTolPx, piece.pts), params, side, trace);
 }
 
 struct TPiecePair {
@@ -71,6 +115,19 @@ std::optional<TPiecePair> longestPairWithin(const std::vector<TStripePiece>& pie
   return best;
 }
 
+bool hasPieceWithin(const std::vector<TStripePiece>& pieces, const TAngleRange& rangeDeg) {
+  return std::any_of(pieces.begin(), pieces.end(),
+                     [&](const TStripePiece& p) { return isStrictlyInside(rangeDeg, pieceAngleDeg(p)); });
+}
+
+// A pair is missing for want of a left piece, else of a right one beside it.
+bool isPairThere(const std::optional<TPiecePair>& pair, const std::vector<TStripePiece>& pieces,
+                 const TCornerParams& params, const TTrace& trace) {
+  if (pair) return trace.holds(kLeft.line, true) && trace.holds(kRight.line, true);
+  if (!trace) return false;
+  return trace.holds(hasPieceWithin(pieces, params.leftDeg) ? kRight.line : kLeft.line, false);
+}
+
 TAngleRange clippedReach(double previousK, const TAngleRange& admissibleDeg) {
   const double angle = slopeToDeg(previousK);
   return {std::clamp(angle - kTrackingReachDeg, admissibleDeg.min, admissibleDeg.max),
@@ -79,46 +136,51 @@ TAngleRange clippedReach(double previousK, const TAngleRange& admissibleDeg) {
 
 }  // namespace
 
-std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points,
-                                              const TCornerParams& params) {
+std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points, const TCornerParams& params,
+                                              const TTrace& trace) {
   TFlankPair flanks;
-  flanks.left = fitFlank(points, params.leftDeg, params);
+  flanks.left = fitFlank(points, params.leftDeg, params, kLeft, trace);
   if (flanks.left.isValid) {
-    flanks.right = fitFlank(pointsBeside(flanks.left, points, params), params.rightDeg, params);
+    flanks.right = fitFlank(pointsBeside(flanks.left, points, params), params.rightDeg, params, kRight, trace);
   } else {
-    flanks.right = fitFlank(points, params.rightDeg, params);
+    flanks.right = fitFlank(points, params.rightDeg, params, kRight, trace);
     if (flanks.right.isValid) {
-      flanks.left = fitFlank(pointsBeside(flanks.right, points, params), params.leftDeg, params);
+      flanks.left = fitFlank(pointsBeside(flanks.right, points, params), params.leftDeg, params, kLeft, trace);
     }
   }
-  if (!flanks.left.isValid || !flanks.right.isValid) return std::nullopt;
+  const bool areAccepted =
+      isFlankAccepted(flanks.left, params, kLeft, trace) && isFlankAccepted(flanks.right, params, kRight, trace);
+  if (!areAccepted) return std::nullopt;
   return flanks;
 }
 
 std::optional<TFlankPair> findFlankPairByPolyline(const std::vector<cv::Point2f>& points,
-                                                  const TCornerParams& params) {
-  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits);
-  if (pieces.size() < 2) return std::nullopt;
-  TFlankPair flanks{refitPiece(longestPieceWithin(pieces, params.leftDeg), params),
-                    refitPiece(longestPieceWithin(pieces, params.rightDeg), params)};
-  if (!flanks.left.isValid || !flanks.right.isValid) return std::nullopt;
+                                                  const TCornerParams& params, const TTrace& trace) {
+  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace);
+  if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
+  TFlankPair flanks{refitPiece(longestPieceWithin(pieces, params.leftDeg), params, kLeft, trace),
+                    refitPiece(longestPieceWithin(pieces, params.rightDeg), params, kRight, trace)};
+  if (!areFlanksValid(flanks, params, trace)) return std::nullopt;
   return flanks;
 }
 
 std::optional<TFlankPair> findFlankPairNear(const std::vector<cv::Point2f>& points, double previousLeftK,
-                                            double previousRightK, const TCornerParams& params) {
+                                            double previousRightK, const TCornerParams& params,
+                                            const TTrace& trace) {
   const TAngleRange leftDeg = clippedReach(previousLeftK, params.leftDeg);
   const TAngleRange rightDeg = clippedReach(previousRightK, params.rightDeg);
-  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits);
+  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace);
   std::optional<TPiecePair> pair = longestPairWithin(pieces, leftDeg, rightDeg);
   if (!pair) pair = longestPairWithin(pieces, params.leftDeg, params.rightDeg);
-  if (!pair || pair->left->pts.size() < kMinFlankPoints || pair->right->pts.size() < kMinFlankPoints) {
-    return std::nullopt;
-  }
-  return TFlankPair{fitFlank(pair->left->pts, leftDeg, params), fitFlank(pair->right->pts, rightDeg, params)};
+  if (!isPairThere(pair, pieces, params, trace)) return std::nullopt;
+  const bool areLong = trace.passes(kLeft.points, pair->left->pts.size(), kMinFlankPoints) &&
+                       trace.passes(kRight.points, pair->right->pts.size(), kMinFlankPoints);
+  if (!areLong) return std::nullopt;
+  return TFlankPair{fitFlank(pair->left->pts, leftDeg, params, kLeft, trace),
+                    fitFlank(pair->right->pts, rightDeg, params, kRight, trace)};
 }
 
-void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParams& params) {
+void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParams& params, const TTrace& trace) {
   std::vector<cv::Point2f>& left = flanks.left.inlierPts;
   std::vector<cv::Point2f>& right = flanks.right.inlierPts;
   if (!flanks.left.isValid || !flanks.right.isValid) return;
@@ -129,7 +191,21 @@ void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParam
   left.erase(std::remove_if(left.begin(), left.end(), [&](cv::Point2f p) { return p.x > lastX; }), left.end());
   right.erase(std::remove_if(right.begin(), right.end(), [&](cv::Point2f p) { return p.x < firstX; }),
               right.end());
-  flanks = {fitLine(left, params.refitTolPx), fitLine(right, params.refitTolPx)};
+  flanks = {refit(left, params, kLeft, trace), refit(right, params, kRight, trace)};
+}
+
+bool areFlanksValid(const TFlankPair& flanks, const TCornerParams& params, const TTrace& trace) {
+  const auto isValid = [&](const TLinePara& flank, const TFlankSide& side) {
+    const bool isShareTooLow = !flank.isValid && hasLine(flank);
+    if (isShareTooLow) return trace.note(side.share, flank.inlierRatio, params.minFlankShare, false);
+    return trace.holds(side.line, flank.isValid);
+  };
+  return isValid(flanks.left, kLeft) && isValid(flanks.right, kRight);
+}
+
+bool haveFlanksPoints(const TFlankPair& flanks, std::size_t least, const TTrace& trace) {
+  return trace.passes(kLeft.points, flanks.left.inlierPts.size(), least) &&
+         trace.passes(kRight.points, flanks.right.inlierPts.size(), least);
 }
 
 cv::Point2f intersectionOf(const TFlankPair& flanks) {

@@ -7,10 +7,16 @@
 
 namespace weld {
 
+// A range of angles and the parameters that set its bounds.
+struct TSetRange : TAngleRange {
+  const char* minParameter = "";
+  const char* maxParameter = "";
+};
+
 struct TCornerParams {
-  TAngleRange leftDeg;
-  TAngleRange rightDeg;
-  TAngleRange includedDeg;
+  TSetRange leftDeg;
+  TSetRange rightDeg;
+  TSetRange includedDeg;
   double flankTolPx;       // distance tolerance of the flank fits
   double refitTolPx;       // scale of the robust refits
   double minFlankShare;    // share of points on a flank, and points per column that must be exceeded
@@ -21,14 +27,15 @@ struct TCornerParams {
   bool acceptsGap;
 };
 
-inline TAngleRange orderedRange(double a, double b) {
-  return {std::min(a, b), std::max(a, b)};
+inline TSetRange orderedRange(double a, const char* nameOfA, double b, const char* nameOfB) {
+  const TAngleRange range{std::min(a, b), std::max(a, b)};
+  return b < a ? TSetRange{range, nameOfB, nameOfA} : TSetRange{range, nameOfA, nameOfB};
 }
 
 inline TCornerParams cornerParams(const TWeldParams& p) {
-  return {orderedRange(p.angleRange1Min, p.angleRange1Max),
-          orderedRange(p.angleRange2Min, p.angleRange2Max),
-          orderedRange(p.angleRange5Min, p.angleRange5Max),
+  return {orderedRange(p.angleRange1Min, "angleRange1Min", p.angleRange1Max, "angleRange1Max"),
+          orderedRange(p.angleRange2Min, "angleRange2Min", p.angleRange2Max, "angleRange2Max"),
+          orderedRange(p.angleRange5Min, "angleRange5Min", p.angleRange5Max, "angleRange5Max"),
           p.dPara2,
           p.dPara4,
           p.dPara3,

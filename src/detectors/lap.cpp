@@ -108,7 +108,7 @@ cv::Point2f seamPoint(const TLapCorners& corners, TWeldPosType pos) {
 }  // namespace
 
 std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces,
-                                                                      const TTrace& trace) {
+                                                                       const TTrace& trace) {
   joinTouchingPieces(pieces);
   if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
   if (pieces.size() > 2) sortByInliers(pieces);

@@ -22,8 +22,8 @@ bool isOutsideMiddleBand(int row, int rows) {
 void reportRefit(const TPieceEnd& end, const TStripePiece& refitted, const TTrace& trace) {
   if (!trace) return;
   const double share = static_cast<double>(refitted.fitPts.size()) / static_cast<double>(refitted.pts.size());
-  trace.addLine({end.name, static_cast<double>(refitted.k), static_cast<double>(refitted.b), share, {-90.0, 90.0},
-                 true});
+  trace.addLine(
+      {end.name, static_cast<double>(refitted.k), static_cast<double>(refitted.b), share, {-90.0, 90.0}, true});
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ inline constexpr TMergeLimits kPlateMergeLimits{10.0F, 200.0F, 20.0F};
 
 // One end of a straight piece, and what its corner is found with.
 struct TPieceEnd {
-  const char* name = "";  // in traces
+  const char* name = "";                   // in traces
   cv::Point roughPos;                      // where the piece ends
   int bandRow = 0;                         // outside the middle of the image the line is refitted near the end
   std::vector<cv::Point2f> pointsNearEnd;  // what it is refitted from

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/edge_kernels.h"
+#include "support/column_status.h"
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>
@@ -16,9 +17,6 @@ struct TStripeCandidate {
   int y = 0;  // grey-weighted centre between the edges
   int widthPx = 0;
 };
-
-// Codes of TWeldPointStatus.
-enum TColumnStatus : int { kCentreFound = 0, kEdgeMissing = 1, kNoPair = 2 };
 
 // Scans regions of one image and gathers what it finds: the candidates column by column from left to right,
 // and one status for every column.
