@@ -204,8 +204,12 @@ bool areFlanksValid(const TFlankPair& flanks, const TCornerParams& params, const
 }
 
 bool haveFlanksPoints(const TFlankPair& flanks, std::size_t least, const TTrace& trace) {
-  return trace.passes(kLeft.points, flanks.left.inlierPts.size(), least) &&
-         trace.passes(kRight.points, flanks.right.inlierPts.size(), least);
+  const auto hasPoints = [&](const TLinePara& flank, const TFlankSide& side) {
+    const bool isLineMissing = !flank.isValid && flank.inlierPts.empty();
+    if (isLineMissing) return trace.holds(side.line, false);
+    return trace.passes(side.points, flank.inlierPts.size(), least);
+  };
+  return hasPoints(flanks.left, kLeft) && hasPoints(flanks.right, kRight);
 }
 
 cv::Point2f intersectionOf(const TFlankPair& flanks) {

@@ -40,7 +40,7 @@ void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParam
 // Whether both flanks have a line that counts.
 bool areFlanksValid(const TFlankPair& flanks, const TCornerParams& params, const TTrace& trace);
 
-// Whether both flanks have that many points.
+// Whether both flanks have that many points, at least 1.
 bool haveFlanksPoints(const TFlankPair& flanks, std::size_t least, const TTrace& trace);
 
 // Intersection of the two lines.
