@@ -9,6 +9,7 @@
 #include "stripe/edge_kernels.h"
 #include "support/heap.h"
 #include "timing.h"
+#include "worst_case.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -259,5 +260,6 @@ int main() {
   reportOtherFrames();
   reportColour();
   reportAllocations();
+  bench::reportWorstCases();
   return 0;
 }

@@ -22,14 +22,6 @@ double cpuMicroseconds() {
   return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) * 1e-3;
 }
 
-// Time of the processor, not of the clock on the wall: on a busy machine a long work is interrupted more often
-// than a short one.
-double microsecondsOf(const TWork& work) {
-  const double start = cpuMicroseconds();
-  work();
-  return cpuMicroseconds() - start;
-}
-
 // The first pair of a block is not counted: what ran before it has left other things in the caches.
 void runBlock(const TWork& copy, const TWork& work, TSamples& samples) {
   copy();
@@ -54,6 +46,14 @@ std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<
   std::vector<TTiming> timings;
   for (const TSamples& s : samples) timings.push_back({median(s.workUs), median(s.copyUs)});
   return timings;
+}
+
+// Time of the processor, not of the clock on the wall: on a busy machine a long work is interrupted more often
+// than a short one.
+double microsecondsOf(const TWork& work) {
+  const double start = cpuMicroseconds();
+  work();
+  return cpuMicroseconds() - start;
 }
 
 double median(std::vector<double> values) {

@@ -21,6 +21,9 @@ struct TTiming {
 // The works take turns in short blocks; every run of a work follows a timed copy. One timing per work.
 std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works);
 
+// Processor time of the thread.
+double microsecondsOf(const TWork& work);
+
 double median(std::vector<double> values);
 
 }  // namespace bench

@@ -13,27 +13,29 @@ constexpr int kLongAgo = 200;      // rows since a rising edge that can no longe
 // The edges of one kind in every column. An edge is its strength + 1; 0 is none.
 struct TEdgesOfKind {
   v_int16 strongest[kPairedEdges];  // strongest first
-  v_int16 count;
+  v_int16 counts;
 
-  TEdgesOfKind() : count(lanesOf(0)) {
+  TEdgesOfKind() : counts(lanesOf(0)) {
     for (v_int16& edge : strongest) edge = lanesOf(0);
   }
 
-  // Returns the edges without those beyond the limit.
-  v_int16 add(v_int16 edges) {
-    v_int16 isEdge = edges > lanesOf(0);
-    if (!cv::v_check_any(isEdge)) return edges;
-    isEdge = isEdge & (count < lanesOf(kMaxEdges));
-    edges = edges & isEdge;
-    count = count - isEdge;
-    v_int16 weaker = edges;
+  // Counts the edges, and returns those within the limit that five before them have not already beaten.
+  v_int16 count(const v_int16& edges) {
+    const v_int16 isEdge = (edges > lanesOf(0)) & (counts < lanesOf(kMaxEdges));
+    counts = counts - isEdge;
+    return edges & isEdge & (edges > strongest[kPairedEdges - 1]);
+  }
+
+  void insert(v_int16 edges) {
     for (v_int16& edge : strongest) {
-      const v_int16 stronger = cv::v_max(edge, weaker);
-      weaker = cv::v_min(edge, weaker);
+      const v_int16 stronger = cv::v_max(edge, edges);
+      edges = cv::v_min(edge, edges);
       edge = stronger;
     }
-    return edges;
   }
+
+  // No column takes another edge.
+  bool isFull() const { return cv::v_check_all(counts >= lanesOf(kMaxEdges)); }
 };
 
 // Decides which edges of one kind are among the strongest, the earlier ones of equal strength.
@@ -71,7 +73,7 @@ inline v_int16 boxDifference(const unsigned char* here, std::size_t step) {
 }
 
 // Collects the edges of the rows first .. end - 1; rise is the box difference in the first row, and in row
-// `end` afterwards. Rows without any edge are left out.
+// `end` afterwards. Rows without an edge that can be among the strongest are left out.
 inline void findEdges(const TScanArea& area, const unsigned char* column, int first, int end, v_int16& rise,
                       TEdgeRow* buffer, TGroupEdges& found) {
   const v_int16 threshold = lanesOf(area.threshold);
@@ -82,11 +84,16 @@ inline void findEdges(const TScanArea& area, const unsigned char* column, int fi
     const v_int16 grey = loadRow(here);
     const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
     if (cv::v_check_any(isEdge)) {
-      const v_int16 rising = (rise + one) & isEdge & (rise > lanesOf(0));
-      const v_int16 falling = (one - rise) & isEdge & (rise <= lanesOf(0));
-      TEdgeRow& edgeRow = buffer[found.rows++];
-      edgeRow.row = row;
-      cv::v_store(edgeRow.edges, found.rising.add(rising) - found.falling.add(falling));
+      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
+      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
+      const v_int16 edges = rising - falling;
+      if (cv::v_check_any(edges != lanesOf(0))) {
+        found.rising.insert(rising);
+        found.falling.insert(falling);
+        TEdgeRow& edgeRow = buffer[found.rows++];
+        edgeRow.row = row;
+        cv::v_store(edgeRow.edges, edges);
+      }
     }
     rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
   }
@@ -104,6 +111,7 @@ inline TGroupEdges findMarkedEdges(const TScanArea& area, const unsigned char* c
       if (first != reached) rise = boxDifference(column + first * area.step, area.step);
       findEdges(area, column, first, end, rise, buffer, found);
       reached = end;
+      if (found.rising.isFull() && found.falling.isFull()) return found;
     }
   }
   return found;
@@ -225,7 +233,7 @@ void pairStripeEdges(const TScanArea& area, int strip, const std::uint64_t* mark
   for (int x = 0; x < kStripColumns; x += kLanes) {
     const unsigned char* column = area.pixels + columnOf(area, strip) + x;
     const TGroupEdges found = findMarkedEdges(area, column, marks, words, buffer);
-    const v_int16 hasBoth = (found.rising.count > lanesOf(0)) & (found.falling.count > lanesOf(0));
+    const v_int16 hasBoth = (found.rising.counts > lanesOf(0)) & (found.falling.counts > lanesOf(0));
     cv::v_store(pairs.hasBothEdges + x, hasBoth);
     for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
     if (!cv::v_check_any(hasBoth)) continue;

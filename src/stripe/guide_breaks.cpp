@@ -27,34 +27,61 @@ std::vector<int> countPointsBefore(const std::vector<cv::Point>& guide, int colu
   return before;
 }
 
-// The point of a column that plain exchanges leave in front, in one pass instead of a quadratic number of steps;
-// docs/algorithms.md tells why. Read from the left, the column's points queue up, and every point that lies left
-// of the column sends the first of the queue to its end. Reading back from the final front finds the point that
-// was it.
-cv::Point firstAfterExchanges(const std::vector<cv::Point>& guide, int column, int pointsInColumn) {
-  int queueLength = pointsInColumn;
-  int place = 0;  // in the queue
-  int turns = 0;  // of the queue, not yet taken back
-  for (auto p = guide.rbegin();; ++p) {
-    turns += p->x < column ? 1 : 0;
-    if (p->x != column) continue;
-    place = (place + turns) % queueLength;
-    turns = 0;
-    const bool joinsHere = place == queueLength - 1;
-    if (joinsHere) return *p;
-    --queueLength;
+// The points of a break's column, as plain exchanges move them. Read from the left, they queue up, and every point
+// left of the column sends the first of the queue to its end; docs/algorithms.md tells why. Reading back from the
+// point that is in front in the end finds it where it joined the queue.
+struct TBreakQueue {
+  int column = 0;
+  int length = 0;
+  int place = 0;  // of the point that is sought
+  int turns = 0;  // taken back so far
+  bool isFound = false;
+
+  // Goes back to before the last point of the queue joined. True when that is the point sought.
+  bool stepBack(int turnsBehind) {
+    place = (place + turnsBehind - turns) % length;
+    turns = turnsBehind;
+    isFound = place == length - 1;
+    --length;
+    return isFound;
+  }
+};
+
+// One pass for all breaks, which counts the points between them.
+void findFrontPoints(const std::vector<cv::Point>& guide, const std::vector<int>& breakOfColumn,
+                     std::vector<TBreakQueue>& queues, std::vector<TGuideBreak>& breaks) {
+  std::vector<int> pointsFrom(breaks.size());  // in the columns from a break on up to the next one
+  std::size_t missing = breaks.size();
+  for (auto p = guide.rbegin(); missing > 0; ++p) {
+    const auto i = static_cast<std::size_t>(breakOfColumn[static_cast<std::size_t>(p->x)]);
+    ++pointsFrom[i];
+    TBreakQueue& queue = queues[i];
+    if (p->x != queue.column || queue.isFound) continue;
+    if (!queue.stepBack(
+            std::accumulate(pointsFrom.begin(), pointsFrom.begin() + static_cast<std::ptrdiff_t>(i), 0)))
+      continue;
+    breaks[i].point = *p;
+    --missing;
   }
 }
 
 void findBreaksInAnyOrder(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
                           std::vector<TGuideBreak>& breaks) {
   const std::vector<int> before = countPointsBefore(guide, columns);
+  std::vector<TBreakQueue> queues;
+  queues.reserve(breaks.capacity());
+  std::vector<int> breakOfColumn(static_cast<std::size_t>(columns));  // the last one at or left of it
   for (int x = 0; x < columns; ++x) {
     const int first = before[static_cast<std::size_t>(x)];
     const int count = before[static_cast<std::size_t>(x) + 1] - first;
-    if (count == 0 || (!breaks.empty() && x - breaks.back().point.x <= maxStretchPx)) continue;
-    breaks.push_back({firstAfterExchanges(guide, x, count), first});
+    const bool isBreak = count > 0 && (queues.empty() || x - queues.back().column > maxStretchPx);
+    if (isBreak) {
+      queues.push_back({x, count});
+      breaks.push_back({{}, first});
+    }
+    breakOfColumn[static_cast<std::size_t>(x)] = static_cast<int>(queues.size()) - 1;
   }
+  findFrontPoints(guide, breakOfColumn, queues, breaks);
 }
 
 }  // namespace

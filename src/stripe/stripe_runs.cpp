@@ -51,18 +51,10 @@ public:
   TRunSelector(const std::vector<TStripeCandidate>& columnCandidates, const std::vector<int>& columnBegin)
       : candidates(columnCandidates.data()), begin(columnBegin.data()), runs(columnCandidates.size()) {}
 
-  // Chooses the candidates of the runs inside the columns first .. end - 1.
-  void choose(int first, int end) {
-    if (end - first <= kMinRunColumns) return;
-    const auto [last, lastColumn] = longestRunEnd(first, end);
-    const int columns = columnsOf(runs[last].score);
-    if (columns <= kMinRunColumns) return;
-
-    for (int candidate = last; candidate >= 0; candidate = runs[candidate].previous)
-      runs[candidate].isChosen = true;
-    chosen += columns;
-    choose(first, lastColumn + 1 - columns);
-    choose(lastColumn + 1, end);
+  // Chooses the candidates of the runs inside the columns 0 .. end - 1.
+  void choose(int end) {
+    for (int column = 0; column < end; ++column) extendRuns(0, column);
+    chooseAmong(0, end);
   }
 
   std::vector<cv::Point2f> centres() const {
@@ -77,21 +69,62 @@ public:
   }
 
 private:
+  // Chooses inside the columns first .. end - 1, whose runs are worked out. The shorter rest is left to recursion,
+  // so that its depth is a logarithm.
+  void chooseAmong(int first, int end) {
+    while (end - first > kMinRunColumns) {
+      const auto [last, lastColumn] = longestRunEnd(first, end);
+      const int columns = columnsOf(runs[last].score);
+      if (columns <= kMinRunColumns) return;
+
+      for (int candidate = last; candidate >= 0; candidate = runs[candidate].previous)
+        runs[candidate].isChosen = true;
+      chosen += columns;
+      const int leftEnd = lastColumn + 1 - columns;
+      const int rightFirst = lastColumn + 1;
+      restartRuns(rightFirst, end);
+      const bool isLeftShorter = leftEnd - first < end - rightFirst;
+      if (isLeftShorter) {
+        chooseAmong(first, leftEnd);
+        first = rightFirst;
+      } else {
+        chooseAmong(rightFirst, end);
+        end = leftEnd;
+      }
+    }
+  }
+
   // The candidate at which the best run inside the columns ends, and its column.
-  std::pair<int, int> longestRunEnd(int first, int end) {
+  std::pair<int, int> longestRunEnd(int first, int end) const {
     std::pair<int, int> best;
     std::int64_t bestScore = 0;
     for (int column = first; column < end; ++column) {
-      const int previousBegin = begin[column > first ? column - 1 : column];
-      const int columnBegin = begin[column];
-      for (int c = columnBegin; c < begin[column + 1]; ++c) {
-        const std::int64_t score = extendBestRun(c, previousBegin, columnBegin);
-        if (score <= bestScore) continue;
-        bestScore = score;
+      for (int c = begin[column]; c < begin[column + 1]; ++c) {
+        if (runs[c].score <= bestScore) continue;
+        bestScore = runs[c].score;
         best = {c, column};
       }
     }
     return best;
+  }
+
+  // Cuts the runs that come from columns before `first`. Behind a column in which that changes no score it changes
+  // nothing.
+  void restartRuns(int first, int end) {
+    for (int column = first; column < end && extendRuns(first, column); ++column) {
+    }
+  }
+
+  // Works out the best runs from column `first` on that end in the column, from those of the column before. True
+  // when that changes any score.
+  bool extendRuns(int first, int column) {
+    const int previousBegin = begin[column > first ? column - 1 : column];
+    bool isChanged = false;
+    for (int c = begin[column]; c < begin[column + 1]; ++c) {
+      const std::int64_t before = runs[c].score;
+      isChanged = extendBestRun(c, previousBegin, begin[column]) != before || isChanged;
+    }
+    return isChanged;
   }
 
   // Lets the candidate continue the best run that ends at one of the candidates first .. last - 1. Returns
@@ -142,7 +175,7 @@ std::vector<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& c
 
   const std::vector<int> begin = columnBegins(candidates);
   TRunSelector selector(candidates, begin);
-  selector.choose(0, static_cast<int>(begin.size()) - 1);
+  selector.choose(static_cast<int>(begin.size()) - 1);
   return selector.centres();
 }
 
