@@ -16,7 +16,7 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan test-arm build-clang bench bench-compare accuracy picture install format clean help
+.PHONY: build demo test test-asan test-arm build-clang bench bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -65,6 +65,12 @@ accuracy: ## print tables of the pixel errors of single stages
 	$(setup) build test
 	$(configure) -DZELWELD_BUILD_TESTS=ON
 	$(call compile,$(BUILD)) --target accuracy
+
+docs: ## write docs/parameters.md and its drawings anew
+	$(setup) build
+	$(configure)
+	$(call compile,$(BUILD)) --target parameter_page
+	$(BUILD)/tools/parameter_page docs
 
 picture: build ## draw the picture of README.md anew
 	scripts/readme_picture.sh $(BUILD)/tools/zelweld docs/images/seam.png

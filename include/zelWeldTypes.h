@@ -37,19 +37,20 @@ struct TAngleRange {
 };
 
 // Tuning of one joint. Every field has a usable default; out-of-range values never crash, they only
-// find nothing. `zelweld params --type NAME` prints the fields that a joint reads.
+// find nothing. `zelweld params --type NAME` prints the fields that a joint reads;
+// docs/parameters.md draws them.
 struct TWeldParams {
   bool isInit = false;                              // set by initWeldParameters
   TWeldType weldType = TWeldType::none;             // set by initWeldParameters
   TWeldPosType weldPosType = TWeldPosType::centre;  // set by initWeldParameters
 
-  // lap, plate: smallest brightness drop along the piece that moves its end, grey levels, 0..255.
+  // lap, plate: brightness drop along the piece that must be exceeded to move its end, grey levels, 0..255.
   double dPara1 = 30.0;
   // buttGap, corner: largest distance of a stripe point from its line, px, > 0.
   // lap, plate: largest distance of a stripe point that supports the piece, px, > 0.
   double dPara2 = 5.0;
   // buttGap (first detection): smallest share of stripe points on the line, 0..1.
-  // corner: smallest share of points on a flank, and points per column it must exceed, 0..1.
+  // corner: smallest share of points on a flank, and points per column that the better one must exceed, 0..1.
   double dPara3 = 0.1;
   // buttGap (tracking), corner: scale and inlier distance of the robust line fit, px, > 0.
   double dPara4 = 2.0;
@@ -82,7 +83,7 @@ struct TWeldParams {
   // corner: admissible included angle, exclusive bounds in either order, degrees, 0..180.
   double angleRange5Min = 90.0;
   double angleRange5Max = 178.0;
-  // corner: where along the flanks the band that must be unbroken begins, ratio, 0..1.
+  // corner: share of each flank, counted from the corner, that must be unbroken, 0..1.
   double dPara10 = 0.3;
   // corner: longest run of missing stripe columns inside that band, count, >= 0.
   std::int32_t nPara5 = 10;
@@ -94,7 +95,7 @@ struct TWeldParams {
   TAngleRange angleRange4{-45.0, 45.0};
   // stripePresence: true uses ridge extraction instead of edge pairs.
   bool flagPara1 = false;
-  // stripePresence: true searches only near the previous stripe.
+  // stripePresence: true searches only near the previous stripe (with edge pairs).
   bool flagPara2 = false;
 };
 

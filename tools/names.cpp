@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <optional>
-#include <vector>
 
 namespace tool {
 namespace {
@@ -134,12 +133,20 @@ TWeldType detectorFor(TJoint joint) {
   return TWeldType::stripePresence;
 }
 
-std::string detectorTypeNames() {
-  std::vector<std::string> names;
+std::vector<TWeldType> detectorTypes() {
+  std::vector<TWeldType> types;
   for (const TTypeRow& row : typeRows()) {
     if (row.hasDetector) {
-      names.push_back(row.name);
+      types.push_back(row.type);
     }
+  }
+  return types;
+}
+
+std::string detectorTypeNames() {
+  std::vector<std::string> names;
+  for (const TWeldType type : detectorTypes()) {
+    names.push_back(nameOf(type));
   }
   return join(names, ", ");
 }

@@ -5,6 +5,7 @@
 #include "zelWeldDetect.h"
 
 #include <string>
+#include <vector>
 
 namespace tool {
 
@@ -24,6 +25,9 @@ scenes::TJoint parseJoint(const std::string& text);
 
 // The detector that runs on frames of this joint: its own, or the presence check where there is none.
 TWeldType detectorFor(scenes::TJoint joint);
+
+// The joints that have a detector.
+std::vector<TWeldType> detectorTypes();
 
 // Names of the joints that have a detector, for help texts and messages: "buttGap, lap, ...".
 std::string detectorTypeNames();

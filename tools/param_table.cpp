@@ -9,99 +9,6 @@
 namespace tool {
 namespace {
 
-constexpr TParamLimits kShare{0.0, 1.0};
-constexpr TParamLimits kSwitch{0.0, 1.0};
-constexpr TParamLimits kGreyLevels{0.0, 255.0};
-constexpr TParamLimits kTolerancePx{0.0, 1000.0, true};
-constexpr TParamLimits kLengthPx{0.0, 100000.0};
-constexpr TParamLimits kWidthPx{1.0, 100000.0};
-constexpr TParamLimits kCount{0.0, 100000.0};
-constexpr TParamLimits kCountFrom1{1.0, 100000.0};
-constexpr TParamLimits kSlopeDeg{-90.0, 90.0};
-constexpr TParamLimits kIncludedDeg{0.0, 180.0};
-
-const std::vector<TParamSpec>& buttGapParams() {
-  static const std::vector<TParamSpec> specs = {
-      {"dPara2", &TWeldParams::dPara2, "px", kTolerancePx,
-       "stripe points nearer than this to the fitted line take part in the gap search"},
-      {"dPara3", &TWeldParams::dPara3, "", kShare,
-       "first detection: smallest share of the stripe points on the line"},
-      {"dPara4", &TWeldParams::dPara4, "px", kTolerancePx, "tracking: scale of the robust line fit"},
-      {"dPara8", &TWeldParams::dPara8, "px", kWidthPx, "smallest gap width (N missing columns measure N + 1)"},
-      {"angleRange4.min", TRangeBound{&TWeldParams::angleRange4, &TAngleRange::min}, "deg", kSlopeDeg,
-       "first detection: smallest angle of the stripe"},
-      {"angleRange4.max", TRangeBound{&TWeldParams::angleRange4, &TAngleRange::max}, "deg", kSlopeDeg,
-       "first detection: largest angle of the stripe"},
-  };
-  return specs;
-}
-
-const std::vector<TParamSpec>& lapParams() {
-  static const std::vector<TParamSpec> specs = {
-      {"dPara1", &TWeldParams::dPara1, "grey", kGreyLevels,
-       "brightness drop along a piece that must be exceeded to move its end"},
-      {"dPara2", &TWeldParams::dPara2, "px", kTolerancePx, "stripe points nearer than this to a piece support it"},
-      {"dPara6", &TWeldParams::dPara6, "px", kLengthPx, "length that both pieces must exceed"},
-      {"dPara7", &TWeldParams::dPara7, "px", kLengthPx, "height that the step must exceed"},
-  };
-  return specs;
-}
-
-const std::vector<TParamSpec>& cornerParams() {
-  static const std::vector<TParamSpec> specs = {
-      {"dPara2", &TWeldParams::dPara2, "px", kTolerancePx,
-       "stripe points nearer than this to a flank belong to it"},
-      {"dPara3", &TWeldParams::dPara3, "", kShare,
-       "smallest share of points on a flank; points per column that the better flank must exceed"},
-      {"dPara4", &TWeldParams::dPara4, "px", kTolerancePx, "scale of the robust line fit"},
-      {"dPara6", &TWeldParams::dPara6, "points", kLengthPx, "stripe points that the better flank must exceed"},
-      {"nPara1", &TWeldParams::nPara1, "columns", kCountFrom1,
-       "columns without stripe around the corner must stay below this"},
-      {"angleRange1Min", &TWeldParams::angleRange1Min, "deg", kSlopeDeg, "left flank: angle must exceed this"},
-      {"angleRange1Max", &TWeldParams::angleRange1Max, "deg", kSlopeDeg, "left flank: angle must stay below this"},
-      {"angleRange2Min", &TWeldParams::angleRange2Min, "deg", kSlopeDeg, "right flank: angle must exceed this"},
-      {"angleRange2Max", &TWeldParams::angleRange2Max, "deg", kSlopeDeg,
-       "right flank: angle must stay below this"},
-      {"angleRange5Min", &TWeldParams::angleRange5Min, "deg", kIncludedDeg,
-       "angle between the flanks must exceed this"},
-      {"angleRange5Max", &TWeldParams::angleRange5Max, "deg", kIncludedDeg,
-       "angle between the flanks must stay below this"},
-      {"dPara10", &TWeldParams::dPara10, "", kShare,
-       "share of each flank next to the corner that must be unbroken"},
-      {"nPara5", &TWeldParams::nPara5, "columns", kCount, "longest break accepted there"},
-      {"haveGap", &TWeldParams::haveGap, "", kSwitch,
-       "true accepts a gap at the corner, false demands stripe on both sides of it"},
-  };
-  return specs;
-}
-
-const std::vector<TParamSpec>& plateParams() {
-  static const std::vector<TParamSpec> specs = {
-      {"dPara1", &TWeldParams::dPara1, "grey", kGreyLevels,
-       "brightness drop along the piece that must be exceeded to move its end"},
-      {"dPara2", &TWeldParams::dPara2, "px", kTolerancePx,
-       "stripe points nearer than this to the piece support it"},
-      {"dPara6", &TWeldParams::dPara6, "px", kLengthPx, "length that the piece must exceed"},
-      {"angleRange0Min", &TWeldParams::angleRange0Min, "deg", kSlopeDeg, "angle of the piece must exceed this"},
-      {"angleRange0Max", &TWeldParams::angleRange0Max, "deg", kSlopeDeg,
-       "angle of the piece must stay below this"},
-      {"dPara9", &TWeldParams::dPara9, "px", kLengthPx, "smallest distance between the two ends"},
-  };
-  return specs;
-}
-
-const std::vector<TParamSpec>& stripePresenceParams() {
-  static const std::vector<TParamSpec> specs = {
-      {"flagPara1", &TWeldParams::flagPara1, "", kSwitch,
-       "true extracts the stripe as a ridge instead of edge pairs"},
-      {"flagPara2", &TWeldParams::flagPara2, "", kSwitch, "true searches only near the previous stripe"},
-  };
-  return specs;
-}
-
-bool isSwitch(const TParamSpec& spec) {
-  return std::holds_alternative<bool TWeldParams::*>(spec.field);
-}
 bool isWhole(const TParamSpec& spec) {
   return std::holds_alternative<std::int32_t TWeldParams::*>(spec.field);
 }
@@ -125,22 +32,8 @@ double checkedValue(const TParamSpec& spec, const nlohmann::ordered_json& value)
 
 }  // namespace
 
-const std::vector<TParamSpec>& paramsOf(TWeldType type) {
-  static const std::vector<TParamSpec> nothing;
-  switch (type) {
-    case TWeldType::buttGap:
-      return buttGapParams();
-    case TWeldType::lap:
-      return lapParams();
-    case TWeldType::corner:
-      return cornerParams();
-    case TWeldType::plate:
-      return plateParams();
-    case TWeldType::stripePresence:
-      return stripePresenceParams();
-    default:
-      return nothing;
-  }
+bool isSwitch(const TParamSpec& spec) {
+  return std::holds_alternative<bool TWeldParams::*>(spec.field);
 }
 
 const TParamSpec& findParam(TWeldType type, const std::string& name) {

@@ -1,4 +1,4 @@
-// The one table of what each joint reads from TWeldParams: name, meaning, unit and range.
+// The one table of what each joint reads from TWeldParams: name, meaning, unit, range, and what goes wrong beyond.
 #pragma once
 
 #include "zelWeldDetect.h"
@@ -32,6 +32,8 @@ struct TParamSpec {
   std::string unit;  // "" for ratios and switches
   TParamLimits limits;
   std::string meaning;
+  std::string tooLow;   // what a value that is too low does; for a switch, what false does
+  std::string tooHigh;  // the same for one that is too high, and for true
 };
 
 // The parameters that a joint reads, in the order of TWeldParams. Empty for a joint without a detector.
@@ -39,6 +41,8 @@ const std::vector<TParamSpec>& paramsOf(TWeldType type);
 
 // The parameter of that name. Throws a usage error when the joint does not read it.
 const TParamSpec& findParam(TWeldType type, const std::string& name);
+
+bool isSwitch(const TParamSpec& spec);
 
 // "0 to 1", "above 0, up to 1000", "true or false".
 std::string describeLimits(const TParamSpec& spec);

@@ -24,7 +24,9 @@ void printTable(const TWeldParams& params) {
   for (const TParamSpec& spec : paramsOf(params.weldType)) {
     std::cout << std::setw(17) << spec.name << std::setw(9) << getParam(params, spec).dump() << std::setw(9)
               << (spec.unit.empty() ? "-" : spec.unit) << std::setw(30) << describeLimits(spec) << spec.meaning
-              << '\n';
+              << '\n'
+              << (isSwitch(spec) ? "    false:    " : "    too low:  ") << spec.tooLow << '\n'
+              << (isSwitch(spec) ? "    true:     " : "    too high: ") << spec.tooHigh << '\n';
   }
 }
 

@@ -5,14 +5,23 @@
 #include "tools/param_json.h"
 #include "tools/param_table.h"
 
-#include <cmath>
+#include <cstdlib>
+#include <map>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-const std::vector<TWeldType> kTypes = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                                       TWeldType::stripePresence};
+const std::vector<TWeldType> kTypes = tool::detectorTypes();
+
+// Names and bytes of the page and its drawings in a docs folder.
+std::map<std::string, std::string> pageFiles(const fs::path& docs) {
+  std::map<std::string, std::string> files{{"parameters.md", readFile(docs / "parameters.md")}};
+  for (const auto& entry : fs::directory_iterator(docs / "images/parameters")) {
+    files[entry.path().filename().string()] = readFile(entry.path());
+  }
+  return files;
+}
 
 }  // namespace
 
@@ -103,4 +112,19 @@ TEST_F(ZelweldTest, SimulationRepeatsItselfAndSaysWhatIsTrue) {
 
   simulate("blank", "--type blank --frames 1");
   EXPECT_EQ(linesOf(readFile(folder / "blank/truth.csv")).back().substr(0, 19), "frame_0000.png,0,,,");
+}
+
+TEST_F(ZelweldTest, TheCommittedParameterPageIsWhatTheTableGives) {
+  ASSERT_EQ(std::system((ZELWELD_PARAMETER_PAGE " '" + folder.string() + "'").c_str()), 0);
+  const auto committed = pageFiles(ZELWELD_DOCS);
+  const auto fresh = pageFiles(folder);
+  for (const auto& [name, bytes] : fresh) {
+    EXPECT_TRUE(committed.count(name) == 1 && committed.at(name) == bytes) << name << " differs: run make docs";
+  }
+  EXPECT_EQ(committed.size(), fresh.size()) << "a drawing is left over in docs/images/parameters";
+  for (const TWeldType type : kTypes) {
+    for (const tool::TParamSpec& spec : tool::paramsOf(type)) {
+      EXPECT_FALSE(spec.tooLow.empty() || spec.tooHigh.empty()) << tool::nameOf(type) << " " << spec.name;
+    }
+  }
 }

@@ -1,0 +1,82 @@
+// Writes docs/parameters.md and its drawings from the parameter table: parameter_page DOCS_FOLDER
+#include "tools/cli_error.h"
+#include "tools/names.h"
+#include "tools/output_file.h"
+#include "tools/param_table.h"
+#include "tools/parameter_page/figures.h"
+
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kFigureFolder = "images/parameters";
+
+const std::string kIntroduction = R"(# Parameters
+
+<!-- Written by `make docs` from tools/param_specs.cpp and tools/parameter_page; change those instead. -->
+
+What each joint reads from `TWeldParams`; `zelweld params --type NAME` prints the same. In the drawings the stripe is
+red, what a parameter sets is blue, and what the detector measures and compares with it is grey. Stripes are rendered
+scenes; lengths and angles are to scale, with every parameter at its default. Angles are those of atan(dy/dx) with y
+pointing down: a stripe that falls to the right has a positive angle. Shares, counts without a place in the image and
+switches have no line in the drawings.
+
+[algorithms.md](algorithms.md) tells in which order the detectors apply them. `zelweld sweep` shows what a value does
+on frames of your own.
+)";
+
+std::string figureLink(const tool::TFigure& figure) {
+  return "![" + figure.caption + "](" + kFigureFolder + "/" + figure.name + ".svg)\n";
+}
+
+std::string tableRow(const tool::TParamSpec& spec) {
+  const bool isSwitch = tool::isSwitch(spec);
+  return "| `" + spec.name + "` | " + spec.meaning + " | " + (spec.unit.empty() ? "-" : spec.unit) + " | " +
+         tool::getParam(TWeldParams(), spec).dump() + " | " + tool::describeLimits(spec) + " | " +
+         (isSwitch ? "`false`: " : "") + spec.tooLow + " | " + (isSwitch ? "`true`: " : "") + spec.tooHigh +
+         " |\n";
+}
+
+std::string sectionOf(TWeldType type) {
+  std::string text = "\n## " + tool::nameOf(type) + "\n\n";
+  for (const tool::TFigure& figure : tool::figuresOf(type)) {
+    text += figureLink(figure) + "\n";
+  }
+  text += "| name | meaning | unit | default | range | too low | too high |\n|---|---|---|---|---|---|---|\n";
+  for (const tool::TParamSpec& spec : tool::paramsOf(type)) {
+    text += tableRow(spec);
+  }
+  return text;
+}
+
+void writePage(const fs::path& docs) {
+  tool::makeFolder(docs / kFigureFolder);
+  std::string page = kIntroduction;
+  for (const TWeldType type : tool::detectorTypes()) {
+    for (const tool::TFigure& figure : tool::figuresOf(type)) {
+      tool::writeWholeFile(docs / kFigureFolder / (figure.name + ".svg"), figure.svg);
+    }
+    page += sectionOf(type);
+  }
+  tool::writeWholeFile(docs / "parameters.md", page);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: parameter_page DOCS_FOLDER" << std::endl;
+    return static_cast<int>(tool::TExit::usage);
+  }
+  try {
+    writePage(argv[1]);
+    return static_cast<int>(tool::TExit::ok);
+  } catch (const tool::TCliError& error) {
+    std::cerr << "parameter_page: " << error.what() << std::endl;
+    return static_cast<int>(error.exitCode);
+  }
+}
