@@ -1,6 +1,7 @@
 // Prints how exactly and how surely each joint is found in rendered scenes.
 #include "seam_trial.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -36,6 +37,14 @@ constexpr TCase kCases[] = {
 constexpr TTarget kTargets[] = {{"clean", TLevel::clean, 1.0, 0.5, 1.0},
                                 {"noisy", TLevel::noisy, 0.99, 0.7, 1.5},
                                 {"harsh", TLevel::harsh, 0.95, 1.0, 3.0}};
+struct TOptionSet {
+  const char* title;
+  TTrackerOptions options;
+};
+
+const TOptionSet kOptionSets[] = {{"Exact options:", TTrackerOptions::exact()},
+                                  {"Default options:", TTrackerOptions()}};
+
 constexpr double kMaxFalseShare = 0.005;
 
 const char* mark(bool isReached) {
@@ -62,24 +71,25 @@ void printScore(const TCase& trial, const TTarget& target, const char* mode, con
   std::fflush(stdout);
 }
 
-void printSeamTable(int scenes, int sequences) {
+void printSeamTable(int scenes, int sequences, const TTrackerOptions& options) {
   std::printf(
       "| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss | floor px |\n");
   std::printf("|---|---|---|---|---|---|---|---|---|---|\n");
   for (const TCase& trial : kCases) {
     for (const TTarget& target : kTargets) {
-      auto tracked = std::async(std::launch::async, accuracy::scoreSequences, trial, target.value, sequences);
-      printScore(trial, target, "first", accuracy::scoreFirstDetections(trial, target.value, scenes));
+      auto tracked =
+          std::async(std::launch::async, accuracy::scoreSequences, trial, target.value, sequences, options);
+      printScore(trial, target, "first", accuracy::scoreFirstDetections(trial, target.value, scenes, options));
       printScore(trial, target, "tracking", tracked.get());
     }
   }
 }
 
-void printFalseTable(int scenesEach) {
+void printFalseTable(int scenesEach, const TTrackerOptions& options) {
   std::printf("\n| joint | frames without it | found in |\n|---|---|---|\n");
   for (const TCase& trial : kCases) {
     if (trial.pos != TWeldPosType::centre && trial.joint != TJoint::plate) continue;
-    const TScore score = accuracy::scoreFalsePositives(trial, scenesEach);
+    const TScore score = accuracy::scoreFalsePositives(trial, scenesEach, options);
     const double share = static_cast<double>(score.found) / score.frames;
     std::printf("| %-16s | %6d | %6.2f %%%s |\n", trial.name, score.frames, 100.0 * share,
                 mark(share <= kMaxFalseShare));
@@ -95,9 +105,12 @@ int countArgument(int argc, char** argv, int index, int fallback) {
 int main(int argc, char** argv) {
   const int scenes = countArgument(argc, argv, 1, 300);
   const int sequences = countArgument(argc, argv, 2, 20);
-  std::printf("%d scenes and %d sequences of 60 frames per row, 1280x1024. * misses its target.\n\n", scenes,
+  std::printf("%d scenes and %d sequences of 60 frames per row, 1280x1024. * misses its target.\n", scenes,
               sequences);
-  printSeamTable(scenes, sequences);
-  printFalseTable(scenes / 2);
+  for (const TOptionSet& set : kOptionSets) {
+    std::printf("\n%s\n\n", set.title);
+    printSeamTable(scenes, sequences, set.options);
+    printFalseTable(std::max(1, scenes / 2), set.options);
+  }
   return 0;
 }

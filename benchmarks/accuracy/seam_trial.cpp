@@ -17,9 +17,15 @@ constexpr int kFramesPerSequence = 60;
 constexpr std::uint64_t kFirstSeed = 1000;
 constexpr double kNoiseSigma = 12.0;
 
-TWeldLineRes detect(const TCase& trial, const scenes::TScene& scene, const TWeldLineRes& prevRes) {
-  TWeldParams params = scenes::weldParamsFor(trial.joint, trial.pos);
-  return detectWeldLineViaTracking(scene.image, params, prevRes);
+TWeldTracker trackerFor(const TCase& trial, const TTrackerOptions& options) {
+  return TWeldTracker(scenes::weldParamsFor(trial.joint, trial.pos), options);
+}
+
+// The seam as the frame shows it: a held one was not found.
+TWeldLineRes findSeam(TWeldTracker& tracker, const scenes::TScene& scene) {
+  TWeldLineRes result = tracker.track(scene.image);
+  result.isFound = result.isFound && !tracker.isHeld();
+  return result;
 }
 
 void addFrame(const TCase& trial, const scenes::TScene& scene, const TWeldLineRes& result, TScore& score) {
@@ -31,18 +37,18 @@ void addFrame(const TCase& trial, const scenes::TScene& scene, const TWeldLineRe
   score.errorsPx.push_back(std::hypot(error.x, error.y));
 }
 
-TScore scoreSequence(const TCase& trial, TLevel level, std::uint64_t seed) {
+TScore scoreSequence(const TCase& trial, TLevel level, std::uint64_t seed, const TTrackerOptions& options) {
   const double direction = seed % 2 == 0 ? 1.0 : -1.0;
   scenes::TMotion motion;
   motion.driftPx = {1.2 * direction, 0.5};
   motion.jitterPx = 1.5;
   const scenes::TSceneParams first = scenes::randomScene(trial.joint, level, seed);
   TScore score;
-  TWeldLineRes result;
+  TWeldTracker tracker = trackerFor(trial, options);
   int loss = 0;
   for (int n = 0; n < kFramesPerSequence; ++n) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));
-    result = detect(trial, scene, result);
+    const TWeldLineRes result = findSeam(tracker, scene);
     addFrame(trial, scene, result, score);
     loss = result.isFound || score.found == 0 ? 0 : loss + 1;
     score.lost += loss > 0 ? 1 : 0;
@@ -77,22 +83,24 @@ void TScore::add(const TScore& other) {
   floorsPx.insert(floorsPx.end(), other.floorsPx.begin(), other.floorsPx.end());
 }
 
-TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes) {
+TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes,
+                            const TTrackerOptions& options) {
   TScore score;
   for (int i = 0; i < scenes; ++i) {
     const scenes::TScene scene = scenes::renderScene(scenes::randomScene(trial.joint, level, kFirstSeed + i));
-    addFrame(trial, scene, detect(trial, scene, {}), score);
+    TWeldTracker tracker = trackerFor(trial, options);
+    addFrame(trial, scene, findSeam(tracker, scene), score);
   }
   return score;
 }
 
-TScore scoreSequences(const TCase& trial, TLevel level, int sequences) {
+TScore scoreSequences(const TCase& trial, TLevel level, int sequences, const TTrackerOptions& options) {
   TScore score;
-  for (int i = 0; i < sequences; ++i) score.add(scoreSequence(trial, level, kFirstSeed + i));
+  for (int i = 0; i < sequences; ++i) score.add(scoreSequence(trial, level, kFirstSeed + i, options));
   return score;
 }
 
-TScore scoreFalsePositives(const TCase& trial, int scenesEach) {
+TScore scoreFalsePositives(const TCase& trial, int scenesEach, const TTrackerOptions& options) {
   TScore score;
   for (const TJoint joint : foreignJoints(trial.joint)) {
     for (int i = 0; i < scenesEach; ++i) {
@@ -102,7 +110,8 @@ TScore scoreFalsePositives(const TCase& trial, int scenesEach) {
       // An upright corner has no flank flat enough to be a plate.
       if (trial.joint == TJoint::plate) params.geometry.tiltDeg = 0.0;
       ++score.frames;
-      score.found += detect(trial, scenes::renderScene(params), {}).isFound ? 1 : 0;
+      TWeldTracker tracker = trackerFor(trial, options);
+      score.found += findSeam(tracker, scenes::renderScene(params)).isFound ? 1 : 0;
     }
   }
   return score;

@@ -27,14 +27,15 @@ struct TScore {
   void add(const TScore& other);
 };
 
-// First detection on one scene each.
-TScore scoreFirstDetections(const TCase& trial, scenes::TLevel level, int scenes);
+// First detection on one scene each: the first frame of a tracker.
+TScore scoreFirstDetections(const TCase& trial, scenes::TLevel level, int scenes,
+                            const TTrackerOptions& options);
 
-// Sequences of 60 frames that drift and jitter; each result is the next frame's previous one.
-TScore scoreSequences(const TCase& trial, scenes::TLevel level, int sequences);
+// Sequences of 60 frames that drift and jitter. Held frames do not count as found, nor do held back ones.
+TScore scoreSequences(const TCase& trial, scenes::TLevel level, int sequences, const TTrackerOptions& options);
 
 // Found frames among scenes that do not hold the joint: blank, noise alone, a straight stripe, other joints.
-TScore scoreFalsePositives(const TCase& trial, int scenesEach);
+TScore scoreFalsePositives(const TCase& trial, int scenesEach, const TTrackerOptions& options);
 
 // Value below which that share of the errors lies; NaN without errors.
 double quantile(std::vector<double> errors, double share);

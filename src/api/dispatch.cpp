@@ -36,4 +36,8 @@ TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWel
   return result;
 }
 
+void announceSeam(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx) {
+  if (object.getWeldParameters().weldType == TWeldType::plate) showPlateInfo(object, result, stripeWidthPx);
+}
+
 }  // namespace weld

@@ -11,4 +11,7 @@ namespace weld {
 // pixels. The object may live over several frames.
 TWeldLineRes detectSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes);
 
+// Tells the host about the seam that a frame is reported with, once per frame.
+void announceSeam(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx);
+
 }  // namespace weld

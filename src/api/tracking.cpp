@@ -8,5 +8,7 @@ TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLi
   if (!weld::hasPixels(img)) return {};
   weld::TPlateDetector object;
   object.setWeldParameters(params);
-  return weld::detectSeam(object, img, prevRes);
+  TWeldLineRes result = weld::detectSeam(object, img, prevRes);
+  weld::announceSeam(object, result, object.stripe.widthPx);
+  return result;
 }

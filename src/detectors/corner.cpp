@@ -111,7 +111,7 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
   const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
-  if (result.isFound) return result;
+  if (result.isFound || !object.search.hasSecondChance) return result;
   const std::vector<cv::Point2f> ridge = extractRidgeStripe(trace, image, TSearchPath::fallback);
   if (!trace.passes(kRidgePoints, ridge.size(), kMinRidgePoints)) return {};
   return findCornerSeamFromPts(frame, ridge);

@@ -108,14 +108,6 @@ void storeEndLine(const TPlateEnds& ends, TWeldLineRes& result) {
   result.auxVal2 = result.auxVal4 = b;
 }
 
-void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx) {
-  if (!result.isFound || !zel::APPgetParamBool(kPlateInfoSwitch)) return;
-  if (++object.plateInfoFrameCounter <= kFramesPerMessage) return;
-  object.plateInfoFrameCounter = 0;
-  const auto slopeDeg = static_cast<double>(static_cast<float>(slopeToDeg(-result.auxVal1)));
-  zel::APPshowMessage(cv::format(kPlateInfoFormat, stripeWidthPx, slopeDeg), zel::G_appshowMsg_defaultColor);
-}
-
 }  // namespace
 
 // Deliberate: the markers (-1, -1) of the corner refinement are not looked at here.
@@ -140,15 +132,25 @@ TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, c
 TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
-  const TStripe stripe = extractStripe(object, image, prevRes, searchMask, kTrackingBandPx);
+  const std::vector<cv::Point2f> centres =
+      extractStripe(object, image, prevRes, searchMask, kTrackingBandPx).centres;
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "seam");
   const std::vector<TStripePiece> pieces =
-      segmentStripe(stripe.centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
+      segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
   const TStripePiece* plate = selectPlateLine(pieces, params, trace);
-  const TWeldLineRes result = plate != nullptr ? computePlateSeam(*plate, image, params, trace) : TWeldLineRes{};
-  showPlateInfo(object, result, stripe.widthPx);
-  return result;
+  return plate != nullptr ? computePlateSeam(*plate, image, params, trace) : TWeldLineRes{};
+}
+
+void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx) {
+  if (!result.isFound || !zel::APPgetParamBool(kPlateInfoSwitch)) return;
+  const int frames = object.plateInfoFrameCounter + 1;
+  const bool isDue = frames > kFramesPerMessage;
+  if (isDue) {
+    const auto slopeDeg = static_cast<double>(static_cast<float>(slopeToDeg(-result.auxVal1)));
+    zel::APPshowMessage(cv::format(kPlateInfoFormat, stripeWidthPx, slopeDeg), zel::G_appshowMsg_defaultColor);
+  }
+  object.plateInfoFrameCounter = isDue ? 0 : frames;
 }
 
 }  // namespace weld

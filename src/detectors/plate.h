@@ -13,10 +13,13 @@ public:
   int plateInfoFrameCounter = 0;  // successful frames since the last diagnostic message
 };
 
-// The seam between the two ends, with the line through them. Not found: the empty result. With the application
-// switch "NeedPrintPlateWeldInfo" on, every 21st successful frame of the object shows a message.
+// The seam between the two ends, with the line through them. Not found: the empty result.
 TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask);
+
+// Counts a successful frame. With the application switch "NeedPrintPlateWeldInfo" on, every 21st one shows a message.
+//   stripeWidthPx  most frequent stripe width of the frame.
+void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx);
 
 // The seam of one piece: corners at its ends, width, line through the corners.
 TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,

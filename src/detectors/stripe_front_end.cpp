@@ -4,7 +4,10 @@
 #include "stripe/region_scan.h"
 #include "stripe/regions.h"
 #include "stripe/ridge.h"
+#include "stripe/ridge_stripe.h"
+#include "stripe/stripe_choice.h"
 #include "support/grey_image.h"
+#include "support/line_math.h"
 
 #include <algorithm>
 #include <iterator>
@@ -14,8 +17,7 @@ namespace weld {
 
 namespace {
 
-constexpr double kRidgeMaxSigmaPx = 6.0;
-constexpr double kRidgeMinContrast = 30.0;  // grey levels
+constexpr TRidgeSettings kRidges{6.0, 30.0};
 
 constexpr TCheck kSearchRegion{TWeldOutcome::noSearchRegion, "search region"};
 
@@ -29,14 +31,35 @@ void reportColumns(const TTrace& trace, const std::vector<TWeldPointStatus>& sta
   }
 }
 
+TStripeCentres extractRidges(const cv::Mat& image, const std::vector<cv::Rect>& regions, const TTrace& trace) {
+  const TStageTimer timer(trace, "ridge");
+  return extractRidgeStripeCentres(image, regions, kRidges);
+}
+
+// Centres as the object's search wants them.
+TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions) {
+  const TStripeSearch& search = object.search;
+  const TTrace& trace = object.trace;
+  object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::ridge;
+  if (object.stripe.hasAskedRidges) return extractRidges(image, regions, trace);
+  TStripeCentres edgePairs = extractStripeCentres(image, regions, kEdgeThreshold, trace);
+  object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::automatic &&
+                                 leavesStripeUnexplained(edgePairs, search.minColumns);
+  if (!object.stripe.hasAskedRidges) return edgePairs;
+  return chooseStripe(std::move(edgePairs), extractRidges(image, regions, trace), trace);
+}
+
 TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions,
                          TSearchPath path) {
   requireReadable(image);
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "stripe");
-  trace.beginAttempt(path, TStripeExtraction::edgePairs);
+  const bool usesRidges = object.search.extraction == TStripeExtraction::ridge;
+  trace.beginAttempt(path, usesRidges ? TStripeExtraction::ridge : TStripeExtraction::edgePairs);
   trace.holds(kSearchRegion, !regions.empty());
-  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold, trace);
+  TStripeCentres stripe = extractCentres(object, image, regions);
+  object.stripe.columns = static_cast<int>(stripe.points.size());
+  object.stripe.widthPx = stripe.modalWidthPx;
   if (trace) {
     trace.attempt().regions = regions;
     trace.attempt().centres = stripe.points;
@@ -44,6 +67,19 @@ TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const st
   }
   object.setSamplinePointsStatus(std::move(stripe.status));
   return {std::move(stripe.points), stripe.modalWidthPx};
+}
+
+// Where the guide ends there is no stripe, while the last of the regions reaches the border.
+void endWithGuide(const std::vector<cv::Point2f>& guide, std::vector<cv::Rect>& regions) {
+  const int end = truncToInt(guide.back().x) + 1;
+  for (cv::Rect& region : regions) region.width = std::min(region.width, end - region.x);
+}
+
+TStripe extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int bandPx) {
+  const std::vector<cv::Point2f>& guide = *object.search.guide;
+  std::vector<cv::Rect> regions = buildStripeRegions(image.size(), toIntPoints(guide), bandPx);
+  if (!guide.empty()) endWithGuide(guide, regions);
+  return extractInRegions(object, image, regions, guide.empty() ? TSearchPath::first : TSearchPath::tracking);
 }
 
 }  // namespace
@@ -61,6 +97,7 @@ TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
 
 TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                       const cv::Mat& searchMask, int trackingBandPx) {
+  if (object.search.guide != nullptr) return extractAlongGuide(object, image, trackingBandPx);
   if (prevRes.isFound) return extractStripeNear(object, image, prevRes.stripePts, trackingBandPx);
   return extractWholeStripe(object, image, searchMask);
 }
@@ -68,7 +105,7 @@ TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeld
 std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path) {
   const TStageTimer timer(trace, "ridge");
   trace.beginAttempt(path, TStripeExtraction::ridge);
-  const std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image), kRidgeMaxSigmaPx, kRidgeMinContrast);
+  const std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image), kRidges.maxSigmaPx, kRidges.minContrast);
   std::vector<cv::Point2f> centres;
   centres.reserve(ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),

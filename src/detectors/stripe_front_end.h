@@ -18,8 +18,8 @@ struct TStripe {
   double widthPx = 0.0;
 };
 
-// Each of these begins an attempt of the object's trace and stores the column status in the object. An image that
-// is not 8-bit with one, 3 or 4 channels raises cv::Exception.
+// Each of these extracts as the object's search says, begins an attempt of its trace, and stores column status and
+// measure in it. An image that is not 8-bit with one, 3 or 4 channels raises cv::Exception.
 
 // Stripe centres of the whole image, where the mask is empty or not zero.
 TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask);
@@ -28,7 +28,8 @@ TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const 
 TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
                           const std::vector<cv::Point2f>& previousStripe, int bandPx);
 
-// Near the previous stripe when the previous frame found its seam, in the whole image otherwise.
+// Along the guide of the object's search; without one near the previous stripe when the previous frame found its
+// seam, in the whole image otherwise.
 TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                       const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 

@@ -63,13 +63,15 @@ void concludeFailed(TTraceAttempt& attempt) {
   if (check.failure == TWeldOutcome::cornerOutside) attempt.sentence += ", at " + at(attempt.testedPoints.back());
 }
 
-// The successful attempt, else the one that passed most tests, the first one of equals.
+// The last successful attempt, else the one that passed most tests, the first one of equals.
 std::int32_t decisiveAttempt(const std::vector<TTraceAttempt>& attempts) {
   std::int32_t best = kNone;
   std::int64_t bestPassed = -1;
+  const auto succeeded = [](const TTraceAttempt& a) { return a.outcome == TWeldOutcome::found; };
+  const auto last = std::find_if(attempts.rbegin(), attempts.rend(), succeeded);
+  if (last != attempts.rend()) return static_cast<std::int32_t>(attempts.rend() - last) - 1;
   for (std::int32_t i = 0; i < static_cast<std::int32_t>(attempts.size()); ++i) {
     const TTraceAttempt& attempt = attempts[i];
-    if (attempt.outcome == TWeldOutcome::found) return i;
     const std::int64_t passed = attempt.decisive == kNone ? 0 : countPassedBefore(attempt, attempt.decisive);
     if (passed <= bestPassed) continue;
     best = i;
@@ -94,6 +96,10 @@ void concludeAttempts(TFrameTrace& trace, const TWeldLineRes& result, TWeldType 
       concludeFailed(attempt);
     }
   }
+}
+
+void concludeRefusedAttempt(TFrameTrace& trace) {
+  concludeFailed(trace.attempts.back());
 }
 
 void concludeFrame(TFrameTrace& trace, bool hasImage, std::optional<cv::Point2f> heldSeam) {

@@ -18,6 +18,9 @@ namespace weld {
 // piece with most points.
 void concludeAttempts(TFrameTrace& trace, const TWeldLineRes& result, TWeldType type);
 
+// The last attempt, ended as found, once more: its seam has failed a test since.
+void concludeRefusedAttempt(TFrameTrace& trace);
+
 // Ends the frame: with the gate's test that failed, else like its decisive attempt. A frame without attempts had
 // no detector or no image. heldSeam: the earlier seam that is repeated, where one is.
 void concludeFrame(TFrameTrace& trace, bool hasImage, std::optional<cv::Point2f> heldSeam = std::nullopt);

@@ -145,7 +145,10 @@ protected:
     zel::setParamBoolSource({});
   }
   std::size_t messagesAfter(const cv::Mat& image, int frames) {
-    for (int i = 0; i < frames; ++i) weld::detectPlateSeam(object, image, {}, cv::Mat());
+    for (int i = 0; i < frames; ++i) {
+      const TWeldLineRes result = weld::detectPlateSeam(object, image, {}, cv::Mat());
+      weld::showPlateInfo(object, result, object.stripe.widthPx);
+    }
     return messages.size();
   }
 

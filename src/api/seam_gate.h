@@ -1,0 +1,29 @@
+// What a tracker lets through of the seams that its detector finds.
+#pragma once
+
+#include "support/trace.h"
+#include "zelWeldDetect.h"
+
+#include <opencv2/core.hpp>
+
+namespace weld {
+
+// True when the point of a found seam is one of the image: a number, inside, and not derived from a marker.
+bool isSeamPointPossible(const TWeldLineRes& seam, TWeldType type, cv::Size imageSize, const TTrace& trace);
+
+// What a refused seam leaves: its stripe points.
+TWeldLineRes withoutSeam(TWeldLineRes refused);
+
+// What the test for jumps remembers.
+struct TJumpMemory {
+  bool hasSeam = false;
+  cv::Point2f seam;       // the last one that was let through
+  int pendingFrames = 0;  // frames in a row that showed a seam at another place
+  cv::Point2f pending;    // that place in the last of them
+};
+
+// Takes note of a frame's seam. True when it may be reported: it lies within maxJumpPx of the last one, or
+// acceptAfterFrames frames in a row showed it at its new place, each within maxJumpPx of the one before.
+bool passesJumpTest(cv::Point2f seam, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace);
+
+}  // namespace weld

@@ -1,0 +1,105 @@
+#include "api/seam_search.h"
+
+#include "api/dispatch.h"
+#include "api/seam_gate.h"
+#include "api/search_guide.h"
+#include "support/trace_conclusion.h"
+
+#include <utility>
+
+namespace weld {
+
+namespace {
+
+constexpr double kMinKeptShare = 0.8;   // of the previous stripe's columns that edge pairs should follow again
+constexpr double kMinImageShare = 0.8;  // of the image's columns that they should follow on a first detection
+constexpr double kClearlyMore = 1.2;    // columns of the better one of two stripes
+constexpr double kPresentShare = 0.5;   // of the image's columns that show a stripe to be there
+
+// What all attempts of a frame share.
+struct TFrame {
+  TPlateDetector& detector;
+  const cv::Mat& image;
+  const TTrackerOptions& options;
+  std::vector<cv::Point2f>& guide;
+
+  TWeldType joint() const { return detector.getWeldParameters().weldType; }
+  bool isAutomatic() const { return options.extraction == TStripeExtraction::automatic; }
+};
+
+int shareOf(int columns, double share) {
+  return static_cast<int>(columns * share);
+}
+
+// A seam at an impossible point is no success.
+void refuseImpossible(const TFrame& frame, TWeldLineRes& line) {
+  if (!line.isFound || !frame.options.rejectsImpossiblePoints || frame.joint() == TWeldType::stripePresence) return;
+  const TTrace& trace = frame.detector.trace;
+  if (isSeamPointPossible(line, frame.joint(), frame.image.size(), trace)) return;
+  line = withoutSeam(std::move(line));
+  if (trace) concludeRefusedAttempt(trace.record());
+}
+
+TFoundSeam attempt(const TFrame& frame, const TStripeSearch& search, const TWeldLineRes& previous) {
+  frame.detector.search = search;
+  TWeldLineRes line = detectSeam(frame.detector, frame.image, previous);
+  refuseImpossible(frame, line);
+  return {std::move(line), frame.detector.stripe};
+}
+
+// Around a found stripe. Of minColumns see TStripeSearch.
+TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, int minColumns) {
+  const bool isExtended = frame.options.guideMarginPx > 0;
+  if (isExtended) extendGuide(stripe.stripePts, frame.options.guideMarginPx, frame.image.size(), frame.guide);
+  TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, minColumns,
+                       !frame.isAutomatic()};
+  // A corner's tracking rules fit its flanks to whole rows, those of a first detection to the centres themselves.
+  const bool fitsAnew = frame.isAutomatic() && isExtended && frame.joint() == TWeldType::corner;
+  const TWeldLineRes none;
+  const TWeldLineRes& previous = fitsAnew ? none : stripe;
+  TFoundSeam seam = attempt(frame, search, previous);
+  if (seam.line.isFound || !frame.isAutomatic()) return seam;
+  search.extraction = TStripeExtraction::ridge;
+  return attempt(frame, search, previous);
+}
+
+// The whole image on edge pairs, or on ridges where they see clearly more of the stripe.
+TFoundSeam searchWholeAutomatic(const TFrame& frame) {
+  TStripeSearch search;
+  search.hasSecondChance = false;
+  TFoundSeam edgePairs = attempt(frame, search, {});
+  const bool isFound = edgePairs.line.isFound;
+  if (isFound && edgePairs.stripe.columns >= shareOf(frame.image.cols, kMinImageShare)) return edgePairs;
+  search.extraction = TStripeExtraction::ridge;
+  TFoundSeam ridges = attempt(frame, search, {});
+  const bool isBetter = ridges.line.isFound && ridges.stripe.columns > kClearlyMore * edgePairs.stripe.columns;
+  return isFound && !isBetter ? edgePairs : ridges;
+}
+
+// A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
+TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous) {
+  if (!frame.isAutomatic()) return attempt(frame, {frame.options.extraction}, previous);
+  TFoundSeam first = searchWholeAutomatic(frame);
+  if (first.stripe.hasAskedRidges || !first.line.isFound) return first;
+  TFoundSeam second = searchNear(frame, first.line, 0);
+  return second.line.isFound ? std::move(second) : std::move(first);
+}
+
+// Compares two numbers of stripe points, so that a guide or a second attempt would change what it says.
+TFoundSeam checkPresence(const TFrame& frame, const TWeldLineRes& previous) {
+  return attempt(frame, {frame.options.extraction, nullptr, shareOf(frame.image.cols, kPresentShare)}, previous);
+}
+
+}  // namespace
+
+TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous,
+                      const TTrackerOptions& options, std::vector<cv::Point2f>& guide) {
+  const TFrame frame{detector, image, options, guide};
+  if (frame.joint() == TWeldType::stripePresence) return checkPresence(frame, previous.line);
+  if (!previous.line.isFound) return searchWhole(frame, previous.line);
+  TFoundSeam seam = searchNear(frame, previous.line, shareOf(previous.stripe.columns, kMinKeptShare));
+  if (seam.line.isFound || !options.searchesWholeOnLoss) return seam;
+  return searchWhole(frame, {});
+}
+
+}  // namespace weld
