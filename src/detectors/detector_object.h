@@ -1,10 +1,9 @@
 // The object that a detector works on.
 #pragma once
 
+#include "stripe/stripe_scratch.h"
 #include "support/trace.h"
 #include "zelWeldDetect.h"
-
-#include "support/scratch.h"
 
 namespace weld {
 
@@ -12,14 +11,13 @@ namespace weld {
 // status of its frame before it reads it.
 class TDetectorObject : public TBaseWeld {
 public:
-  TTrace trace;  // what the stages report to
+  TTrace trace;            // what the stages report to
+  TStripeScratch scratch;  // what they work in
 
   using TBaseWeld::getSamplinePointsStatus;
   using TBaseWeld::isWeldPosContinueMissingPts;
   using TBaseWeld::isWeldPosMissingPts;
   using TBaseWeld::setSamplinePointsStatus;
-
-  TScratch scratch;  // memory for the stages of a frame
 };
 
 }  // namespace weld

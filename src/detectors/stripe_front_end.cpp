@@ -36,7 +36,7 @@ TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const st
   const TStageTimer timer(trace, "stripe");
   trace.beginAttempt(path, TStripeExtraction::edgePairs);
   trace.holds(kSearchRegion, !regions.empty());
-  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold, trace);
+  TStripeCentres stripe = extractStripeCentres(image, regions, kEdgeThreshold, object.scratch, trace);
   if (trace) {
     trace.attempt().regions = regions;
     trace.attempt().centres = stripe.points;
