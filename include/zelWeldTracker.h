@@ -27,15 +27,10 @@ enum class TSearchPath : std::int32_t {
   fallback = 2   // the corner's second chance on ridges after either of the others
 };
 
-// How a frame or an attempt ended. The checks of a detector each have an enumerator of their own.
+// How a frame or an attempt ended. The checks of a detector each have an enumerator of their own, in the order in
+// which they run.
 enum class TWeldOutcome : std::int32_t {
   found = 0,
-  // the tracker
-  held,            // not found; the last good seam is repeated
-  jumpHeldBack,    // found, but too far from the last seam; waits for confirmation
-  markerPoint,     // found, but a corner without support: no point of the image
-  pointNotFinite,  // found, but not a number
-  pointOutside,    // found, but outside the image
   // before the detector
   noImage,
   noDetector,
@@ -44,6 +39,7 @@ enum class TWeldOutcome : std::int32_t {
   tooFewCandidates,  // columns with an edge pair
   tooFewWidths,      // columns with a pair about as wide as most
   tooFewCentres,     // stripe points for the next stage
+  tooFewRidgePoints,
   // lines and pieces
   noLine,           // no line through the stripe points
   lineShareTooLow,  // too few points on it
@@ -86,10 +82,15 @@ enum class TWeldOutcome : std::int32_t {
   leftFlankEndsEarly,
   rightFlankEndsEarly,
   includedAngleChanged,
-  tooFewRidgePoints,
   // stripe presence
   noStripe,
-  stripeChanged
+  stripeChanged,
+  // the tracker
+  markerPoint,     // found, but a corner without support: no point of the image
+  pointNotFinite,  // found, but not a number
+  pointOutside,    // found, but outside the image
+  jumpHeldBack,    // found, but too far from the last seam; waits for confirmation
+  held             // not found; the last good seam is repeated
 };
 
 // What a measured value must be to pass.
@@ -180,7 +181,7 @@ struct TFrameTrace {
   std::string sentence;                 // the outcome for people
   std::vector<TTraceAttempt> attempts;  // in the order in which they ran
   std::int32_t decisive = -1;     // the attempt that the outcome speaks of: the successful one, else the one that
-                                  // passed most checks; -1 without attempts
+                                  // got furthest by the order of TWeldOutcome; -1 without attempts
   std::vector<TTraceCheck> gate;  // the tracker's own tests of the seam point
   std::vector<TTraceStage> stages;  // in the order in which they ran
   double totalUs = 0.0;

@@ -9,6 +9,7 @@
 #include "stripe/edge_kernels.h"
 #include "support/heap.h"
 #include "timing.h"
+#include "trace_cost.h"
 #include "worst_case.h"
 
 #include <opencv2/imgproc.hpp>
@@ -260,6 +261,7 @@ int main() {
   reportOtherFrames();
   reportColour();
   reportAllocations();
+  bench::reportTraceCost();
   bench::reportWorstCases();
   return 0;
 }

@@ -115,17 +115,25 @@ std::optional<TPiecePair> longestPairWithin(const std::vector<TStripePiece>& pie
   return best;
 }
 
-bool hasPieceWithin(const std::vector<TStripePiece>& pieces, const TAngleRange& rangeDeg) {
-  return std::any_of(pieces.begin(), pieces.end(),
-                     [&](const TStripePiece& p) { return isStrictlyInside(rangeDeg, pieceAngleDeg(p)); });
+// A pair is missing for want of a left piece, else of a right one beside it.
+const TCheck& missingFlank(const std::vector<TStripePiece>& pieces, const TCornerParams& params) {
+  const bool hasLeft = std::any_of(pieces.begin(), pieces.end(), [&](const TStripePiece& p) {
+    return isStrictlyInside(params.leftDeg, pieceAngleDeg(p));
+  });
+  return hasLeft ? kRight.line : kLeft.line;
 }
 
-// A pair is missing for want of a left piece, else of a right one beside it.
 bool isPairThere(const std::optional<TPiecePair>& pair, const std::vector<TStripePiece>& pieces,
                  const TCornerParams& params, const TTrace& trace) {
   if (pair) return trace.holds(kLeft.line, true) && trace.holds(kRight.line, true);
-  if (!trace) return false;
-  return trace.holds(hasPieceWithin(pieces, params.leftDeg) ? kRight.line : kLeft.line, false);
+  return trace && trace.holds(missingFlank(pieces, params), false);
+}
+
+// One piece that stands in for both flanks goes on to the tests, where it fails; what is wrong is that one is
+// missing.
+void reportPieceOfBoth(const std::vector<TStripePiece>& pieces, bool isPieceOfBoth, const TCornerParams& params,
+                       const TTrace& trace) {
+  if (trace && isPieceOfBoth) trace.holds(missingFlank(pieces, params), false);
 }
 
 TAngleRange clippedReach(double previousK, const TAngleRange& admissibleDeg) {
@@ -158,8 +166,10 @@ std::optional<TFlankPair> findFlankPairByPolyline(const std::vector<cv::Point2f>
                                                   const TCornerParams& params, const TTrace& trace) {
   const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace);
   if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
-  TFlankPair flanks{refitPiece(longestPieceWithin(pieces, params.leftDeg), params, kLeft, trace),
-                    refitPiece(longestPieceWithin(pieces, params.rightDeg), params, kRight, trace)};
+  const TStripePiece& left = longestPieceWithin(pieces, params.leftDeg);
+  const TStripePiece& right = longestPieceWithin(pieces, params.rightDeg);
+  reportPieceOfBoth(pieces, &left == &right, params, trace);
+  TFlankPair flanks{refitPiece(left, params, kLeft, trace), refitPiece(right, params, kRight, trace)};
   if (!areFlanksValid(flanks, params, trace)) return std::nullopt;
   return flanks;
 }

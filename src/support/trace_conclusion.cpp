@@ -9,38 +9,24 @@ namespace {
 
 constexpr std::int32_t kNone = -1;
 
-// A test that failed, and how many of its way passed before it.
-struct TFailure {
-  std::int32_t check = kNone;
-  std::int64_t passedBefore = 0;
-};
-
-bool isSameWay(const TTraceCheck& a, const TTraceCheck& b) {
-  return std::strcmp(a.way, b.way) == 0;
+bool isFurther(TWeldOutcome a, TWeldOutcome b) {
+  return static_cast<std::int32_t>(a) > static_cast<std::int32_t>(b);
 }
 
-std::int64_t countPassedBefore(const TTraceAttempt& attempt, std::int32_t failed) {
-  const TTraceCheck& check = attempt.checks[failed];
-  return std::count_if(attempt.checks.begin(), attempt.checks.begin() + failed, [&](const TTraceCheck& c) {
-    return c.passed && (c.way[0] == '\0' || isSameWay(c, check));
-  });
+// True when the attempt ends with `next` rather than with `best`; both failed, `best` first.
+bool decidesOver(const TTraceAttempt& attempt, const TTraceCheck& next, const TTraceCheck& best) {
+  if (next.piece != kNone && best.piece != kNone)
+    return attempt.pieces[next.piece].points > attempt.pieces[best.piece].points;
+  if (next.piece != kNone || best.piece != kNone) return best.piece != kNone;
+  const bool isOtherWay = best.way[0] != '\0' && std::strcmp(next.way, best.way) != 0;
+  return isOtherWay && !isFurther(best.failure, next.failure);
 }
 
-// True when the attempt ends with `next` rather than with `best`, both failed, in this order.
-bool decidesOver(const TTraceAttempt& attempt, const TFailure& next, const TFailure& best) {
-  const TTraceCheck& a = attempt.checks[next.check];
-  const TTraceCheck& b = attempt.checks[best.check];
-  if (a.piece != kNone && b.piece != kNone) return attempt.pieces[a.piece].points > attempt.pieces[b.piece].points;
-  if (a.piece != kNone || b.piece != kNone) return b.piece != kNone;
-  return b.way[0] != '\0' && !isSameWay(a, b) && next.passedBefore >= best.passedBefore;
-}
-
-TFailure decisiveFailure(const TTraceAttempt& attempt) {
-  TFailure best;
+std::int32_t decisiveCheck(const TTraceAttempt& attempt) {
+  std::int32_t best = kNone;
   for (std::int32_t i = 0; i < static_cast<std::int32_t>(attempt.checks.size()); ++i) {
     if (attempt.checks[i].passed) continue;
-    const TFailure next{i, countPassedBefore(attempt, i)};
-    if (best.check == kNone || decidesOver(attempt, next, best)) best = next;
+    if (best == kNone || decidesOver(attempt, attempt.checks[i], attempt.checks[best])) best = i;
   }
   return best;
 }
@@ -55,7 +41,7 @@ std::string describeFound(const TWeldLineRes& result, TWeldType type) {
 }
 
 void concludeFailed(TTraceAttempt& attempt) {
-  attempt.decisive = decisiveFailure(attempt).check;
+  attempt.decisive = decisiveCheck(attempt);
   if (attempt.decisive == kNone) return;
   const TTraceCheck& check = attempt.checks[attempt.decisive];
   attempt.outcome = check.failure;
@@ -63,19 +49,14 @@ void concludeFailed(TTraceAttempt& attempt) {
   if (check.failure == TWeldOutcome::cornerOutside) attempt.sentence += ", at " + at(attempt.testedPoints.back());
 }
 
-// The last successful attempt, else the one that passed most tests, the first one of equals.
+// The last successful attempt, else the one that got furthest, the first one of equals.
 std::int32_t decisiveAttempt(const std::vector<TTraceAttempt>& attempts) {
-  std::int32_t best = kNone;
-  std::int64_t bestPassed = -1;
   const auto succeeded = [](const TTraceAttempt& a) { return a.outcome == TWeldOutcome::found; };
   const auto last = std::find_if(attempts.rbegin(), attempts.rend(), succeeded);
   if (last != attempts.rend()) return static_cast<std::int32_t>(attempts.rend() - last) - 1;
+  std::int32_t best = kNone;
   for (std::int32_t i = 0; i < static_cast<std::int32_t>(attempts.size()); ++i) {
-    const TTraceAttempt& attempt = attempts[i];
-    const std::int64_t passed = attempt.decisive == kNone ? 0 : countPassedBefore(attempt, attempt.decisive);
-    if (passed <= bestPassed) continue;
-    best = i;
-    bestPassed = passed;
+    if (best == kNone || isFurther(attempts[i].outcome, attempts[best].outcome)) best = i;
   }
   return best;
 }

@@ -14,8 +14,8 @@ namespace weld {
 // it failed.
 //
 // An attempt speaks of the first test that failed. Where the detector had several ways to find the seam, that of
-// the way that passed most tests, the later one of equals; where it had several pieces to choose from, that of the
-// piece with most points.
+// the way that got furthest by the order of TWeldOutcome, the later one of equals; where it had several pieces to
+// choose from, that of the piece with most points.
 void concludeAttempts(TFrameTrace& trace, const TWeldLineRes& result, TWeldType type);
 
 // The last attempt, ended as found, once more: its seam has failed a test since.

@@ -79,8 +79,9 @@ const char* allowanceText(TLimitKind kind) {
 std::string describeCount(const TTraceCheck& check) {
   const TNumbers numbers = numbersOf(check);
   const bool isLower = isLowerLimit(check);
-  return (isLower ? "only " : "") + numbers.measured + " " + countedText(check) + ", " +
-         allowanceText(check.kind) + numbers.limit + (isLower ? " needed" : " allowed") + sourceText(check);
+  const std::string amount = check.measured == 0.0 ? "no" : (isLower ? "only " : "") + numbers.measured;
+  return amount + " " + countedText(check) + ", " + allowanceText(check.kind) + numbers.limit +
+         (isLower ? " needed" : " allowed") + sourceText(check);
 }
 
 std::string relationText(const TTraceCheck& check) {
@@ -170,9 +171,9 @@ const char* weldOutcomeText(TWeldOutcome outcome) {
     case TWeldOutcome::plateTooNarrow:
       return "plate too narrow";
     case TWeldOutcome::noLeftFlank:
-      return "no left flank";
+      return "no left flank in its range of angles";
     case TWeldOutcome::noRightFlank:
-      return "no right flank";
+      return "no right flank in its range of angles";
     case TWeldOutcome::flankPointsTooFew:
       return "too few stripe points on a flank";
     case TWeldOutcome::cornerOutside:

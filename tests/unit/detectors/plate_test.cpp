@@ -3,6 +3,7 @@
 #include "detectors/piece_end.h"
 #include "geometry/segmentation.h"
 #include "run_detector.h"
+#include "support/trace_conclusion.h"
 #include "zelFunctions.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +69,34 @@ TEST(ComputePlateSeam, eachTestHoldsAtItsBorder) {
     const TWeldLineRes result = compute(row.plate, with(&TWeldParams::dPara9, row.minWidthPx));
     EXPECT_EQ(result.isFound, row.isFound) << row.name;
     EXPECT_EQ(result.stripePts.size(), row.isFound ? row.plate.fitPts.size() : 0U) << row.name;
+  }
+}
+
+// Ends that no image has been found for.
+TEST(ComputePlateSeam, pieceThatCannotBeFittedAgainIsToldInTheTrace) {
+  TStripePiece unfitted = piece(100, 400, 240);
+  unfitted.isFitted = false;
+  TStripePiece sparse = piece(100, 400, 240);
+  sparse.fitPts.resize(9);
+  TStripePiece sparseEnd = piece(100, 400, 30);
+  sparseEnd.fitPts.resize(10);
+  const struct {
+    TStripePiece plate;
+    TWeldOutcome outcome;
+    const char* sentence;
+  } rows[] = {
+      {unfitted, TWeldOutcome::pieceNotFitted, "no line through a piece of the stripe"},
+      {sparse, TWeldOutcome::pieceNotFitted,
+       "only 9 points on the line of the piece, at least 10 needed, a fixed limit"},
+      {sparseEnd, TWeldOutcome::endNotRefitted, "no line through the points near the end of a piece"},
+  };
+  for (const auto& row : rows) {
+    TFrameTrace trace;
+    weld::TTrace(trace).beginAttempt(TSearchPath::first, TStripeExtraction::edgePairs);
+    const TWeldLineRes result = weld::computePlateSeam(row.plate, painted::dark(), {}, weld::TTrace(trace));
+    weld::concludeAttempts(trace, result, TWeldType::plate);
+    EXPECT_EQ(trace.attempts.front().outcome, row.outcome) << row.sentence;
+    EXPECT_EQ(trace.attempts.front().sentence, row.sentence);
   }
 }
 
