@@ -33,7 +33,8 @@ int shareOf(int columns, double share) {
 
 // A seam at an impossible point is no success.
 void refuseImpossible(const TFrame& frame, TWeldLineRes& line) {
-  if (!line.isFound || !frame.options.rejectsImpossiblePoints || frame.joint() == TWeldType::stripePresence) return;
+  if (!line.isFound || !frame.options.rejectsImpossiblePoints || frame.joint() == TWeldType::stripePresence)
+    return;
   const TTrace& trace = frame.detector.trace;
   if (isSeamPointPossible(line, frame.joint(), frame.image.size(), trace)) return;
   line = withoutSeam(std::move(line));
