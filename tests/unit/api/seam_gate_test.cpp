@@ -9,7 +9,7 @@ namespace weld {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr cv::Size kImage{640, 480};
+const cv::Size kImage{640, 480};
 
 // A plate between two ends as the detector reports it.
 TWeldLineRes plateBetween(cv::Point2f start, cv::Point2f end) {

@@ -12,7 +12,7 @@
 namespace weld {
 namespace {
 
-constexpr cv::Size kImage{1280, 1024};
+const cv::Size kImage{1280, 1024};
 constexpr int kMarginPx = 40;
 constexpr int kBandPx = 60;
 
@@ -33,7 +33,7 @@ std::vector<cv::Rect> regionsOf(const TPoints& guide) {
 TEST(SearchGuide, continuesTheEndPiecesStraightOn) {
   const TPoints bent = painted::bentPoints(300, 600, 900, 500.0, -0.2, 0.4);
   const TPoints guide = guideOf(bent);
-  ASSERT_EQ(guide.size(), bent.size() + 2 * kMarginPx);
+  ASSERT_EQ(guide.size(), bent.size() + 2U * kMarginPx);
   EXPECT_EQ(guide.front().x, 260.0F);
   EXPECT_NEAR(guide.front().y, 508.0F, 0.1F);
   EXPECT_EQ(guide.back().x, 939.0F);
