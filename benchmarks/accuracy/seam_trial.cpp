@@ -83,8 +83,7 @@ void TScore::add(const TScore& other) {
   floorsPx.insert(floorsPx.end(), other.floorsPx.begin(), other.floorsPx.end());
 }
 
-TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes,
-                            const TTrackerOptions& options) {
+TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes, const TTrackerOptions& options) {
   TScore score;
   for (int i = 0; i < scenes; ++i) {
     const scenes::TScene scene = scenes::renderScene(scenes::randomScene(trial.joint, level, kFirstSeed + i));

@@ -28,8 +28,7 @@ struct TScore {
 };
 
 // First detection on one scene each: the first frame of a tracker.
-TScore scoreFirstDetections(const TCase& trial, scenes::TLevel level, int scenes,
-                            const TTrackerOptions& options);
+TScore scoreFirstDetections(const TCase& trial, scenes::TLevel level, int scenes, const TTrackerOptions& options);
 
 // Sequences of 60 frames that drift and jitter. Held frames do not count as found, nor do held back ones.
 TScore scoreSequences(const TCase& trial, scenes::TLevel level, int sequences, const TTrackerOptions& options);

@@ -30,11 +30,6 @@ bool isInside(cv::Point2f p, cv::Size imageSize) {
          p.y <= static_cast<float>(imageSize.height - 1);
 }
 
-double distanceOf(cv::Point2f a, cv::Point2f b) {
-  const cv::Point2d d = cv::Point2d(a) - cv::Point2d(b);
-  return std::sqrt(d.dot(d));
-}
-
 }  // namespace
 
 bool isSeamPointPossible(const TWeldLineRes& seam, TWeldType type, cv::Size imageSize, const TTrace& trace) {
@@ -50,10 +45,15 @@ TWeldLineRes withoutSeam(TWeldLineRes refused) {
   return result;
 }
 
+double seamDistance(cv::Point2f a, cv::Point2f b) {
+  const cv::Point2d d = cv::Point2d(a) - cv::Point2d(b);
+  return std::sqrt(d.dot(d));
+}
+
 bool passesJumpTest(cv::Point2f seam, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace) {
   if (std::isinf(options.maxJumpPx)) return true;
-  const double jumpPx = memory.hasSeam ? distanceOf(seam, memory.seam) : 0.0;
-  const bool repeats = memory.pendingFrames > 0 && distanceOf(seam, memory.pending) <= options.maxJumpPx;
+  const double jumpPx = memory.hasSeam ? seamDistance(seam, memory.seam) : 0.0;
+  const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;
   const int frames = repeats ? memory.pendingFrames + 1 : 1;
   const bool isConfirmed = jumpPx > options.maxJumpPx && frames >= options.acceptAfterFrames;
   const bool passes = isConfirmed ? trace.passes(kRepeats, frames, options.acceptAfterFrames)

@@ -14,6 +14,9 @@ bool isSeamPointPossible(const TWeldLineRes& seam, TWeldType type, cv::Size imag
 // What a refused seam leaves: its stripe points.
 TWeldLineRes withoutSeam(TWeldLineRes refused);
 
+// px.
+double seamDistance(cv::Point2f a, cv::Point2f b);
+
 // What the test for jumps remembers.
 struct TJumpMemory {
   bool hasSeam = false;

@@ -5,6 +5,7 @@
 #include "api/search_guide.h"
 #include "support/trace_conclusion.h"
 
+#include <limits>
 #include <utility>
 
 namespace weld {
@@ -33,7 +34,8 @@ int shareOf(int columns, double share) {
 
 // A seam at an impossible point is no success.
 void refuseImpossible(const TFrame& frame, TWeldLineRes& line) {
-  if (!line.isFound || !frame.options.rejectsImpossiblePoints || frame.joint() == TWeldType::stripePresence) return;
+  if (!line.isFound || !frame.options.rejectsImpossiblePoints || frame.joint() == TWeldType::stripePresence)
+    return;
   const TTrace& trace = frame.detector.trace;
   if (isSeamPointPossible(line, frame.joint(), frame.image.size(), trace)) return;
   line = withoutSeam(std::move(line));
@@ -47,20 +49,32 @@ TFoundSeam attempt(const TFrame& frame, const TStripeSearch& search, const TWeld
   return {std::move(line), frame.detector.stripe};
 }
 
-// Around a found stripe. Of minColumns see TStripeSearch.
-TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, int minColumns) {
+// What casts doubt on what edge pairs find around a stripe.
+struct TDoubt {
+  int minColumns = 0;  // see TStripeSearch
+  double maxJumpPx = std::numeric_limits<double>::infinity();
+};
+
+bool isDoubtful(const TWeldLineRes& line, const TWeldLineRes& before, const TDoubt& doubt) {
+  return !line.isFound || seamDistance(line.weldPos, before.weldPos) > doubt.maxJumpPx;
+}
+
+// Around a found stripe.
+TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDoubt& doubt) {
   const bool isExtended = frame.options.guideMarginPx > 0;
   if (isExtended) extendGuide(stripe.stripePts, frame.options.guideMarginPx, frame.image.size(), frame.guide);
-  TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, minColumns,
+  TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, doubt.minColumns,
                        !frame.isAutomatic()};
   // A corner's tracking rules fit its flanks to whole rows, those of a first detection to the centres themselves.
   const bool fitsAnew = frame.isAutomatic() && isExtended && frame.joint() == TWeldType::corner;
   const TWeldLineRes none;
   const TWeldLineRes& previous = fitsAnew ? none : stripe;
   TFoundSeam seam = attempt(frame, search, previous);
-  if (seam.line.isFound || !frame.isAutomatic()) return seam;
+  if (!frame.isAutomatic() || !isDoubtful(seam.line, stripe, doubt)) return seam;
   search.extraction = TStripeExtraction::ridge;
-  return attempt(frame, search, previous);
+  TFoundSeam ridges = attempt(frame, search, previous);
+  const bool isBetter = !seam.line.isFound || !isDoubtful(ridges.line, stripe, doubt);
+  return isBetter ? std::move(ridges) : std::move(seam);
 }
 
 // The whole image on edge pairs, or on ridges where they see clearly more of the stripe.
@@ -81,7 +95,7 @@ TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous) {
   if (!frame.isAutomatic()) return attempt(frame, {frame.options.extraction}, previous);
   TFoundSeam first = searchWholeAutomatic(frame);
   if (first.stripe.hasAskedRidges || !first.line.isFound) return first;
-  TFoundSeam second = searchNear(frame, first.line, 0);
+  TFoundSeam second = searchNear(frame, first.line, {});
   return second.line.isFound ? std::move(second) : std::move(first);
 }
 
@@ -97,7 +111,8 @@ TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFou
   const TFrame frame{detector, image, options, guide};
   if (frame.joint() == TWeldType::stripePresence) return checkPresence(frame, previous.line);
   if (!previous.line.isFound) return searchWhole(frame, previous.line);
-  TFoundSeam seam = searchNear(frame, previous.line, shareOf(previous.stripe.columns, kMinKeptShare));
+  const TDoubt doubt{shareOf(previous.stripe.columns, kMinKeptShare), options.maxJumpPx};
+  TFoundSeam seam = searchNear(frame, previous.line, doubt);
   if (seam.line.isFound || !options.searchesWholeOnLoss) return seam;
   return searchWhole(frame, {});
 }

@@ -1,4 +1,5 @@
-// One frame: near the previous stripe or in the whole image, on edge pairs or on ridges. The order of the attempts.
+// One frame: near the previous stripe or in the whole image, on edge pairs or on ridges. The order of the
+// attempts.
 #pragma once
 
 #include "detectors/plate.h"

@@ -62,7 +62,8 @@ bool growGuide(const TRay& left, const TRay& right, int columns, cv::Size imageS
   const int leftColumns = roomAlong(left, first, columns, imageSize);
   const int rightColumns = roomAlong(right, last, columns, imageSize);
   guide.insert(guide.begin(), static_cast<std::size_t>(leftColumns), cv::Point2f());
-  for (int i = 0; i < leftColumns; ++i) guide[static_cast<std::size_t>(i)] = pointAlong(left, first, leftColumns - i);
+  for (int i = 0; i < leftColumns; ++i)
+    guide[static_cast<std::size_t>(i)] = pointAlong(left, first, leftColumns - i);
   for (int i = 1; i <= rightColumns; ++i) guide.push_back(pointAlong(right, last, i));
   return leftColumns + rightColumns > 0;
 }
@@ -91,7 +92,8 @@ void extendGuide(const TPoints& stripe, int marginPx, cv::Size imageSize, TPoint
   const TRay left{slopeOf(guide.begin(), guide.begin() + piece), -1};
   const TRay right{slopeOf(guide.end() - piece, guide.end()), 1};
   bool hasGrown = growGuide(left, right, marginPx, imageSize, guide);
-  while (hasGrown && !hasEnoughStretches(guide)) hasGrown = growGuide(left, right, kMaxStretchPx, imageSize, guide);
+  while (hasGrown && !hasEnoughStretches(guide))
+    hasGrown = growGuide(left, right, kMaxStretchPx, imageSize, guide);
   if (!hasEnoughStretches(guide)) guide.clear();
 }
 

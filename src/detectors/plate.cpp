@@ -136,8 +136,7 @@ TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const
       extractStripe(object, image, prevRes, searchMask, kTrackingBandPx).centres;
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "seam");
-  const std::vector<TStripePiece> pieces =
-      segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
+  const std::vector<TStripePiece> pieces = segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
   const TStripePiece* plate = selectPlateLine(pieces, params, trace);
   return plate != nullptr ? computePlateSeam(*plate, image, params, trace) : TWeldLineRes{};
 }

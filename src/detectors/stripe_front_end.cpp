@@ -37,7 +37,8 @@ TStripeCentres extractRidges(const cv::Mat& image, const std::vector<cv::Rect>& 
 }
 
 // Centres as the object's search wants them.
-TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions) {
+TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image,
+                              const std::vector<cv::Rect>& regions) {
   const TStripeSearch& search = object.search;
   const TTrace& trace = object.trace;
   object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::ridge;
@@ -105,7 +106,8 @@ TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeld
 std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path) {
   const TStageTimer timer(trace, "ridge");
   trace.beginAttempt(path, TStripeExtraction::ridge);
-  const std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image), kRidges.maxSigmaPx, kRidges.minContrast);
+  const std::vector<TRidgePoint> ridge =
+      extractRidgeCentres(toGrey(image), kRidges.maxSigmaPx, kRidges.minContrast);
   std::vector<cv::Point2f> centres;
   centres.reserve(ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),

@@ -16,7 +16,8 @@ constexpr int kWidths = 256;  // whole pixels that are told apart
 // The smallest of equally frequent ones.
 double modalWidth(const std::vector<TRidgePoint>& ridge) {
   std::array<int, kWidths> counts{};
-  for (const TRidgePoint& r : ridge) ++counts[std::clamp(static_cast<int>(std::lround(r.widthPx)), 0, kWidths - 1)];
+  for (const TRidgePoint& r : ridge)
+    ++counts[std::clamp(static_cast<int>(std::lround(r.widthPx)), 0, kWidths - 1)];
   return static_cast<double>(std::max_element(counts.begin(), counts.end()) - counts.begin());
 }
 
@@ -49,7 +50,8 @@ TStripeCentres extractRidgeStripeCentres(const cv::Mat& image, const std::vector
   const cv::Rect bounds = boundsOf(regions, image.size());
   if (bounds.empty()) return {};
   requireReadable(image);
-  std::vector<TRidgePoint> ridge = extractRidgeCentres(toGrey(image(bounds)), settings.maxSigmaPx, settings.minContrast);
+  std::vector<TRidgePoint> ridge =
+      extractRidgeCentres(toGrey(image(bounds)), settings.maxSigmaPx, settings.minContrast);
   const cv::Point2f origin(bounds.tl());
   for (TRidgePoint& r : ridge) r.point += origin;
 

@@ -17,7 +17,8 @@ int columnsWithPair(const TStripeCentres& stripe) {
 }
 
 // Columns ascend in all three lists. One pass: the next centre, ridge and status of the column at hand.
-std::vector<cv::Point2f> fillDroppedColumns(const TStripeCentres& edgePairs, const std::vector<cv::Point2f>& ridges) {
+std::vector<cv::Point2f> fillDroppedColumns(const TStripeCentres& edgePairs,
+                                            const std::vector<cv::Point2f>& ridges) {
   std::vector<cv::Point2f> points;
   points.reserve(edgePairs.status.size());
   auto ridge = ridges.begin();

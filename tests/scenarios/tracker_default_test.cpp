@@ -1,0 +1,192 @@
+// What a tracker with the default options does beyond the plain rules.
+#include "scenario.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using scenes::TJoint;
+using scenes::TLevel;
+
+cv::Mat frameAt(const scenes::TSceneParams& first, cv::Point2d shiftPx) {
+  scenes::TSceneParams params = first;
+  params.geometry.seam.x += shiftPx.x / params.size.width;
+  params.geometry.seam.y += shiftPx.y / params.size.height;
+  return scenes::renderScene(params).image;
+}
+
+cv::Mat dark() {
+  return cv::Mat::zeros(scenario::kFrameSize, CV_8UC1);
+}
+
+class TrackerDefault : public testing::Test {
+protected:
+  const scenes::TSceneParams gap = scenes::randomScene(TJoint::buttGap, TLevel::clean, 3);
+  const cv::Mat frame = frameAt(gap, {});
+  const cv::Mat far = frameAt(gap, {120.0, 0.0});
+  const cv::Mat lower = frameAt(gap, {0.0, 150.0});
+
+  static TTrackerOptions traced() {
+    TTrackerOptions options;
+    options.withTrace = true;
+    return options;
+  }
+};
+
+// A frame as it must end.
+struct TStep {
+  const char* name;
+  cv::Mat image;
+  bool isFound;
+  bool isHeld;
+  TWeldOutcome outcome;
+  std::size_t attempts;
+};
+
+void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
+  for (const TStep& step : steps) {
+    EXPECT_EQ(tracker.track(step.image).isFound, step.isFound) << step.name;
+    EXPECT_EQ(tracker.isHeld(), step.isHeld) << step.name;
+    EXPECT_EQ(tracker.lastTrace().outcome, step.outcome) << step.name;
+    EXPECT_EQ(tracker.lastTrace().attempts.size(), step.attempts) << step.name;
+  }
+}
+
+TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  run(tracker, {{"first", frame, true, false, TWeldOutcome::found, 2},
+                {"tracked", frame, true, false, TWeldOutcome::found, 1},
+                {"dark", dark(), true, true, TWeldOutcome::held, 4},
+                {"no image", cv::Mat(), true, true, TWeldOutcome::held, 0},
+                {"dark", dark(), true, true, TWeldOutcome::held, 4},
+                {"dark for too long", dark(), false, false, TWeldOutcome::tooFewCandidates, 4},
+                {"dark", dark(), false, false, TWeldOutcome::tooFewCandidates, 2},
+                {"back", frame, true, false, TWeldOutcome::found, 2}});
+}
+
+TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  const TWeldLineRes before = tracker.track(frame);
+  EXPECT_EQ(tracker.track(far).weldPos, before.weldPos);
+  EXPECT_TRUE(tracker.isHeld());
+  EXPECT_EQ(tracker.lastTrace().sentence.find("repeats the seam at"), 0U) << tracker.lastTrace().sentence;
+  EXPECT_EQ(tracker.track(frame).weldPos, before.weldPos) << "one wrong frame leaves nothing behind";
+  EXPECT_FALSE(tracker.isHeld());
+
+  tracker.track(far);
+  tracker.track(dark());
+  tracker.track(far);
+  EXPECT_TRUE(tracker.isHeld()) << "in a row";
+  tracker.track(far);
+  const TWeldLineRes after = tracker.track(far);
+  EXPECT_TRUE(after.isFound);
+  EXPECT_FALSE(tracker.isHeld());
+  EXPECT_NEAR(after.weldPos.x, before.weldPos.x + 120.0F, 1.0F);
+}
+
+TEST_F(TrackerDefault, searchesTheWholeImageInTheFrameThatLosesTheSeam) {
+  for (const bool atOnce : {true, false}) {
+    TTrackerOptions options = traced();
+    options.maxJumpPx = 1000.0;
+    options.searchesWholeOnLoss = atOnce;
+    TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
+    tracker.track(frame);
+    tracker.track(lower);
+    EXPECT_EQ(tracker.isHeld(), !atOnce);
+    EXPECT_TRUE(tracker.track(lower).isFound);
+    EXPECT_FALSE(tracker.isHeld());
+  }
+}
+
+// The rules lose columns on the left for good, and stripes of 151 to 301 columns altogether.
+TEST_F(TrackerDefault, stripesGrowBackAndShortOnesStay) {
+  cv::Mat cut = frame.clone();
+  cut.colRange(0, 200).setTo(0);
+  cut.colRange(1100, cut.cols).setTo(0);
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap));
+  tracker.track(frame);
+  const std::size_t cutColumns = tracker.track(cut).stripePts.size();
+  TWeldLineRes grown;
+  for (int i = 0; i < 6; ++i) grown = tracker.track(frame);
+  EXPECT_GT(grown.stripePts.size(), cutColumns + 350U);
+
+  const int seamX = static_cast<int>(grown.weldPos.x);
+  cv::Mat shortStripe = dark();
+  const cv::Rect kept(seamX - 100, 0, 200, frame.rows);
+  frame(kept).copyTo(shortStripe(kept));
+  tracker.reset();
+  for (int i = 0; i < 6; ++i) {
+    const TWeldLineRes result = tracker.track(shortStripe);
+    EXPECT_TRUE(result.isFound && !tracker.isHeld()) << i;
+    EXPECT_NEAR(result.weldPos.x, grown.weldPos.x, 1.0F) << i;
+  }
+}
+
+// Faint, thin and blurred stripes: edge pairs find no stripe, or too little of it.
+TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
+  struct TRow {
+    const char* name;
+    std::function<void(scenes::TLook&)> paint;
+    bool needsRidges;
+  };
+  const TRow rows[] = {
+      {"crisp", [](scenes::TLook&) {}, false},
+      {"dim", [](scenes::TLook& look) { look.peak = look.rootPeak = 22.0; }, true},
+      {"thin", [](scenes::TLook& look) { look.fwhmPx = look.rootFwhmPx = 2.5; }, true},
+      {"soft", [](scenes::TLook& look) { look.fwhmPx = look.rootFwhmPx = 45.0, look.peak = look.rootPeak = 60.0; },
+       true},
+  };
+  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate}) {
+    for (const TRow& row : rows) {
+      const std::string where = std::string(scenario::nameOf(joint)) + ", " + row.name;
+      scenes::TSceneParams params = scenes::randomScene(joint, TLevel::clean, 8);
+      row.paint(params.look);
+      TWeldParams weldParams = scenes::weldParamsFor(joint);
+      weldParams.dPara1 = 5.0;  // the drop at the end of a dim piece is small
+      const scenes::TScene scene = scenes::renderScene(params);
+      TWeldTracker tracker(weldParams, traced());
+      for (int i = 0; i < 3; ++i) {
+        const TWeldLineRes result = tracker.track(scene.image);
+        ASSERT_TRUE(result.isFound) << where << ", frame " << i << ": " << tracker.lastTrace().sentence;
+        const cv::Point2d truth = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
+        EXPECT_NEAR(result.weldPos.x, truth.x, 3.0) << where;
+        EXPECT_NEAR(result.weldPos.y, truth.y, 3.0) << where;
+      }
+      bool hasAskedRidges = false;
+      for (const TTraceStage& stage : tracker.lastTrace().stages)
+        hasAskedRidges |= std::string(stage.name) == "ridge";
+      EXPECT_EQ(hasAskedRidges, row.needsRidges) << where;
+    }
+  }
+}
+
+TEST_F(TrackerDefault, anExceptionLeavesTheTrackerAsItWas) {
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  const TWeldLineRes before = tracker.track(frame);
+  const std::string sentence = tracker.lastTrace().sentence;
+  EXPECT_THROW(tracker.track(cv::Mat::zeros(480, 640, CV_32FC1)), cv::Exception);
+  EXPECT_FALSE(tracker.isHeld());
+  EXPECT_EQ(tracker.lastTrace().sentence, sentence);
+  EXPECT_EQ(tracker.track(frame).weldPos, before.weldPos);
+  EXPECT_EQ(tracker.lastTrace().attempts.size(), 1U) << "still tracking";
+}
+
+TEST_F(TrackerDefault, optionsOutOfRangeCountAsTheNearestValidOnes) {
+  TTrackerOptions options;
+  options.guideMarginPx = -5;
+  options.extraction = static_cast<TStripeExtraction>(-3);
+  options.maxJumpPx = -1.0;
+  options.acceptAfterFrames = -2;
+  options.holdFrames = -1;
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
+  for (const cv::Mat& image : {frame, far, frame}) {
+    EXPECT_TRUE(tracker.track(image).isFound);
+    EXPECT_FALSE(tracker.isHeld());
+  }
+}
+
+}  // namespace
