@@ -86,9 +86,10 @@ void runOnFrame(benchmark::State& state, const TFrame& frame, TWork work) {
 
 std::vector<cv::Point2f> extractWith(const weld::TEdgeKernels& kernels, const cv::Mat& image,
                                      const std::vector<cv::Rect>& regions) {
-  weld::TRegionScanner scanner(image, kThreshold, kernels);
+  weld::TStripeScratch scratch;
+  weld::TRegionScanner scanner(image, kThreshold, scratch, kernels);
   for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
-  return weld::reduceStripeCandidates(std::move(scanner.candidates)).centres;
+  return weld::reduceStripeCandidates(scanner.candidates, scratch).centres;
 }
 
 void addFrame(const std::string& name, cv::Size size) {

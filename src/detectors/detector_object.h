@@ -1,7 +1,7 @@
 // The object that a detector works on.
 #pragma once
 
-#include "support/scratch.h"
+#include "stripe/stripe_scratch.h"
 #include "support/trace.h"
 #include "zelWeldDetect.h"
 
@@ -34,7 +34,8 @@ struct TStripeMeasure {
 // status of its frame before it reads it.
 class TDetectorObject : public TBaseWeld {
 public:
-  TTrace trace;  // what the stages report to
+  TTrace trace;            // what the stages report to
+  TStripeScratch scratch;  // what they work in
   TStripeSearch search;
   TStripeMeasure stripe;  // set by the front end
 
@@ -42,8 +43,6 @@ public:
   using TBaseWeld::isWeldPosContinueMissingPts;
   using TBaseWeld::isWeldPosMissingPts;
   using TBaseWeld::setSamplinePointsStatus;
-
-  TScratch scratch;  // memory for the stages of a frame
 };
 
 }  // namespace weld

@@ -42,7 +42,7 @@ TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image, con
   const TTrace& trace = object.trace;
   object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::ridge;
   if (object.stripe.hasAskedRidges) return extractRidges(image, regions, trace);
-  TStripeCentres edgePairs = extractStripeCentres(image, regions, kEdgeThreshold, trace);
+  TStripeCentres edgePairs = extractStripeCentres(image, regions, kEdgeThreshold, object.scratch, trace);
   object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::automatic &&
                                  leavesStripeUnexplained(edgePairs, search.minColumns);
   if (!object.stripe.hasAskedRidges) return edgePairs;

@@ -59,18 +59,20 @@ float lineRow(float k, float b, int x) {
   return k * static_cast<float>(x) + b;
 }
 
-// Grey values along the line, in one row.
-cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b) {
-  cv::Mat pixels(1, range.count, image.type());
+// Pixels along the line, in one row whose memory is the list.
+cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b,
+                      std::vector<unsigned char>& memory) {
+  memory.resize(static_cast<std::size_t>(range.count) * image.elemSize());
+  cv::Mat pixels(1, range.count, image.type(), memory.data());
   for (int i = 0; i < range.count; ++i) {
     const int x = range.firstX + i * range.step;
     const int row = std::clamp(truncToInt(lineRow(k, b, x)), 0, image.rows - 1);
     std::memcpy(pixels.ptr(0, i), image.ptr(row, x), image.elemSize());
   }
-  return toGrey(pixels);
+  return pixels;
 }
 
-// The first of the largest drops from the mean before a sample to the mean after it.
+// The first of the largest drops from the mean before a sample to the mean after it, in grey levels.
 TDrop steepestDrop(const cv::Mat& profile) {
   TDrop best;
   const unsigned char* const greys = profile.ptr();
@@ -85,14 +87,16 @@ TDrop steepestDrop(const cv::Mat& profile) {
 }  // namespace
 
 cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point2f roughPos, float k, float b,
-                            const cv::Mat& image, double supportDistPx, double minDrop) {
-  const std::vector<cv::Point2f> support =
-      selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts);
+                            const cv::Mat& image, double supportDistPx, double minDrop, TScratch* scratch) {
+  const TLentList<cv::Point2f> support =
+      selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts, scratch);
   if (support.size() < kMinSupport) return kNoGroovePos;
   requireReadable(image);
   const TProfileRange range = profileRange(support, roughPos.x, image.cols);
   if (range.count < kMinSamples || image.rows == 0) return kNoGroovePos;
-  const TDrop drop = steepestDrop(sampleProfile(image, range, k, b));
+  TLentList<unsigned char> pixelMemory(scratch, 0);
+  TLentList<unsigned char> greyMemory(scratch, 0);
+  const TDrop drop = steepestDrop(toGrey(sampleProfile(image, range, k, b, pixelMemory), greyMemory));
   if (!(static_cast<double>(drop.grey) > minDrop)) return roughPos;
   const int x = range.firstX + drop.index * range.step;
   return {static_cast<float>(x), lineRow(k, b, x)};

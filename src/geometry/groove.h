@@ -1,6 +1,8 @@
 // Where the lit stripe ends along a line.
 #pragma once
 
+#include "support/scratch.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -13,6 +15,7 @@ inline const cv::Point2f kNoGroovePos{-1.0F, -1.0F};
 // minDrop: brightness drop, grey levels, that must be exceeded to move the position. The image must be 8-bit
 // grey, BGR or BGRA; anything else raises cv::Exception.
 cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point2f roughPos, float k, float b,
-                            const cv::Mat& image, double supportDistPx, double minDrop);
+                            const cv::Mat& image, double supportDistPx, double minDrop,
+                            TScratch* scratch = nullptr);
 
 }  // namespace weld

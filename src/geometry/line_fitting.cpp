@@ -23,12 +23,10 @@ double distanceTo(double k, double b, const TPoint& p) {
 }
 
 template <typename TPoint>
-std::vector<TPoint> selectNear(double k, double b, double distTolPx, const std::vector<TPoint>& points) {
-  std::vector<TPoint> inliers;
-  inliers.reserve(points.size());
+void appendNear(double k, double b, double distTolPx, const std::vector<TPoint>& points,
+                std::vector<TPoint>& inliers) {
   std::copy_if(points.begin(), points.end(), std::back_inserter(inliers),
                [&](const TPoint& p) { return distanceTo(k, b, p) < distTolPx; });
-  return inliers;
 }
 
 double ratioOf(const std::vector<cv::Point2f>& part, const std::vector<cv::Point2f>& whole) {
@@ -44,31 +42,36 @@ std::vector<cv::Point> roundPoints(const std::vector<cv::Point2f>& points, int s
 
 }  // namespace
 
-zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx) {
-  zelFit::TLineFitFactory factory;
+zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx, TScratch* scratch) {
+  zelFit::TLineFitFactory factory(scratch);
   factory.createFitType_robustLine(points, kRobustMethod, tolPx);
   return factory.result();
 }
 
-std::vector<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points) {
-  std::vector<cv::Point> truncated(points.size());
+TLentList<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  TLentList<cv::Point> truncated(scratch, points.size());
+  truncated.resize(points.size());
   std::transform(points.begin(), points.end(), truncated.begin(), truncPoint);
   return truncated;
 }
 
-std::vector<cv::Point2f> selectLineInliers(double k, double b, double distTolPx,
-                                           const std::vector<cv::Point2f>& points) {
-  return selectNear(k, b, distTolPx, points);
+TLentList<cv::Point2f> selectLineInliers(double k, double b, double distTolPx,
+                                         const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  TLentList<cv::Point2f> inliers(scratch, points.size());
+  appendNear(k, b, distTolPx, points, inliers);
+  return inliers;
 }
 
-std::vector<cv::Point> selectLineInliers(double k, double b, double distTolPx,
-                                         const std::vector<cv::Point>& points) {
-  return selectNear(k, b, distTolPx, points);
+TLentList<cv::Point> selectLineInliers(double k, double b, double distTolPx, const std::vector<cv::Point>& points,
+                                       TScratch* scratch) {
+  TLentList<cv::Point> inliers(scratch, points.size());
+  appendNear(k, b, distTolPx, points, inliers);
+  return inliers;
 }
 
-std::vector<cv::Point2f> selectLineOutliers(double k, double b, double distTolPx,
-                                            const std::vector<cv::Point2f>& points) {
-  std::vector<cv::Point2f> outliers;
+TLentList<cv::Point2f> selectLineOutliers(double k, double b, double distTolPx,
+                                          const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  TLentList<cv::Point2f> outliers(scratch, points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(outliers),
                [&](cv::Point2f p) { return distanceTo(k, b, p) > distTolPx; });
   return outliers;
@@ -81,11 +84,14 @@ double lineShare(double k, double b, double distTolPx, const std::vector<cv::Poi
   return static_cast<double>(near) / static_cast<double>(points.size());
 }
 
-std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points) {
-  if (points.size() < kThinFrom) return points;
+TLentList<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  TLentList<cv::Point2f> thinned(scratch, kMaxThinnedPoints + 1);
+  if (points.size() < kThinFrom) {
+    thinned.assign(points.begin(), points.end());
+    return thinned;
+  }
   const auto step = static_cast<float>(truncToInt(std::abs(points.front().x - points.back().x) / kThinParts));
-  std::vector<cv::Point2f> thinned{points.front()};
-  thinned.reserve(kMaxThinnedPoints + 1);
+  thinned.push_back(points.front());
   for (std::size_t i = 1; i < points.size() && thinned.size() <= kMaxThinnedPoints; ++i) {
     const auto lastX = static_cast<float>(truncToInt(thinned.back().x));
     if (std::abs(points[i].x - lastX) >= step) thinned.push_back(points[i]);
@@ -93,15 +99,22 @@ std::vector<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points) {
   return thinned;
 }
 
-zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx) {
+zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
   if (points.size() < kMinFitPoints) return {};
-  return fitRobust(toIntPoints(points), tolPx);
+  return fitRobust(toIntPoints(points, scratch), tolPx, scratch);
 }
 
-TLinePara fitLine(const std::vector<cv::Point2f>& points, double tolPx) {
-  const zelFit::TLineFitResult fit = fitStripePoints(points, tolPx);
-  if (!fit.success) return {0.0, 0.0, false, 0.0, points};
-  TLinePara line{fit.slope, fit.intercept, true, 0.0, selectLineInliers(fit.slope, fit.intercept, tolPx, points)};
+TLent<TLinePara> fitLine(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
+  const zelFit::TLineFitResult fit = fitStripePoints(points, tolPx, scratch);
+  TLent<TLinePara> line(scratch, points.size());
+  if (!fit.success) {
+    line.inlierPts.assign(points.begin(), points.end());
+    return line;
+  }
+  line.k = fit.slope;
+  line.b = fit.intercept;
+  line.isValid = true;
+  appendNear(line.k, line.b, tolPx, points, line.inlierPts);
   line.inlierRatio = ratioOf(line.inlierPts, points);
   return line;
 }
@@ -122,19 +135,19 @@ TLinePara fitLineRange(const std::vector<cv::Point2f>& points, int startIdx, int
   return line;
 }
 
-TLinePara fitLineRansac(double angleFromDeg, double angleToDeg, double distTolPx, double minFitRatio,
-                        const std::vector<cv::Point2f>& points) {
-  TLinePara line;
-  if (points.size() < kMinFitPoints) return line;
+TLent<TLinePara> fitLineRansac(double angleFromDeg, double angleToDeg, double distTolPx, double minFitRatio,
+                               const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  if (points.size() < kMinFitPoints) return {};
   const double angleCentre = (angleFromDeg + angleToDeg) / 2.0;
   const double angleHalfRange = std::abs(angleCentre - angleFromDeg);
-  zelFit::TLineFitFactory factory;
-  factory.createFitType_ransacLine(toIntPoints(thinPointsByX(points)), angleCentre, distTolPx, kRansacFactor,
-                                   angleHalfRange, true);
+  zelFit::TLineFitFactory factory(scratch);
+  factory.createFitType_ransacLine(toIntPoints(thinPointsByX(points, scratch), scratch), angleCentre, distTolPx,
+                                   kRansacFactor, angleHalfRange, true);
+  TLent<TLinePara> line(scratch, points.size());
   line.k = factory.result().slope;
   line.b = factory.result().intercept;
   if (!factory.result().success) return line;
-  line.inlierPts = selectLineInliers(line.k, line.b, distTolPx, points);
+  appendNear(line.k, line.b, distTolPx, points, line.inlierPts);
   line.inlierRatio = ratioOf(line.inlierPts, points);
   // Deliberate: a line with too small a share is still returned, only marked invalid.
   line.isValid = !(minFitRatio > line.inlierRatio);

@@ -30,10 +30,10 @@ void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
 
 }  // namespace
 
-TStripePiece fitPiece(std::vector<cv::Point2f> points, float fitTolPx) {
-  TStripePiece piece;
-  piece.pts = std::move(points);
-  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx));
+TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
+  TLent<TStripePiece> piece(scratch, 0);
+  piece.pts.swap(points);
+  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx), scratch);
   if (!fit.success) return piece;
   measureResiduals(fit.slope, fit.intercept, fitTolPx, piece);
   piece.k = static_cast<float>(fit.slope);
@@ -56,13 +56,19 @@ double pieceAngleDeg(const TStripePiece& piece) {
   return static_cast<double>(angle) * kDegPerRad;
 }
 
-std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first,
-                                    const std::vector<cv::Point2f>& second) {
-  std::vector<cv::Point2f> joined;
-  joined.reserve(first.size() + second.size());
+TLentList<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second,
+                                  TScratch* scratch) {
+  TLentList<cv::Point2f> joined(scratch, first.size() + second.size());
   joined.insert(joined.end(), first.begin(), first.end());
   joined.insert(joined.end(), second.begin(), second.end());
   return joined;
+}
+
+void removePiece(std::vector<TStripePiece>& pieces, std::size_t index, TScratch* scratch) {
+  const auto removed = pieces.begin() + static_cast<std::ptrdiff_t>(index);
+  std::rotate(removed, removed + 1, pieces.end());
+  if (scratch != nullptr) scratch->give(pieces.back());
+  pieces.pop_back();
 }
 
 }  // namespace weld

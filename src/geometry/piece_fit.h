@@ -3,6 +3,8 @@
 
 #include "zelWeldDetect.h"
 
+#include "support/scratch.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -13,7 +15,7 @@ inline constexpr float kPieceFitTolPx = 3.0F;  // distance tolerance of every pi
 
 // A piece through the points: robust line, inliers within fitTolPx, residuals, ends rounded to whole pixels.
 // Fewer than 10 points, or no line: a piece that holds the points and nothing else.
-TStripePiece fitPiece(std::vector<cv::Point2f> points, float fitTolPx);
+TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch = nullptr);
 
 // Distance between the two ends of a piece, px.
 double pieceLength(const TStripePiece& piece);
@@ -22,6 +24,10 @@ double pieceLength(const TStripePiece& piece);
 double pieceAngleDeg(const TStripePiece& piece);
 
 // The points of one piece followed by those of the other.
-std::vector<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second);
+TLentList<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second,
+                                  TScratch* scratch = nullptr);
+
+// Removes a piece from the list; its memory goes back.
+void removePiece(std::vector<TStripePiece>& pieces, std::size_t index, TScratch* scratch);
 
 }  // namespace weld

@@ -3,6 +3,7 @@
 
 #include "zelWeldDetect.h"
 
+#include "support/scratch.h"
 #include "support/trace.h"
 
 #include <opencv2/core.hpp>
@@ -21,11 +22,12 @@ struct TMergeLimits {
 inline constexpr float kPolygonEpsilonPx = 3.0F;
 
 // See TBaseWeld::segmentStripe.
-std::vector<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
-                                        float polyEpsilonPx = kPolygonEpsilonPx, const TTrace& trace = {});
+TLentList<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
+                                      float polyEpsilonPx = kPolygonEpsilonPx, const TTrace& trace = {},
+                                      TScratch* scratch = nullptr);
 
 // The two pieces as one, fitted anew; false leaves `merged` alone. A joint fit that fails still merges.
 bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,
-                    const TMergeLimits& limits);
+                    const TMergeLimits& limits, TScratch* scratch = nullptr);
 
 }  // namespace weld

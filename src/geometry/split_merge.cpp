@@ -2,6 +2,7 @@
 
 #include "geometry/line_fitting.h"
 #include "geometry/piece_fit.h"
+#include "geometry/polygon.h"
 #include "geometry/stripe_smoothing.h"
 #include "support/line_math.h"
 

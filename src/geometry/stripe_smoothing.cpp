@@ -1,7 +1,5 @@
 #include "geometry/stripe_smoothing.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -24,10 +22,10 @@ bool isUsable(cv::Point2f p) {
 
 }  // namespace
 
-std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor) {
-  if (points.size() < 2) return points;
-  std::vector<cv::Point2f> kept;
-  kept.reserve(points.size());
+TLentList<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor,
+                                      TScratch* scratch) {
+  TLentList<cv::Point2f> kept(scratch, points.size());
+  if (points.empty()) return kept;
   kept.push_back(points.front());
   for (std::size_t i = 1; i < points.size(); ++i) {
     const cv::Point2f step = points[i] - points[i - 1];
@@ -37,11 +35,11 @@ std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, 
 }
 
 // Deliberate: the window reaches three points back but only two ahead.
-std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points) {
+TLentList<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points, TScratch* scratch) {
   const std::size_t count = points.size();
-  if (count < kMinSmoothed) return points;
-  if (count < kMinAveraged) return {};
-  std::vector<cv::Point2f> smoothed = points;
+  if (count >= kMinSmoothed && count < kMinAveraged) return {};
+  TLentList<cv::Point2f> smoothed(scratch, count);
+  smoothed.assign(points.begin(), points.end());
   for (std::size_t i = kWindowBefore; i + kWindowAfter < count; ++i) {
     cv::Point2f sum;
     for (std::size_t j = i - kWindowBefore; j <= i + kWindowAfter; ++j) sum += points[j];
@@ -50,27 +48,21 @@ std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points) {
   return smoothed;
 }
 
-std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace) {
+TLentList<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace,
+                                   TScratch* scratch) {
   if (!std::all_of(points.begin(), points.end(), isUsable)) return {};
-  const std::vector<cv::Point2f> kept = dropSteepJumps(points, kJumpSlopeFactor);
+  const TLentList<cv::Point2f> kept = dropSteepJumps(points, kJumpSlopeFactor, scratch);
   trace.addFilter("steep jumps", points.size(), kept.size());
-  std::vector<cv::Point2f> smoothed = smoothStripe(kept);
+  TLentList<cv::Point2f> smoothed = smoothStripe(kept, scratch);
   trace.addFilter("smoothing", kept.size(), smoothed.size());
   return smoothed;
 }
 
-std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx) {
-  std::vector<cv::Point> vertices;
-  if (points.empty()) return vertices;
-  cv::approxPolyDP(points, vertices, epsilonPx, false);
-  return vertices;
-}
-
-std::vector<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX) {
+TLentList<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX,
+                                     TScratch* scratch) {
   const auto from = static_cast<float>(fromX);
   const auto to = static_cast<float>(toX);
-  std::vector<cv::Point2f> between;
-  between.reserve(points.size());
+  TLentList<cv::Point2f> between(scratch, points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(between),
                [&](cv::Point2f p) { return from < p.x && p.x < to; });
   return between;

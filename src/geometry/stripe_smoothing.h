@@ -1,6 +1,7 @@
 // Cleaning of the ordered stripe points before they are cut into pieces.
 #pragma once
 
+#include "support/scratch.h"
 #include "support/trace.h"
 
 #include <opencv2/core.hpp>
@@ -11,20 +12,19 @@ namespace weld {
 
 // Keeps the first point and every point whose rise against its predecessor in the input is below
 // slopeFactor * its step in x. Fewer than 2 points stay as they are.
-std::vector<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor);
+TLentList<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor,
+                                      TScratch* scratch = nullptr);
 
 // Averages x and y over the six points i - 3 .. i + 2; the first 3 and the last 2 points stay. Fewer than 4 points
 // stay as they are, 4 to 6 points come out empty.
-std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
+TLentList<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points, TScratch* scratch = nullptr);
 
 // The stripe as it gets cut: without steep jumps, smoothed. Empty when a point is not finite or absurdly far away.
-std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace = {});
-
-// Vertices of an open polygon within epsilonPx of the points (Douglas and Peucker 1973), rounded to the nearest
-// pixel. The points must be finite: the approximation would not end on others. Empty when there is no point.
-std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx);
+TLentList<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace = {},
+                                   TScratch* scratch = nullptr);
 
 // The points with fromX < x < toX, in order.
-std::vector<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX);
+TLentList<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX,
+                                     TScratch* scratch = nullptr);
 
 }  // namespace weld

@@ -123,7 +123,7 @@ bool isJump(cv::Point2f from, cv::Point2f to) {
 
 }  // namespace
 
-std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres) {
+TLentList<cv::Point2f> dropShortPieces(TLentList<cv::Point2f> centres) {
   const int count = static_cast<int>(centres.size());
   if (count < kMinColumns) return centres;
 
@@ -147,7 +147,8 @@ std::vector<cv::Point2f> dropShortPieces(std::vector<cv::Point2f> centres) {
   return centres;
 }
 
-TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates, const TTrace& trace) {
+TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate>& candidates, TStripeScratch& scratch,
+                                      const TTrace& trace) {
   sortByColumn(candidates);
   if (!hasEnoughColumns(candidates, trace, kEnoughCandidates)) return {};
 
@@ -157,7 +158,7 @@ TReducedStripe reduceStripeCandidates(std::vector<TStripeCandidate> candidates, 
   keepWidths(candidates, band, trace);
   if (!hasEnoughColumns(candidates, trace, kEnoughWidths)) return {{}, static_cast<double>(modalWidthPx)};
 
-  std::vector<cv::Point2f> runs = selectStripeRuns(candidates);
+  TLentList<cv::Point2f> runs = selectStripeRuns(candidates, scratch);
   reportUnchosen(candidates, runs, trace);
   const std::size_t before = runs.size();
   TReducedStripe stripe{dropShortPieces(std::move(runs)), static_cast<double>(modalWidthPx)};

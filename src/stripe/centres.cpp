@@ -19,13 +19,13 @@ int roundThreshold(float threshold) {
 }  // namespace
 
 TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold,
-                                    const TTrace& trace) {
+                                    TStripeScratch& scratch, const TTrace& trace) {
   if (image.empty() || regions.empty()) return {};
   requireReadable(image);
 
-  TRegionScanner scanner(image, roundThreshold(threshold));
+  TRegionScanner scanner(image, roundThreshold(threshold), scratch);
   for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
-  TReducedStripe stripe = reduceStripeCandidates(std::move(scanner.candidates), trace);
+  TReducedStripe stripe = reduceStripeCandidates(scanner.candidates, scratch, trace);
   return {std::move(stripe.centres), stripe.modalWidthPx, std::move(scanner.status)};
 }
 

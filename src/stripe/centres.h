@@ -1,6 +1,7 @@
 // Stripe centres from pairs of rising and falling grey-level edges, one per image column.
 #pragma once
 
+#include "stripe/stripe_scratch.h"
 #include "support/trace.h"
 #include "zelWeldDetect.h"
 
@@ -11,9 +12,9 @@
 namespace weld {
 
 struct TStripeCentres {
-  std::vector<cv::Point2f> points;       // one per column, left to right
-  double modalWidthPx = 0.0;             // most frequent stripe width; 0 with fewer than 10 columns
-  std::vector<TWeldPointStatus> status;  // one per scanned column, in region order
+  TLentList<cv::Point2f> points;       // one per column, left to right
+  double modalWidthPx = 0.0;           // most frequent stripe width; 0 with fewer than 10 columns
+  TLentList<TWeldPointStatus> status;  // one per scanned column, in region order
 };
 
 // Centres of the stripe inside the regions.
@@ -22,6 +23,6 @@ struct TStripeCentres {
 //   exceed.
 // An empty image or no regions gives an empty result.
 TStripeCentres extractStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold,
-                                    const TTrace& trace = {});
+                                    TStripeScratch& scratch, const TTrace& trace = {});
 
 }  // namespace weld

@@ -86,15 +86,15 @@ void findBreaksInAnyOrder(const std::vector<cv::Point>& guide, int columns, int 
 
 }  // namespace
 
-std::vector<TGuideBreak> findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx) {
-  std::vector<TGuideBreak> breaks;
+void findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
+                     std::vector<TGuideBreak>& breaks) {
+  breaks.clear();
   breaks.reserve(static_cast<std::size_t>(columns / maxStretchPx) + 1);
   if (std::is_sorted(guide.begin(), guide.end(), isLeftOf)) {
     findBreaksInOrder(guide, maxStretchPx, breaks);
   } else {
     findBreaksInAnyOrder(guide, columns, maxStretchPx, breaks);
   }
-  return breaks;
 }
 
 }  // namespace weld

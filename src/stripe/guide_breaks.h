@@ -16,7 +16,9 @@ struct TGuideBreak {
 // The breaks of a guide, left to right: its leftmost point, and every point farther than maxStretchPx right of the
 // last break. Of several points in a break's column, the one that plain exchanges would bring to the front: for
 // every point i and every later one j, swap them when j lies left of i.
-//   guide  at least one point, any order, all with 0 <= x < columns.
-std::vector<TGuideBreak> findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx);
+//   guide   at least one point, any order, all with 0 <= x < columns.
+//   breaks  receives them and nothing else.
+void findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
+                     std::vector<TGuideBreak>& breaks);
 
 }  // namespace weld

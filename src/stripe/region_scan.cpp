@@ -31,12 +31,26 @@ cv::Mat padToStrip(const cv::Mat& image) {
   return padded;
 }
 
+// Never smaller than before: AutoBuffer::allocate forgets what it had room for.
+template <typename TBuffer>
+auto* growTo(TBuffer& buffer, std::size_t size) {
+  if (buffer.size() < size) buffer.allocate(size);
+  return buffer.data();
+}
+
 }  // namespace
 
-TRegionScanner::TRegionScanner(const cv::Mat& frame, int edgeThreshold, const TEdgeKernels& edgeKernels)
-    : image(padToStrip(frame)), imageSize(frame.size()), threshold(edgeThreshold), kernels(edgeKernels) {
+TRegionScanner::TRegionScanner(const cv::Mat& frame, int edgeThreshold, TStripeScratch& scratch,
+                               const TEdgeKernels& edgeKernels)
+    : candidates(scratch.candidates),
+      status(&scratch, static_cast<std::size_t>(frame.cols)),
+      image(padToStrip(frame)),
+      imageSize(frame.size()),
+      threshold(edgeThreshold),
+      memory(scratch),
+      kernels(edgeKernels) {
+  candidates.clear();
   candidates.reserve(2 * static_cast<std::size_t>(frame.cols));  // leaves room for spatter
-  status.reserve(frame.cols);
 }
 
 void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
@@ -47,18 +61,19 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const int right = std::min(scanned.x + kStripColumns * strips, image.cols);
   const int left = std::min(scanned.x, right - kStripColumns);
   const int lastStrip = right - kStripColumns - scanned.x;
-  const cv::Mat grey = toGrey(image(cv::Rect(left, scanned.y, right - left, scanned.height)));
+  const cv::Mat grey = toGrey(image(cv::Rect(left, scanned.y, right - left, scanned.height)), memory.grey);
   const unsigned char* const pixels = grey.ptr(0, scanned.x - left);
   const TScanArea area{pixels, grey.step, scanned.height, strips, lastStrip, threshold};
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
-  marks.allocate(static_cast<std::size_t>(strips) * words);
-  std::fill_n(marks.data(), marks.size(), 0);
-  edgeRows.allocate(static_cast<std::size_t>(scanned.height));
-  kernels.markBlocks(area, marks.data(), words);
+  const std::size_t markCount = static_cast<std::size_t>(strips) * words;
+  std::uint64_t* const marks = growTo(memory.marks, markCount);
+  std::fill_n(marks, markCount, 0);
+  TEdgeRow* const edgeRows = growTo(memory.edgeRows, static_cast<std::size_t>(scanned.height));
+  kernels.markBlocks(area, marks, words);
 
   for (int strip = 0; strip < strips; ++strip) {
     TStripPairs pairs;
-    kernels.pairStripeEdges(area, strip, marks.data() + strip * words, words, edgeRows.data(), pairs);
+    kernels.pairStripeEdges(area, strip, marks + strip * words, words, edgeRows, pairs);
     const int first = scanned.x + strip * kStripColumns;
     appendColumns(scanned, first, strip + 1 < strips ? 0 : first - (scanned.x + lastStrip), pairs);
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/edge_kernels.h"
+#include "stripe/stripe_scratch.h"
 #include "support/column_status.h"
 #include "zelWeldDetect.h"
 
@@ -11,12 +12,6 @@
 
 namespace weld {
 
-// A pair of edges. Whole image pixels.
-struct TStripeCandidate {
-  int x = 0;
-  int y = 0;  // grey-weighted centre between the edges
-  int widthPx = 0;
-};
 
 // Scans regions of one image and gathers what it finds: the candidates column by column from left to right,
 // and one status for every column.
@@ -25,14 +20,16 @@ public:
   //   frame      8-bit grey, BGR or BGRA; in colour the regions are converted.
   //   threshold  grey level that an edge pixel must reach, and mean step per row that an edge must exceed;
   //              -1 .. 255.
-  TRegionScanner(const cv::Mat& frame, int threshold, const TEdgeKernels& kernels = chooseEdgeKernels());
+  //   scratch    working memory; belongs to the scanner as long as it lives.
+  TRegionScanner(const cv::Mat& frame, int threshold, TStripeScratch& scratch,
+                 const TEdgeKernels& kernels = chooseEdgeKernels());
 
   // A region with negative x or y or less than two columns inside the image adds nothing; what lies beyond
   // the right and lower border is left out.
   void scanStripeRegion(const cv::Rect& region);
 
-  std::vector<TStripeCandidate> candidates;
-  std::vector<TWeldPointStatus> status;
+  std::vector<TStripeCandidate>& candidates;  // those of the scratch memory
+  TLentList<TWeldPointStatus> status;
 
 private:
   void appendColumns(const cv::Rect& region, int first, int lane, const TStripPairs& pairs);
@@ -40,10 +37,8 @@ private:
   cv::Mat image;  // at least as wide as a strip
   cv::Size imageSize;
   int threshold;
+  TStripeScratch& memory;
   const TEdgeKernels& kernels;
-  // Of fixed size, and so on the stack, for the bands of a tracked stripe.
-  cv::AutoBuffer<std::uint64_t, 512> marks;
-  cv::AutoBuffer<TEdgeRow, 256> edgeRows;
 };
 
 }  // namespace weld

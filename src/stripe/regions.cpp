@@ -50,16 +50,21 @@ cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask) {
   return masked;
 }
 
-std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx) {
+TLentList<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx,
+                                       TStripeScratch* scratch) {
   if (imageSize.empty()) return {};
-  if (!canGuide(guide, imageSize)) return {cv::Rect({0, 0}, imageSize)};
+  TLentList<cv::Rect> regions(scratch, static_cast<std::size_t>(imageSize.width / kMaxStretchPx + 1));
+  if (!canGuide(guide, imageSize)) {
+    regions.push_back(cv::Rect({0, 0}, imageSize));
+    return regions;
+  }
 
   // Deliberate: one break alone gives no regions, so a very short previous stripe finds nothing.
-  std::vector<TGuideBreak> breaks = findGuideBreaks(guide, imageSize.width, kMaxStretchPx);
+  std::vector<TGuideBreak> newBreaks;
+  std::vector<TGuideBreak>& breaks = scratch != nullptr ? scratch->breaks : newBreaks;
+  findGuideBreaks(guide, imageSize.width, kMaxStretchPx, breaks);
   // Deliberate: a single region ends at its break's own column, the last of several at the right border.
   if (breaks.size() > 2) breaks.back().point.x = imageSize.width - 1;
-  std::vector<cv::Rect> regions;
-  regions.reserve(breaks.size() - 1);
   for (std::size_t i = 1; i < breaks.size(); ++i) {
     regions.push_back(stretchRegion(breaks[i - 1], breaks[i], imageSize, bandPx));
   }

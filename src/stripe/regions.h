@@ -2,6 +2,8 @@
 // when tracking.
 #pragma once
 
+#include "stripe/stripe_scratch.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -16,6 +18,7 @@ cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask);
 //   bandPx  half height of the band around the guide; 1.5 times as much where the guide is sparse.
 // Fewer than 10 guide points, or any outside the image: one region, the whole image. A guide that spans
 // 150 px or less in x: no regions. A region may be the empty rectangle. An empty image: no regions.
-std::vector<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx);
+TLentList<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx,
+                                       TStripeScratch* scratch = nullptr);
 
 }  // namespace weld

@@ -18,13 +18,6 @@ int columnsOf(std::int64_t score) {
   return static_cast<int>((score + kColumnScore - 1) / kColumnScore);
 }
 
-// The best run that ends at a candidate.
-struct TRun {
-  std::int64_t score = kColumnScore;
-  int previous = -1;  // candidate in the column before, -1 where the run begins
-  bool isChosen = false;
-};
-
 bool isSameColumn(const TStripeCandidate& a, const TStripeCandidate& b) {
   return a.x == b.x;
 }
@@ -34,10 +27,9 @@ cv::Point2f centreOf(const TStripeCandidate& candidate) {
 }
 
 // The first candidate of every column that has any, and the end of the last one.
-std::vector<int> columnBegins(const std::vector<TStripeCandidate>& candidates) {
+TLentList<int> columnBegins(const std::vector<TStripeCandidate>& candidates, TScratch& scratch) {
   const int count = static_cast<int>(candidates.size());
-  std::vector<int> begin;
-  begin.reserve(count + 1);
+  TLentList<int> begin(&scratch, candidates.size() + 1);
   for (int i = 0; i < count; ++i) {
     if (i == 0 || !isSameColumn(candidates[i - 1], candidates[i])) begin.push_back(i);
   }
@@ -48,8 +40,11 @@ std::vector<int> columnBegins(const std::vector<TStripeCandidate>& candidates) {
 // Column c, counted over the columns that have any, owns the candidates begin[c] .. begin[c + 1] - 1.
 class TRunSelector {
 public:
-  TRunSelector(const std::vector<TStripeCandidate>& columnCandidates, const std::vector<int>& columnBegin)
-      : candidates(columnCandidates.data()), begin(columnBegin.data()), runs(columnCandidates.size()) {}
+  TRunSelector(const std::vector<TStripeCandidate>& columnCandidates, const std::vector<int>& columnBegin,
+               std::vector<TStripeRun>& runMemory)
+      : candidates(columnCandidates.data()), begin(columnBegin.data()), runs(runMemory) {
+    runs.assign(columnCandidates.size(), {});
+  }
 
   // Chooses the candidates of the runs inside the columns 0 .. end - 1.
   void choose(int end) {
@@ -57,11 +52,12 @@ public:
     chooseAmong(0, end);
   }
 
-  std::vector<cv::Point2f> centres() const {
-    std::vector<cv::Point2f> points(chosen);
+  TLentList<cv::Point2f> centres(TScratch& scratch) const {
+    TLentList<cv::Point2f> points(&scratch, chosen);
+    points.resize(chosen);
     auto point = points.begin();
     const TStripeCandidate* candidate = candidates;
-    for (const TRun& run : runs) {
+    for (const TStripeRun& run : runs) {
       if (run.isChosen) *point++ = centreOf(*candidate);
       ++candidate;
     }
@@ -146,13 +142,14 @@ private:
 
   const TStripeCandidate* candidates;
   const int* begin;
-  std::vector<TRun> runs;  // one per candidate
+  std::vector<TStripeRun>& runs;  // one per candidate
   std::size_t chosen = 0;
 };
 
 // The usual case of one candidate per column, in which runs end only at steps that are too large.
-std::vector<cv::Point2f> selectSingleRuns(const std::vector<TStripeCandidate>& candidates) {
-  std::vector<cv::Point2f> points(candidates.size());
+TLentList<cv::Point2f> selectSingleRuns(const std::vector<TStripeCandidate>& candidates, TScratch& scratch) {
+  TLentList<cv::Point2f> points(&scratch, candidates.size());
+  points.resize(candidates.size());
   const auto isStep = [](const TStripeCandidate& a, const TStripeCandidate& b) {
     return std::abs(b.y - a.y) >= kMaxStepPx;
   };
@@ -169,14 +166,14 @@ std::vector<cv::Point2f> selectSingleRuns(const std::vector<TStripeCandidate>& c
 
 }  // namespace
 
-std::vector<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates) {
+TLentList<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates, TStripeScratch& scratch) {
   const bool isSingle = std::adjacent_find(candidates.begin(), candidates.end(), isSameColumn) == candidates.end();
-  if (isSingle) return selectSingleRuns(candidates);
+  if (isSingle) return selectSingleRuns(candidates, scratch);
 
-  const std::vector<int> begin = columnBegins(candidates);
-  TRunSelector selector(candidates, begin);
+  const TLentList<int> begin = columnBegins(candidates, scratch);
+  TRunSelector selector(candidates, begin, scratch.runs);
   selector.choose(static_cast<int>(begin.size()) - 1);
-  return selector.centres();
+  return selector.centres(scratch);
 }
 
 }  // namespace weld

@@ -13,6 +13,6 @@ namespace weld {
 // without a candidate do not count. The longest run of all, the smoothest one among equally long ones (smallest
 // sum of squared steps; then the leftmost, then the uppermost), is the stripe. The columns on either side of it
 // are treated in the same way. Runs of 30 columns or less are dropped.
-std::vector<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates);
+TLentList<cv::Point2f> selectStripeRuns(const std::vector<TStripeCandidate>& candidates, TStripeScratch& scratch);
 
 }  // namespace weld

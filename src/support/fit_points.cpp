@@ -38,13 +38,13 @@ TExtent measureNear(const std::vector<cv::Point>& points) {
 
 }  // namespace
 
-TFitPoints::TFitPoints(const std::vector<cv::Point>& points) {
+TFitPoints::TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch) {
   const TExtent extent = measureNear(points);
   if (extent.left >= extent.right) return;
   centreX = 0.5 * (extent.left + extent.right);
   centreY = 0.5 * (extent.top + extent.bottom);
   scaleX = 0.5 * (extent.right - extent.left);
-  resize(extent.count);
+  resize(extent.count, scratch);
   const auto middleX = static_cast<float>(centreX);
   const auto middleY = static_cast<float>(centreY);
   const float factor = perScale();
@@ -55,25 +55,26 @@ TFitPoints::TFitPoints(const std::vector<cv::Point>& points) {
   }
 }
 
-TFitPoints TFitPoints::subsample(int maxCount) const {
-  if (pointCount <= maxCount) return *this;
+TFitPoints TFitPoints::subsample(int maxCount, weld::TScratch* scratch) const {
+  const int count = std::min(maxCount, pointCount);
   TFitPoints part;
   part.centreX = centreX;
   part.centreY = centreY;
   part.scaleX = scaleX;
-  part.resize(maxCount);
-  for (int i = 0; i < maxCount; ++i) {
-    const auto from = static_cast<std::int64_t>(i) * (pointCount - 1) / (maxCount - 1);
+  part.resize(count, scratch);
+  for (int i = 0; i < count; ++i) {
+    const auto from = static_cast<std::int64_t>(i) * (pointCount - 1) / (count - 1);
     part.set(i, x()[from], y()[from]);
   }
   return part;
 }
 
 // The points are for `set` to fill.
-void TFitPoints::resize(int count) {
+void TFitPoints::resize(int count, weld::TScratch* scratch) {
   pointCount = count;
   const auto padded = static_cast<std::size_t>(stride(count));
-  coordinates.allocate(2 * padded);
+  coordinates = weld::TLentList<float>(scratch, 2 * padded);
+  coordinates.resize(2 * padded);
   float* const xs = coordinates.data();
   std::fill(xs + count, xs + padded, 0.0F);
   std::fill(xs + padded + count, xs + 2 * padded, kPaddingY);

@@ -2,6 +2,8 @@
 // to whole vectors of four. Single precision is enough because the fits only compute corrections to a line.
 #pragma once
 
+#include "support/scratch.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -20,7 +22,7 @@ public:
 
   // Leaves out points more than 65536 px from the origin, which no image holds. Empty when the others have fewer
   // than two distinct columns.
-  explicit TFitPoints(const std::vector<cv::Point>& points);
+  TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch);
 
   bool isEmpty() const { return pointCount == 0; }
   int count() const { return pointCount; }
@@ -40,19 +42,17 @@ public:
   }
 
   // Every n-th point so that at most maxCount remain, in the same scale.
-  TFitPoints subsample(int maxCount) const;
+  TFitPoints subsample(int maxCount, weld::TScratch* scratch) const;
 
 private:
-  static constexpr int kInlinePoints = 128;  // fewer need no heap memory
-
   TFitPoints() = default;
-  void resize(int count);
+  void resize(int count, weld::TScratch* scratch);
   void set(int index, float x, float y);
 
   // Room for a vector that begins at the last point.
   static int stride(int count) { return count + kLanes - 1; }
 
-  cv::AutoBuffer<float, 2 * kInlinePoints> coordinates;  // all x, then all y
+  weld::TLentList<float> coordinates;  // all x, then all y
   int pointCount = 0;
   double centreX = 0.0;
   double centreY = 0.0;

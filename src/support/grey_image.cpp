@@ -4,13 +4,32 @@
 
 namespace weld {
 
-cv::Mat toGrey(const cv::Mat& image) {
-  const int channels = image.channels();
-  if (channels != 3 && channels != 4) return image;
+namespace {
+
+bool isColour(const cv::Mat& image) {
+  return image.channels() == 3 || image.channels() == 4;
+}
+
+void convertToGrey(const cv::Mat& image, cv::Mat& grey) {
   // cv::cvtColor takes more dimensions than two without complaint and reads the wrong pixels.
   CV_Assert(image.dims == 2);
+  cv::cvtColor(image, grey, image.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
+}
+
+}  // namespace
+
+cv::Mat toGrey(const cv::Mat& image) {
+  if (!isColour(image)) return image;
   cv::Mat grey;
-  cv::cvtColor(image, grey, channels == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
+  convertToGrey(image, grey);
+  return grey;
+}
+
+cv::Mat toGrey(const cv::Mat& image, std::vector<unsigned char>& memory) {
+  if (!isColour(image)) return image;
+  memory.resize(image.total() * image.elemSize1());
+  cv::Mat grey(image.rows, image.cols, image.depth(), memory.data());
+  convertToGrey(image, grey);
   return grey;
 }
 

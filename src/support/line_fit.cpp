@@ -61,10 +61,10 @@ bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& poi
                                                double scalePx) {
   fit = {};
   const std::optional<double> scale = usableTolerance(scalePx);
-  const TFitPoints scaled(points);
+  const TFitPoints scaled(points, memory);
   if (!scale || scaled.isEmpty()) return false;
   const TSlopeInterval any = TSlopeInterval::all();
-  const TFitPoints sample = scaled.subsample(kRobustSample);
+  const TFitPoints sample = scaled.subsample(kRobustSample, memory);
   const std::optional<TScaledLine> start = findConsensusLine(sample, sample, *scale, any);
   if (!start) return false;
   const TScaledLine line = reweight(scaled, *start, kFirstCutOff * *scale, kLastCutOff * *scale, any);
@@ -80,11 +80,11 @@ bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& poi
   fit = {};
   const std::optional<double> tol = usableTolerance(distTolerancePx);
   const std::optional<TSlopeInterval> interval = TSlopeInterval::around(angleCentreDeg, angleHalfRangeDeg);
-  const TFitPoints scaled(points);
+  const TFitPoints scaled(points, memory);
   if (!tol || !interval || scaled.isEmpty()) return false;
-  const TFitPoints sample = scaled.subsample(kConsensusSample);
+  const TFitPoints sample = scaled.subsample(kConsensusSample, memory);
   const std::optional<TScaledLine> start =
-      findConsensusLine(sample, scaled.subsample(kMaxScored), *tol, *interval);
+      findConsensusLine(sample, scaled.subsample(kMaxScored, memory), *tol, *interval);
   if (!start) return false;
   fit = resultOf(scaled, reweight(scaled, *start, *tol, *tol, *interval), *interval);
   return true;

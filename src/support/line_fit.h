@@ -1,6 +1,8 @@
 // Line fits over integer points.
 #pragma once
 
+#include "support/scratch.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -19,6 +21,9 @@ struct TLineFitResult {
 // Each operation returns whether it succeeded; without success the result is all zero.
 class TLineFitFactory {
 public:
+  // scratch: where the working memory comes from; new without.
+  explicit TLineFitFactory(weld::TScratch* scratch = nullptr) : memory(scratch) {}
+
   // The line of the flank that holds most points; a second flank with up to 40 % of the points does not bend it.
   // The best line through two points of a subsample is refined by Tukey's reweighted least squares on all points.
   //
@@ -45,6 +50,7 @@ public:
   const TLineFitResult& result() const { return fit; }
 
 private:
+  weld::TScratch* memory;
   TLineFitResult fit;
 };
 

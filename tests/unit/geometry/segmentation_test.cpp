@@ -1,6 +1,7 @@
 #include "geometry/segmentation.h"
 
 #include "geometry/piece_fit.h"
+#include "geometry/polygon.h"
 #include "geometry/stripe_smoothing.h"
 #include "scenes/random.h"
 #include "support/painted_frame.h"

@@ -28,8 +28,14 @@ std::function<int(int)> level(int y) {
   return [y](int) { return y; };
 }
 
+TStripeScratch scratch;
+
+TReducedStripe reduce(TCandidates candidates) {
+  return reduceStripeCandidates(candidates, scratch);
+}
+
 std::vector<cv::Point2f> centresOf(const TCandidates& candidates) {
-  return reduceStripeCandidates(candidates).centres;
+  return reduce(candidates).centres;
 }
 
 // How many of the centres lie on the line.
@@ -42,12 +48,12 @@ TEST(ReduceStripeCandidates, NeedsTenColumns) {
   for (const int columns : {9, 10}) {
     TCandidates candidates;
     addLine(candidates, 1, columns, level(100));
-    EXPECT_EQ(reduceStripeCandidates(candidates).modalWidthPx, columns == 10 ? 8.0 : 0.0);
+    EXPECT_EQ(reduce(candidates).modalWidthPx, columns == 10 ? 8.0 : 0.0);
   }
   TCandidates twiceNine;
   addLine(twiceNine, 1, 9, level(100));
   addLine(twiceNine, 1, 9, level(200));
-  EXPECT_EQ(reduceStripeCandidates(twiceNine).modalWidthPx, 0.0);
+  EXPECT_EQ(reduce(twiceNine).modalWidthPx, 0.0);
   EXPECT_TRUE(centresOf({}).empty());
 }
 
@@ -55,17 +61,17 @@ TEST(ReduceStripeCandidates, ModalWidthCountsColumnsWithOneCandidate) {
   TCandidates candidates;
   addLine(candidates, 0, 9, level(100), 6);
   addLine(candidates, 10, 19, level(100), 5);
-  EXPECT_EQ(reduceStripeCandidates(candidates).modalWidthPx, 5.0) << "the smallest of equally frequent widths";
+  EXPECT_EQ(reduce(candidates).modalWidthPx, 5.0) << "the smallest of equally frequent widths";
 
   addLine(candidates, 20, 60, level(100), 7);
   addLine(candidates, 20, 60, level(300), 7);
-  EXPECT_EQ(reduceStripeCandidates(candidates).modalWidthPx, 5.0) << "columns with two do not count";
+  EXPECT_EQ(reduce(candidates).modalWidthPx, 5.0) << "columns with two do not count";
 
   TCandidates allDouble;
   addLine(allDouble, 0, 40, level(100), 7);
   addLine(allDouble, 0, 39, level(300), 9);
   addLine(allDouble, 40, 40, level(300), 7);
-  EXPECT_EQ(reduceStripeCandidates(allDouble).modalWidthPx, 7.0) << "all count when no column has just one";
+  EXPECT_EQ(reduce(allDouble).modalWidthPx, 7.0) << "all count when no column has just one";
 }
 
 TEST(ReduceStripeCandidates, WidthBandFollowsTheMode) {
@@ -99,7 +105,7 @@ TEST(ReduceStripeCandidates, FewerThanTenColumnsOfFittingWidthGiveOnlyTheWidth) 
   TCandidates candidates;
   addLine(candidates, 0, 8, level(100), 4);
   for (int x = 9; x < 60; ++x) candidates.push_back(candidate(x, 100, 20 + x));
-  const TReducedStripe stripe = reduceStripeCandidates(candidates);
+  const TReducedStripe stripe = reduce(candidates);
   EXPECT_TRUE(stripe.centres.empty());
   EXPECT_EQ(stripe.modalWidthPx, 4.0);
 }
@@ -227,7 +233,7 @@ TEST(SelectStripeRuns, RunIsTheSmoothestOfAll) {
     };
     tryAll(1, 200, 0);
 
-    const std::vector<cv::Point2f> centres = selectStripeRuns(candidates);
+    const std::vector<cv::Point2f> centres = selectStripeRuns(candidates, scratch);
     ASSERT_EQ(centres.size(), 31U);
     int roughness = 0;
     for (std::size_t i = 1; i < centres.size(); ++i) {

@@ -22,6 +22,8 @@ constexpr float kThreshold = 30.0F;
 constexpr double kMaxErrorPx = 3.0;          // of a centre that lies on the stripe of a rendered scene
 constexpr std::ptrdiff_t kMaxCaptured = 45;  // of 640 centres: where a ghost crosses, a blob outshines the stripe
 
+TStripeScratch scratch;  // of all tests, so that each meets the leavings of the others
+
 // A stripe with a soft profile along y = k * x + b over black.
 cv::Mat drawStripe(cv::Size size, double k, double b, double peak = 220.0, double sigmaPx = 4.0) {
   cv::Mat image(size, CV_8UC1);
@@ -47,7 +49,7 @@ double largestError(const std::vector<cv::Point2f>& centres, double k, double b)
 
 TEST(ExtractStripeCentres, FollowsASlantedStripe) {
   const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
-  const TStripeCentres stripe = extractStripeCentres(image, wholeOf(image), kThreshold);
+  const TStripeCentres stripe = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
   EXPECT_EQ(stripe.points.size(), 640U);
   EXPECT_EQ(stripe.status.size(), 640U);
   EXPECT_LE(largestError(stripe.points, 0.2, 150.0), 1.0);
@@ -56,10 +58,10 @@ TEST(ExtractStripeCentres, FollowsASlantedStripe) {
 
 TEST(ExtractStripeCentres, TrackingBandsGiveTheSameCentresAsTheWholeImage) {
   const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
-  const TStripeCentres whole = extractStripeCentres(image, wholeOf(image), kThreshold);
+  const TStripeCentres whole = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
   const std::vector<cv::Point> guide(whole.points.begin(), whole.points.end());
   const TStripeCentres banded =
-      extractStripeCentres(image, buildStripeRegions(image.size(), guide, 60), kThreshold);
+      extractStripeCentres(image, buildStripeRegions(image.size(), guide, 60), kThreshold, scratch);
   // The bands end before the last column.
   EXPECT_EQ(banded.points, std::vector<cv::Point2f>(whole.points.begin(), whole.points.end() - 1));
 }
@@ -69,7 +71,7 @@ TEST(ExtractStripeCentres, DimmerSecondStripeNearbyDoesNotCaptureIt) {
   const cv::Mat stripe = drawStripe(size, 0.1, 200.0);
   for (const double offset : {-60.0, -35.0, 35.0, 60.0}) {
     const cv::Mat image = cv::max(stripe, drawStripe(size, 0.1, 200.0 + offset, 120.0));
-    const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold);
+    const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
     EXPECT_EQ(found.points.size(), 640U);
     EXPECT_LE(largestError(found.points, 0.1, 200.0), 1.5) << offset;
   }
@@ -121,7 +123,7 @@ TEST(ExtractStripeCentres, DisturbancesInRenderedScenesDoNotCaptureIt) {
       disturbance.disturb(params.look);
       const scenes::TScene scene = scenes::renderScene(params);
       const std::vector<cv::Point2f> centres =
-          extractStripeCentres(scene.image, wholeOf(scene.image), kThreshold).points;
+          extractStripeCentres(scene.image, wholeOf(scene.image), kThreshold, scratch).points;
       const auto captured = std::count_if(centres.begin(), centres.end(), [&](cv::Point2f c) {
         return std::abs(c.y - scene.truth.centreY[static_cast<std::size_t>(c.x)]) > kMaxErrorPx;
       });
@@ -134,7 +136,7 @@ TEST(ExtractStripeCentres, DisturbancesInRenderedScenesDoNotCaptureIt) {
 TEST(ExtractStripeCentres, ColumnsWithoutStripeLeaveAStatus) {
   cv::Mat image = drawStripe({640, 480}, 0.0, 240.0);
   image.colRange(300, 340).setTo(0);
-  const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold);
+  const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
   EXPECT_EQ(found.points.size(), 600U);
   for (const TWeldPointStatus& column : found.status) {
     EXPECT_EQ(column.status, column.pos >= 300 && column.pos < 340 ? 1 : 0) << column.pos;
@@ -146,11 +148,11 @@ TEST(ExtractStripeCentres, ColourIsConvertedInsideTheRegions) {
     const cv::Mat grey = drawStripe(size, 0.1, 100.0);
     const std::vector<cv::Rect> cases[] = {wholeOf(grey), {{3, 70, 12, 60}}, {{1, 60, 98, 80}, {99, 65, 500, 90}}};
     for (const std::vector<cv::Rect>& regions : cases) {
-      const TStripeCentres expected = extractStripeCentres(grey, regions, kThreshold);
+      const TStripeCentres expected = extractStripeCentres(grey, regions, kThreshold, scratch);
       for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
         cv::Mat colour;
         cv::cvtColor(grey, colour, code);
-        const TStripeCentres found = extractStripeCentres(colour, regions, kThreshold);
+        const TStripeCentres found = extractStripeCentres(colour, regions, kThreshold, scratch);
         EXPECT_EQ(found.points, expected.points) << size << regions.back();
         EXPECT_EQ(found.status.size(), expected.status.size()) << size << regions.back();
       }
@@ -161,14 +163,14 @@ TEST(ExtractStripeCentres, ColourIsConvertedInsideTheRegions) {
 TEST(ExtractStripeCentres, InputItCannotReadRaisesOpenCvsException) {
   for (const int type : {CV_8UC2, CV_8SC1, CV_16UC1, CV_16UC3, CV_32FC1, CV_32FC4, CV_64FC1}) {
     const cv::Mat image = cv::Mat::zeros(64, 64, type);
-    EXPECT_THROW(extractStripeCentres(image, wholeOf(image), kThreshold), cv::Exception) << type;
+    EXPECT_THROW(extractStripeCentres(image, wholeOf(image), kThreshold, scratch), cv::Exception) << type;
   }
 }
 
 TEST(ExtractStripeCentres, NothingToScanGivesNothing) {
   const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
-  for (const TStripeCentres& found :
-       {extractStripeCentres({}, {{0, 0, 10, 10}}, kThreshold), extractStripeCentres(image, {}, kThreshold)}) {
+  for (const TStripeCentres& found : {extractStripeCentres({}, {{0, 0, 10, 10}}, kThreshold, scratch),
+                                      extractStripeCentres(image, {}, kThreshold, scratch)}) {
     EXPECT_TRUE(found.points.empty());
     EXPECT_TRUE(found.status.empty());
     EXPECT_EQ(found.modalWidthPx, 0.0);
@@ -179,7 +181,7 @@ TEST(ExtractStripeCentres, ThresholdIsRoundedAndAnyValueIsSafe) {
   const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
   const auto statusSum = [&](float threshold) {
     int sum = 0;
-    for (const TWeldPointStatus& s : extractStripeCentres(image, wholeOf(image), threshold).status)
+    for (const TWeldPointStatus& s : extractStripeCentres(image, wholeOf(image), threshold, scratch).status)
       sum += s.status;
     return sum;
   };

@@ -36,10 +36,11 @@ std::vector<TKernelCase> kernelsOfThisMachine() {
 
 class FastExtraction : public testing::TestWithParam<TKernelCase> {
 protected:
+  TStripeScratch scratch;
+
   void expectSame(const cv::Mat& image, const std::vector<cv::Rect>& regions, int threshold = 30) {
-    TRegionScanner scanner(image, threshold, *GetParam().kernels);
+    TRegionScanner scanner(image, threshold, scratch, *GetParam().kernels);
     for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
-    const TReducedStripe fast = reduceStripeCandidates(scanner.candidates);
     const plain::TExtraction expected = plain::extractStripe(image, regions, threshold);
 
     ASSERT_EQ(scanner.status.size(), expected.status.size());
@@ -54,6 +55,7 @@ protected:
       ASSERT_TRUE(a.x == b.x && a.y == b.y && a.widthPx == b.widthPx)
           << "candidate " << i << " in column " << b.x << ": " << a.y << " against " << b.y;
     }
+    const TReducedStripe fast = reduceStripeCandidates(scanner.candidates, scratch);
     ASSERT_EQ(fast.modalWidthPx, expected.modalWidthPx);
     ASSERT_EQ(fast.centres, expected.centres);
     for (const TWeldPointStatus& column : expected.status) ++columnsOfStatus.at(column.status);

@@ -20,7 +20,8 @@ struct TScan {
 };
 
 TScan scan(const cv::Mat& image, const cv::Rect& region, int threshold = kThreshold) {
-  TRegionScanner scanner(image, threshold);
+  TStripeScratch scratch;
+  TRegionScanner scanner(image, threshold, scratch);
   scanner.scanStripeRegion(region);
   return {scanner.candidates, scanner.status};
 }
