@@ -17,12 +17,13 @@ public:
 TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask);
 
-// Counts a successful frame. With the application switch "NeedPrintPlateWeldInfo" on, every 21st one shows a message.
+// Counts a successful frame. With the application switch "NeedPrintPlateWeldInfo" on, every 21st one shows a
+// message.
 //   stripeWidthPx  most frequent stripe width of the frame.
 void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx);
 
 // The seam of one piece: corners at its ends, width, line through the corners.
 TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
-                              const TTrace& trace = {});
+                              const TTrace& trace = {}, TScratch* scratch = nullptr);
 
 }  // namespace weld
