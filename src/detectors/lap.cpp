@@ -118,7 +118,9 @@ std::optional<TLapPieces> selectLapLinePair(std::vector<TStripePiece> allPieces,
   joinTouchingPieces(pieces, scratch);
   if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
   if (pieces.size() > 2) sortByInliers(pieces);
-  return TLapPieces{{scratch, std::move(pieces[0])}, {scratch, std::move(pieces[1])}};
+  TLent<TStripePiece> first(scratch, std::move(pieces[0]));
+  TLent<TStripePiece> second(scratch, std::move(pieces[1]));
+  return TLapPieces{std::move(first), std::move(second)};
 }
 
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
