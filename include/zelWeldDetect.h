@@ -99,6 +99,8 @@ public:
 protected:
   void setSamplinePointsStatus(std::vector<TWeldPointStatus> status);
   std::vector<TWeldPointStatus> getSamplinePointsStatus() const;
+  // Exchanges the column status with the list, so that its memory can serve another frame.
+  void swapSamplinePointsStatus(std::vector<TWeldPointStatus>& status) noexcept { samplingPtsStatus.swap(status); }
 
   // At least minCount missing columns strictly between lo and hi. pos is not read.
   bool isWeldPosMissingPts(cv::Point2f pos, int lo, int hi, int minCount) const;

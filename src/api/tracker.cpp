@@ -92,6 +92,7 @@ TWeldLineRes TWeldTracker::track(const cv::Mat& image) {
   state->applyGate(seam.line, jumps);
   const bool isHeld = !seam.line.isFound && state->canHold();
   TWeldLineRes held = isHeld ? state->last.line : TWeldLineRes();
+  state->spare.line.stripePts.reserve(static_cast<std::size_t>(std::max(image.cols, 0)));  // the most there can be
   state->spare = seam;
   state->concludeTrace(clock, weld::hasPixels(image), isHeld);
   weld::announceSeam(state->detector, seam.line, seam.stripe.widthPx);

@@ -30,8 +30,9 @@ struct TCornerFrame {
   cv::Size imageSize;
   TCornerParams params;
   TTrace trace;
+  TScratch* scratch;
 
-  TCornerFrame inWay(const char* name) const { return {object, imageSize, params, trace.inWay(name)}; }
+  TCornerFrame inWay(const char* name) const { return {object, imageSize, params, trace.inWay(name), scratch}; }
 };
 
 std::optional<cv::Point2f> intersectFlanks(const TCornerFrame& frame, const TFlankPair& flanks) {
@@ -71,9 +72,9 @@ TWeldLineRes buildCornerResult(const TCornerFrame& frame, const TFlankPair& flan
 
 TWeldLineRes findByConsensus(const TCornerFrame& frame, const std::vector<cv::Point2f>& points) {
   const TStageTimer timer(frame.trace, "consensus lines");
-  std::optional<TFlankPair> flanks = findFlankPairRansac(points, frame.params, frame.trace);
+  std::optional<TFlankPair> flanks = findFlankPairRansac(points, frame.params, frame.trace, frame.scratch);
   if (!flanks) return {};
-  trimFlankOverlap(*flanks, frame.imageSize, frame.params, frame.trace);
+  trimFlankOverlap(*flanks, frame.imageSize, frame.params, frame.trace, frame.scratch);
   return buildCornerResult(frame, *flanks);
 }
 
@@ -83,7 +84,7 @@ TWeldLineRes findCornerSeamFromPts(const TCornerFrame& frame, const std::vector<
   if (result.isFound) return result;
   const TCornerFrame pieceFrame = frame.inWay("longest pieces");
   const TStageTimer timer(frame.trace, "longest pieces");
-  if (const auto flanks = findFlankPairByPolyline(points, frame.params, pieceFrame.trace)) {
+  if (const auto flanks = findFlankPairByPolyline(points, frame.params, pieceFrame.trace, frame.scratch)) {
     result = buildCornerResult(pieceFrame, *flanks);
   }
   return result;
@@ -93,7 +94,7 @@ TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector
                                     const TWeldLineRes& prevRes) {
   const TStageTimer timer(frame.trace, "pieces like the last flanks");
   const std::optional<TFlankPair> flanks =
-      findFlankPairNear(points, prevRes.auxVal1, prevRes.auxVal3, frame.params, frame.trace);
+      findFlankPairNear(points, prevRes.auxVal1, prevRes.auxVal3, frame.params, frame.trace, frame.scratch);
   if (!flanks) return {};
   TWeldLineRes result = buildCornerResult(frame, *flanks);
   if (!result.isFound) return result;
@@ -107,8 +108,8 @@ TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector
 TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                               const cv::Mat& searchMask) {
   const TTrace& trace = object.trace;
-  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters()), trace};
-  const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
+  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters()), trace, &object.scratch};
+  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound || !object.search.hasSecondChance) return result;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <vector>
 
 namespace weld {
@@ -55,8 +56,17 @@ constexpr TAngleCheck kRightAngle{"right flank angle", TWeldOutcome::rightAngleT
 constexpr TAngleCheck kIncludedAngle{"included angle", TWeldOutcome::includedAngleTooSmall,
                                      TWeldOutcome::includedAngleTooLarge};
 
+// Neighbouring points of a flank.
+struct TStretch {
+  TPoints::const_iterator first;
+  TPoints::const_iterator last;  // behind the last one
+
+  TPoints::const_iterator begin() const { return first; }
+  TPoints::const_iterator end() const { return last; }
+};
+
 // Points with lo < column < hi.
-double countBetween(const TPoints& points, float lo, float hi) {
+double countBetween(const TStretch& points, float lo, float hi) {
   return static_cast<double>(
       std::count_if(points.begin(), points.end(), [&](cv::Point2f p) { return lo < p.x && p.x < hi; }));
 }
@@ -134,8 +144,8 @@ bool areFewColumnsMissing(const TDetectorObject& object, cv::Point2f corner, con
 }
 
 // The longest stretch without a jump between columns, the first of equally long ones.
-TPoints longestContinuousStretch(const TPoints& points) {
-  if (points.size() < kMinFlankPoints) return points;
+TStretch longestContinuousStretch(const TPoints& points) {
+  if (points.size() < kMinFlankPoints) return {points.begin(), points.end()};
   std::size_t bestBegin = 0;
   std::size_t bestEnd = 0;
   std::size_t begin = 0;
@@ -155,10 +165,12 @@ TPoints longestContinuousStretch(const TPoints& points) {
 // A corner beyond the inner ends of both flanks needs stripe close by on both sides.
 bool doFlanksReachCorner(float cornerX, const TPoints& leftPts, const TPoints& rightPts, int width,
                          const TTrace& trace) {
-  const TPoints left = longestContinuousStretch(leftPts);
-  const TPoints right = longestContinuousStretch(rightPts);
-  const bool isBeyondRight = cornerX > left.back().x && cornerX > right.front().x;
-  const bool isBeyondLeft = cornerX < left.back().x && cornerX < right.front().x;
+  const TStretch left = longestContinuousStretch(leftPts);
+  const TStretch right = longestContinuousStretch(rightPts);
+  const float leftEndX = std::prev(left.end())->x;
+  const float rightStartX = right.begin()->x;
+  const bool isBeyondRight = cornerX > leftEndX && cornerX > rightStartX;
+  const bool isBeyondLeft = cornerX < leftEndX && cornerX < rightStartX;
   if (!isBeyondRight && !isBeyondLeft) return true;
   const auto lo = static_cast<float>(truncToInt(std::max(cornerX - kEndReachPx, 0.0F)));
   const auto hi = static_cast<float>(std::min(truncToInt(cornerX + kEndReachPx), width - 1));

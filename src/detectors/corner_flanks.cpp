@@ -43,9 +43,11 @@ void reportFlank(const TLinePara& flank, const TAngleRange& allowedDeg, const TF
   trace.addLine({side.name, flank.k, flank.b, flank.inlierRatio, allowedDeg, flank.isValid});
 }
 
-TLinePara fitFlank(const std::vector<cv::Point2f>& points, const TAngleRange& rangeDeg,
-                   const TCornerParams& params, const TFlankSide& side, const TTrace& trace) {
-  TLinePara flank = fitLineRansac(rangeDeg.min, rangeDeg.max, params.flankTolPx, params.minFlankShare, points);
+TLent<TLinePara> fitFlank(const std::vector<cv::Point2f>& points, const TAngleRange& rangeDeg,
+                          const TCornerParams& params, const TFlankSide& side, const TTrace& trace,
+                          TScratch* scratch) {
+  TLent<TLinePara> flank =
+      fitLineRansac(rangeDeg.min, rangeDeg.max, params.flankTolPx, params.minFlankShare, points, scratch);
   reportFlank(flank, rangeDeg, side, trace);
   return flank;
 }
@@ -58,9 +60,9 @@ bool isFlankAccepted(const TLinePara& flank, const TCornerParams& params, const 
 }
 
 // The points that a flank leaves to the other one.
-std::vector<cv::Point2f> pointsBeside(const TLinePara& flank, const std::vector<cv::Point2f>& points,
-                                      const TCornerParams& params) {
-  return selectLineOutliers(flank.k, flank.b, params.flankTolPx, points);
+TLentList<cv::Point2f> pointsBeside(const TLinePara& flank, const std::vector<cv::Point2f>& points,
+                                    const TCornerParams& params, TScratch* scratch) {
+  return selectLineOutliers(flank.k, flank.b, params.flankTolPx, points, scratch);
 }
 
 // Of the pieces in the range the longest in whole pixels, the first of equally long ones; else the first piece.
@@ -74,18 +76,18 @@ const TStripePiece& longestPieceWithin(const std::vector<TStripePiece>& pieces, 
   return longest != nullptr ? *longest : pieces.front();
 }
 
-TLinePara refit(const std::vector<cv::Point2f>& points, const TCornerParams& params, const TFlankSide& side,
-                const TTrace& trace) {
-  TLinePara flank = fitLine(points, params.refitTolPx);
+TLent<TLinePara> refit(const std::vector<cv::Point2f>& points, const TCornerParams& params, const TFlankSide& side,
+                       const TTrace& trace, TScratch* scratch) {
+  TLent<TLinePara> flank = fitLine(points, params.refitTolPx, scratch);
   reportFlank(flank, kAnyAngleDeg, side, trace);
   return flank;
 }
 
-TLinePara refitPiece(const TStripePiece& piece, const TCornerParams& params, const TFlankSide& side,
-                     const TTrace& trace) {
+TLent<TLinePara> refitPiece(const TStripePiece& piece, const TCornerParams& params, const TFlankSide& side,
+                            const TTrace& trace, TScratch* scratch) {
   const auto k = static_cast<double>(piece.k);
   const auto b = static_cast<double>(piece.b);
-  return refit(selectLineInliers(k, b, params.refitTolPx, piece.pts), params, side, trace);
+  return refit(selectLineInliers(k, b, params.refitTolPx, piece.pts, scratch), params, side, trace, scratch);
 }
 
 struct TPiecePair {
@@ -145,15 +147,17 @@ TAngleRange clippedReach(double previousK, const TAngleRange& admissibleDeg) {
 }  // namespace
 
 std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& points, const TCornerParams& params,
-                                              const TTrace& trace) {
+                                              const TTrace& trace, TScratch* scratch) {
   TFlankPair flanks;
-  flanks.left = fitFlank(points, params.leftDeg, params, kLeft, trace);
+  flanks.left = fitFlank(points, params.leftDeg, params, kLeft, trace, scratch);
   if (flanks.left.isValid) {
-    flanks.right = fitFlank(pointsBeside(flanks.left, points, params), params.rightDeg, params, kRight, trace);
+    flanks.right = fitFlank(pointsBeside(flanks.left, points, params, scratch), params.rightDeg, params, kRight,
+                            trace, scratch);
   } else {
-    flanks.right = fitFlank(points, params.rightDeg, params, kRight, trace);
+    flanks.right = fitFlank(points, params.rightDeg, params, kRight, trace, scratch);
     if (flanks.right.isValid) {
-      flanks.left = fitFlank(pointsBeside(flanks.right, points, params), params.leftDeg, params, kLeft, trace);
+      flanks.left = fitFlank(pointsBeside(flanks.right, points, params, scratch), params.leftDeg, params, kLeft,
+                             trace, scratch);
     }
   }
   const bool areAccepted =
@@ -163,34 +167,37 @@ std::optional<TFlankPair> findFlankPairRansac(const std::vector<cv::Point2f>& po
 }
 
 std::optional<TFlankPair> findFlankPairByPolyline(const std::vector<cv::Point2f>& points,
-                                                  const TCornerParams& params, const TTrace& trace) {
-  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace);
+                                                  const TCornerParams& params, const TTrace& trace,
+                                                  TScratch* scratch) {
+  const TLentList<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace, scratch);
   if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
   const TStripePiece& left = longestPieceWithin(pieces, params.leftDeg);
   const TStripePiece& right = longestPieceWithin(pieces, params.rightDeg);
   reportPieceOfBoth(pieces, &left == &right, params, trace);
-  TFlankPair flanks{refitPiece(left, params, kLeft, trace), refitPiece(right, params, kRight, trace)};
+  TFlankPair flanks{refitPiece(left, params, kLeft, trace, scratch),
+                    refitPiece(right, params, kRight, trace, scratch)};
   if (!areFlanksValid(flanks, params, trace)) return std::nullopt;
   return flanks;
 }
 
 std::optional<TFlankPair> findFlankPairNear(const std::vector<cv::Point2f>& points, double previousLeftK,
                                             double previousRightK, const TCornerParams& params,
-                                            const TTrace& trace) {
+                                            const TTrace& trace, TScratch* scratch) {
   const TAngleRange leftDeg = clippedReach(previousLeftK, params.leftDeg);
   const TAngleRange rightDeg = clippedReach(previousRightK, params.rightDeg);
-  const std::vector<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace);
+  const TLentList<TStripePiece> pieces = segmentStripe(points, kMergeLimits, kPolygonEpsilonPx, trace, scratch);
   std::optional<TPiecePair> pair = longestPairWithin(pieces, leftDeg, rightDeg);
   if (!pair) pair = longestPairWithin(pieces, params.leftDeg, params.rightDeg);
   if (!isPairThere(pair, pieces, params, trace)) return std::nullopt;
   const bool areLong = trace.passes(kLeft.points, pair->left->pts.size(), kMinFlankPoints) &&
                        trace.passes(kRight.points, pair->right->pts.size(), kMinFlankPoints);
   if (!areLong) return std::nullopt;
-  return TFlankPair{fitFlank(pair->left->pts, leftDeg, params, kLeft, trace),
-                    fitFlank(pair->right->pts, rightDeg, params, kRight, trace)};
+  return TFlankPair{fitFlank(pair->left->pts, leftDeg, params, kLeft, trace, scratch),
+                    fitFlank(pair->right->pts, rightDeg, params, kRight, trace, scratch)};
 }
 
-void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParams& params, const TTrace& trace) {
+void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParams& params, const TTrace& trace,
+                      TScratch* scratch) {
   std::vector<cv::Point2f>& left = flanks.left.inlierPts;
   std::vector<cv::Point2f>& right = flanks.right.inlierPts;
   if (!flanks.left.isValid || !flanks.right.isValid) return;
@@ -201,7 +208,7 @@ void trimFlankOverlap(TFlankPair& flanks, cv::Size imageSize, const TCornerParam
   left.erase(std::remove_if(left.begin(), left.end(), [&](cv::Point2f p) { return p.x > lastX; }), left.end());
   right.erase(std::remove_if(right.begin(), right.end(), [&](cv::Point2f p) { return p.x < firstX; }),
               right.end());
-  flanks = {refit(left, params, kLeft, trace), refit(right, params, kRight, trace)};
+  flanks = {refit(left, params, kLeft, trace, scratch), refit(right, params, kRight, trace, scratch)};
 }
 
 bool areFlanksValid(const TFlankPair& flanks, const TCornerParams& params, const TTrace& trace) {

@@ -43,6 +43,7 @@ public:
   using TBaseWeld::isWeldPosContinueMissingPts;
   using TBaseWeld::isWeldPosMissingPts;
   using TBaseWeld::setSamplinePointsStatus;
+  using TBaseWeld::swapSamplinePointsStatus;
 };
 
 }  // namespace weld

@@ -72,8 +72,9 @@ std::optional<cv::Point2f> locateLineGap(const zelFit::TLineFitResult& line,
 
 // The line of a tracked stripe, which is trusted.
 std::optional<zelFit::TLineFitResult> fitTrackedLine(const std::vector<cv::Point2f>& stripePts,
-                                                     const TWeldParams& params, const TTrace& trace) {
-  const zelFit::TLineFitResult line = fitStripePoints(stripePts, params.dPara4);
+                                                     const TWeldParams& params, const TTrace& trace,
+                                                     TScratch& scratch) {
+  const zelFit::TLineFitResult line = fitStripePoints(stripePts, params.dPara4, &scratch);
   if (trace && line.success) {
     const double share = lineShare(line.slope, line.intercept, params.dPara4, toIntPoints(stripePts));
     trace.addLine({"stripe", line.slope, line.intercept, share, {-90.0, 90.0}, true});
@@ -84,10 +85,12 @@ std::optional<zelFit::TLineFitResult> fitTrackedLine(const std::vector<cv::Point
 
 // The line of a first detection: its angle is bounded, and enough points must lie on it.
 std::optional<zelFit::TLineFitResult> fitFirstLine(const std::vector<cv::Point2f>& stripePts,
-                                                   const TWeldParams& params, const TTrace& trace) {
+                                                   const TWeldParams& params, const TTrace& trace,
+                                                   TScratch& scratch) {
   const TAngleRange allowedDeg = params.angleRange4;
   const double minShare = params.dPara3;
-  const TLinePara line = fitLineRansac(allowedDeg.min, allowedDeg.max, params.dPara2, minShare, stripePts);
+  const TLent<TLinePara> line =
+      fitLineRansac(allowedDeg.min, allowedDeg.max, params.dPara2, minShare, stripePts, &scratch);
   trace.addLine({"stripe", line.k, line.b, line.inlierRatio, allowedDeg, line.isValid});
   if (!trace.holds(kLine, hasLine(line))) return std::nullopt;
   if (!trace.note(kLineShare, line.inlierRatio, minShare, line.isValid)) return std::nullopt;
@@ -95,10 +98,11 @@ std::optional<zelFit::TLineFitResult> fitFirstLine(const std::vector<cv::Point2f
 }
 
 std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
-                                    bool isTracking, const TTrace& trace) {
+                                    bool isTracking, const TTrace& trace, TScratch& scratch) {
   const TStageTimer timer(trace, "seam");
   if (!trace.passes(kStripePoints, stripePts.size(), kMinFitPoints)) return std::nullopt;
-  const auto line = isTracking ? fitTrackedLine(stripePts, params, trace) : fitFirstLine(stripePts, params, trace);
+  const auto line = isTracking ? fitTrackedLine(stripePts, params, trace, scratch)
+                               : fitFirstLine(stripePts, params, trace, scratch);
   if (!line) return std::nullopt;
   const std::optional<cv::Point2f> seam = locateLineGap(*line, stripePts, params, trace);
   if (!seam) return std::nullopt;
@@ -113,9 +117,11 @@ std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, c
 TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
+  TStripe stripe = extractStripe(object, image, prevRes, searchMask);
+  const auto seam = findSeam(stripe.centres, params, prevRes.isFound, object.trace, object.scratch);
   TWeldLineRes result;
-  result.stripePts = extractStripe(object, image, prevRes, searchMask).centres;
-  if (const auto seam = findSeam(result.stripePts, params, prevRes.isFound, object.trace)) {
+  result.stripePts = std::move(stripe.centres);
+  if (seam) {
     result.isFound = true;
     result.weldPos = *seam;
   }

@@ -42,12 +42,15 @@ bool areTouchingCollinear(const TStripePiece& first, const TStripePiece& second)
          std::abs(first.endPt.y - second.startPt.y) < kTouchingPx && truncToInt(angleDeg) < kCollinearDeg;
 }
 
-void joinTouchingPieces(std::vector<TStripePiece>& pieces) {
+void joinTouchingPieces(std::vector<TStripePiece>& pieces, TScratch* scratch) {
   for (int pass = 0; pass < kMaxMergePasses && pieces.size() >= 3; ++pass) {
     const auto pair = std::adjacent_find(pieces.begin(), pieces.end(), areTouchingCollinear);
     if (pair == pieces.end()) return;
-    *pair = fitPiece(joinPoints(pair->pts, std::next(pair)->pts), kPieceFitTolPx);
-    pieces.erase(std::next(pair));
+    const std::size_t index = static_cast<std::size_t>(pair - pieces.begin());
+    TLent<TStripePiece> joined =
+        fitPiece(joinPoints(pair->pts, std::next(pair)->pts, scratch), kPieceFitTolPx, scratch);
+    std::swap(*pair, static_cast<TStripePiece&>(joined));
+    removePiece(pieces, index + 1, scratch);
   }
 }
 
@@ -67,13 +70,15 @@ struct TLapCorners {
 
 std::optional<TLapCorners> findCorners(const TStripePiece& left, const TStripePiece& right,
                                        const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
-                                       const TWeldParams& params, const TTrace& trace) {
-  const TPieceEnd leftEnd{"left end", left.endPt, left.endPt.y, lastPoints(left.pts)};
-  const std::optional<cv::Point2f> leftCorner = refinePieceEnd(left, leftEnd, stripePts, image, params, trace);
+                                       const TWeldParams& params, const TTrace& trace, TScratch* scratch) {
+  TPieceEnd leftEnd{"left end", left.endPt, left.endPt.y, lastPoints(left.pts, scratch)};
+  const std::optional<cv::Point2f> leftCorner =
+      refinePieceEnd(left, std::move(leftEnd), stripePts, image, params, trace, scratch);
   if (!leftCorner) return std::nullopt;
   // Deliberate: the right piece, too, is judged by the row where it ends, not by where it starts.
-  const TPieceEnd rightEnd{"right end", right.startPt, right.endPt.y, firstPoints(right.pts)};
-  const std::optional<cv::Point2f> rightCorner = refinePieceEnd(right, rightEnd, stripePts, image, params, trace);
+  TPieceEnd rightEnd{"right end", right.startPt, right.endPt.y, firstPoints(right.pts, scratch)};
+  const std::optional<cv::Point2f> rightCorner =
+      refinePieceEnd(right, std::move(rightEnd), stripePts, image, params, trace, scratch);
   if (!rightCorner) return std::nullopt;
   // Deliberate: of the two markers only the left column and the right row are looked at.
   if (!trace.holds(kLeftSupport, leftCorner->x != kNoGroovePos.x)) return std::nullopt;
@@ -107,20 +112,23 @@ cv::Point2f seamPoint(const TLapCorners& corners, TWeldPosType pos) {
 
 }  // namespace
 
-std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces,
-                                                                       const TTrace& trace) {
-  joinTouchingPieces(pieces);
+std::optional<TLapPieces> selectLapLinePair(std::vector<TStripePiece> allPieces, const TTrace& trace,
+                                            TScratch* scratch) {
+  TLentList<TStripePiece> pieces(scratch, std::move(allPieces));
+  joinTouchingPieces(pieces, scratch);
   if (!trace.passes(kEnoughPieces, pieces.size(), kMinPieces)) return std::nullopt;
   if (pieces.size() > 2) sortByInliers(pieces);
-  return std::pair{std::move(pieces[0]), std::move(pieces[1])};
+  TLent<TStripePiece> first(scratch, std::move(pieces[0]));
+  TLent<TStripePiece> second(scratch, std::move(pieces[1]));
+  return TLapPieces{std::move(first), std::move(second)};
 }
 
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
                             const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
-                            const TWeldParams& params, const TTrace& trace) {
+                            const TWeldParams& params, const TTrace& trace, TScratch* scratch) {
   if (!trace.holds(kLeftFit, left.isFitted) || !trace.holds(kRightFit, right.isFitted)) return {};
   if (!trace.passes(kStripePoints, stripePts.size(), kMinStripePoints)) return {};
-  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, image, params, trace);
+  const std::optional<TLapCorners> corners = findCorners(left, right, stripePts, image, params, trace, scratch);
   if (!corners) return {};
   const cv::Point2f seam = seamPoint(*corners, params.weldPosType);
   trace.addTestedPoint(seam);
@@ -134,14 +142,16 @@ TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
 
 TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
-  const std::vector<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
+  const TStripe stripe = extractStripe(object, image, prevRes, searchMask);
   const TTrace& trace = object.trace;
+  TScratch* const scratch = &object.scratch;
   const TStageTimer timer(trace, "seam");
-  auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace), trace);
+  auto pair = selectLapLinePair(
+      segmentStripe(stripe.centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch), trace, scratch);
   if (!pair) return {};
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);
-  return computeLapSeam(left, right, centres, image, object.getWeldParameters(), trace);
+  return computeLapSeam(left, right, stripe.centres, image, object.getWeldParameters(), trace, scratch);
 }
 
 }  // namespace weld

@@ -19,12 +19,13 @@ TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const 
 
 // The two pieces of a lap: nearly collinear touching neighbours are joined first; of more than two the ones with
 // the most inliers. Nothing when fewer than two are left. The order is not yet left to right.
-std::optional<std::pair<TStripePiece, TStripePiece>> selectLapLinePair(std::vector<TStripePiece> pieces,
-                                                                       const TTrace& trace = {});
+using TLapPieces = std::pair<TLent<TStripePiece>, TLent<TStripePiece>>;
+std::optional<TLapPieces> selectLapLinePair(std::vector<TStripePiece> pieces, const TTrace& trace = {},
+                                            TScratch* scratch = nullptr);
 
 // The seam of a left and a right piece, with every acceptance test.
 TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
                             const std::vector<cv::Point2f>& stripePts, const cv::Mat& image,
-                            const TWeldParams& params, const TTrace& trace = {});
+                            const TWeldParams& params, const TTrace& trace = {}, TScratch* scratch = nullptr);
 
 }  // namespace weld

@@ -4,6 +4,7 @@
 #include "geometry/piece_fit.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace weld {
 
@@ -28,29 +29,34 @@ void reportRefit(const TPieceEnd& end, const TStripePiece& refitted, const TTrac
 
 }  // namespace
 
-std::vector<cv::Point2f> lastPoints(const std::vector<cv::Point2f>& points) {
-  return {points.end() - static_cast<std::ptrdiff_t>(std::min(points.size(), kPointsNearEnd)), points.end()};
+TLentList<cv::Point2f> lastPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
+  TLentList<cv::Point2f> last(scratch, kPointsNearEnd);
+  last.assign(points.end() - static_cast<std::ptrdiff_t>(std::min(points.size(), kPointsNearEnd)), points.end());
+  return last;
 }
 
 // Deliberate: the last point is left out of a short list, unlike in lastPoints.
-std::vector<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points) {
+TLentList<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
   const std::size_t count = points.empty() ? 0 : std::min(points.size() - 1, kPointsNearEnd);
-  return {points.begin(), points.begin() + static_cast<std::ptrdiff_t>(count)};
+  TLentList<cv::Point2f> first(scratch, kPointsNearEnd);
+  first.assign(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(count));
+  return first;
 }
 
-std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, const TPieceEnd& end,
+std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, TPieceEnd end,
                                           const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
-                                          const TWeldParams& params, const TTrace& trace) {
+                                          const TWeldParams& params, const TTrace& trace, TScratch* scratch) {
   float k = piece.k;
   float b = piece.b;
   if (isOutsideMiddleBand(end.bandRow, image.rows)) {
-    const TStripePiece refitted = fitPiece(end.pointsNearEnd, kPieceFitTolPx);
+    const TLent<TStripePiece> refitted = fitPiece(std::move(end.pointsNearEnd), kPieceFitTolPx, scratch);
     if (!trace.holds(kRefit, refitted.isFitted)) return std::nullopt;
     k = refitted.k;
     b = refitted.b;
     reportRefit(end, refitted, trace);
   }
-  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, image, params.dPara2, params.dPara1);
+  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, image, params.dPara2, params.dPara1,
+                         scratch);
 }
 
 }  // namespace weld

@@ -10,6 +10,8 @@
 
 #include <cmath>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace weld {
@@ -20,7 +22,6 @@ constexpr int kTrackingBandPx = 40;
 constexpr std::size_t kMinPiecePoints = 10;
 constexpr int kLowestRow = 9999;       // a piece must lie above this row
 constexpr int kFramesPerMessage = 20;  // the message is shown after more successful frames than this
-constexpr char kPlateInfoSwitch[] = "NeedPrintPlateWeldInfo";
 // Seam width in pixels and line slope in degrees, in the GBK code page.
 constexpr char kPlateInfoFormat[] =
     "\xBA\xB8\xB7\xEC\xBF\xED\xA3\xBA"
@@ -72,12 +73,14 @@ const TStripePiece* selectPlateLine(const std::vector<TStripePiece>& pieces, con
 }
 
 std::optional<TPlateEnds> findEnds(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
-                                   const TTrace& trace) {
-  const TPieceEnd end{"right end", piece.endPt, piece.endPt.y, lastPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> endCorner = refinePieceEnd(piece, end, piece.pts, image, params, trace);
+                                   const TTrace& trace, TScratch* scratch) {
+  TPieceEnd end{"right end", piece.endPt, piece.endPt.y, lastPoints(piece.fitPts, scratch)};
+  const std::optional<cv::Point2f> endCorner =
+      refinePieceEnd(piece, std::move(end), piece.pts, image, params, trace, scratch);
   if (!endCorner) return std::nullopt;
-  const TPieceEnd start{"left end", piece.startPt, piece.startPt.y, firstPoints(piece.fitPts)};
-  const std::optional<cv::Point2f> startCorner = refinePieceEnd(piece, start, piece.pts, image, params, trace);
+  TPieceEnd start{"left end", piece.startPt, piece.startPt.y, firstPoints(piece.fitPts, scratch)};
+  const std::optional<cv::Point2f> startCorner =
+      refinePieceEnd(piece, std::move(start), piece.pts, image, params, trace, scratch);
   if (!startCorner) return std::nullopt;
   return TPlateEnds{*startCorner, *endCorner};
 }
@@ -112,11 +115,11 @@ void storeEndLine(const TPlateEnds& ends, TWeldLineRes& result) {
 
 // Deliberate: the markers (-1, -1) of the corner refinement are not looked at here.
 TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
-                              const TTrace& trace) {
+                              const TTrace& trace, TScratch* scratch) {
   const double minWidthPx = params.dPara9;
   if (!trace.holds(kFit, piece.isFitted)) return {};
   if (!trace.passes(kFitPoints, piece.fitPts.size(), kMinPiecePoints)) return {};
-  const std::optional<TPlateEnds> ends = findEnds(piece, image, params, trace);
+  const std::optional<TPlateEnds> ends = findEnds(piece, image, params, trace, scratch);
   if (!ends) return {};
   const cv::Point2f seam = seamPoint(*ends, params.weldPosType);
   trace.addTestedPoint(seam);
@@ -132,17 +135,20 @@ TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, c
 TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
-  const std::vector<cv::Point2f> centres =
+  const TLentList<cv::Point2f> centres =
       extractStripe(object, image, prevRes, searchMask, kTrackingBandPx).centres;
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "seam");
-  const std::vector<TStripePiece> pieces = segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace);
+  TScratch* const scratch = &object.scratch;
+  const TLentList<TStripePiece> pieces =
+      segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch);
   const TStripePiece* plate = selectPlateLine(pieces, params, trace);
-  return plate != nullptr ? computePlateSeam(*plate, image, params, trace) : TWeldLineRes{};
+  return plate != nullptr ? computePlateSeam(*plate, image, params, trace, scratch) : TWeldLineRes{};
 }
 
 void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double stripeWidthPx) {
-  if (!result.isFound || !zel::APPgetParamBool(kPlateInfoSwitch)) return;
+  static const std::string infoSwitch = "NeedPrintPlateWeldInfo";  // too long to be made without heap memory
+  if (!result.isFound || !zel::APPgetParamBool(infoSwitch)) return;
   const int frames = object.plateInfoFrameCounter + 1;
   const bool isDue = frames > kFramesPerMessage;
   if (isDue) {

@@ -24,6 +24,6 @@ void showPlateInfo(TPlateDetector& object, const TWeldLineRes& result, double st
 
 // The seam of one piece: corners at its ends, width, line through the corners.
 TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, const TWeldParams& params,
-                              const TTrace& trace = {});
+                              const TTrace& trace = {}, TScratch* scratch = nullptr);
 
 }  // namespace weld

@@ -25,8 +25,8 @@ bool isCountSteady(std::size_t countNow, std::size_t countBefore) {
   return std::abs(static_cast<float>(std::abs(quotient)) - 1.0F) > kMinChange;
 }
 
-std::vector<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                                       const cv::Mat& searchMask) {
+TLentList<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
+                                     const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
   const bool usesRidges = params.flagPara1;
   const bool searchesNearPrevious = params.flagPara2;

@@ -44,8 +44,8 @@ TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image,
   object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::ridge;
   if (object.stripe.hasAskedRidges) return extractRidges(image, regions, trace);
   TStripeCentres edgePairs = extractStripeCentres(image, regions, kEdgeThreshold, object.scratch, trace);
-  object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::automatic &&
-                                 leavesStripeUnexplained(edgePairs, search.minColumns);
+  object.stripe.hasAskedRidges =
+      search.extraction == TStripeExtraction::automatic && leavesStripeUnexplained(edgePairs, search.minColumns);
   if (!object.stripe.hasAskedRidges) return edgePairs;
   return chooseStripe(std::move(edgePairs), extractRidges(image, regions, trace), trace);
 }
@@ -66,7 +66,7 @@ TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const st
     trace.attempt().centres = stripe.points;
     reportColumns(trace, stripe.status);
   }
-  object.setSamplinePointsStatus(std::move(stripe.status));
+  object.swapSamplinePointsStatus(stripe.status);
   return {std::move(stripe.points), stripe.modalWidthPx};
 }
 
@@ -78,7 +78,8 @@ void endWithGuide(const std::vector<cv::Point2f>& guide, std::vector<cv::Rect>& 
 
 TStripe extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int bandPx) {
   const std::vector<cv::Point2f>& guide = *object.search.guide;
-  std::vector<cv::Rect> regions = buildStripeRegions(image.size(), toIntPoints(guide), bandPx);
+  TLentList<cv::Rect> regions =
+      buildStripeRegions(image.size(), toIntPoints(guide, &object.scratch), bandPx, &object.scratch);
   if (!guide.empty()) endWithGuide(guide, regions);
   return extractInRegions(object, image, regions, guide.empty() ? TSearchPath::first : TSearchPath::tracking);
 }
@@ -87,12 +88,13 @@ TStripe extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int ban
 
 TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask) {
   return extractInRegions(object, prepareSearchImage(image, searchMask),
-                          buildStripeRegions(image.size(), {}, kBandPx), TSearchPath::first);
+                          buildStripeRegions(image.size(), {}, kBandPx, &object.scratch), TSearchPath::first);
 }
 
 TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
                           const std::vector<cv::Point2f>& previousStripe, int bandPx) {
-  return extractInRegions(object, image, buildStripeRegions(image.size(), toIntPoints(previousStripe), bandPx),
+  const TLentList<cv::Point> guide = toIntPoints(previousStripe, &object.scratch);
+  return extractInRegions(object, image, buildStripeRegions(image.size(), guide, bandPx, &object.scratch),
                           TSearchPath::tracking);
 }
 

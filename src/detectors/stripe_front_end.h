@@ -14,7 +14,7 @@ inline constexpr int kBandPx = 60;              // half height of the search ban
 inline constexpr float kEdgeThreshold = 30.0F;  // grey levels
 
 struct TStripe {
-  std::vector<cv::Point2f> centres;
+  TLentList<cv::Point2f> centres;
   double widthPx = 0.0;
 };
 

@@ -113,6 +113,8 @@ public:
   TLent(TScratch* scratch, std::size_t count) : owner(scratch) {
     TScratch::take(scratch, static_cast<TRecord&>(*this), count);
   }
+  // Takes over lists that came from the scratch memory.
+  TLent(TScratch* scratch, TRecord&& record) noexcept : TRecord(std::move(record)), owner(scratch) {}
   TLent(TRecord record) : TRecord(std::move(record)) {}
   TLent(const TLent& other) : TRecord(other) {}
   TLent(TLent&& other) noexcept : TRecord(std::move(other)), owner(other.owner) {}

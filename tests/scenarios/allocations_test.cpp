@@ -5,15 +5,33 @@
 #include <gtest/gtest.h>
 
 #include <utility>
+#include <vector>
 
 namespace {
 
+using scenes::TJoint;
+using scenes::TLevel;
+
 constexpr long kMaxPerTrackingFrame = 10;
+constexpr TJoint kJoints[] = {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain};
+constexpr int kFrames = 6;
+
+std::vector<cv::Mat> sequence(TJoint joint, TLevel level) {
+  const auto first = scenes::randomScene(joint, level, 1, scenario::kFrameSize);
+  scenes::TMotion motion;
+  motion.driftPx = {1.0, 0.4};
+  motion.jitterPx = 1.0;
+  std::vector<cv::Mat> images;
+  for (int n = 0; n < kFrames; ++n) {
+    images.push_back(scenes::renderScene(scenes::frameOf(first, motion, n)).image);
+  }
+  return images;
+}
 
 TEST(Allocations, aTrackingFrameOfAGapMakesNoMoreThanTen) {
-  TWeldParams params = scenes::weldParamsFor(scenes::TJoint::buttGap);
-  for (const scenes::TLevel level : {scenes::TLevel::clean, scenes::TLevel::noisy, scenes::TLevel::harsh}) {
-    const auto first = scenes::randomScene(scenes::TJoint::buttGap, level, 1, scenario::kFrameSize);
+  TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
+  for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
+    const auto first = scenes::randomScene(TJoint::buttGap, level, 1, scenario::kFrameSize);
     TWeldLineRes previous = scenario::detect(params, scenes::renderScene(first).image);
     ASSERT_TRUE(previous.isFound) << scenario::nameOf(level);
     const cv::Mat next = scenes::renderScene(scenes::frameOf(first, {}, 1)).image;
@@ -23,6 +41,40 @@ TEST(Allocations, aTrackingFrameOfAGapMakesNoMoreThanTen) {
     EXPECT_TRUE(result.isFound) << scenario::nameOf(level);
     EXPECT_GT(made, 0) << "requests are not counted";
     EXPECT_LE(made, kMaxPerTrackingFrame) << scenario::nameOf(level);
+  }
+}
+
+std::vector<cv::Mat> inColour(const std::vector<cv::Mat>& greys) {
+  std::vector<cv::Mat> images(greys.size());
+  for (std::size_t i = 0; i < greys.size(); ++i) cv::merge(std::vector<cv::Mat>(3, greys[i]), images[i]);
+  return images;
+}
+
+// The stripe points of the result, and nothing else. The frames come twice, there and back: the first time shows
+// the tracker the most that it has to remember at once.
+void expectOneRequestPerFrame(const TWeldParams& params, const std::vector<cv::Mat>& images) {
+  TWeldTracker tracker(params, TTrackerOptions::exact());
+  for (const cv::Mat& image : images) tracker.track(image);
+  int found = 0;
+  for (auto image = images.rbegin(); image != images.rend(); ++image) {
+    const long before = heap::requests();
+    const TWeldLineRes result = tracker.track(*image);
+    EXPECT_LE(heap::requests() - before, 1) << "frame " << images.rend() - image - 1;
+    found += result.isFound ? 1 : 0;
+  }
+  EXPECT_GT(found, kFrames / 2);
+}
+
+TEST(Allocations, aTrackerThatHasSeenTheLikeAsksOncePerFrame) {
+  for (const TJoint joint : kJoints) {
+    for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
+      SCOPED_TRACE(testing::Message() << scenario::nameOf(joint) << ", " << scenario::nameOf(level));
+      const std::vector<cv::Mat> images = sequence(joint, level);
+      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images);
+      if (level != TLevel::clean) continue;
+      SCOPED_TRACE("in colour");
+      expectOneRequestPerFrame(scenes::weldParamsFor(joint), inColour(images));
+    }
   }
 }
 

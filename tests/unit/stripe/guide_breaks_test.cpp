@@ -68,20 +68,15 @@ void arrange(std::vector<cv::Point>& guide, int round, std::mt19937& random) {
   }
 }
 
-std::vector<TGuideBreak> breaksOf(const std::vector<cv::Point>& guide) {
-  std::vector<TGuideBreak> breaks;
-  findGuideBreaks(guide, kColumns, kMaxStretchPx, breaks);
-  return breaks;
-}
-
 TEST(FindGuideBreaks, AreThoseOfPlainExchanges) {
   std::mt19937 random(20);
+  std::vector<TGuideBreak> breaks;
   for (const TGuideKind& kind : kKinds) {
     for (int round = 0; round < 30; ++round) {
       std::vector<cv::Point> guide = drawGuide(kind, random);
       arrange(guide, round, random);
       const std::vector<TGuideBreak> expected = findBreaksByExchanges(guide);
-      const std::vector<TGuideBreak> breaks = breaksOf(guide);
+      findGuideBreaks(guide, kColumns, kMaxStretchPx, breaks);
       ASSERT_EQ(breaks.size(), expected.size()) << kind.name << ", round " << round;
       for (std::size_t i = 0; i < breaks.size(); ++i) {
         EXPECT_EQ(breaks[i].point, expected[i].point) << kind.name << ", round " << round << ", break " << i;
@@ -94,7 +89,9 @@ TEST(FindGuideBreaks, AreThoseOfPlainExchanges) {
 // 3, 2a, 2b, 1 comes out as 1, 2b, 2a, 3.
 TEST(FindGuideBreaks, ExchangesTurnTheOrderInAColumn) {
   const std::vector<cv::Point> guide{{600, 0}, {400, 300}, {400, 700}, {100, 0}};
-  EXPECT_EQ(breaksOf(guide).at(1).point, cv::Point(400, 700));
+  std::vector<TGuideBreak> breaks;
+  findGuideBreaks(guide, kColumns, kMaxStretchPx, breaks);
+  EXPECT_EQ(breaks.at(1).point, cv::Point(400, 700));
 }
 
 }  // namespace
