@@ -3,6 +3,7 @@ BUILD ?= build
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
+FRAMES ?= 200000
 
 # cmake starts a make of its own with its own -j, which is not to take itself for a part of this one.
 standalone = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL
@@ -16,7 +17,7 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan test-arm build-clang bench bench-compare accuracy docs picture install format clean help
+.PHONY: build demo test test-asan test-tsan test-arm soak build-clang bench bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -40,6 +41,19 @@ test-asan: ## the tests under the address and undefined-behaviour sanitizers
 	cmake -S . -B $(BUILD)-asan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
 	$(call compile,$(BUILD)-asan)
 	$(call run_tests,$(BUILD)-asan)
+
+test-tsan: ## trackers and plain calls on many threads, under the thread sanitizer
+	$(setup) build test
+	cmake -S . -B $(BUILD)-tsan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE_THREAD=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
+	$(call compile,$(BUILD)-tsan) --target test_threads test_support
+	$(BUILD)-tsan/tests/test_support --gtest_filter='Plugs.*'
+	$(BUILD)-tsan/tests/test_threads
+
+soak: ## a long run of FRAMES mixed frames, twice: memory must stay flat, results the same (default 200000)
+	$(setup) build test
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD)) --target soak
+	$(BUILD)/tests/soak $(FRAMES)
 
 test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm
@@ -83,7 +97,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-arm $(BUILD)-clang demo-out
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -7,6 +7,7 @@ option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_WERROR "Turn warnings into errors" OFF)
 option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(ZELWELD_SANITIZE_THREAD "Build with the thread sanitizer" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -31,7 +32,7 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 # Hardened, as tests/checks/hardening.sh holds: stack canaries, checked C library calls where optimisation makes them
 # possible, import tables read-only before the program starts, no executable stack, programs at random addresses.
 add_compile_options(-fstack-protector-strong)
-if(NOT ZELWELD_SANITIZE) # sanitizers watch the unchecked calls
+if(NOT ZELWELD_SANITIZE AND NOT ZELWELD_SANITIZE_THREAD) # sanitizers watch the unchecked calls
   add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
 endif()
 add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
@@ -51,4 +52,8 @@ if(ZELWELD_SANITIZE)
   # With sanitizers g++ 12 takes std::regex for uninitialised; the build without them keeps this warning.
   add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(${sanitizers})
+endif()
+if(ZELWELD_SANITIZE_THREAD)
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -O2 -g1)
+  add_link_options(-fsanitize=thread)
 endif()

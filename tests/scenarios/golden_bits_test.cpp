@@ -1,10 +1,10 @@
 // Whole calls with all their bits: every compiler, optimisation and instruction set must give these. A change that
 // means to move a result puts the row that the failure prints in place of the old one.
 #include "scenarios/scenario.h"
+#include "support/checksum.h"
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <ios>
 #include <ostream>
@@ -45,28 +45,6 @@ void PrintTo(const TPinned& row, std::ostream* out) {
   for (const cv::Point2f& point : {row.first, row.tracked}) *out << ", {" << point.x << "F, " << point.y << "F}";
   *out << "}";
 }
-
-// FNV-1a (Fowler, Noll and Vo, 1991).
-class TChecksum {
-public:
-  void add(const void* data, std::size_t size) {
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    for (std::size_t i = 0; i < size; ++i) value = (value ^ bytes[i]) * 0x01000193U;
-  }
-
-  void add(const TWeldLineRes& result) {
-    const double numbers[] = {result.isFound ? 1.0 : 0.0,
-                              result.auxVal1,
-                              result.auxVal2,
-                              result.auxVal3,
-                              result.auxVal4,
-                              result.trackVal};
-    add(numbers, sizeof numbers);
-    add(result.stripePts.data(), result.stripePts.size() * sizeof(cv::Point2f));
-  }
-
-  std::uint32_t value = 0x811C9DC5U;
-};
 
 TPinned detectTwice(scenes::TJoint joint, scenes::TLevel level) {
   const scenes::TSceneParams scene = scenes::randomScene(joint, level, kSeed, kOddSize);

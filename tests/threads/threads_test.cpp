@@ -1,0 +1,102 @@
+// Trackers of their own and calls of the plain entry point on many threads at once, with images and parameters
+// that all of them share. `make test-tsan` builds this with the thread sanitizer.
+#include "scenes/scene.h"
+#include "support/checksum.h"
+#include "zelWeldDetect.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using scenes::TJoint;
+
+const cv::Size kFrameSize{640, 480};
+constexpr int kFrames = 5;
+constexpr int kJumpAt = 3;  // the frame in which tracking is lost
+constexpr int kThreadsPerKind = 8;
+constexpr std::uint64_t kSeed = 11;
+
+struct TSequence {
+  TWeldParams params;
+  std::vector<cv::Mat> images;  // grey and BGR in turns
+};
+
+TSequence makeSequence(TJoint joint) {
+  TSequence sequence{scenes::weldParamsFor(joint), {}};
+  const scenes::TSceneParams first = scenes::randomScene(joint, scenes::TLevel::noisy, kSeed, kFrameSize);
+  scenes::TMotion motion;
+  motion.driftPx = {1.0, 0.5};
+  motion.jumpAtFrame = kJumpAt;
+  motion.jumpPx = {0.0, 90.0};
+  for (int n = 0; n < kFrames; ++n) {
+    const cv::Mat grey = scenes::renderScene(scenes::frameOf(first, motion, n)).image;
+    cv::Mat image = grey;
+    if (n % 2 == 1) cv::merge(std::vector<cv::Mat>(3, grey), image);
+    sequence.images.push_back(image);
+  }
+  return sequence;
+}
+
+std::vector<TSequence> makeSequences() {
+  std::vector<TSequence> sequences;
+  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain}) {
+    sequences.push_back(makeSequence(joint));
+  }
+  sequences.push_back(sequences.back());
+  sequences.back().params.flagPara1 = true;  // ridges
+  return sequences;
+}
+
+using TChecksums = std::vector<std::uint32_t>;  // of every frame
+
+TChecksums callPlainly(TSequence& sequence) {
+  TChecksums sums;
+  TWeldLineRes previous;
+  for (const cv::Mat& image : sequence.images) {
+    previous = detectWeldLineViaTracking(image, sequence.params, previous);
+    sums.push_back(checksumOf(previous));
+  }
+  return sums;
+}
+
+TChecksums track(TSequence& sequence) {
+  TChecksums sums;
+  TWeldTracker tracker(sequence.params);
+  for (const cv::Mat& image : sequence.images) sums.push_back(checksumOf(tracker.track(image)));
+  return sums;
+}
+
+using TRun = TChecksums (*)(TSequence& sequence);
+
+TEST(Threads, giveTheResultsOfOneThread) {
+  std::vector<TSequence> sequences = makeSequences();
+  std::vector<TChecksums> expected[2];
+  const TRun runs[2] = {callPlainly, track};
+  for (int kind = 0; kind < 2; ++kind) {
+    for (TSequence& sequence : sequences) expected[kind].push_back(runs[kind](sequence));
+  }
+
+  std::atomic<int> waiting{2 * kThreadsPerKind};
+  std::vector<int> wrong(2 * kThreadsPerKind);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 2 * kThreadsPerKind; ++t) {
+    threads.emplace_back([&, t] {
+      --waiting;
+      while (waiting > 0) std::this_thread::yield();
+      for (std::size_t i = 0; i < sequences.size(); ++i) {
+        const std::size_t s = (i + static_cast<std::size_t>(t)) % sequences.size();  // all kinds of frames at any time
+        if (runs[t % 2](sequences[s]) != expected[t % 2][s]) ++wrong[static_cast<std::size_t>(t)];
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(wrong.size())) << "sequences with other results, per thread";
+}
+
+}  // namespace
