@@ -10,5 +10,7 @@ void addSimulateCommand(CLI::App& program);
 void addParamsCommand(CLI::App& program);
 void addExposureCommand(CLI::App& program);
 void addFeaturesCommand(CLI::App& program);
+void addCompareCommand(CLI::App& program);
+void addSweepCommand(CLI::App& program);
 
 }  // namespace tool

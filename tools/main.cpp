@@ -82,5 +82,7 @@ int main(int argc, char** argv) {
   tool::addParamsCommand(program);
   tool::addExposureCommand(program);
   tool::addFeaturesCommand(program);
+  tool::addCompareCommand(program);
+  tool::addSweepCommand(program);
   return run(program, argc, argv);
 }

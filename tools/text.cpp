@@ -18,6 +18,10 @@ std::string plain(double value) {
   return {buffer.data(), static_cast<std::size_t>(length)};
 }
 
+std::string padded(const std::string& text, std::size_t width) {
+  return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
+}
+
 std::string join(const std::vector<std::string>& words, std::string_view separator) {
   std::string text;
   for (std::size_t i = 0; i < words.size(); ++i) {

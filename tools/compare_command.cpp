@@ -1,0 +1,192 @@
+// zelweld compare: the same frames under two parameter files.
+#include "tools/commands.h"
+#include "tools/frame_source.h"
+#include "tools/output.h"
+#include "tools/progress.h"
+#include "tools/seam_run.h"
+#include "tools/shared_options.h"
+#include "tools/stats.h"
+#include "tools/stop_signal.h"
+#include "tools/text.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace tool {
+namespace {
+
+constexpr std::size_t kMaxStretches = 12;  // of frames lost on one side that are listed
+
+// As typed.
+struct TOptions {
+  std::string fileA;
+  std::string fileB;
+  TFrameOptions frames;
+  bool isExact = false;
+};
+
+// Frames found on one side only, and why the other side lost them.
+struct TDifference {
+  std::vector<int> frames;
+  TReasonTally reasons;
+
+  void add(int frame, const TSeamFrame& lost) {
+    frames.push_back(frame);
+    reasons.add(frame, lost);
+  }
+};
+
+struct TComparison {
+  TSeamRun a;
+  TSeamRun b;
+  TDifference onlyA;
+  TDifference onlyB;
+  std::vector<double> distancesPx = {};  // between the seams, frames found on both sides
+};
+
+void compareFrame(TComparison& both, const cv::Mat& image, const TFrame& frame) {
+  const TSeamFrame a = both.a.next(image, frame.index, frame.startsSequence);
+  const TSeamFrame b = both.b.next(image, frame.index, frame.startsSequence);
+  if (a.isFound && !b.isFound) {
+    both.onlyA.add(frame.index, b);
+  }
+  if (b.isFound && !a.isFound) {
+    both.onlyB.add(frame.index, a);
+  }
+  if (a.seam && b.seam) {
+    both.distancesPx.push_back(cv::norm(*a.seam - *b.seam));
+  }
+}
+
+// "3-7, 12, 30-31"
+std::string stretchesOf(const std::vector<int>& frames) {
+  std::vector<std::string> stretches;
+  for (std::size_t first = 0; first < frames.size();) {
+    std::size_t last = first;
+    while (last + 1 < frames.size() && frames[last + 1] == frames[last] + 1) {
+      ++last;
+    }
+    if (stretches.size() == kMaxStretches) {
+      stretches.emplace_back("...");
+      break;
+    }
+    const std::string from = std::to_string(frames[first]);
+    stretches.push_back(first == last ? from : from + "-" + std::to_string(frames[last]));
+    first = last + 1;
+  }
+  return join(stretches, ", ");
+}
+
+std::string row(const std::string& name, const std::string& a, const std::string& b) {
+  return padded(name, 22) + padded(a, 22) + b;
+}
+
+std::string foundText(const TSeamRun& run) {
+  return std::to_string(run.found()) + " (" + fixed(100.0 * run.foundShare(), 1) + " %)";
+}
+
+std::string jitterText(const TSeamRun& run) {
+  const auto jitter = run.jitter().medianPx();
+  return jitter ? fixed(*jitter, 3) + " px" : "-";
+}
+
+void printFigures(const TComparison& both, const TOptions& options) {
+  const TSeamRun& a = both.a;
+  const TSeamRun& b = both.b;
+  const std::string frames = std::to_string(both.distancesPx.size()) + " frames with a seam in both";
+  printLine("A  " + options.fileA + "\nB  " + options.fileB + "\n\n" + row("", "A", "B"));
+  printLine(row("frames", std::to_string(a.frames()), std::to_string(b.frames())));
+  printLine(row("found", foundText(a), foundText(b)));
+  printLine(row("losses", std::to_string(a.losses()), std::to_string(b.losses())));
+  printLine(row("longest loss, frames", std::to_string(a.longestLoss()), std::to_string(b.longestLoss())));
+  printLine(row("jitter", jitterText(a), jitterText(b)));
+  if (!both.distancesPx.empty()) {
+    printLine("\nMedian distance between the seams of A and B: " + fixed(percentile(both.distancesPx, 0.5), 2) +
+              " px, " + frames);
+  }
+}
+
+void printDifference(const TDifference& only, const std::string& lost, const std::string& found) {
+  printLine("\nLost under " + lost + ", found under " + found + ": " + std::to_string(only.frames.size()) +
+            " frames");
+  if (!only.frames.empty()) {
+    printLine("  frames " + stretchesOf(only.frames));
+  }
+  for (const TReasonTally::TRow& reason : only.reasons.rows()) {
+    printLine("  " + padded(std::to_string(reason.frames) + " x", 8) + weldOutcomeText(reason.reason) +
+              ", frame " + std::to_string(reason.firstFrame) + ": " + reason.sentence);
+  }
+}
+
+// Every reason for which either side lost frames.
+void printReasons(const TComparison& both) {
+  const auto ofA = both.a.reasons().rows();
+  auto ofB = both.b.reasons().rows();
+  if (ofA.empty() && ofB.empty()) {
+    return;
+  }
+  printLine("\nReasons for all frames not found\n" + padded("A", 8) + padded("B", 8) + "reason");
+  const auto line = [](int countA, int countB, TWeldOutcome reason) {
+    printLine(padded(std::to_string(countA), 8) + padded(std::to_string(countB), 8) + weldOutcomeText(reason));
+  };
+  for (const TReasonTally::TRow& rowA : ofA) {
+    const auto rowB = std::find_if(ofB.begin(), ofB.end(), [&](const auto& r) { return r.reason == rowA.reason; });
+    line(rowA.frames, rowB == ofB.end() ? 0 : rowB->frames, rowA.reason);
+    if (rowB != ofB.end()) {
+      ofB.erase(rowB);
+    }
+  }
+  for (const TReasonTally::TRow& rowB : ofB) {
+    line(0, rowB.frames, rowB.reason);
+  }
+}
+
+TComparison comparisonOf(const TOptions& options) {
+  const TTrackerOptions tracker = options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
+  const auto sideOf = [&](const std::string& file) {
+    TParamSource source;
+    source.file = file;
+    return TSeamRun(loadParams(source), tracker);
+  };
+  return {sideOf(options.fileA), sideOf(options.fileB), {}, {}};
+}
+
+void run(const TOptions& options) {
+  TComparison both = comparisonOf(options);
+  const TPreparation preparation = preparationOf(options.frames);
+  TFrameSource source(listInputs(options.frames.inputs));
+  TProgress progress(source.frameCount());
+  while (const auto frame = source.next()) {
+    compareFrame(both, prepareImage(frame->image, preparation, frame->name), *frame);
+    progress.draw(both.a.frames());
+  }
+  progress.clear();
+  throwIfStopRequested();
+  printFigures(both, options);
+  printDifference(both.onlyA, "B", "A");
+  printDifference(both.onlyB, "A", "B");
+  printReasons(both);
+}
+
+}  // namespace
+
+void addCompareCommand(CLI::App& program) {
+  CLI::App* const command = program.add_subcommand("compare", "Track the same frames under two parameter files");
+  const auto options = std::make_shared<TOptions>();
+  command->add_option("A.json", options->fileA, "Parameter file, as params --format json writes it")->required();
+  command->add_option("B.json", options->fileB, "The parameter file to set beside it")->required();
+  addFrameOptions(*command, options->frames);
+  command->add_flag("--exact", options->isExact, "The plain rules of the detectors, without the tracker's help");
+  command->footer(
+      "found   frames whose seam was found; repeats of an earlier seam do not count\n"
+      "losses  stretches of frames not found\n"
+      "jitter  median of |p[n-1] - 2 p[n] + p[n+1]| over the seam points p of consecutive found frames: what\n"
+      "        is left when the even motion of the seam is taken away\n"
+      "Examples:\n"
+      "  zelweld params --type lap --format json > a.json\n"
+      "  zelweld compare a.json b.json frames/\n"
+      "  zelweld compare a.json b.json clip.avi --rotate 90 --exact");
+  command->callback([options] { run(*options); });
+}
+
+}  // namespace tool

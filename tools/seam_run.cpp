@@ -1,0 +1,96 @@
+#include "tools/seam_run.h"
+
+#include "tools/overlay.h"
+#include "tools/stats.h"
+
+#include <algorithm>
+
+namespace tool {
+namespace {
+
+// Why the frame was not found; for a repeated seam, what made that necessary.
+TWeldOutcome reasonOf(const TFrameTrace& trace) {
+  if (trace.outcome != TWeldOutcome::held) {
+    return trace.outcome;
+  }
+  const auto refused =
+      std::find_if(trace.gate.begin(), trace.gate.end(), [](const TTraceCheck& check) { return !check.passed; });
+  if (refused != trace.gate.end()) {
+    return refused->failure;
+  }
+  return trace.decisive >= 0 ? trace.attempts[static_cast<std::size_t>(trace.decisive)].outcome : trace.outcome;
+}
+
+TTrackerOptions traced(TTrackerOptions options) {
+  options.withTrace = true;
+  return options;
+}
+
+}  // namespace
+
+void TJitter::add(const std::optional<cv::Point2d>& seam) {
+  if (seam && before[0] && before[1]) {
+    lengthsPx.push_back(cv::norm(*before[0] - 2.0 * *before[1] + *seam));
+  }
+  before = {before[1], seam};
+}
+
+void TJitter::startSequence() {
+  before = {};
+}
+
+std::optional<double> TJitter::medianPx() const {
+  return lengthsPx.empty() ? std::nullopt : std::make_optional(percentile(lengthsPx, 0.5));
+}
+
+void TReasonTally::add(int frame, const TSeamFrame& seen) {
+  auto row = std::find_if(counts.begin(), counts.end(), [&](const TRow& r) { return r.reason == seen.reason; });
+  if (row == counts.end()) {
+    row = counts.insert(row, {seen.reason, 0, frame, seen.sentence});
+  }
+  ++row->frames;
+}
+
+std::vector<TReasonTally::TRow> TReasonTally::rows() const {
+  std::vector<TRow> sorted = counts;
+  std::stable_sort(sorted.begin(), sorted.end(), [](const TRow& a, const TRow& b) { return a.frames > b.frames; });
+  return sorted;
+}
+
+TSeamRun::TSeamRun(const TWeldParams& weldParams, TTrackerOptions options)
+    : params(weldParams), tracker(weldParams, traced(options)) {}
+
+TSeamFrame TSeamRun::next(const cv::Mat& image, int frame, bool startsSequence) {
+  if (startsSequence) {
+    tracker.reset();
+    seamJitter.startSequence();
+    lossRun = 0;
+  }
+  const TWeldLineRes result = tracker.track(image);
+  const TFrameTrace& trace = tracker.lastTrace();
+  TSeamFrame seen;
+  seen.isFound = result.isFound && !tracker.isHeld();
+  seen.seam = seen.isFound ? seamOf(params, result) : std::nullopt;
+  seen.reason = reasonOf(trace);
+  seen.sentence = trace.sentence;
+  seamJitter.add(seen.seam);
+  count(seen.isFound);
+  if (!seen.isFound) {
+    lostReasons.add(frame, seen);
+  }
+  return seen;
+}
+
+void TSeamRun::count(bool isFound) {
+  ++frameCount;
+  foundCount += isFound ? 1 : 0;
+  lossRun = isFound ? 0 : lossRun + 1;
+  lossCount += lossRun == 1 ? 1 : 0;
+  longestLossFrames = std::max(longestLossFrames, lossRun);
+}
+
+double TSeamRun::foundShare() const {
+  return frameCount == 0 ? 0.0 : static_cast<double>(foundCount) / frameCount;
+}
+
+}  // namespace tool

@@ -1,0 +1,44 @@
+// One parameter over a range: its values, what each gave, and which of them suit.
+#pragma once
+
+#include "tools/param_table.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+struct TSweepRange {
+  std::string name;            // of the parameter
+  std::vector<double> values;  // ascending, evenly spaced
+};
+
+// Whether "name=value" gives a range instead of a value.
+bool isRange(const std::string& assignment);
+
+// "dPara7=5:40:5", from : to : step, both ends included where a step meets them. Throws a usage error that says
+// what would be right: no number, not ascending, a step not above 0, more than 1000 values.
+TSweepRange parseRange(const std::string& assignment);
+
+struct TSweepPoint {
+  double value = 0.0;
+  double foundShare = 0.0;         // 0..1
+  std::optional<double> jitterPx;  // see TJitter
+};
+
+// A value is good when its found share is at most 0.01 below the best one and its jitter at most 20 % or 0.05 px,
+// whichever is more, above the least jitter of these. Where none of them has a jitter, the share alone counts. No
+// value is good when nothing was found.
+std::vector<bool> goodPoints(const std::vector<TSweepPoint>& points);
+
+struct TGoodRange {
+  std::size_t first = 0;
+  std::size_t last = 0;
+  std::size_t middle = 0;  // the suggestion; the lower one of two
+};
+
+// The longest run of good values, the first of equally long ones.
+std::optional<TGoodRange> widestGoodRange(const std::vector<bool>& isGood);
+
+}  // namespace tool
