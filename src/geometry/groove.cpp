@@ -2,6 +2,7 @@
 
 #include "geometry/line_fitting.h"
 #include "support/grey_image.h"
+#include "support/image_test.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -88,10 +89,10 @@ cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point
                             const cv::Mat& image, double supportDistPx, double minDrop) {
   const std::vector<cv::Point2f> support =
       selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts);
-  if (support.size() < kMinSupport) return kNoGroovePos;
+  if (support.size() < kMinSupport || !hasPixels(image)) return kNoGroovePos;
   requireReadable(image);
   const TProfileRange range = profileRange(support, roughPos.x, image.cols);
-  if (range.count < kMinSamples || image.rows == 0) return kNoGroovePos;
+  if (range.count < kMinSamples) return kNoGroovePos;
   const TDrop drop = steepestDrop(sampleProfile(image, range, k, b));
   if (!(static_cast<double>(drop.grey) > minDrop)) return roughPos;
   const int x = range.firstX + drop.index * range.step;

@@ -61,7 +61,8 @@ std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, con
 
 std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx) {
   std::vector<cv::Point> vertices;
-  if (points.empty()) return vertices;
+  const bool isUsableEpsilon = epsilonPx >= 0.0 && epsilonPx < kFarthestPx;
+  if (points.empty() || !isUsableEpsilon) return vertices;
   cv::approxPolyDP(points, vertices, epsilonPx, false);
   return vertices;
 }

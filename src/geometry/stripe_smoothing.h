@@ -21,7 +21,8 @@ std::vector<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points);
 std::vector<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace = {});
 
 // Vertices of an open polygon within epsilonPx of the points (Douglas and Peucker 1973), rounded to the nearest
-// pixel. The points must be finite: the approximation would not end on others. Empty when there is no point.
+// pixel. The points must be finite: the approximation would not end on others. Empty when there is no point or
+// epsilonPx is outside 0 .. 1e9.
 std::vector<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx);
 
 // The points with fromX < x < toX, in order.
