@@ -1,5 +1,6 @@
 #include "tools/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -16,6 +17,12 @@ std::string plain(double value) {
   std::array<char, 64> buffer{};
   const int length = std::snprintf(buffer.data(), buffer.size(), "%g", value);
   return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+std::string onOneLine(std::string text) {
+  const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
+  std::replace_if(text.begin(), text.end(), isControl, ' ');
+  return text;
 }
 
 std::string join(const std::vector<std::string>& words, std::string_view separator) {

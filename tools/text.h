@@ -13,6 +13,9 @@ std::string fixed(double value, int decimals);
 // The number with at most six significant digits and no trailing zeros.
 std::string plain(double value);
 
+// The text with spaces in place of line breaks and other control characters.
+std::string onOneLine(std::string text);
+
 std::string join(const std::vector<std::string>& words, std::string_view separator);
 
 // Reads the whole text as a number. False when any of it is not part of the number.
