@@ -7,6 +7,7 @@ option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_WERROR "Turn warnings into errors" OFF)
 option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(ZELWELD_BUILD_FUZZERS "Build the fuzz targets (clang; best with ZELWELD_SANITIZE)" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -51,4 +52,9 @@ if(ZELWELD_SANITIZE)
   # With sanitizers g++ 12 takes std::regex for uninitialised; the build without them keeps this warning.
   add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(${sanitizers})
+endif()
+
+if(ZELWELD_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_link_options(-fsanitize=fuzzer-no-link)
 endif()
