@@ -4,6 +4,7 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 FRAMES ?= 200000
+SECONDS ?= 60
 
 # cmake starts a make of its own with its own -j, which is not to take itself for a part of this one.
 standalone = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL
@@ -17,7 +18,8 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan test-tsan test-arm soak build-clang bench bench-compare accuracy docs picture install format clean help
+.PHONY: build demo test test-asan test-tsan test-arm fuzz fuzz-replay soak build-clang bench bench-compare accuracy docs \
+  picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -59,6 +61,23 @@ test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm
 	$(standalone) scripts/test-arm.sh $(BUILD)-arm $(JOBS) $(CMAKE_FLAGS)
 
+# The fuzz targets in a build of their own.
+define build_fuzz
+$(setup) build fuzz
+cmake -S . -B $(BUILD)-fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON \
+  -DZELWELD_BUILD_FUZZERS=ON -DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_EXAMPLES=OFF -DZELWELD_BUILD_BENCHMARKS=OFF \
+  $(CMAKE_FLAGS)
+$(call compile,$(BUILD)-fuzz)
+endef
+
+fuzz: ## look for crashes with random input: make fuzz SECONDS=60 for each fuzz target
+	$(build_fuzz)
+	scripts/fuzz.sh $(BUILD)-fuzz $(SECONDS)
+
+fuzz-replay: ## run the seeds and the cases of fuzz/cases once
+	$(build_fuzz)
+	scripts/fuzz.sh $(BUILD)-fuzz 0
+
 build-clang: ## build everything with clang
 	$(setup) build test bench clang
 	cmake -S . -B $(BUILD)-clang -DCMAKE_CXX_COMPILER=clang++ $(CMAKE_FLAGS)
@@ -97,7 +116,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang demo-out
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-fuzz demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -19,6 +19,10 @@
 
 // The detector object: the parameters of a call, the column status of its frame, and the geometry
 // toolkit that every detector shares. One object per thread.
+//
+// Every argument may hold anything: a number that is not finite is near no line and within no range, and a call
+// that cannot be answered gives the failed result that its comment names. Only images raise cv::Exception, where
+// said.
 class ZELWELDDETECT_EXPORT TBaseWeld {
 public:
   TBaseWeld();
@@ -32,9 +36,9 @@ public:
   TWeldParams getWeldParameters() const;
 
   // Robust line through stripe points; scale and inlier distance are dPara4.
-  // startIdx and endIdx >= 0: fits the points startIdx .. endIdx - 1 (at least 10; endIdx must not
-  // exceed the list), then refits the inliers of that line among all points. Otherwise fits the whole
-  // list once. Fewer than 10 points, or no consensus: isValid false.
+  // startIdx and endIdx >= 0: fits the points startIdx .. endIdx - 1 (at least 10), then refits the inliers of
+  // that line among all points. Otherwise fits the whole list once. Fewer than 10 points, a range that reaches
+  // beyond the list, or no consensus: isValid false.
   TLinePara findALine(std::vector<cv::Point2f> points, int startIdx, int endIdx) const;
 
   // Consensus line whose angle lies between angleFrom and angleTo (degrees). isValid is false when fewer
@@ -63,19 +67,22 @@ public:
   // Cuts the stripe into straight pieces, left to right: drops steep jumps, smooths, cuts at the vertices of a
   // polygon within polyEpsilon (px) of the stripe, fits every piece, and joins neighbours whose ends are nearer
   // than maxMergeGapX and maxMergeGapY (px) and whose joint is flatter than maxMergeHeight (px). Fewer than 20
-  // points, or one that is not finite, give no pieces.
+  // points, one that is not finite or farther than 1e9 px away, or a polyEpsilon outside 0 .. 1e9 give no pieces.
   void segmentStripe(std::vector<cv::Point2f> stripePts, std::vector<TStripePiece>& pieces, float maxMergeHeight,
                      float maxMergeGapX, float maxMergeGapY, float polyEpsilon) const;
 
   // Moves roughPos along the line y = k * x + b to where the brightness of the 8-bit grey image drops most, by
   // more than dPara1 grey levels; without such a drop roughPos comes back. (-1, -1) when fewer than 10 stripe
-  // points lie within dPara2 of the line or the line crosses fewer than 6 columns there.
+  // points lie within dPara2 of the line, the line crosses fewer than 6 columns there, or the image is empty. An
+  // image in colour is converted where it is read; other types than 8 bits with 1, 3 or 4 channels raise
+  // cv::Exception.
   cv::Point2f modifySingleVGroovePos(std::vector<cv::Point2f> stripePts, cv::Point2f roughPos, float k, float b,
                                      cv::Mat image) const;
 
   // Cuts the stripe into straight atoms with a polygon within 10 px, fits each (dPara4), merges neighbours that
-  // meet flat and keeps those with a line of at least 21 inliers. One straight line gives no atoms. No result
-  // depends on the image, here and in fusePolyLines2LinesSegment; it may be empty.
+  // meet flat and keeps those with a line of at least 21 inliers. One straight line gives no atoms, as does a
+  // point that is not finite or farther than 1e9 px away. No result depends on the image, here and in
+  // fusePolyLines2LinesSegment; it may be empty.
   void splitWeldLine2lines(std::vector<cv::Point2f> stripePts, std::vector<TSplitAtom>& atoms,
                            cv::Mat image) const;
 
@@ -185,6 +192,7 @@ struct TExposureTarget {
 //                of 76.
 // Grey levels are proportional to the exposure only where nothing is clipped, so one step changes it by 4 at most;
 // repeat with the next frame. A mean that a scene reaches only with too many bright pixels is never settled on.
+// Whatever the figures and the target hold, the factor lies between 1/4 and 4.
 ZELWELDDETECT_EXPORT double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target);
 
 }  // namespace LightingAdaptation

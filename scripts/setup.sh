@@ -2,10 +2,11 @@
 # Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
 # and does nothing when all is there.
 #
-#   scripts/setup.sh build|test|arm|bench|clang|format ...
+#   scripts/setup.sh build|test|arm|bench|clang|fuzz|format ...
 set -euo pipefail
 
-# Prints "package probe" lines for a step; the probe is a command or, with a slash or dot, a header.
+# Prints "package probe" lines for a step; the probe is a command, with a slash or dot a header, with a slash in front
+# a pattern of files.
 requirements() {
   case "$1" in
     build)
@@ -38,9 +39,15 @@ LIST
       ;;
     bench) echo "libbenchmark-dev benchmark/benchmark.h" ;;
     clang) echo "clang clang++" ;;
+    fuzz)
+      cat <<'LIST'
+clang               clang++
+libclang-rt-14-dev  /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a
+LIST
+      ;;
     format) echo "clang-format clang-format" ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang or format" >&2
+      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang, fuzz or format" >&2
       exit 2
       ;;
   esac
@@ -48,6 +55,7 @@ LIST
 
 is_there() {
   case "$1" in
+    /*) compgen -G "$1" >/dev/null ;;
     *[/.]*)
       local root
       for root in /usr/include /usr/include/opencv4 /usr/local/include /usr/local/include/opencv4; do

@@ -1,6 +1,8 @@
 // How a command ends when it cannot go on: one line of text and an exit code.
 #pragma once
 
+#include "tools/text.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -17,7 +19,8 @@ enum class TExit : int {
 
 class TCliError : public std::runtime_error {
 public:
-  TCliError(TExit code, const std::string& text) : std::runtime_error(text), exitCode(code) {}
+  // What a file or an option brings into the text cannot break its line.
+  TCliError(TExit code, const std::string& text) : std::runtime_error(onOneLine(text)), exitCode(code) {}
   const TExit exitCode;
 };
 

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace tool {
 namespace {
@@ -18,12 +17,21 @@ using nlohmann::ordered_json;
 const std::string kTypeKey = "weldType";
 const std::string kPositionKey = "weldPosType";
 
+constexpr std::size_t kMaxFileBytes = 1 << 20;  // a record of every parameter is smaller than a thousandth of it
+
+// Stops behind the limit, so that a device that never ends is refused, too.
 std::string readText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file || std::filesystem::is_directory(path)) {
     throw inputError(path + ": cannot be read; --params takes a JSON file");
   }
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::string text(kMaxFileBytes + 1, '\0');
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  if (text.size() > kMaxFileBytes) {
+    throw usageError(path + ": holds more than 1 MiB; `zelweld params --format json` shows a parameter file");
+  }
+  return text;
 }
 
 ordered_json parseFile(const std::string& path) {
@@ -39,6 +47,8 @@ ordered_json parseFile(const std::string& path) {
     const auto line = 1 + std::count(text.begin(), stop, '\n');
     throw usageError(path + ": no valid JSON at line " + std::to_string(line) +
                      "; `zelweld params --format json` shows a valid file");
+  } catch (const ordered_json::out_of_range&) {
+    throw usageError(path + ": holds a number that is too large for any parameter");
   }
 }
 
@@ -48,7 +58,7 @@ std::string nameIn(const ordered_json& record, const std::string& key) {
   if (found == record.end()) {
     return {};
   }
-  return found->is_string() ? found->get<std::string>() : found->dump();
+  return found->is_string() ? found->get<std::string>() : describeValue(*found);
 }
 
 void applyFile(TWeldParams& params, const ordered_json& record) {

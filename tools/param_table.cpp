@@ -21,7 +21,7 @@ bool isInside(double value, const TParamLimits& limits) {
 double checkedValue(const TParamSpec& spec, const nlohmann::ordered_json& value) {
   const std::string expected = spec.name + " must be " + describeLimits(spec) + ", not ";
   if (isSwitch(spec) ? !value.is_boolean() : !value.is_number()) {
-    throw usageError(expected + value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    throw usageError(expected + describeValue(value));
   }
   const double number = isSwitch(spec) ? static_cast<double>(value.get<bool>()) : value.get<double>();
   if (!isInside(number, spec.limits) || (isWhole(spec) && number != std::trunc(number))) {
@@ -53,6 +53,11 @@ std::string describeLimits(const TParamSpec& spec) {
   }
   return (isWhole(spec) ? "a whole number " : "") + std::string(spec.limits.isMinExcluded ? "above " : "") +
          plain(spec.limits.min) + (spec.limits.isMinExcluded ? ", up to " : " to ") + plain(spec.limits.max);
+}
+
+std::string describeValue(const nlohmann::ordered_json& value) {
+  using TErrors = nlohmann::ordered_json::error_handler_t;
+  return value.is_structured() ? value.type_name() : value.dump(-1, ' ', false, TErrors::replace);
 }
 
 nlohmann::ordered_json getParam(const TWeldParams& params, const TParamSpec& spec) {

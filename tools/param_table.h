@@ -47,6 +47,10 @@ bool isSwitch(const TParamSpec& spec);
 // "0 to 1", "above 0, up to 1000", "true or false".
 std::string describeLimits(const TParamSpec& spec);
 
+// A value as it stands in JSON, on one line; of a list or an object, which may be nested without end, only the
+// kind.
+std::string describeValue(const nlohmann::ordered_json& value);
+
 // The value as a JSON number or boolean.
 nlohmann::ordered_json getParam(const TWeldParams& params, const TParamSpec& spec);
 

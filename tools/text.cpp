@@ -1,5 +1,6 @@
 #include "tools/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -20,6 +21,12 @@ std::string plain(double value) {
 
 std::string padded(const std::string& text, std::size_t width) {
   return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
+}
+
+std::string onOneLine(std::string text) {
+  const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
+  std::replace_if(text.begin(), text.end(), isControl, ' ');
+  return text;
 }
 
 std::string join(const std::vector<std::string>& words, std::string_view separator) {

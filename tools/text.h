@@ -16,6 +16,9 @@ std::string plain(double value);
 // The text followed by blanks up to that width, by one at least.
 std::string padded(const std::string& text, std::size_t width);
 
+// The text with spaces in place of line breaks and other control characters.
+std::string onOneLine(std::string text);
+
 std::string join(const std::vector<std::string>& words, std::string_view separator);
 
 // Reads the whole text as a number. False when any of it is not part of the number.

@@ -2,6 +2,7 @@
 
 #include "geometry/line_fitting.h"
 #include "support/grey_image.h"
+#include "support/image_test.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -90,10 +91,10 @@ cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point
                             const cv::Mat& image, double supportDistPx, double minDrop, TScratch* scratch) {
   const TLentList<cv::Point2f> support =
       selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts, scratch);
-  if (support.size() < kMinSupport) return kNoGroovePos;
+  if (support.size() < kMinSupport || !hasPixels(image)) return kNoGroovePos;
   requireReadable(image);
   const TProfileRange range = profileRange(support, roughPos.x, image.cols);
-  if (range.count < kMinSamples || image.rows == 0) return kNoGroovePos;
+  if (range.count < kMinSamples) return kNoGroovePos;
   TLentList<unsigned char> pixelMemory(scratch, 0);
   TLentList<unsigned char> greyMemory(scratch, 0);
   const TDrop drop = steepestDrop(toGrey(sampleProfile(image, range, k, b, pixelMemory), greyMemory));

@@ -12,6 +12,7 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kUsualVertices = 64;
+constexpr double kLargestEpsilonPx = 1e9;
 
 // Twice the area of the triangle with the chord over the chord's squared length tells how far the point is off.
 double doubleArea(cv::Point2f from, cv::Point2f p, double dx, double dy) {
@@ -113,7 +114,8 @@ void dropFlatVertices(std::vector<cv::Point2f>& vertices, double squaredTol) {
 TLentList<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx,
                                         TScratch* scratch) {
   TLentList<cv::Point> rounded(scratch, kUsualVertices);
-  if (points.empty()) return rounded;
+  const bool isUsableEpsilon = epsilonPx >= 0.0 && epsilonPx < kLargestEpsilonPx;
+  if (points.empty() || !isUsableEpsilon) return rounded;
   const TRing ring(points);
   const double squaredTol = epsilonPx * epsilonPx;
   TLentList<int> ends(scratch, kUsualVertices);

@@ -22,8 +22,12 @@ bool isMaskOf(const cv::Mat& image, const cv::Mat& mask) {
   return mask.isContinuous() && mask.rows == image.rows && mask.cols == image.cols;
 }
 
-void requireGrey(const cv::Mat& image) {
+void requirePlane(const cv::Mat& image) {
   CV_Assert(image.dims <= 2);
+}
+
+void requireGrey(const cv::Mat& image) {
+  requirePlane(image);
   CV_CheckTypeEQ(image.type(), CV_8UC1, "an 8-bit image of one channel is needed");
 }
 
@@ -33,6 +37,7 @@ void calcExposureParam(cv::Mat image, int& meanGray, int& brightPixelNum) {
   meanGray = kNoValue;
   brightPixelNum = kNoValue;
   if (image.empty()) return;
+  requirePlane(image);  // cv::cvtColor takes more dimensions without complaint and reads the wrong pixels
   if (image.channels() == 3) cv::cvtColor(image, image, cv::COLOR_BGR2GRAY);
   cv::Mat mask;
   removeReflectiveAreas(image, mask, kReflectionSizePx);

@@ -2,6 +2,7 @@
 #include "zelWeldDetect.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 namespace LightingAdaptation {
@@ -15,8 +16,9 @@ constexpr double kTooBrightFactor = 0.5;  // at most, when too many pixels are c
 
 double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target) {
   if (meanGray < 0) return kLeave;
+  const std::int64_t distance = std::abs(std::int64_t{meanGray} - target.meanGray);
   const bool isTooBright = brightShare > target.brightShare;
-  if (!isTooBright && std::abs(meanGray - target.meanGray) <= target.tolerance) return kLeave;
+  if (!isTooBright && distance <= target.tolerance) return kLeave;
   const double wanted = static_cast<double>(target.meanGray) / std::max(meanGray, 1);
   return std::clamp(wanted, 1.0 / kLargestFactor, isTooBright ? kTooBrightFactor : kLargestFactor);
 }

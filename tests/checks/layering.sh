@@ -19,6 +19,7 @@ scenes                    include
 examples                  include scenes
 tests/install             include
 tools                     include scenes
+fuzz                      include scenes tools
 tests/support             include scenes
 tests/scenarios           include scenes tests/support
 tests/tools               include scenes tools tests/support
@@ -39,7 +40,7 @@ TABLE
 detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*\)"$/\1/p' |
   grep -v detectors/detector_object.h | sort -u | tr '\n' ' ') || true
 
-{ find include src scenes examples tests tools benchmarks \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null || true; } |
+{ find include src scenes examples tests tools benchmarks fuzz \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null || true; } |
   sort |
   awk -v rules="$(rules)" -v opencv_rules="$(opencv_rules)" -v detectors="$detectors" '
     function starts_with(text, prefix) { return index(text "/", prefix "/") == 1 }
@@ -62,7 +63,7 @@ detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*
       if (!sub("/.*", "", top)) return path ~ /^zel[A-Z]/ ? "include" : own
       if (starts_with(own, "tests") && exists("tests/" path)) return folder[row_of("tests/" path)]
       if (is_listed(top, "support stripe geometry lighting detectors api")) return "src/" top
-      return is_listed(top, "scenes tools tests examples benchmarks") ? top : ""
+      return is_listed(top, "scenes tools tests examples benchmarks fuzz") ? top : ""
     }
 
     function check_project_include(file, line, path, row,    target, own_header) {

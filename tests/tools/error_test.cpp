@@ -28,6 +28,12 @@ TEST_F(ZelweldTest, WrongUsageIsNamedAndExitsWith2) {
   writeFile(folder / "range.json", R"({"weldType": "corner", "nPara1": 2.5})");
   writeFile(folder / "list.json", "[]");
   writeFile(folder / "type.json", R"({"weldType": 11})");
+  writeFile(folder / "huge.json", R"({"weldType": "gap", "dPara2": 1e999})");
+  writeFile(folder / "lines.json", R"({"weldType": "gap", "a\nb": 1})");
+  const std::string nested = std::string(200000, '[') + std::string(200000, ']');
+  writeFile(folder / "nested.json", R"({"weldType": "gap", "dPara2": )" + nested + "}");
+  writeFile(folder / "nested_type.json", R"({"weldType": )" + nested + "}");
+  writeFile(folder / "long.json", std::string((1 << 20) + 1, ' '));
   const std::vector<TRow> rows = {
       {"", "subcommand"},
       {"trak f", "'trak': use track, simulate, params"},
@@ -54,6 +60,11 @@ TEST_F(ZelweldTest, WrongUsageIsNamedAndExitsWith2) {
       {"track f --params range.json", "range.json: nPara1 must be a whole number 1 to 100000, not 2.5"},
       {"track f --params list.json", "list.json: holds no JSON object"},
       {"track f --params type.json", "type.json: unknown joint type '11'"},
+      {"track f --params huge.json", "huge.json: holds a number that is too large"},
+      {"track f --params lines.json", "lines.json: buttGap reads no parameter 'a b'"},
+      {"track f --params nested.json", "nested.json: dPara2 must be above 0, up to 1000, not array"},
+      {"track f --params nested_type.json", "nested_type.json: unknown joint type 'array'"},
+      {"track f --params long.json", "long.json: holds more than 1 MiB"},
       {"simulate --type gap --out o --level mad", "'mad': use clean, noisy, harsh"},
       {"simulate --type gap --out o --size 640", "write WIDTHxHEIGHT"},
       {"simulate --type gap --out o --size 100x480", "160 to 8192"},

@@ -21,6 +21,7 @@ TEST(AdviseExposureFactor, leavesWithinToleranceStepsByFourAtMostAndNeverRaisesA
     EXPECT_EQ(adviseExposureFactor(row.meanGray, row.brightShare, TExposureTarget{}), row.factor)
         << row.meanGray << " " << row.brightShare;
   }
+  EXPECT_EQ(adviseExposureFactor(INT_MAX, 0.0, {INT_MIN, 10, 0.1}), 0.25);
 }
 
 }  // namespace

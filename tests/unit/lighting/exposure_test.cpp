@@ -249,6 +249,8 @@ TEST(LightingAdaptation, imagesThatAreNotGreyAndKernelsWithoutSizeRaise) {
       EXPECT_THROW(calcRangePixelNum(image, ownMask, 240, 256), cv::Exception) << type;
     }
   }
+  const int sides[] = {2, 8, 8};
+  for (const int type : {CV_8UC1, CV_8UC3}) EXPECT_THROW(exposureOf(cv::Mat(3, sides, type)), cv::Exception);
   EXPECT_THROW(removeReflectiveAreas(cv::Mat(), mask, 50), cv::Exception);
   for (const int size : {0, -1, INT_MIN}) EXPECT_THROW(removeReflectiveAreas(grey, mask, size), cv::Exception);
   EXPECT_NO_THROW(removeReflectiveAreas(grey, mask, INT_MAX));
