@@ -17,6 +17,7 @@ first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
 .PHONY: build demo test test-asan test-arm build-clang bench bench-compare accuracy docs picture install format clean help
+.PHONY: test-valgrind coverage lint
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -40,6 +41,23 @@ test-asan: ## the tests under the address and undefined-behaviour sanitizers
 	cmake -S . -B $(BUILD)-asan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
 	$(call compile,$(BUILD)-asan)
 	$(call run_tests,$(BUILD)-asan)
+
+test-valgrind: ## one pass of the scenarios and of every unit under valgrind
+	$(setup) build test valgrind
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD)) --target valgrind_programs
+	$(standalone) scripts/test-valgrind.sh $(BUILD)/tests
+
+coverage: ## which lines of src/ the tests run; fails below 95 %
+	$(setup) build test coverage
+	cmake -S . -B $(BUILD)-coverage -DCMAKE_BUILD_TYPE=Debug -DZELWELD_COVERAGE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
+	$(call compile,$(BUILD)-coverage)
+	$(standalone) scripts/coverage.sh $(BUILD)-coverage $(JOBS)
+
+lint: ## clang-tidy and cppcheck
+	$(setup) build lint
+	$(configure)
+	$(standalone) scripts/lint.sh $(BUILD) $(JOBS)
 
 test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm
@@ -83,7 +101,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-arm $(BUILD)-clang demo-out
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -7,6 +7,7 @@ option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_WERROR "Turn warnings into errors" OFF)
 option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(ZELWELD_COVERAGE "Count which lines run" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -41,6 +42,12 @@ check_pie_supported(LANGUAGES CXX)
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 if(ZELWELD_WERROR)
   add_compile_options(-Werror)
+endif()
+
+if(ZELWELD_COVERAGE)
+  # Barely optimised, so that every line is still there; counted across the threads of a test.
+  add_compile_options(--coverage -O1 -fprofile-update=atomic)
+  add_link_options(--coverage)
 endif()
 
 if(ZELWELD_SANITIZE)
