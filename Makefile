@@ -18,8 +18,8 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
-.PHONY: build demo test test-asan test-tsan test-arm fuzz fuzz-replay soak build-clang bench bench-compare accuracy docs \
-  picture install format clean help
+.PHONY: build demo test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
+  bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -56,6 +56,23 @@ soak: ## a long run of FRAMES mixed frames, twice: memory must stay flat, result
 	$(configure) -DZELWELD_BUILD_TESTS=ON
 	$(call compile,$(BUILD)) --target soak
 	$(BUILD)/tests/soak $(FRAMES)
+
+test-valgrind: ## one pass of the scenarios and of every unit under valgrind
+	$(setup) build test valgrind
+	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(call compile,$(BUILD)) --target valgrind_programs
+	$(standalone) scripts/test-valgrind.sh $(BUILD)/tests
+
+coverage: ## which lines of src/ the tests run; fails below 95 %
+	$(setup) build test coverage
+	cmake -S . -B $(BUILD)-coverage -DCMAKE_BUILD_TYPE=Debug -DZELWELD_COVERAGE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
+	$(call compile,$(BUILD)-coverage)
+	$(standalone) scripts/coverage.sh $(BUILD)-coverage $(JOBS)
+
+lint: ## clang-tidy and cppcheck
+	$(setup) build lint
+	$(configure)
+	$(standalone) scripts/lint.sh $(BUILD) $(JOBS)
 
 test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm
@@ -116,7 +133,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-fuzz demo-out
+	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-fuzz $(BUILD)-coverage demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -9,6 +9,7 @@ option(ZELWELD_WERROR "Turn warnings into errors" OFF)
 option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(ZELWELD_SANITIZE_THREAD "Build with the thread sanitizer" OFF)
 option(ZELWELD_BUILD_FUZZERS "Build the fuzz targets (clang; best with ZELWELD_SANITIZE)" OFF)
+option(ZELWELD_COVERAGE "Count which lines run" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -43,6 +44,12 @@ check_pie_supported(LANGUAGES CXX)
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 if(ZELWELD_WERROR)
   add_compile_options(-Werror)
+endif()
+
+if(ZELWELD_COVERAGE)
+  # Barely optimised, so that every line is still there; counted across the threads of a test.
+  add_compile_options(--coverage -O1 -fprofile-update=atomic)
+  add_link_options(--coverage)
 endif()
 
 if(ZELWELD_SANITIZE)

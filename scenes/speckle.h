@@ -15,7 +15,8 @@ public:
 
   float factor(int x, int y) const {
     if (factors.empty()) return 1.0F;
-    return factors[static_cast<std::size_t>((y & (kRows - 1)) * kCols + (x & (kCols - 1)))];
+    const int place = (y & (kRows - 1)) * kCols + (x & (kCols - 1));
+    return factors[static_cast<std::size_t>(place)];
   }
 
 private:

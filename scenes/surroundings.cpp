@@ -76,6 +76,7 @@ void addSpot(cv::Point2d centre, cv::Size2d radius, double level, const TSpeckle
 void addStreak(cv::Point2d head, cv::Point2d direction, double lengthPx, double radiusPx, double level,
                cv::Mat1f& light) {
   const int reach = static_cast<int>(std::ceil(radiusPx * std::sqrt(static_cast<double>(kFadedOut))));
+  // Steps of a half add up exactly. NOLINTNEXTLINE(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
   for (double along = 0.0; along < lengthPx; along += kStreakStep) {
     const cv::Point2d p = head + direction * along;
     const auto dab = static_cast<float>(level * (1.0 - along / lengthPx));
@@ -104,6 +105,7 @@ void exposeRow(const float* light, float sigma, std::uint64_t offset, int cols, 
   const float* noise = noiseTable().data();
   for (int x = 0; x < cols; ++x) {
     const float level = light[x] + sigma * noise[(offset + x) & (kNoiseTableSize - 1)];
+    // Never negative, so that the cast rounds. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     out[x] = static_cast<unsigned char>(std::min(std::max(level, 0.0F), 255.0F) + 0.5F);
   }
 }

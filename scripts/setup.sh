@@ -2,7 +2,7 @@
 # Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
 # and does nothing when all is there.
 #
-#   scripts/setup.sh build|test|arm|bench|clang|fuzz|format ...
+#   scripts/setup.sh build|test|arm|bench|clang|fuzz|format|valgrind|lint|coverage ...
 set -euo pipefail
 
 # Prints "package probe" lines for a step; the probe is a command, with a slash or dot a header, with a slash in front
@@ -46,8 +46,16 @@ libclang-rt-14-dev  /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a
 LIST
       ;;
     format) echo "clang-format clang-format" ;;
+    valgrind) echo "valgrind valgrind" ;;
+    lint)
+      cat <<'LIST'
+clang-tidy               clang-tidy
+cppcheck                 cppcheck
+LIST
+      ;;
+    coverage) echo "gcovr gcovr" ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang, fuzz or format" >&2
+      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang, fuzz, format, valgrind, lint or coverage" >&2
       exit 2
       ;;
   esac

@@ -41,8 +41,8 @@ struct TEdgesOfKind {
 // Decides which edges of one kind are among the strongest, the earlier ones of equal strength.
 class TStrongestFilter {
 public:
-  explicit TStrongestFilter(const TEdgesOfKind& edges) : weakest(edges.strongest[kPairedEdges - 1]) {
-    placesForWeakest = lanesOf(0);
+  explicit TStrongestFilter(const TEdgesOfKind& edges)
+      : weakest(edges.strongest[kPairedEdges - 1]), placesForWeakest(lanesOf(0)) {
     for (const v_int16& edge : edges.strongest) placesForWeakest = placesForWeakest - (edge == weakest);
     placesForWeakest = placesForWeakest & (weakest > lanesOf(0));
   }
