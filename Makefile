@@ -69,10 +69,12 @@ coverage: ## which lines of src/ the tests run; fails below 95 %
 	$(call compile,$(BUILD)-coverage)
 	$(standalone) scripts/coverage.sh $(BUILD)-coverage $(JOBS)
 
-lint: ## clang-tidy and cppcheck
+LINT ?= src tools scenes
+
+lint: ## clang-tidy and cppcheck over the folders of LINT
 	$(setup) build lint
 	$(configure)
-	$(standalone) scripts/lint.sh $(BUILD) $(JOBS)
+	$(standalone) scripts/lint.sh $(BUILD) $(JOBS) $(LINT)
 
 test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm

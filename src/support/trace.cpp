@@ -85,8 +85,9 @@ void TTrace::addTestedPoint(cv::Point2f point) const {
   if (frame != nullptr) attempt().testedPoints.push_back(point);
 }
 
-void TTrace::addStage(const char* name, double us) const {
-  if (frame != nullptr) frame->stages.push_back({name, us});
+std::size_t TTrace::beginStage(const char* name) const {
+  frame->stages.push_back({name, 0.0});
+  return frame->stages.size() - 1;
 }
 
 void TTrace::addCheck(const TCheck& check, double measured, double limit, bool passed) const {

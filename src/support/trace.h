@@ -94,7 +94,10 @@ public:
   void setPieces(const std::vector<TStripePiece>& pieces) const;
   void addLine(const TTraceLine& line) const;
   void addTestedPoint(cv::Point2f point) const;
-  void addStage(const char* name, double us) const;
+
+  // A stage that begins now, and the time it took. Only where somebody reads along.
+  std::size_t beginStage(const char* name) const;
+  void endStage(std::size_t stage, double us) const { frame->stages[stage].us = us; }
 
 private:
   void addCheck(const TCheck& check, double measured, double limit, bool passed) const;
@@ -122,16 +125,17 @@ private:
 // Reports the time of a stage when it goes out of scope.
 class TStageTimer {
 public:
-  TStageTimer(const TTrace& record, const char* stageName) : trace(record), name(stageName), clock(record) {}
+  TStageTimer(const TTrace& record, const char* name)
+      : trace(record), stage(record ? record.beginStage(name) : 0), clock(record) {}
   ~TStageTimer() {
-    if (trace) trace.addStage(name, clock.elapsedUs());
+    if (trace) trace.endStage(stage, clock.elapsedUs());
   }
   TStageTimer(const TStageTimer&) = delete;
   TStageTimer& operator=(const TStageTimer&) = delete;
 
 private:
   const TTrace trace;
-  const char* const name;
+  const std::size_t stage;  // entered at once: a destructor must not ask for memory
   const TTraceClock clock;
 };
 
