@@ -25,6 +25,14 @@ bool isMet() {
 }  // namespace
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define SANITIZER_OWNS_MALLOC
+#elif defined(__has_feature)  // clang
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define SANITIZER_OWNS_MALLOC
+#endif
+#endif
+
+#ifdef SANITIZER_OWNS_MALLOC
 
 void* operator new(std::size_t size) {
   if (isMet()) {
