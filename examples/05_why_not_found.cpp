@@ -4,8 +4,8 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <cmath>
 #include <iostream>
-#include <string>
 
 namespace {
 
@@ -18,8 +18,12 @@ void print(const TFrameTrace& trace) {
       std::cout << "  " << filter.name << ": " << filter.before << " -> " << filter.after << " points\n";
     }
     for (const TTraceCheck& check : attempt.checks) {
-      std::cout << (check.passed ? "  passed  " : "  FAILED  ") << check.name << ": " << check.measured << ' '
-                << check.unit << ", limit " << check.limit << ' ' << check.parameter << '\n';
+      std::cout << (check.passed ? "  passed  " : "  FAILED  ") << check.name;
+      if (!std::isnan(check.limit)) {
+        std::cout << ": " << check.measured << ' ' << check.unit << ", limit " << check.limit << ' '
+                  << check.parameter;
+      }
+      std::cout << '\n';
     }
   }
 }
@@ -38,8 +42,8 @@ cv::Mat grabFrame(int stepPx) {
 int main() {
   TWeldParams params;
   initWeldParameters(TWeldType::lap, params, TWeldPosType::centre);
-  params.dPara7 = 40.0;  // the step must be higher
-  TTrackerOptions options;
+  params.dPara7 = 40.0;                                // the step must be higher
+  TTrackerOptions options = TTrackerOptions::exact();  // one search per frame
   options.withTrace = true;
   for (const int stepPx : {50, 30}) {
     TWeldTracker tracker(params, options);
