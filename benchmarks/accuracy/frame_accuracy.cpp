@@ -1,5 +1,6 @@
 // Prints what the library finds in real camera frames, against their labels where there are some.
 #include "frame_folder.h"
+#include "option_sets.h"
 #include "zelWeldDetect.h"
 
 #include <algorithm>
@@ -161,7 +162,7 @@ std::vector<TLabel> labelsOf(const std::vector<TLabel>& labels, const fs::path& 
   return own;
 }
 
-void printSeamRun(const fs::path& root, const TSeamRun& run) {
+void printSeamRun(const fs::path& root, const TSeamRun& run, const TTrackerOptions& options) {
   const fs::path folder = root / run.folder.path;
   const std::vector<TLabel> labels = accuracy::readLabels(folder);
   TWeldParams params;
@@ -172,7 +173,7 @@ void printSeamRun(const fs::path& root, const TSeamRun& run) {
   std::vector<double> distances;
   for (const fs::path& file : accuracy::listFrames(folder)) {
     const cv::Mat frame = accuracy::readFrame(file, run.folder.preparation);
-    const TWeldLineRes result = detectWeldLineViaTracking(frame, params, {});
+    const TWeldLineRes result = TWeldTracker(params, options).track(frame);
     ++frames;
     found += result.isFound ? 1 : 0;
     const auto seam = run.seamOf(labelsOf(labels, file));
@@ -215,10 +216,14 @@ int main(int argc, char** argv) {
     std::printf("Real frames: no folder %s, skipped\n", root.c_str());
     return 0;
   }
-  std::printf(
-      "| joint         | folder                       | frames | found | median px |\n|---|---|---|---|---|\n");
-  for (const TSeamRun& run : kSeamRuns) printSeamRun(root, run);
-  std::printf("\nColumns with a stripe centre, median over the frames of a folder:\n\n");
+  for (const accuracy::TOptionSet& set : accuracy::kOptionSets) {
+    std::printf("%s\n\n| joint         | folder                       | frames | found | median px |\n",
+                set.title);
+    std::printf("|---|---|---|---|---|\n");
+    for (const TSeamRun& run : kSeamRuns) printSeamRun(root, run, set.options);
+    std::printf("\n");
+  }
+  std::printf("Columns with a stripe centre, median over the frames of a folder:\n\n");
   std::printf("| folder                            | frames | with stripe | edge pairs %% | ridges %% |\n");
   std::printf("|---|---|---|---|---|\n");
   for (const TFolder& folder : kPresenceFolders) printPresence(root, folder);

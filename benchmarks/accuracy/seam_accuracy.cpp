@@ -1,4 +1,5 @@
 // Prints how exactly and how surely each joint is found in rendered scenes.
+#include "option_sets.h"
 #include "seam_trial.h"
 
 #include <algorithm>
@@ -37,14 +38,6 @@ constexpr TCase kCases[] = {
 constexpr TTarget kTargets[] = {{"clean", TLevel::clean, 1.0, 0.5, 1.0},
                                 {"noisy", TLevel::noisy, 0.99, 0.7, 1.5},
                                 {"harsh", TLevel::harsh, 0.95, 1.0, 3.0}};
-struct TOptionSet {
-  const char* title;
-  TTrackerOptions options;
-};
-
-const TOptionSet kOptionSets[] = {{"Exact options:", TTrackerOptions::exact()},
-                                  {"Default options:", TTrackerOptions()}};
-
 constexpr double kMaxFalseShare = 0.005;
 
 const char* mark(bool isReached) {
@@ -107,7 +100,7 @@ int main(int argc, char** argv) {
   const int sequences = countArgument(argc, argv, 2, 20);
   std::printf("%d scenes and %d sequences of 60 frames per row, 1280x1024. * misses its target.\n", scenes,
               sequences);
-  for (const TOptionSet& set : kOptionSets) {
+  for (const accuracy::TOptionSet& set : accuracy::kOptionSets) {
     std::printf("\n%s\n\n", set.title);
     printSeamTable(scenes, sequences, set.options);
     printFalseTable(std::max(1, scenes / 2), set.options);

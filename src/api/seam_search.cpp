@@ -5,6 +5,7 @@
 #include "api/search_guide.h"
 #include "support/trace_conclusion.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -12,10 +13,12 @@ namespace weld {
 
 namespace {
 
-constexpr double kMinKeptShare = 0.8;   // of the previous stripe's columns that edge pairs should follow again
-constexpr double kMinImageShare = 0.8;  // of the image's columns that they should follow on a first detection
-constexpr double kClearlyMore = 1.2;    // columns of the better one of two stripes
-constexpr double kPresentShare = 0.5;   // of the image's columns that show a stripe to be there
+constexpr double kMinKeptShare = 0.8;      // of the previous stripe's columns that edge pairs should follow again
+constexpr double kMinImageShare = 0.8;     // of the image's columns that they should follow on a first detection
+constexpr double kMinFollowedShare = 0.8;  // of the columns in which ridges see the stripe
+constexpr TCheck kFollowed{TWeldOutcome::tooFewCentres, "share of the stripe that edge pairs follow"};
+
+constexpr double kPresentShare = 0.5;  // of the image's columns that show a stripe to be there
 
 // What all attempts of a frame share.
 struct TFrame {
@@ -73,11 +76,12 @@ TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDo
   if (!frame.isAutomatic() || !isDoubtful(seam.line, stripe, doubt)) return seam;
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, previous);
-  const bool isBetter = !seam.line.isFound || !isDoubtful(ridges.line, stripe, doubt);
+  const bool isBetter = !seam.line.isFound || ridges.line.isFound;
   return isBetter ? std::move(ridges) : std::move(seam);
 }
 
-// The whole image on edge pairs, or on ridges where they see clearly more of the stripe.
+// The whole image on edge pairs; on ridges where edge pairs find no seam, or where ridges see clearly more of the
+// stripe: a seam in the fragments of one is seldom true.
 TFoundSeam searchWholeAutomatic(const TFrame& frame) {
   TStripeSearch search;
   search.hasSecondChance = false;
@@ -86,8 +90,12 @@ TFoundSeam searchWholeAutomatic(const TFrame& frame) {
   if (isFound && edgePairs.stripe.columns >= shareOf(frame.image.cols, kMinImageShare)) return edgePairs;
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, {});
-  const bool isBetter = ridges.line.isFound && ridges.stripe.columns > kClearlyMore * edgePairs.stripe.columns;
-  return isFound && !isBetter ? edgePairs : ridges;
+  const double followedShare = static_cast<double>(edgePairs.stripe.columns) / std::max(ridges.stripe.columns, 1);
+  if (isFound && followedShare >= kMinFollowedShare) return edgePairs;
+  // Edge pairs that found a seam where the ridges find none: the frame ends with what speaks against it.
+  if (isFound && !ridges.line.isFound)
+    frame.detector.trace.atGate().passes(kFollowed, followedShare, kMinFollowedShare);
+  return ridges;
 }
 
 // A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
