@@ -1,7 +1,7 @@
 // One parameter over a range: its values, what each gave, and which of them suit.
 #pragma once
 
-#include "tools/param_table.h"
+#include "zelWeldDetect.h"
 
 #include <optional>
 #include <string>
@@ -40,5 +40,21 @@ struct TGoodRange {
 
 // The longest run of good values, the first of equally long ones.
 std::optional<TGoodRange> widestGoodRange(const std::vector<bool>& isGood);
+
+// What one value of the swept parameter gave.
+struct TSweepRow {
+  TSweepPoint point;
+  bool isGood = false;
+  int longestLoss = 0;  // frames
+  std::string reason;   // the most frequent one for losses, "-" without
+};
+
+struct TSweepResult {
+  TWeldType type = TWeldType::none;
+  std::string parameter;
+  int frames = 0;
+  std::vector<TSweepRow> rows;
+  std::optional<TGoodRange> good;
+};
 
 }  // namespace tool

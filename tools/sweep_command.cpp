@@ -3,11 +3,14 @@
 #include "tools/commands.h"
 #include "tools/frame_source.h"
 #include "tools/output.h"
+#include "tools/output_file.h"
+#include "tools/param_table.h"
 #include "tools/progress.h"
 #include "tools/seam_run.h"
 #include "tools/shared_options.h"
 #include "tools/stop_signal.h"
 #include "tools/sweep.h"
+#include "tools/sweep_page.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -23,9 +26,11 @@ struct TOptions {
   TFrameOptions frames;
   TParamSource source;
   bool isExact = false;
+  std::string page;
 };
 
 struct TSweep {
+  TWeldType type = TWeldType::none;
   TSweepRange range;
   std::vector<TSeamRun> runs;  // one per value
 };
@@ -46,14 +51,15 @@ TSweepRange takeRange(TParamSource& source) {
 
 TSweep sweepOf(const TOptions& options) {
   TParamSource source = options.source;
-  TSweep sweep{takeRange(source), {}};
+  const TSweepRange range = takeRange(source);
   TWeldParams params = loadParams(source);
-  const TParamSpec& spec = findParam(params.weldType, sweep.range.name);
+  const TParamSpec& spec = findParam(params.weldType, range.name);
   if (isSwitch(spec)) {
     throw usageError("--set: " + spec.name + " is a switch and has no range; use zelweld compare");
   }
   const TTrackerOptions tracker = options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
-  for (const double value : sweep.range.values) {
+  TSweep sweep{params.weldType, range, {}};
+  for (const double value : range.values) {
     setParam(params, spec, value);
     sweep.runs.emplace_back(params, tracker);
   }
@@ -73,12 +79,27 @@ void followFrames(TSweep& sweep, const TOptions& options) {
   }
 }
 
-std::vector<TSweepPoint> pointsOf(const TSweep& sweep) {
+TSweepRow rowOf(double value, const TSeamRun& run) {
+  const auto reasons = run.reasons().rows();
+  return {{value, run.foundShare(), run.jitter().medianPx()},
+          false,
+          run.longestLoss(),
+          reasons.empty() ? "-" : weldOutcomeText(reasons.front().reason)};
+}
+
+TSweepResult judge(const TSweep& sweep) {
+  TSweepResult result{sweep.type, sweep.range.name, sweep.runs.front().frames(), {}, {}};
   std::vector<TSweepPoint> points;
   for (std::size_t i = 0; i < sweep.runs.size(); ++i) {
-    points.push_back({sweep.range.values[i], sweep.runs[i].foundShare(), sweep.runs[i].jitter().medianPx()});
+    result.rows.push_back(rowOf(sweep.range.values[i], sweep.runs[i]));
+    points.push_back(result.rows.back().point);
   }
-  return points;
+  const std::vector<bool> isGood = goodPoints(points);
+  for (std::size_t i = 0; i < isGood.size(); ++i) {
+    result.rows[i].isGood = isGood[i];
+  }
+  result.good = widestGoodRange(isGood);
+  return result;
 }
 
 std::string barOf(double share) {
@@ -86,21 +107,19 @@ std::string barOf(double share) {
   return std::string(filled, '#') + std::string(kBarWidth - filled, '.');
 }
 
-void printTable(const TSweep& sweep, const std::vector<TSweepPoint>& points, const std::vector<bool>& isGood) {
-  printLine("   " + padded(sweep.range.name, 17) + padded("found", 30) + padded("jitter, px", 12) +
+void printTable(const TSweepResult& result) {
+  printLine("   " + padded(result.parameter, 17) + padded("found", 30) + padded("jitter, px", 12) +
             padded("longest loss", 14) + "most frequent reason for losses");
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    const TSeamRun& run = sweep.runs[i];
-    const auto reasons = run.reasons().rows();
-    printLine((isGood[i] ? " * " : "   ") + padded(plain(points[i].value), 17) +
-              padded(barOf(points[i].foundShare) + " " + fixed(100.0 * points[i].foundShare, 1) + " %", 30) +
-              padded(points[i].jitterPx ? fixed(*points[i].jitterPx, 3) : "-", 12) +
-              padded(std::to_string(run.longestLoss()), 14) +
-              (reasons.empty() ? "-" : weldOutcomeText(reasons.front().reason)));
+  for (const TSweepRow& row : result.rows) {
+    const TSweepPoint& point = row.point;
+    printLine((row.isGood ? " * " : "   ") + padded(plain(point.value), 17) +
+              padded(barOf(point.foundShare) + " " + fixed(100.0 * point.foundShare, 1) + " %", 30) +
+              padded(point.jitterPx ? fixed(*point.jitterPx, 3) : "-", 12) +
+              padded(std::to_string(row.longestLoss), 14) + row.reason);
   }
 }
 
-// The values of the good range that are ends of the sweep, where a wider sweep may find more.
+// Where a good range that reaches an end of the sweep may go on.
 std::string openEndsOf(const TGoodRange& good, std::size_t count) {
   std::vector<std::string> ends;
   if (good.first == 0) {
@@ -112,26 +131,28 @@ std::string openEndsOf(const TGoodRange& good, std::size_t count) {
   return ends.empty() ? "" : "\nThe good range may go on " + join(ends, " and ") + " the sweep.";
 }
 
-void printSuggestion(const TSweep& sweep, const std::vector<bool>& isGood) {
-  const auto good = widestGoodRange(isGood);
-  if (!good) {
+void printSuggestion(const TSweepResult& result) {
+  if (!result.good) {
     printLine("\nNo suggestion: no value found a seam.");
     return;
   }
-  const auto& values = sweep.range.values;
-  printLine("\nSuggestion: " + sweep.range.name + "=" + plain(values[good->middle]) +
-            ", the middle of the widest good range " + plain(values[good->first]) + " to " +
-            plain(values[good->last]) + "." + openEndsOf(*good, values.size()));
+  const TGoodRange& good = *result.good;
+  const auto valueAt = [&](std::size_t i) { return plain(result.rows[i].point.value); };
+  printLine("\nSuggestion: " + result.parameter + "=" + valueAt(good.middle) +
+            ", the middle of the widest good range " + valueAt(good.first) + " to " + valueAt(good.last) + "." +
+            openEndsOf(good, result.rows.size()));
 }
 
 void run(const TOptions& options) {
   TSweep sweep = sweepOf(options);
   followFrames(sweep, options);
   throwIfStopRequested();
-  const std::vector<TSweepPoint> points = pointsOf(sweep);
-  const std::vector<bool> isGood = goodPoints(points);
-  printTable(sweep, points, isGood);
-  printSuggestion(sweep, isGood);
+  const TSweepResult result = judge(sweep);
+  printTable(result);
+  printSuggestion(result);
+  if (!options.page.empty()) {
+    writeWholeFile(options.page, sweepPage(result));
+  }
 }
 
 }  // namespace
@@ -143,6 +164,7 @@ void addSweepCommand(CLI::App& program) {
   addFrameOptions(*command, options->frames);
   addParamOptions(*command, options->source);
   command->add_flag("--exact", options->isExact, "The plain rules of the detectors, without the tracker's help");
+  command->add_option("--out", options->page, "HTML page with charts of found share and jitter");
   command->footer(
       "Exactly one --set gives a range, name=from:to:step; others fix further parameters.\n"
       "found   share of frames whose seam was found; repeats of an earlier seam do not count\n"
@@ -151,7 +173,7 @@ void addSweepCommand(CLI::App& program) {
       "these\n"
       "The suggestion is the middle of the widest run of good values.\n"
       "Examples:\n"
-      "  zelweld sweep frames/ --type lap --set dPara7=5:40:5\n"
+      "  zelweld sweep frames/ --type lap --set dPara7=5:40:5 --out sweep.html\n"
       "  zelweld sweep clip.avi --params gap.json --set dPara8=2:30:2 --set dPara2=4 --rotate 90");
   command->callback([options] { run(*options); });
 }
