@@ -246,6 +246,6 @@ public:
   const TFrameTrace& lastTrace() const;
 
 private:
-  struct TState;
+  struct ZELWELDDETECT_NO_EXPORT TState;
   std::unique_ptr<TState> state;
 };
