@@ -88,7 +88,10 @@ cv::Mat1b drawSpatter() {
 }
 
 cv::Mat1b over(const cv::Mat1b& stripes, const cv::Mat1b& texture, double textureShare) {
-  return cv::max(stripes, cv::Mat1b(texture * textureShare));
+  cv::Mat1b image;
+  texture.convertTo(image, CV_8U, textureShare);
+  cv::max(stripes, image, image);
+  return image;
 }
 
 }  // namespace
