@@ -63,8 +63,8 @@ TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
                 {"dark", dark(), true, true, TWeldOutcome::held, 4},
                 {"no image", cv::Mat(), true, true, TWeldOutcome::held, 0},
                 {"dark", dark(), true, true, TWeldOutcome::held, 4},
-                {"dark for too long", dark(), false, false, TWeldOutcome::tooFewCandidates, 4},
-                {"dark", dark(), false, false, TWeldOutcome::tooFewCandidates, 2},
+                {"dark for too long", dark(), false, false, TWeldOutcome::tooFewCentres, 4},
+                {"dark", dark(), false, false, TWeldOutcome::tooFewCentres, 2},
                 {"back", frame, true, false, TWeldOutcome::found, 2}});
 }
 
