@@ -109,7 +109,7 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
                               const cv::Mat& searchMask) {
   const TTrace& trace = object.trace;
   const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters()), trace, &object.scratch};
-  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask).centres;
+  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask);
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound || !object.search.hasSecondChance) return result;

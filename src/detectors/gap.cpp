@@ -117,10 +117,10 @@ std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, c
 TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
-  TStripe stripe = extractStripe(object, image, prevRes, searchMask);
-  const auto seam = findSeam(stripe.centres, params, prevRes.isFound, object.trace, object.scratch);
+  TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask);
+  const auto seam = findSeam(centres, params, prevRes.isFound, object.trace, object.scratch);
   TWeldLineRes result;
-  result.stripePts = std::move(stripe.centres);
+  result.stripePts = std::move(centres);
   if (seam) {
     result.isFound = true;
     result.weldPos = *seam;

@@ -142,16 +142,16 @@ TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
 
 TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                            const cv::Mat& searchMask) {
-  const TStripe stripe = extractStripe(object, image, prevRes, searchMask);
+  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask);
   const TTrace& trace = object.trace;
   TScratch* const scratch = &object.scratch;
   const TStageTimer timer(trace, "seam");
   auto pair = selectLapLinePair(
-      segmentStripe(stripe.centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch), trace, scratch);
+      segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch), trace, scratch);
   if (!pair) return {};
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);
-  return computeLapSeam(left, right, stripe.centres, image, object.getWeldParameters(), trace, scratch);
+  return computeLapSeam(left, right, centres, image, object.getWeldParameters(), trace, scratch);
 }
 
 }  // namespace weld

@@ -135,8 +135,7 @@ TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, c
 TWeldLineRes detectPlateSeam(TPlateDetector& object, const cv::Mat& image, const TWeldLineRes& prevRes,
                              const cv::Mat& searchMask) {
   const TWeldParams params = object.getWeldParameters();
-  const TLentList<cv::Point2f> centres =
-      extractStripe(object, image, prevRes, searchMask, kTrackingBandPx).centres;
+  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask, kTrackingBandPx);
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "seam");
   TScratch* const scratch = &object.scratch;

@@ -1,6 +1,7 @@
 #include "detectors/stripe_front_end.h"
 
 #include "geometry/line_fitting.h"
+#include "stripe/centres.h"
 #include "stripe/region_scan.h"
 #include "stripe/regions.h"
 #include "stripe/ridge.h"
@@ -50,8 +51,8 @@ TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image,
   return chooseStripe(std::move(edgePairs), extractRidges(image, regions, trace), trace);
 }
 
-TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions,
-                         TSearchPath path) {
+TLentList<cv::Point2f> extractInRegions(TDetectorObject& object, const cv::Mat& image,
+                                        const std::vector<cv::Rect>& regions, TSearchPath path) {
   requireReadable(image);
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "stripe");
@@ -67,7 +68,7 @@ TStripe extractInRegions(TDetectorObject& object, const cv::Mat& image, const st
     reportColumns(trace, stripe.status);
   }
   object.swapSamplinePointsStatus(stripe.status);
-  return {std::move(stripe.points), stripe.modalWidthPx};
+  return std::move(stripe.points);
 }
 
 // Where the guide ends there is no stripe, while the last of the regions reaches the border.
@@ -76,7 +77,7 @@ void endWithGuide(const std::vector<cv::Point2f>& guide, std::vector<cv::Rect>& 
   for (cv::Rect& region : regions) region.width = std::min(region.width, end - region.x);
 }
 
-TStripe extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int bandPx) {
+TLentList<cv::Point2f> extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int bandPx) {
   const std::vector<cv::Point2f>& guide = *object.search.guide;
   TLentList<cv::Rect> regions =
       buildStripeRegions(image.size(), toIntPoints(guide, &object.scratch), bandPx, &object.scratch);
@@ -86,20 +87,21 @@ TStripe extractAlongGuide(TDetectorObject& object, const cv::Mat& image, int ban
 
 }  // namespace
 
-TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask) {
+TLentList<cv::Point2f> extractWholeStripe(TDetectorObject& object, const cv::Mat& image,
+                                          const cv::Mat& searchMask) {
   return extractInRegions(object, prepareSearchImage(image, searchMask),
                           buildStripeRegions(image.size(), {}, kBandPx, &object.scratch), TSearchPath::first);
 }
 
-TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
-                          const std::vector<cv::Point2f>& previousStripe, int bandPx) {
+TLentList<cv::Point2f> extractStripeNear(TDetectorObject& object, const cv::Mat& image,
+                                         const std::vector<cv::Point2f>& previousStripe, int bandPx) {
   const TLentList<cv::Point> guide = toIntPoints(previousStripe, &object.scratch);
   return extractInRegions(object, image, buildStripeRegions(image.size(), guide, bandPx, &object.scratch),
                           TSearchPath::tracking);
 }
 
-TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                      const cv::Mat& searchMask, int trackingBandPx) {
+TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
+                                     const cv::Mat& searchMask, int trackingBandPx) {
   if (object.search.guide != nullptr) return extractAlongGuide(object, image, trackingBandPx);
   if (prevRes.isFound) return extractStripeNear(object, image, prevRes.stripePts, trackingBandPx);
   return extractWholeStripe(object, image, searchMask);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "detectors/detector_object.h"
-#include "stripe/centres.h"
 
 #include <opencv2/core.hpp>
 
@@ -13,25 +12,21 @@ namespace weld {
 inline constexpr int kBandPx = 60;              // half height of the search band around the previous stripe
 inline constexpr float kEdgeThreshold = 30.0F;  // grey levels
 
-struct TStripe {
-  TLentList<cv::Point2f> centres;
-  double widthPx = 0.0;
-};
-
 // Each of these extracts as the object's search says, begins an attempt of its trace, and stores column status and
 // measure in it. An image that is not 8-bit with one, 3 or 4 channels raises cv::Exception.
 
 // Stripe centres of the whole image, where the mask is empty or not zero.
-TStripe extractWholeStripe(TDetectorObject& object, const cv::Mat& image, const cv::Mat& searchMask);
+TLentList<cv::Point2f> extractWholeStripe(TDetectorObject& object, const cv::Mat& image,
+                                          const cv::Mat& searchMask);
 
 // Stripe centres in a band around the previous stripe.
-TStripe extractStripeNear(TDetectorObject& object, const cv::Mat& image,
-                          const std::vector<cv::Point2f>& previousStripe, int bandPx);
+TLentList<cv::Point2f> extractStripeNear(TDetectorObject& object, const cv::Mat& image,
+                                         const std::vector<cv::Point2f>& previousStripe, int bandPx);
 
 // Along the guide of the object's search; without one near the previous stripe when the previous frame found its
 // seam, in the whole image otherwise.
-TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                      const cv::Mat& searchMask, int trackingBandPx = kBandPx);
+TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
+                                     const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 
 // Ridges instead of edge pairs, always in the whole image; the column status is left alone. Begins an attempt.
 std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path);

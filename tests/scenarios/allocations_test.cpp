@@ -52,8 +52,9 @@ std::vector<cv::Mat> inColour(const std::vector<cv::Mat>& greys) {
 
 // The stripe points of the result, and nothing else. The frames come twice, there and back: the first time shows
 // the tracker the most that it has to remember at once.
-void expectOneRequestPerFrame(const TWeldParams& params, const std::vector<cv::Mat>& images) {
-  TWeldTracker tracker(params, TTrackerOptions::exact());
+void expectOneRequestPerFrame(const TWeldParams& params, const std::vector<cv::Mat>& images,
+                              const TTrackerOptions& options) {
+  TWeldTracker tracker(params, options);
   for (const cv::Mat& image : images) tracker.track(image);
   int found = 0;
   for (auto image = images.rbegin(); image != images.rend(); ++image) {
@@ -70,10 +71,12 @@ TEST(Allocations, aTrackerThatHasSeenTheLikeAsksOncePerFrame) {
     for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
       SCOPED_TRACE(testing::Message() << scenario::nameOf(joint) << ", " << scenario::nameOf(level));
       const std::vector<cv::Mat> images = sequence(joint, level);
-      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images);
+      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images, TTrackerOptions::exact());
       if (level != TLevel::clean) continue;
       SCOPED_TRACE("in colour");
-      expectOneRequestPerFrame(scenes::weldParamsFor(joint), inColour(images));
+      expectOneRequestPerFrame(scenes::weldParamsFor(joint), inColour(images), TTrackerOptions::exact());
+      SCOPED_TRACE("default options");
+      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images, {});
     }
   }
 }
