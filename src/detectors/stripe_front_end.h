@@ -34,6 +34,6 @@ TStripe extractStripe(TDetectorObject& object, const cv::Mat& image, const TWeld
                       const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 
 // Ridges instead of edge pairs, always in the whole image; the column status is left alone. Begins an attempt.
-std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path);
+TLentList<cv::Point2f> extractRidgeStripe(TDetectorObject& object, const cv::Mat& image, TSearchPath path);
 
 }  // namespace weld
