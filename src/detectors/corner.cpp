@@ -113,7 +113,7 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound || !object.search.hasSecondChance) return result;
-  const std::vector<cv::Point2f> ridge = extractRidgeStripe(trace, image, TSearchPath::fallback);
+  const TLentList<cv::Point2f> ridge = extractRidgeStripe(object, image, TSearchPath::fallback);
   if (!trace.passes(kRidgePoints, ridge.size(), kMinRidgePoints)) return {};
   return findCornerSeamFromPts(frame, ridge);
 }

@@ -30,7 +30,7 @@ TLentList<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& ima
   const TWeldParams params = object.getWeldParameters();
   const bool usesRidges = params.flagPara1;
   const bool searchesNearPrevious = params.flagPara2;
-  if (usesRidges) return extractRidgeStripe(object.trace, image, TSearchPath::first);
+  if (usesRidges) return extractRidgeStripe(object, image, TSearchPath::first);
   if (searchesNearPrevious) return extractStripe(object, image, prevRes, searchMask);
   return extractWholeStripe(object, image, searchMask);
 }

@@ -32,9 +32,9 @@ void reportColumns(const TTrace& trace, const std::vector<TWeldPointStatus>& sta
   }
 }
 
-TStripeCentres extractRidges(const cv::Mat& image, const std::vector<cv::Rect>& regions, const TTrace& trace) {
-  const TStageTimer timer(trace, "ridge");
-  return extractRidgeStripeCentres(image, regions, kRidges);
+TStripeCentres extractRidges(TDetectorObject& object, const cv::Mat& image, const std::vector<cv::Rect>& regions) {
+  const TStageTimer timer(object.trace, "ridge");
+  return extractRidgeStripeCentres(image, regions, kRidges, object.scratch);
 }
 
 // Centres as the object's search wants them.
@@ -43,12 +43,12 @@ TStripeCentres extractCentres(TDetectorObject& object, const cv::Mat& image,
   const TStripeSearch& search = object.search;
   const TTrace& trace = object.trace;
   object.stripe.hasAskedRidges = search.extraction == TStripeExtraction::ridge;
-  if (object.stripe.hasAskedRidges) return extractRidges(image, regions, trace);
+  if (object.stripe.hasAskedRidges) return extractRidges(object, image, regions);
   TStripeCentres edgePairs = extractStripeCentres(image, regions, kEdgeThreshold, object.scratch, trace);
   object.stripe.hasAskedRidges =
       search.extraction == TStripeExtraction::automatic && leavesStripeUnexplained(edgePairs, search.minColumns);
   if (!object.stripe.hasAskedRidges) return edgePairs;
-  return chooseStripe(std::move(edgePairs), extractRidges(image, regions, trace), trace);
+  return chooseStripe(std::move(edgePairs), extractRidges(object, image, regions), trace, &object.scratch);
 }
 
 TLentList<cv::Point2f> extractInRegions(TDetectorObject& object, const cv::Mat& image,
@@ -107,13 +107,13 @@ TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& ima
   return extractWholeStripe(object, image, searchMask);
 }
 
-std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path) {
+TLentList<cv::Point2f> extractRidgeStripe(TDetectorObject& object, const cv::Mat& image, TSearchPath path) {
+  const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "ridge");
   trace.beginAttempt(path, TStripeExtraction::ridge);
-  const std::vector<TRidgePoint> ridge =
-      extractRidgeCentres(toGrey(image), kRidges.maxSigmaPx, kRidges.minContrast);
-  std::vector<cv::Point2f> centres;
-  centres.reserve(ridge.size());
+  const std::vector<TRidgePoint>& ridge = extractRidgeCentres(
+      toGrey(image, object.scratch.grey), kRidges.maxSigmaPx, kRidges.minContrast, object.scratch.ridge);
+  TLentList<cv::Point2f> centres(&object.scratch, ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),
                  [](const TRidgePoint& r) { return r.point; });
   if (trace) {

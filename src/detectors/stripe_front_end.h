@@ -29,6 +29,6 @@ TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& ima
                                      const cv::Mat& searchMask, int trackingBandPx = kBandPx);
 
 // Ridges instead of edge pairs, always in the whole image; the column status is left alone. Begins an attempt.
-std::vector<cv::Point2f> extractRidgeStripe(const TTrace& trace, const cv::Mat& image, TSearchPath path);
+TLentList<cv::Point2f> extractRidgeStripe(TDetectorObject& object, const cv::Mat& image, TSearchPath path);
 
 }  // namespace weld

@@ -7,6 +7,7 @@
 #include "stripe/ridge_smooth.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace weld {
 
@@ -40,25 +41,33 @@ void refinePiece(const TRidgePiece& piece, int imageColumns, TRidgeRefiner& refi
   }
 }
 
-std::vector<TRidgePoint> refinePath(const cv::Mat& grey, const std::vector<TRidgePiece>& path) {
-  std::vector<TRidgePoint> points;
+void refinePath(const cv::Mat& grey, const std::pmr::vector<TRidgePiece>& path, std::pmr::memory_resource* memory,
+                std::vector<TRidgePoint>& points) {
   points.reserve(static_cast<std::size_t>(grey.cols));
-  TRidgeRefiner refiner(grey);
+  TRidgeRefiner refiner(grey, memory);
   for (const TRidgePiece& piece : path) refinePiece(piece, grey.cols, refiner, points);
-  return points;
 }
 
 }  // namespace
 
 std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast) {
-  if (grey.empty()) return {};
+  TRidgeScratch scratch;
+  return std::move(extractRidgeCentres(grey, maxSigmaPx, minContrast, scratch));
+}
+
+std::vector<TRidgePoint>& extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast,
+                                              TRidgeScratch& scratch) {
+  std::vector<TRidgePoint>& points = scratch.points;
+  points.clear();
+  if (grey.empty()) return points;
   CV_Assert(grey.type() == CV_8UC1);
-  const auto scales = chooseRidgeScales(maxSigmaPx, grey.size());
-  const auto levels = buildRidgeLevels(grey, scales.back().level + 1);
-  const auto candidates = findRidgeCandidates(levels, scales, minContrast);
-  const auto path = findRidgePath(candidates);
-  std::vector<TRidgePoint> points = refinePath(grey, path);
-  smoothRidge(points);
+  std::pmr::memory_resource* const memory = scratch.arena.beginRound();
+  const auto scales = chooseRidgeScales(maxSigmaPx, grey.size(), memory);
+  const auto levels = buildRidgeLevels(grey, scales.back().level + 1, memory);
+  const auto candidates = findRidgeCandidates(levels, scales, minContrast, memory);
+  const auto path = findRidgePath(candidates, memory);
+  refinePath(grey, path, memory, points);
+  smoothRidge(points, memory);
   return points;
 }
 

@@ -2,6 +2,8 @@
 // too dim for edge pairs. docs/ridge.md tells how.
 #pragma once
 
+#include "support/arena.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
@@ -15,6 +17,12 @@ struct TRidgePoint {
   float confidence = 0.0F;  // 0..1: rises with the contrast, falls with the scatter of the centres around
 };
 
+// Working memory that outlives a frame, and the centres of the last one.
+struct TRidgeScratch {
+  TArena arena;
+  std::vector<TRidgePoint> points;
+};
+
 // At most one ridge centre per column, along the most consistent path through the image, left to right. The path
 // may end, break and resume; columns without a stripe have no record.
 //   grey         8-bit, one channel; anything else raises cv::Exception. An empty image gives an empty list.
@@ -25,5 +33,9 @@ struct TRidgePoint {
 // A sigma that is not positive searches the narrowest width only, a contrast that is not positive counts as the
 // least that is used, 4 grey levels. Same input, same bits.
 std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast);
+
+// The same in memory that is there; the list lies in the scratch memory.
+std::vector<TRidgePoint>& extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast,
+                                              TRidgeScratch& scratch);
 
 }  // namespace weld

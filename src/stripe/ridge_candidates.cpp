@@ -49,21 +49,23 @@ struct TRows {
 // Columns of one scale, with three rows of response kept at a time.
 class TScaleScan {
 public:
-  TScaleScan(const TRidgeLevel& source, const TRidgeScale& scale, double minContrast)
+  TScaleScan(const TRidgeLevel& source, const TRidgeScale& scale, double minContrast,
+             std::pmr::memory_resource* memory)
       : level(source),
         halfRows(scale.halfRows),
         widthPx(scale.widthPx),
         rootOfWidth(static_cast<int>(kRootUnit * std::sqrt(scale.widthPx))),
-        strong(chooseRidgeThresholds(source, scale.halfRows, minContrast)),
-        weak(strong.size()),
-        rows(3, std::vector<short>(strong.size())),
-        columns(strong.size()) {
+        strong(chooseRidgeThresholds(source, scale.halfRows, minContrast, memory)),
+        weak(strong.size(), memory),
+        enough(memory),
+        rows(3, std::pmr::vector<short>(strong.size(), memory), memory),
+        columns(strong.size(), memory) {
     std::transform(strong.begin(), strong.end(), weak.begin(),
                    [](short least) { return static_cast<short>(least >> kWeakShift); });
     enough = weak;
   }
 
-  std::vector<TRidgeCandidates> run() {
+  std::pmr::vector<TRidgeCandidates> run() {
     computeRidgeRow(level, halfRows, 0, row(0));
     computeRidgeRow(level, halfRows, 0, row(2));
     for (int y = 0; y < level.grey.rows; ++y) {
@@ -112,11 +114,11 @@ private:
   int halfRows;
   int widthPx;
   int rootOfWidth;
-  std::vector<short> strong;  // least contrast per column of a strong candidate
-  std::vector<short> weak;    // and of a weak one
-  std::vector<short> enough;  // and of one that the column still takes
-  std::vector<std::vector<short>> rows;
-  std::vector<TRidgeCandidates> columns;
+  std::pmr::vector<short> strong;  // least contrast per column of a strong candidate
+  std::pmr::vector<short> weak;    // and of a weak one
+  std::pmr::vector<short> enough;  // and of one that the column still takes
+  std::pmr::vector<std::pmr::vector<short>> rows;
+  std::pmr::vector<TRidgeCandidates> columns;
 };
 
 // Candidates of several scales, strongest first, without those inside the reach of a stronger one.
@@ -134,14 +136,18 @@ TRidgeCandidates mergeColumn(const TRidgeCandidate* begin, const TRidgeCandidate
 
 }  // namespace
 
-std::vector<TRidgeCandidates> findRidgeCandidates(const std::vector<TRidgeLevel>& levels,
-                                                  const std::vector<TRidgeScale>& scales, double minContrast) {
-  std::vector<std::vector<TRidgeCandidates>> perScale;
+std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TRidgeLevel>& levels,
+                                                       const std::pmr::vector<TRidgeScale>& scales,
+                                                       double minContrast, std::pmr::memory_resource* memory) {
+  std::pmr::vector<std::pmr::vector<TRidgeCandidates>> perScale(memory);
+  perScale.reserve(scales.size());
   for (const TRidgeScale& scale : scales) {
-    perScale.push_back(TScaleScan(levels[static_cast<std::size_t>(scale.level)], scale, minContrast).run());
+    perScale.push_back(
+        TScaleScan(levels[static_cast<std::size_t>(scale.level)], scale, minContrast, memory).run());
   }
-  std::vector<TRidgeCandidates> columns(static_cast<std::size_t>(levels.front().grey.cols));
-  std::vector<TRidgeCandidate> pool;
+  std::pmr::vector<TRidgeCandidates> columns(static_cast<std::size_t>(levels.front().grey.cols), memory);
+  std::pmr::vector<TRidgeCandidate> pool(memory);
+  pool.reserve(scales.size() * TRidgeCandidates::kMax);
   for (std::size_t c = 0; c < columns.size(); ++c) {
     pool.clear();
     for (std::size_t s = 0; s < scales.size(); ++s) {

@@ -6,6 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include <array>
+#include <memory_resource>
 #include <vector>
 
 namespace weld {
@@ -27,7 +28,8 @@ struct TRidgeCandidates {
 };
 
 // Candidates of every kRidgeColumnStep image columns, left to right.
-std::vector<TRidgeCandidates> findRidgeCandidates(const std::vector<TRidgeLevel>& levels,
-                                                  const std::vector<TRidgeScale>& scales, double minContrast);
+std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TRidgeLevel>& levels,
+                                                       const std::pmr::vector<TRidgeScale>& scales,
+                                                       double minContrast, std::pmr::memory_resource* memory);
 
 }  // namespace weld

@@ -60,7 +60,7 @@ struct TPathNode {
   TStep step = TStep::fresh;
 };
 
-using TPathIterator = std::vector<TPathNode>::const_iterator;
+using TPathIterator = std::pmr::vector<TPathNode>::const_iterator;
 
 bool hasStrong(TPathIterator begin, TPathIterator end, int least) {
   const auto strong = std::count_if(begin, end, [](const TPathNode& n) { return n.node.candidate.isStrong; });
@@ -78,8 +78,9 @@ bool isOutshone(TPathIterator node, TPathIterator begin, TPathIterator end) {
                      [&](const TPathNode& n) { return n.node.candidate.contrast > kFadeRatio * own.contrast; });
 }
 
-TRidgePiece copyPiece(TPathIterator begin, TPathIterator end) {
-  TRidgePiece piece;
+TRidgePiece copyPiece(TPathIterator begin, TPathIterator end, std::pmr::memory_resource* memory) {
+  TRidgePiece piece(memory);
+  piece.reserve(static_cast<std::size_t>(end - begin));
   for (auto node = begin; node != end; ++node) {
     if (!isOutshone(node, begin, end)) piece.push_back(node->node);
   }
@@ -91,15 +92,15 @@ TPathIterator findCut(TPathIterator begin, TPathIterator end, TStep step) {
   return std::find_if(begin + 1, end, [&](const TPathNode& n) { return n.step < step; });
 }
 
-std::vector<TRidgePiece> cutPath(const std::vector<TPathNode>& path) {
-  std::vector<TRidgePiece> pieces;
+std::pmr::vector<TRidgePiece> cutPath(const std::pmr::vector<TPathNode>& path, std::pmr::memory_resource* memory) {
+  std::pmr::vector<TRidgePiece> pieces(memory);
   for (auto line = path.begin(); line != path.end();) {
     const auto lineEnd = findCut(line, path.end(), TStep::resumed);
     const bool isStripe = hasStrong(line, lineEnd, kMinStrongColumns);
     while (line != lineEnd) {
       const auto pieceEnd = findCut(line, lineEnd, TStep::linked);
       if (isStripe && hasStrong(line, pieceEnd, kMinStrongOfPiece)) {
-        pieces.push_back(copyPiece(line, pieceEnd));
+        pieces.push_back(copyPiece(line, pieceEnd, memory));
       }
       line = pieceEnd;
     }
@@ -120,10 +121,13 @@ int linkCost(const TRidgeCandidate& from, const TRidgeCandidate& to, int columns
 
 class TPathSearch {
 public:
-  explicit TPathSearch(const std::vector<TRidgeCandidates>& source)
-      : columns(source), states(source.size() * TRidgeCandidates::kMax) {}
+  TPathSearch(const std::pmr::vector<TRidgeCandidates>& source, std::pmr::memory_resource* resource)
+      : columns(source),
+        memory(resource),
+        states(source.size() * TRidgeCandidates::kMax, resource),
+        ends(resource) {}
 
-  std::vector<TPathNode> run() {
+  std::pmr::vector<TPathNode> run() {
     int best = kNone;
     for (int c = 0; c < static_cast<int>(columns.size()); ++c) {
       collectEnds(c - kReachColumns - 1, c);
@@ -211,8 +215,9 @@ private:
     }
   }
 
-  std::vector<TPathNode> trace(int last) const {
-    std::vector<TPathNode> path;
+  std::pmr::vector<TPathNode> trace(int last) const {
+    std::pmr::vector<TPathNode> path(memory);
+    path.reserve(columns.size());
     for (int s = last; s != kNone; s = states[static_cast<std::size_t>(s)].previous) {
       path.push_back({{s / kPerColumn, candidate(s)}, states[static_cast<std::size_t>(s)].step});
     }
@@ -220,15 +225,17 @@ private:
     return path;
   }
 
-  const std::vector<TRidgeCandidates>& columns;
-  std::vector<TState> states;
-  std::vector<TEnd> ends;
+  const std::pmr::vector<TRidgeCandidates>& columns;
+  std::pmr::memory_resource* const memory;
+  std::pmr::vector<TState> states;
+  std::pmr::vector<TEnd> ends;
 };
 
 }  // namespace
 
-std::vector<TRidgePiece> findRidgePath(const std::vector<TRidgeCandidates>& columns) {
-  return cutPath(TPathSearch(columns).run());
+std::pmr::vector<TRidgePiece> findRidgePath(const std::pmr::vector<TRidgeCandidates>& columns,
+                                            std::pmr::memory_resource* memory) {
+  return cutPath(TPathSearch(columns, memory).run(), memory);
 }
 
 }  // namespace weld

@@ -3,6 +3,7 @@
 
 #include "stripe/ridge_candidates.h"
 
+#include <memory_resource>
 #include <vector>
 
 namespace weld {
@@ -13,9 +14,10 @@ struct TRidgeNode {
 };
 
 // Nodes that follow each other without a break, left to right.
-using TRidgePiece = std::vector<TRidgeNode>;
+using TRidgePiece = std::pmr::vector<TRidgeNode>;
 
 // The path of greatest total gain, cut at its breaks, without pieces too short to be a stripe.
-std::vector<TRidgePiece> findRidgePath(const std::vector<TRidgeCandidates>& columns);
+std::pmr::vector<TRidgePiece> findRidgePath(const std::pmr::vector<TRidgeCandidates>& columns,
+                                            std::pmr::memory_resource* memory);
 
 }  // namespace weld

@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <memory_resource>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -22,7 +23,7 @@ struct TRidgeGuess {
 // Measures stripes on the raw grey levels; keeps its working memory from column to column.
 class TRidgeRefiner {
 public:
-  explicit TRidgeRefiner(const cv::Mat& grey) : image(grey) {}
+  TRidgeRefiner(const cv::Mat& grey, std::pmr::memory_resource* memory) : image(grey), sums(memory) {}
 
   // The stripe near the guess: half-height extent, contrast over the brighter side, and centre. None when the
   // contrast is too low. Confidence is left at 0.
@@ -50,7 +51,8 @@ private:
   double correlatePosition(double start, double back, double halfSupport) const;
 
   const cv::Mat& image;
-  std::vector<int> sums;  // running sums of a column from firstRow on; rows outside the image repeat its border
+  std::pmr::vector<int>
+      sums;  // running sums of a column from firstRow on; rows outside the image repeat its border
   int firstRow = 0;
 };
 

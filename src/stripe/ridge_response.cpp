@@ -21,17 +21,22 @@ void pairColumns(const uchar* source, int columns, short* target) {
   if (columns % 2 != 0) target[pairs] = static_cast<short>(source[columns - 1] * kLevelUnit);
 }
 
-TRidgeLevel buildFinestLevel(const cv::Mat& grey) {
+TRidgeGrid makeGrid(int rows, int cols, std::pmr::memory_resource* memory) {
+  const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
+  return {rows, cols, std::pmr::polymorphic_allocator<short>(memory).allocate(count)};
+}
+
+TRidgeLevel buildFinestLevel(const cv::Mat& grey, std::pmr::memory_resource* memory) {
   TRidgeLevel level;
-  level.grey.create(grey.rows, (grey.cols + 1) / 2);
+  level.grey = makeGrid(grey.rows, (grey.cols + 1) / 2, memory);
   level.stepX = kRidgeColumnStep;
   for (int y = 0; y < grey.rows; ++y) pairColumns(grey.ptr<uchar>(y), grey.cols, level.grey[y]);
   return level;
 }
 
-TRidgeLevel halveRows(const TRidgeLevel& fine) {
+TRidgeLevel halveRows(const TRidgeLevel& fine, std::pmr::memory_resource* memory) {
   TRidgeLevel coarse;
-  coarse.grey.create((fine.grey.rows + 1) / 2, fine.grey.cols);
+  coarse.grey = makeGrid((fine.grey.rows + 1) / 2, fine.grey.cols, memory);
   coarse.stepX = fine.stepX;
   coarse.stepY = fine.stepY * 2;
   for (int y = 0; y < coarse.grey.rows; ++y) {
@@ -43,9 +48,9 @@ TRidgeLevel halveRows(const TRidgeLevel& fine) {
   return coarse;
 }
 
-TRidgeLevel halveBoth(const TRidgeLevel& fine) {
+TRidgeLevel halveBoth(const TRidgeLevel& fine, std::pmr::memory_resource* memory) {
   TRidgeLevel coarse;
-  coarse.grey.create((fine.grey.rows + 1) / 2, (fine.grey.cols + 1) / 2);
+  coarse.grey = makeGrid((fine.grey.rows + 1) / 2, (fine.grey.cols + 1) / 2, memory);
   coarse.stepX = fine.stepX * 2;
   coarse.stepY = fine.stepY * 2;
   const int pairs = fine.grey.cols / 2;
@@ -68,26 +73,27 @@ TRidgeLevel halveBoth(const TRidgeLevel& fine) {
 struct TRowPair {
   const short* a;
   const short* b;
-  TRowPair(const cv::Mat_<short>& grey, int first)
+  TRowPair(const TRidgeGrid& grey, int first)
       : a(grey[std::clamp(first, 0, grey.rows - 1)]), b(grey[std::clamp(first + 1, 0, grey.rows - 1)]) {}
 };
 
 }  // namespace
 
-std::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count) {
-  std::vector<TRidgeLevel> levels;
+std::pmr::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count, std::pmr::memory_resource* memory) {
+  std::pmr::vector<TRidgeLevel> levels(memory);
   levels.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
     // The first step keeps the columns: a steep narrow stripe leaves wider columns too soon.
-    if (i == 0) levels.push_back(buildFinestLevel(grey));
-    if (i == 1) levels.push_back(halveRows(levels.back()));
-    if (i >= 2) levels.push_back(halveBoth(levels.back()));
+    if (i == 0) levels.push_back(buildFinestLevel(grey, memory));
+    if (i == 1) levels.push_back(halveRows(levels.back(), memory));
+    if (i >= 2) levels.push_back(halveBoth(levels.back(), memory));
   }
   return levels;
 }
 
-std::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize) {
-  std::vector<TRidgeScale> scales{{0, 1, 2}};
+std::pmr::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize,
+                                                std::pmr::memory_resource* memory) {
+  std::pmr::vector<TRidgeScale> scales({{0, 1, 2}}, memory);
   const double widestPx = kWidestFactor * kFwhmPerSigma * maxSigmaPx;
   for (int level = 0; level < kMaxLevels; ++level) {
     const int widthPx = 4 << level;
@@ -99,7 +105,7 @@ std::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize
 }
 
 void computeRidgeRow(const TRidgeLevel& level, int halfRows, int y, short* response) {
-  const cv::Mat_<short>& grey = level.grey;
+  const TRidgeGrid& grey = level.grey;
   const TRowPair above(grey, y - 2 * halfRows - kSideRows);
   const TRowPair below(grey, y + 2 * halfRows);
   const TRowPair upper(grey, y - halfRows);

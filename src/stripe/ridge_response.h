@@ -3,6 +3,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <memory_resource>
 #include <vector>
 
 namespace weld {
@@ -13,9 +14,18 @@ inline constexpr int kRidgeUnit = 32;
 // Image columns that share one set of candidates.
 inline constexpr int kRidgeColumnStep = 2;
 
+// Rows of values, in memory that outlives them.
+struct TRidgeGrid {
+  int rows = 0;
+  int cols = 0;
+  short* values = nullptr;
+
+  short* operator[](int y) const { return values + static_cast<std::ptrdiff_t>(y) * cols; }
+};
+
 // The image averaged over stepX columns and stepY rows; values are grey levels times 8.
 struct TRidgeLevel {
-  cv::Mat_<short> grey;
+  TRidgeGrid grey;
   int stepX = 1;
   int stepY = 1;
 };
@@ -28,10 +38,11 @@ struct TRidgeScale {
 };
 
 // The averaged images that the scales need, finest first.
-std::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count);
+std::pmr::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count, std::pmr::memory_resource* memory);
 
 // The scales for stripes up to maxSigmaPx and for plateaus and blur beyond it, narrow to wide.
-std::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize);
+std::pmr::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imageSize,
+                                                std::pmr::memory_resource* memory);
 
 // Response of every column in row y: mean of the centre box less the brighter one of the two boxes beside
 // it. The ridge lies half a row above y. Rows beyond the image repeat its border.

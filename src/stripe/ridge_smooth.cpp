@@ -16,8 +16,10 @@ constexpr double kMostShift = 2.5;            // largest correction, sigmas of s
 constexpr double kHalfConfidenceGrey = 20.0;  // contrast of confidence 0.5 without scatter
 constexpr double kHalfConfidencePx = 2.0;     // scatter that halves the confidence
 
+using TRidgePoints = std::pmr::vector<TRidgePoint>;
+
 // Neighbours on either side that are there and on the same stretch of columns.
-int freeReach(const std::vector<TRidgePoint>& points, std::size_t i) {
+int freeReach(const TRidgePoints& points, std::size_t i) {
   int reach = 0;
   while (reach < kReach) {
     const std::size_t next = static_cast<std::size_t>(reach) + 1;
@@ -28,12 +30,12 @@ int freeReach(const std::vector<TRidgePoint>& points, std::size_t i) {
   return reach;
 }
 
-double midOfNeighbours(const std::vector<TRidgePoint>& points, std::size_t i) {
+double midOfNeighbours(const TRidgePoints& points, std::size_t i) {
   return (static_cast<double>(points[i - 1].point.y) + static_cast<double>(points[i + 1].point.y)) / 2;
 }
 
 // Sigma of the centres' scatter around a smooth stripe, px: from second differences, by their median.
-double measureScatter(const std::vector<TRidgePoint>& points, std::size_t first, std::size_t last) {
+double measureScatter(const TRidgePoints& points, std::size_t first, std::size_t last) {
   std::array<double, kBlock> differences{};
   int count = 0;
   for (std::size_t i = first; i < last; ++i) {
@@ -47,7 +49,7 @@ double measureScatter(const std::vector<TRidgePoint>& points, std::size_t first,
   return *middle * kSigmaPerMedian;
 }
 
-double meanAround(const std::vector<TRidgePoint>& points, std::size_t i, int reach) {
+double meanAround(const TRidgePoints& points, std::size_t i, int reach) {
   double sum = 0.0;
   for (std::size_t k = i - static_cast<std::size_t>(reach); k <= i + static_cast<std::size_t>(reach); ++k) {
     sum += static_cast<double>(points[k].point.y);
@@ -57,8 +59,8 @@ double meanAround(const std::vector<TRidgePoint>& points, std::size_t i, int rea
 
 }  // namespace
 
-void smoothRidge(std::vector<TRidgePoint>& points) {
-  const std::vector<TRidgePoint> raw = points;
+void smoothRidge(std::vector<TRidgePoint>& points, std::pmr::memory_resource* memory) {
+  const TRidgePoints raw(points.begin(), points.end(), memory);
   for (std::size_t first = 0; first < raw.size(); first += kBlock) {
     const std::size_t last = std::min(first + kBlock, raw.size());
     const double scatterPx = measureScatter(raw, first, last);

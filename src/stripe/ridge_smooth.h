@@ -3,6 +3,7 @@
 
 #include "stripe/ridge.h"
 
+#include <memory_resource>
 #include <vector>
 
 namespace weld {
@@ -10,6 +11,6 @@ namespace weld {
 // Averages each centre with its neighbours where they differ by no more than the scatter of the centres
 // nearby, so that noise shrinks while corners, steps and clean stripes stay; sets the confidence of every
 // point from its contrast and that scatter. Columns ascend; a missing column separates.
-void smoothRidge(std::vector<TRidgePoint>& points);
+void smoothRidge(std::vector<TRidgePoint>& points, std::pmr::memory_resource* memory);
 
 }  // namespace weld

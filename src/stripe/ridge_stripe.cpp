@@ -46,19 +46,17 @@ std::size_t takeColumns(const cv::Rect& region, const std::vector<TRidgePoint>& 
 }  // namespace
 
 TStripeCentres extractRidgeStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions,
-                                         const TRidgeSettings& settings) {
+                                         const TRidgeSettings& settings, TStripeScratch& scratch) {
   const cv::Rect bounds = boundsOf(regions, image.size());
   if (bounds.empty()) return {};
   requireReadable(image);
-  std::vector<TRidgePoint> ridge =
-      extractRidgeCentres(toGrey(image(bounds)), settings.maxSigmaPx, settings.minContrast);
+  std::vector<TRidgePoint>& ridge = extractRidgeCentres(toGrey(image(bounds), scratch.grey), settings.maxSigmaPx,
+                                                        settings.minContrast, scratch.ridge);
   const cv::Point2f origin(bounds.tl());
   for (TRidgePoint& r : ridge) r.point += origin;
 
-  TStripeCentres stripe;
-  stripe.points.reserve(ridge.size());
-  stripe.status.reserve(bounds.width);
-  stripe.modalWidthPx = modalWidth(ridge);
+  TStripeCentres stripe{
+      {&scratch, ridge.size()}, modalWidth(ridge), {&scratch, static_cast<std::size_t>(bounds.width)}};
   std::size_t next = 0;
   for (const cv::Rect& region : regions) next = takeColumns(region, ridge, next, stripe);
   return stripe;

@@ -20,6 +20,6 @@ struct TRidgeSettings {
 //   image  as in extractStripeCentres.
 // An empty image or no regions gives an empty result.
 TStripeCentres extractRidgeStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions,
-                                         const TRidgeSettings& settings);
+                                         const TRidgeSettings& settings, TStripeScratch& scratch);
 
 }  // namespace weld

@@ -48,10 +48,12 @@ private:
   int total = 0;
 };
 
-std::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns) {
+std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns,
+                                                  std::pmr::memory_resource* memory) {
   const int columns = level.grey.cols;
-  std::vector<TResponseHistogram> strips(static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns));
-  std::vector<short> row(static_cast<std::size_t>(columns));
+  std::pmr::vector<TResponseHistogram> strips(
+      static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns), memory);
+  std::pmr::vector<short> row(static_cast<std::size_t>(columns), memory);
   const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.grey.rows / kMinSampleRows));
   const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
   for (int y = 0; y < level.grey.rows; y += rowStep) {
@@ -77,11 +79,12 @@ short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
 
 }  // namespace
 
-std::vector<short> chooseRidgeThresholds(const TRidgeLevel& level, int halfRows, double minContrast) {
+std::pmr::vector<short> chooseRidgeThresholds(const TRidgeLevel& level, int halfRows, double minContrast,
+                                              std::pmr::memory_resource* memory) {
   const int stripColumns = std::max(1, kStripPx / level.stepX);
-  std::vector<short> thresholds;
+  std::pmr::vector<short> thresholds(memory);
   thresholds.reserve(static_cast<std::size_t>(level.grey.cols + stripColumns));
-  for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns)) {
+  for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns, memory)) {
     thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns),
                       chooseThreshold(strip, minContrast));
   }

@@ -17,10 +17,9 @@ int columnsWithPair(const TStripeCentres& stripe) {
 }
 
 // Columns ascend in all three lists. One pass: the next centre, ridge and status of the column at hand.
-std::vector<cv::Point2f> fillDroppedColumns(const TStripeCentres& edgePairs,
-                                            const std::vector<cv::Point2f>& ridges) {
-  std::vector<cv::Point2f> points;
-  points.reserve(edgePairs.status.size());
+TLentList<cv::Point2f> fillDroppedColumns(const TStripeCentres& edgePairs, const std::vector<cv::Point2f>& ridges,
+                                          TScratch* scratch) {
+  TLentList<cv::Point2f> points(scratch, edgePairs.status.size());
   auto ridge = ridges.begin();
   auto centre = edgePairs.points.begin();
   for (const TWeldPointStatus& column : edgePairs.status) {
@@ -44,8 +43,9 @@ bool leavesStripeUnexplained(const TStripeCentres& edgePairs, int minColumns) {
   return columnsWithPair(edgePairs) - centres > kMaxDroppedColumns || centres < minColumns;
 }
 
-TStripeCentres chooseStripe(TStripeCentres edgePairs, TStripeCentres ridges, const TTrace& trace) {
-  std::vector<cv::Point2f> filled = fillDroppedColumns(edgePairs, ridges.points);
+TStripeCentres chooseStripe(TStripeCentres edgePairs, TStripeCentres ridges, const TTrace& trace,
+                            TScratch* scratch) {
+  TLentList<cv::Point2f> filled = fillDroppedColumns(edgePairs, ridges.points, scratch);
   const bool takesRidges =
       static_cast<double>(ridges.points.size()) > kClearlyMore * static_cast<double>(filled.size());
   if (takesRidges) {

@@ -14,6 +14,7 @@ bool leavesStripeUnexplained(const TStripeCentres& edgePairs, int minColumns);
 // Both extractions of the same regions in one. The ridges alone where they follow the stripe through clearly more
 // columns; else the edge pairs, with ridge centres in those columns whose pairs were dropped: where there is no
 // pair, a ridge would run on into a gap.
-TStripeCentres chooseStripe(TStripeCentres edgePairs, TStripeCentres ridges, const TTrace& trace = {});
+TStripeCentres chooseStripe(TStripeCentres edgePairs, TStripeCentres ridges, const TTrace& trace = {},
+                            TScratch* scratch = nullptr);
 
 }  // namespace weld

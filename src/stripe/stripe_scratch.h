@@ -3,6 +3,7 @@
 
 #include "stripe/edge_kernels.h"
 #include "stripe/guide_breaks.h"
+#include "stripe/ridge.h"
 #include "support/scratch.h"
 
 #include <opencv2/core.hpp>
@@ -32,6 +33,7 @@ struct TStripeScratch : TScratch {
   std::vector<TStripeCandidate> candidates;
   std::vector<TStripeRun> runs;
   std::vector<unsigned char> grey;  // of a region of a colour image
+  TRidgeScratch ridge;
   // Of fixed size, and so without heap memory, for the bands of a tracked stripe. They never shrink.
   cv::AutoBuffer<std::uint64_t, 512> marks;
   cv::AutoBuffer<TEdgeRow, 256> edgeRows;

@@ -37,6 +37,7 @@ public:
   // Frees the list where there is no memory to remember it.
   void give(std::vector<T>& list) noexcept {
     if (list.capacity() == 0) return;
+    room = std::max(room, list.capacity());
     list.clear();
     if (fewCount < few.size()) {
       few[fewCount++].swap(list);

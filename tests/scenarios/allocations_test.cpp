@@ -52,8 +52,8 @@ std::vector<cv::Mat> inColour(const std::vector<cv::Mat>& greys) {
 
 // The stripe points of the result, and nothing else. The frames come twice, there and back: the first time shows
 // the tracker the most that it has to remember at once.
-void expectOneRequestPerFrame(const TWeldParams& params, const std::vector<cv::Mat>& images,
-                              const TTrackerOptions& options) {
+void expectOneRequestPerFrame(const TWeldParams& params, const TTrackerOptions& options,
+                              const std::vector<cv::Mat>& images) {
   TWeldTracker tracker(params, options);
   for (const cv::Mat& image : images) tracker.track(image);
   int found = 0;
@@ -66,17 +66,25 @@ void expectOneRequestPerFrame(const TWeldParams& params, const std::vector<cv::M
   EXPECT_GT(found, kFrames / 2);
 }
 
+TTrackerOptions withExtraction(TStripeExtraction extraction) {
+  TTrackerOptions options = TTrackerOptions::exact();
+  options.extraction = extraction;
+  return options;
+}
+
 TEST(Allocations, aTrackerThatHasSeenTheLikeAsksOncePerFrame) {
   for (const TJoint joint : kJoints) {
     for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
       SCOPED_TRACE(testing::Message() << scenario::nameOf(joint) << ", " << scenario::nameOf(level));
       const std::vector<cv::Mat> images = sequence(joint, level);
-      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images, TTrackerOptions::exact());
-      if (level != TLevel::clean) continue;
-      SCOPED_TRACE("in colour");
-      expectOneRequestPerFrame(scenes::weldParamsFor(joint), inColour(images), TTrackerOptions::exact());
+      const TWeldParams params = scenes::weldParamsFor(joint);
+      for (const auto extraction : {TStripeExtraction::edgePairs, TStripeExtraction::ridge}) {
+        SCOPED_TRACE(testing::Message() << "extraction " << static_cast<int>(extraction));
+        expectOneRequestPerFrame(params, withExtraction(extraction), images);
+        if (level == TLevel::clean) expectOneRequestPerFrame(params, withExtraction(extraction), inColour(images));
+      }
       SCOPED_TRACE("default options");
-      expectOneRequestPerFrame(scenes::weldParamsFor(joint), images, {});
+      expectOneRequestPerFrame(params, TTrackerOptions(), images);
     }
   }
 }

@@ -57,8 +57,9 @@ TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
   cv::Mat image = painted::dark();
   painted::paintPiece(image, 0, 200, 240.0);
   painted::paintPiece(image, 260, 640, 240.0);
+  TStripeScratch scratch;
   const std::vector<cv::Rect> regions{{100, 200, 150, 80}, {250, 200, 150, 80}, {400, 20, 100, 240}};
-  const TStripeCentres stripe = extractRidgeStripeCentres(image, regions, kRidges);
+  const TStripeCentres stripe = extractRidgeStripeCentres(image, regions, kRidges, scratch);
   ASSERT_EQ(stripe.status.size(), 400U);
   int found = 0;
   for (std::size_t i = 0; i < stripe.status.size(); ++i) {
@@ -72,8 +73,8 @@ TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
   for (const cv::Point2f p : stripe.points) EXPECT_NEAR(p.y, 240.0F, 0.2F) << p.x;
   EXPECT_NEAR(stripe.modalWidthPx, 9.0, 1.0);
 
-  EXPECT_TRUE(extractRidgeStripeCentres(image, {{0, 0, 640, 100}}, kRidges).points.empty());
-  EXPECT_TRUE(extractRidgeStripeCentres(image, {}, kRidges).status.empty());
+  EXPECT_TRUE(extractRidgeStripeCentres(image, {{0, 0, 640, 100}}, kRidges, scratch).points.empty());
+  EXPECT_TRUE(extractRidgeStripeCentres(image, {}, kRidges, scratch).status.empty());
 }
 
 }  // namespace
