@@ -112,11 +112,10 @@ int gainOf(const TRidgeCandidate& candidate) {
   return kGainOne * candidate.excess / (candidate.excess + kHalfGainExcess);
 }
 
-int linkCost(const TRidgeCandidate& from, const TRidgeCandidate& to, int columns) {
-  const int shift = std::abs(to.y - from.y);
+// Of a link over so many columns that shifts by so many half rows, without kCostPerRow.
+int leastLinkCost(const TRidgeCandidate& from, const TRidgeCandidate& to, int shift, int columns) {
   const int free = kSteepRows * columns + std::max(from.widthPx, to.widthPx) / 2;
-  return kCostPerRow * shift / columns + kCostPerExcessRow * std::max(0, shift - free) +
-         kCostPerGapColumn * (columns - 1);
+  return kCostPerExcessRow * std::max(0, shift - free) + kCostPerGapColumn * (columns - 1);
 }
 
 class TPathSearch {
@@ -171,8 +170,11 @@ private:
     for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
       for (int j = 0; j < at(c - step).count; ++j) {
         const int from = (c - step) * kPerColumn + j;
-        if (score(from) <= best.score) continue;
-        const int cost = linkCost(candidate(from), here, step);
+        const int shift = std::abs(here.y - candidate(from).y);
+        const int leastCost = leastLinkCost(candidate(from), here, shift, step);
+        // Most fail here, without a division.
+        if (leastCost >= kBreakCost || score(from) - leastCost <= best.score) continue;
+        const int cost = leastCost + kCostPerRow * shift / step;
         if (cost >= kBreakCost || score(from) - cost <= best.score) continue;
         best.score = score(from) - cost;
         best.previous = from;
