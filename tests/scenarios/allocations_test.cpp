@@ -55,15 +55,19 @@ std::vector<cv::Mat> inColour(const std::vector<cv::Mat>& greys) {
 void expectOneRequestPerFrame(const TWeldParams& params, const TTrackerOptions& options,
                               const std::vector<cv::Mat>& images) {
   TWeldTracker tracker(params, options);
-  for (const cv::Mat& image : images) tracker.track(image);
+  std::vector<cv::Mat> round = images;
+  round.insert(round.end(), images.rbegin(), images.rend());
+  for (int n = 0; n < 2; ++n) {
+    for (const cv::Mat& image : round) tracker.track(image);
+  }
   int found = 0;
-  for (auto image = images.rbegin(); image != images.rend(); ++image) {
+  for (const cv::Mat& image : round) {
     const long before = heap::requests();
-    const TWeldLineRes result = tracker.track(*image);
-    EXPECT_LE(heap::requests() - before, 1) << "frame " << images.rend() - image - 1;
+    const TWeldLineRes result = tracker.track(image);
+    EXPECT_LE(heap::requests() - before, 1);
     found += result.isFound ? 1 : 0;
   }
-  EXPECT_GT(found, kFrames / 2);
+  EXPECT_GT(found, kFrames);
 }
 
 TTrackerOptions withExtraction(TStripeExtraction extraction) {
