@@ -57,7 +57,7 @@ bool isInsideFrame(cv::Size imageSize, cv::Point2f p) {
 TWeldLineRes buildCornerResult(const TCornerFrame& frame, const TFlankPair& flanks) {
   TWeldLineRes result;
   if (!haveFlanksPoints(flanks, 1, frame.trace)) return result;
-  result.stripePts = joinPoints(flanks.left.inlierPts, flanks.right.inlierPts);
+  result.stripePts = joinPoints(flanks.left.inlierPts, flanks.right.inlierPts, frame.scratch);
   const std::optional<cv::Point2f> corner = intersectFlanks(frame, flanks);
   if (!corner || !frame.trace.holds(kInside, isInsideFrame(frame.imageSize, *corner))) return result;
   result.isFound = true;
@@ -85,6 +85,7 @@ TWeldLineRes findCornerSeamFromPts(const TCornerFrame& frame, const std::vector<
   const TCornerFrame pieceFrame = frame.inWay("longest pieces");
   const TStageTimer timer(frame.trace, "longest pieces");
   if (const auto flanks = findFlankPairByPolyline(points, frame.params, pieceFrame.trace, frame.scratch)) {
+    frame.scratch->give(result.stripePts);
     result = buildCornerResult(pieceFrame, *flanks);
   }
   return result;
@@ -113,6 +114,7 @@ TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, con
   TWeldLineRes result =
       prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
   if (result.isFound || !object.search.hasSecondChance) return result;
+  object.scratch.give(result.stripePts);
   const TLentList<cv::Point2f> ridge = extractRidgeStripe(object, image, TSearchPath::fallback);
   if (!trace.passes(kRidgePoints, ridge.size(), kMinRidgePoints)) return {};
   return findCornerSeamFromPts(frame, ridge);
