@@ -187,10 +187,12 @@ struct TFrameTrace {
   double totalUs = 0.0;
 };
 
-// What a tracker does beyond the plain rules. Values out of range count as the nearest valid one.
+// What a tracker does beyond the plain rules; docs/tracker.md tells how. Values out of range count as the nearest
+// valid one, a maxJumpPx of NaN as infinity. Stripe presence has no seam point and takes the extraction alone.
 struct TTrackerOptions {
   // The guide of the search is the previous stripe, extended by this along its end pieces, so that it can grow
-  // back at both ends and short stripes are not lost; px, >= 0. 0 hands over the previous stripe as it is.
+  // back at both ends and short stripes are not lost; px, >= 0. 0 hands over the previous stripe as it is. With
+  // automatic extraction a corner found along an extended guide is fitted as on a first detection.
   std::int32_t guideMarginPx = 40;
   TStripeExtraction extraction = TStripeExtraction::automatic;
   // true: marker corners, points that are not finite and points outside the image count as not found.
@@ -199,7 +201,7 @@ struct TTrackerOptions {
   double maxJumpPx = 40.0;
   // Frames in a row that must show the seam at its new place, the first one included; >= 1.
   std::int32_t acceptAfterFrames = 3;
-  // Lost frames in a row for which the last good seam is repeated; >= 0.
+  // Frames in a row without a seam, held-back ones included, for which the last good result is repeated; >= 0.
   std::int32_t holdFrames = 3;
   // true: a frame in which tracking fails is searched as a whole at once.
   bool searchesWholeOnLoss = true;

@@ -45,8 +45,10 @@ void refuseImpossible(const TFrame& frame, TWeldLineRes& line) {
   if (trace) concludeRefusedAttempt(trace.record());
 }
 
+// The detector's own second chance on ridges is left to the attempts where those are on ridges anyway.
 TFoundSeam attempt(const TFrame& frame, const TStripeSearch& search, const TWeldLineRes& previous) {
   frame.detector.search = search;
+  frame.detector.search.hasSecondChance = frame.options.extraction == TStripeExtraction::edgePairs;
   TWeldLineRes line = detectSeam(frame.detector, frame.image, previous);
   refuseImpossible(frame, line);
   return {std::move(line), frame.detector.stripe};
@@ -65,9 +67,11 @@ bool isDoubtful(const TWeldLineRes& line, const TWeldLineRes& before, const TDou
 // Around a found stripe.
 TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDoubt& doubt) {
   const bool isExtended = frame.options.guideMarginPx > 0;
-  if (isExtended) extendGuide(stripe.stripePts, frame.options.guideMarginPx, frame.image.size(), frame.guide);
-  TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, doubt.minColumns,
-                       !frame.isAutomatic()};
+  if (isExtended) {
+    const TStageTimer timer(frame.detector.trace, "guide");
+    extendGuide(stripe.stripePts, frame.options.guideMarginPx, frame.image.size(), frame.guide);
+  }
+  TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, doubt.minColumns};
   // A corner's tracking rules fit its flanks to whole rows, those of a first detection to the centres themselves.
   const bool fitsAnew = frame.isAutomatic() && isExtended && frame.joint() == TWeldType::corner;
   const TWeldLineRes none;
@@ -84,7 +88,6 @@ TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDo
 // stripe: a seam in the fragments of one is seldom true.
 TFoundSeam searchWholeAutomatic(const TFrame& frame) {
   TStripeSearch search;
-  search.hasSecondChance = false;
   TFoundSeam edgePairs = attempt(frame, search, {});
   const bool isFound = edgePairs.line.isFound;
   if (isFound && edgePairs.stripe.columns >= shareOf(frame.image.cols, kMinImageShare)) return edgePairs;

@@ -115,6 +115,7 @@ void TWeldTracker::reset() {
   state->jumps = {};
   state->heldFrames = 0;
   state->trace = {};
+  state->detector.plateInfoFrameCounter = 0;
 }
 
 void TWeldTracker::setParams(const TWeldParams& params) {
