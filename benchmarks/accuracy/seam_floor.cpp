@@ -10,8 +10,8 @@ namespace {
 
 using TPoints = std::vector<cv::Point2f>;
 
-constexpr float kMergeHeightPx = 5.0F;        // corner
-constexpr float kPieceMergeHeightPx = 10.0F;  // lap and plate
+constexpr int kPointsOfEnd = 100;  // of the piece at the seam
+constexpr float kMergeHeightPx = 5.0F;
 constexpr float kMergeGapXPx = 200.0F;
 constexpr float kMergeGapYPx = 20.0F;
 constexpr float kPolyEpsilonPx = 3.0F;
@@ -29,20 +29,27 @@ double distance(cv::Point2d a, cv::Point2d b) {
   return std::hypot(a.x - b.x, a.y - b.y);
 }
 
+// The piece that ends at the seam: true centres on its side of the step.
+TPoints pieceAt(cv::Point2d seam, const TPoints& points, bool isLeftOfSeam) {
+  TPoints piece;
+  for (const cv::Point2f& p : points) {
+    const double offset = static_cast<double>(p.x) - seam.x;
+    if (isLeftOfSeam ? offset <= 0.0 && offset > -kPointsOfEnd : offset >= 0.0 && offset < kPointsOfEnd) {
+      piece.push_back(p);
+    }
+  }
+  return piece;
+}
+
 std::optional<double> endFloor(const TWeldParams& params, const scenes::TScene& scene, cv::Point2d seam,
                                bool isLeftOfSeam) {
   TBaseWeld toolkit;
   toolkit.setWeldParameters(params);
-  std::vector<TStripePiece> pieces;
-  toolkit.segmentStripe(trueCentres(scene.truth), pieces, kPieceMergeHeightPx, kMergeGapXPx, kMergeGapYPx,
-                        kPolyEpsilonPx);
-  const auto endOf = [&](const TStripePiece& piece) { return isLeftOfSeam ? piece.endPt : piece.startPt; };
-  const auto nearest = std::min_element(pieces.begin(), pieces.end(), [&](const auto& a, const auto& b) {
-    return distance(endOf(a), seam) < distance(endOf(b), seam);
-  });
-  if (nearest == pieces.end() || !nearest->isFitted) return std::nullopt;
-  const cv::Point2f refined = toolkit.modifySingleVGroovePos(nearest->pts, cv::Point2f(endOf(*nearest)),
-                                                             nearest->k, nearest->b, scene.image);
+  const TPoints piece = pieceAt(seam, trueCentres(scene.truth), isLeftOfSeam);
+  const TLinePara line = toolkit.findALine(piece, -1, -1);
+  if (!line.isValid) return std::nullopt;
+  const cv::Point2f refined = toolkit.modifySingleVGroovePos(piece, cv::Point2f(seam), static_cast<float>(line.k),
+                                                             static_cast<float>(line.b), scene.image);
   return distance(refined, seam);
 }
 

@@ -9,9 +9,7 @@ namespace accuracy {
 
 // Distance from the truth of the seam that follows from the true centres, rounded to whole rows, px. Nothing for a
 // joint whose arithmetic sets no floor of its own.
-//   lap, plate  the end of the piece that the segmentation, which smooths and truncates to whole rows, makes of
-//   the
-//               true centres, moved to the steepest brightness drop along its line
+//   lap, plate  the true end of the piece, moved to the steepest brightness drop along the true line
 //   corner      the lines through the smoothed and truncated points of the two longest pieces: how tracking fits
 //               them; a first detection fits the centres themselves and comes nearer
 std::optional<double> floorOf(const TCase& trial, const scenes::TScene& scene);
