@@ -16,5 +16,5 @@ find "$build/tests" -maxdepth 2 -type f -executable -name 'test_*' -print0 |
 mkdir -p "$build/coverage"
 gcovr --root . --object-directory "$build" --filter src/ --exclude-throw-branches -j "$jobs" \
   --txt "$build/coverage/lines.txt" --html-details "$build/coverage/index.html" --print-summary \
-  --fail-under-line "$min_line_percent"
+  --fail-under-line "$min_line_percent" "$build"
 echo "Uncovered lines by file: $build/coverage/lines.txt; line by line: $build/coverage/index.html"
