@@ -3,12 +3,14 @@
 #include "tools/commands.h"
 #include "tools/frame_source.h"
 #include "tools/output.h"
+#include "tools/output_file.h"
 #include "tools/param_table.h"
 #include "tools/progress.h"
 #include "tools/seam_run.h"
 #include "tools/shared_options.h"
 #include "tools/stop_signal.h"
 #include "tools/sweep.h"
+#include "tools/sweep_page.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -24,6 +26,7 @@ struct TOptions {
   TFrameOptions frames;
   TParamSource source;
   bool isExact = false;
+  std::string page;
 };
 
 struct TSweep {
@@ -147,6 +150,9 @@ void run(const TOptions& options) {
   const TSweepResult result = judge(sweep);
   printTable(result);
   printSuggestion(result);
+  if (!options.page.empty()) {
+    writeWholeFile(options.page, sweepPage(result));
+  }
 }
 
 }  // namespace
@@ -158,6 +164,7 @@ void addSweepCommand(CLI::App& program) {
   addFrameOptions(*command, options->frames);
   addParamOptions(*command, options->source);
   command->add_flag("--exact", options->isExact, "The plain rules of the detectors, without the tracker's help");
+  command->add_option("--out", options->page, "HTML page with charts of found share and jitter");
   command->footer(
       "Exactly one --set gives a range, name=from:to:step; others fix further parameters.\n"
       "found   share of frames whose seam was found; repeats of an earlier seam do not count\n"
@@ -166,7 +173,7 @@ void addSweepCommand(CLI::App& program) {
       "these\n"
       "The suggestion is the middle of the widest run of good values.\n"
       "Examples:\n"
-      "  zelweld sweep frames/ --type lap --set dPara7=5:40:5\n"
+      "  zelweld sweep frames/ --type lap --set dPara7=5:40:5 --out sweep.html\n"
       "  zelweld sweep clip.avi --params gap.json --set dPara8=2:30:2 --set dPara2=4 --rotate 90");
   command->callback([options] { run(*options); });
 }

@@ -96,11 +96,14 @@ TEST_F(ZelweldTest, CompareTellsWhatOneFileLosesAndWhy) {
 
 TEST_F(ZelweldTest, SweepSuggestsAValueThatFindsTheSeam) {
   simulate("f", "--type gap --frames 4 --seed 3");
-  const std::string out = zelweldOk("sweep f --type gap --set dPara4=3 --set dPara8=5:105:10").out;
+  const std::string out = zelweldOk("sweep f --type gap --set dPara4=3 --set dPara8=5:105:10 --out s.html").out;
   EXPECT_EQ(linesOf(out).size(), 1U + 11U + 1U + 2U) << out;
   EXPECT_NE(lineWith(out, " * 5 ").find("#################### 100.0 %"), std::string::npos) << out;
   EXPECT_NE(lineWith(out, "   105 ").find(" 0.0 %"), std::string::npos) << out;
   EXPECT_EQ(lineWith(out, "may go on"), "The good range may go on below the sweep.");
+  const std::string page = readFile(folder / "s.html");
+  EXPECT_NE(page.find(R"("value":105.0,"foundShare":0.0,"jitterPx":null)"), std::string::npos);
+  EXPECT_EQ(page.find("{{"), std::string::npos);
   EXPECT_NE(zelweldOk("sweep f --type gap --set dPara8=100:110:10").out.find("No suggestion"), std::string::npos);
 }
 

@@ -1,0 +1,49 @@
+#include "tools/sweep_page.h"
+
+#include "tools/html_page.h"
+#include "tools/names.h"
+#include "tools/param_table.h"
+#include "tools/report_assets.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json parameterJson(const TParamSpec& spec) {
+  return {{"name", spec.name},       {"unit", spec.unit},     {"default", getParam(TWeldParams(), spec)},
+          {"meaning", spec.meaning}, {"tooLow", spec.tooLow}, {"tooHigh", spec.tooHigh}};
+}
+
+ordered_json rowJson(const TSweepRow& row) {
+  return {{"value", row.point.value},
+          {"foundShare", row.point.foundShare},
+          {"jitterPx", row.point.jitterPx ? ordered_json(*row.point.jitterPx) : ordered_json(nullptr)},
+          {"longestLoss", row.longestLoss},
+          {"reason", row.reason},
+          {"isGood", row.isGood}};
+}
+
+ordered_json goodJson(const std::optional<TGoodRange>& good) {
+  if (!good) {
+    return nullptr;
+  }
+  return {{"first", good->first}, {"last", good->last}, {"middle", good->middle}};
+}
+
+}  // namespace
+
+std::string sweepPage(const TSweepResult& result) {
+  ordered_json data = {
+      {"version", ZELWELD_VERSION},      {"joint", nameOf(result.type)},
+      {"frames", result.frames},         {"parameter", parameterJson(findParam(result.type, result.parameter))},
+      {"points", ordered_json::array()}, {"suggestion", goodJson(result.good)}};
+  for (const TSweepRow& row : result.rows) {
+    data["points"].push_back(rowJson(row));
+  }
+  return htmlPage(asset::sweepPage, asset::sweepScript, data.dump());
+}
+
+}  // namespace tool
