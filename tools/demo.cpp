@@ -2,6 +2,7 @@
 // each result with the truth. Leaves annotated frames and a contact sheet, and fails when the seam is not found
 // in 99 % of the frames or lies more than a pixel away from the truth in the median.
 #include "tools/cli_error.h"
+#include "tools/demo_report.h"
 #include "tools/detection.h"
 #include "tools/image_file.h"
 #include "tools/names.h"
@@ -193,6 +194,7 @@ bool runDemo(const fs::path& folder) {
     }
   }
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
+  tool::writeDemoReport(folder / "report.html");
   std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
             << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it.\n"
             << "A lap seam with losses, for a browser: " << (folder / "report.html").string() << std::endl;
