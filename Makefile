@@ -26,7 +26,7 @@ build: ## build the library, the program zelweld and the examples (the default)
 	$(configure)
 	$(call compile,$(BUILD))
 
-demo: ## simulate seams, track them, leave annotated frames in demo-out/
+demo: ## simulate seams, track them, leave annotated frames and report.html in demo-out/
 	$(setup) build
 	$(configure)
 	$(call compile,$(BUILD)) --target zelweld_demo

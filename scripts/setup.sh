@@ -20,6 +20,7 @@ libopencv-imgcodecs-dev  opencv2/imgcodecs.hpp
 libopencv-videoio-dev    opencv2/videoio.hpp
 libcli11-dev             CLI/CLI.hpp
 nlohmann-json3-dev       nlohmann/json.hpp
+libjs-dygraphs           /usr/share/javascript/dygraphs/dygraph.min.js
 LIST
       ;;
     test)
@@ -27,6 +28,9 @@ LIST
 libgtest-dev             gtest/gtest.h
 pkg-config               pkg-config
 binutils                 nm
+chromium                 chromium
+chromium-driver          chromedriver
+python3-selenium         /usr/lib/python3/dist-packages/selenium
 LIST
       ;;
     arm)

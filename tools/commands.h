@@ -7,6 +7,7 @@ namespace tool {
 
 void addTrackCommand(CLI::App& program);
 void addSimulateCommand(CLI::App& program);
+void addReportCommand(CLI::App& program);
 void addParamsCommand(CLI::App& program);
 void addExposureCommand(CLI::App& program);
 void addFeaturesCommand(CLI::App& program);

@@ -2,6 +2,7 @@
 // each result with the truth. Leaves annotated frames and a contact sheet, and fails when the seam is not found
 // in 99 % of the frames or lies more than a pixel away from the truth in the median.
 #include "tools/cli_error.h"
+#include "tools/demo_report.h"
 #include "tools/detection.h"
 #include "tools/image_file.h"
 #include "tools/names.h"
@@ -29,26 +30,17 @@ using scenes::TLevel;
 using tool::TOverlay;
 namespace fs = std::filesystem;
 
-enum class TSearch { tracked, everyFrameAnew };
-
 struct TJointRow {
   TJoint joint;
   TWeldPosType pos;
-  TSearch search;
 };
-// A tracked plate loses at least one stripe column on its left per frame and cannot win it back: only its right
-// end can be followed.
-const std::vector<TJointRow> kJoints = {{TJoint::buttGap, TWeldPosType::centre, TSearch::tracked},
-                                        {TJoint::buttGap, TWeldPosType::left, TSearch::tracked},
-                                        {TJoint::buttGap, TWeldPosType::right, TSearch::tracked},
-                                        {TJoint::lap, TWeldPosType::centre, TSearch::tracked},
-                                        {TJoint::lap, TWeldPosType::upper, TSearch::tracked},
-                                        {TJoint::lap, TWeldPosType::lower, TSearch::tracked},
-                                        {TJoint::corner, TWeldPosType::centre, TSearch::tracked},
-                                        {TJoint::plate, TWeldPosType::right, TSearch::tracked},
-                                        {TJoint::plate, TWeldPosType::left, TSearch::everyFrameAnew},
-                                        {TJoint::plate, TWeldPosType::centre, TSearch::everyFrameAnew},
-                                        {TJoint::plain, TWeldPosType::centre, TSearch::tracked}};
+const std::vector<TJointRow> kJoints = {
+    {TJoint::buttGap, TWeldPosType::centre}, {TJoint::buttGap, TWeldPosType::left},
+    {TJoint::buttGap, TWeldPosType::right},  {TJoint::lap, TWeldPosType::centre},
+    {TJoint::lap, TWeldPosType::upper},      {TJoint::lap, TWeldPosType::lower},
+    {TJoint::corner, TWeldPosType::centre},  {TJoint::plate, TWeldPosType::right},
+    {TJoint::plate, TWeldPosType::left},     {TJoint::plate, TWeldPosType::centre},
+    {TJoint::plain, TWeldPosType::centre}};
 
 struct TLevelRow {
   TLevel level;
@@ -86,12 +78,12 @@ scenes::TMotion motionOf(int sequence) {
 }
 
 // Distance to the true seam point. A stripe without a seam point: median distance of its centres to the true ones.
-double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TOverlay& overlay) {
-  if (overlay.seam) {
-    return cv::norm(*overlay.seam - scenes::seamPoint(jointRow.joint, truth, jointRow.pos));
+double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TWeldLineRes& result) {
+  if (jointRow.joint != TJoint::plain) {
+    return cv::norm(cv::Point2d(result.weldPos) - scenes::seamPoint(jointRow.joint, truth, jointRow.pos));
   }
   std::vector<double> distances;
-  for (const cv::Point2f& point : overlay.result.stripePts) {
+  for (const cv::Point2f& point : result.stripePts) {
     const double trueY = truth.centreY[static_cast<std::size_t>(point.x)];
     if (!std::isnan(trueY)) {
       distances.push_back(std::abs(point.y - trueY));
@@ -102,7 +94,7 @@ double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TOv
 
 cv::Mat annotated(const cv::Mat& image, const TOverlay& overlay, const std::string& title) {
   cv::Mat drawn = drawOverlay(image, overlay);
-  tool::drawLabel(drawn, {title + (overlay.result.isFound ? ": found" : ": not found")}, overlay.result.isFound);
+  tool::drawLabel(drawn, {title + ": " + tool::nameOf(overlay.state)}, overlay.state);
   return drawn;
 }
 
@@ -122,21 +114,22 @@ std::string pictureName(const TRow& row, int sequence, int frame) {
 void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& row, const fs::path& folder) {
   const TJoint joint = jointRow.joint;
   const scenes::TSceneParams first = scenes::randomScene(joint, level, static_cast<std::uint64_t>(sequence) + 1);
-  TWeldParams params = scenes::weldParamsFor(joint, jointRow.pos);
-  TWeldLineRes previous;
+  const TWeldParams params = scenes::weldParamsFor(joint, jointRow.pos);
+  TTrackerOptions options;
+  options.withTrace = true;
+  TWeldTracker tracker(params, options);
   for (int n = 0; n < kFrames; ++n) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
-    const tool::TTimedResult timed = tool::detectTimed(scene.image, params, previous);
-    TOverlay overlay = tool::overlayOf(params, previous, timed.result);
-    previous = jointRow.search == TSearch::tracked ? timed.result : TWeldLineRes();
+    const tool::TTimedResult timed = tool::trackTimed(tracker, scene.image);
     if (n == 0 && params.weldType == TWeldType::stripePresence) {
       continue;  // presence compares with the frame before, so the first frame never counts as found
     }
-    row.stats.add(timed.result.isFound, timed.ms);
-    if (timed.result.isFound) {
-      row.errorsPx.push_back(errorOf(jointRow, scene.truth, overlay));
+    row.stats.add(timed.state, timed.ms);
+    if (timed.state == tool::TSeamState::found) {
+      row.errorsPx.push_back(errorOf(jointRow, scene.truth, timed.result));
     }
     if (n % kAnnotateEvery == kAnnotateEvery - 1) {
+      TOverlay overlay = tool::overlayOf(params, timed.result, timed.state, tracker.lastTrace(), scene.image.cols);
       if (overlay.seam) {
         overlay.trueSeam = scenes::seamPoint(joint, scene.truth, jointRow.pos);
       }
@@ -201,10 +194,10 @@ bool runDemo(const fs::path& folder) {
     }
   }
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
-  std::cout
-      << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
-      << "Left end and centre of the plate are searched anew in every frame; tracking wears off the left end.\n"
-      << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it." << std::endl;
+  tool::writeDemoReport(folder / "report.html");
+  std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
+            << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it.\n"
+            << "A lap seam with losses, for a browser: " << (folder / "report.html").string() << std::endl;
   return std::all_of(rows.begin(), rows.end(), isGood);
 }
 

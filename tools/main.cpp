@@ -78,6 +78,7 @@ int main(int argc, char** argv) {
   program.set_version_flag("--version", ZELWELD_VERSION);
   program.require_subcommand(1);
   tool::addTrackCommand(program);
+  tool::addReportCommand(program);
   tool::addSimulateCommand(program);
   tool::addParamsCommand(program);
   tool::addExposureCommand(program);

@@ -1,29 +1,37 @@
 #include "tools/overlay.h"
 
+#include "tools/trace_json.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace tool {
 namespace {
 
-const cv::Scalar kStripeColour(90, 230, 60);
-const cv::Scalar kBandColour(220, 140, 30);
+// Blue, green, red.
+const cv::Scalar kRegionColour(220, 140, 30);
+const cv::Scalar kRejectedColour(40, 130, 255);
+const cv::Scalar kLineColour(200, 200, 200);
+const cv::Scalar kPieceColour(255, 60, 230);
+const cv::Scalar kTestedColour(60, 230, 255);
 const cv::Scalar kSeamColour(80, 60, 255);
+const cv::Scalar kHeldColour(40, 180, 240);
 const cv::Scalar kTruthColour(0, 215, 255);
-const cv::Scalar kFoundColour(110, 240, 110);
-const cv::Scalar kLostColour(90, 90, 255);
+const cv::Scalar kFoundTextColour(110, 240, 110);
+const cv::Scalar kLostTextColour(90, 90, 255);
 const cv::Scalar kTextColour(255, 255, 255);
 const cv::Scalar kBlack(0, 0, 0);
+// Neighbouring stretches of the stripe differ.
+const std::array<cv::Scalar, 3> kStretchColours = {cv::Scalar(50, 205, 0), cv::Scalar(255, 150, 0),
+                                                   cv::Scalar(170, 170, 0)};
 
-constexpr double kBandOpacity = 0.25;
+constexpr double kRegionOpacity = 0.15;
 constexpr double kLabelOpacity = 0.65;
-constexpr float kMaxLinkPx = 3.0F;  // stripe centres farther apart are not joined by a line
+constexpr float kMaxLinkPx = 3.0F;  // stripe centres farther apart begin a new stretch; twice as much in height
 constexpr int kSubpixelBits = 4;    // drawing accuracy: 1/16 px
-constexpr float kSearchBandPx = 60.0F;
-constexpr float kPlateSearchBandPx = 40.0F;
-constexpr std::size_t kMinGuidePoints = 10;  // with fewer the detectors search the whole image
 
 // Line widths and text grow with the image, so that a large frame stays readable when shown small.
 double drawingScale(const cv::Mat& image) {
@@ -33,11 +41,26 @@ int lineWidth(const cv::Mat& image, double px) {
   return std::max(1, static_cast<int>(std::lround(px * drawingScale(image))));
 }
 
-cv::Point fine(cv::Point2d point) {
-  constexpr double kLimit = 1e5;  // keeps absurd points inside the integer range
-  constexpr double kSteps = 1 << kSubpixelBits;
+bool isFinite(cv::Point2f point) {
+  return std::isfinite(point.x) && std::isfinite(point.y);
+}
+
+cv::Point fine(cv::Point2f point) {
+  constexpr float kLimit = 1e5F;  // keeps absurd points inside the integer range
+  constexpr float kSteps = 1 << kSubpixelBits;
   return {static_cast<int>(std::lround(std::clamp(point.x, -kLimit, kLimit) * kSteps)),
           static_cast<int>(std::lround(std::clamp(point.y, -kLimit, kLimit) * kSteps))};
+}
+
+int fineLength(double px) {
+  return static_cast<int>(std::lround(px * (1 << kSubpixelBits)));
+}
+
+void drawLine(cv::Mat& image, const TSegment& segment, const cv::Scalar& colour, double px) {
+  if (isFinite(segment.first) && isFinite(segment.second)) {
+    cv::line(image, fine(segment.first), fine(segment.second), colour, lineWidth(image, px), cv::LINE_AA,
+             kSubpixelBits);
+  }
 }
 
 cv::Mat toColour(const cv::Mat& image) {
@@ -50,49 +73,77 @@ cv::Mat toColour(const cv::Mat& image) {
   return colour;
 }
 
-void drawBand(cv::Mat& image, const std::vector<cv::Point2f>& guide, float halfHeight) {
-  if (guide.empty()) {
-    return;
+void drawRegions(cv::Mat& image, const std::vector<cv::Rect2f>& regions) {
+  for (const cv::Rect2f& region : regions) {
+    const cv::Rect box = cv::Rect(region) & cv::Rect({0, 0}, image.size());
+    if (box.size() != image.size()) {
+      cv::Mat inside = image(box);
+      cv::addWeighted(inside, 1.0 - kRegionOpacity, cv::Mat(box.size(), inside.type(), kRegionColour),
+                      kRegionOpacity, 0.0, inside);
+    }
+    cv::rectangle(image, box, kRegionColour, lineWidth(image, 1.0));
   }
-  std::vector<cv::Point> upper;
-  std::vector<cv::Point> lower;
-  for (const cv::Point2f& point : guide) {
-    upper.emplace_back(cv::Point2f(point.x, point.y - halfHeight));
-    lower.emplace_back(cv::Point2f(point.x, point.y + halfHeight));
-  }
-  std::vector<cv::Point> outline = upper;
-  outline.insert(outline.end(), lower.rbegin(), lower.rend());
-  cv::Mat tinted = image.clone();
-  cv::fillPoly(tinted, std::vector<std::vector<cv::Point>>{outline}, kBandColour);
-  cv::addWeighted(tinted, kBandOpacity, image, 1.0 - kBandOpacity, 0.0, image);
-  cv::polylines(image, std::vector<std::vector<cv::Point>>{upper, lower}, false, kBandColour,
-                lineWidth(image, 1.0), cv::LINE_AA);
 }
 
+void drawRejected(cv::Mat& image, const std::vector<cv::Point2f>& points) {
+  for (const cv::Point2f& point : points) {
+    cv::circle(image, fine(point), fineLength(1.5 * drawingScale(image)), kRejectedColour, cv::FILLED, cv::LINE_AA,
+               kSubpixelBits);
+  }
+}
+
+// Every stretch in a colour other than the one before.
 void drawStripe(cv::Mat& image, const std::vector<cv::Point2f>& points) {
-  const int width = lineWidth(image, 1.5);
+  std::size_t stretch = 0;
   for (std::size_t i = 0; i < points.size(); ++i) {
     const bool isLinked = i > 0 && std::abs(points[i].x - points[i - 1].x) <= kMaxLinkPx &&
                           std::abs(points[i].y - points[i - 1].y) <= 2.0F * kMaxLinkPx;
-    const cv::Point2f from = isLinked ? points[i - 1] : points[i];
-    cv::line(image, fine(from), fine(points[i]), kStripeColour, width, cv::LINE_AA, kSubpixelBits);
+    stretch += i > 0 && !isLinked ? 1 : 0;
+    drawLine(image, {isLinked ? points[i - 1] : points[i], points[i]},
+             kStretchColours[stretch % kStretchColours.size()], 2.0);
   }
 }
 
-void drawCross(cv::Mat& image, cv::Point2d centre) {
-  const double arm = 26.0 * drawingScale(image);
-  const double hole = 9.0 * drawingScale(image);
-  for (const auto& [colour, px] : {std::pair(kBlack, 5.0), std::pair(kSeamColour, 2.5)}) {
-    for (const cv::Point2d& way : {cv::Point2d(1, 0), cv::Point2d(-1, 0), cv::Point2d(0, 1), cv::Point2d(0, -1)}) {
-      cv::line(image, fine(centre + way * hole), fine(centre + way * arm), colour, lineWidth(image, px),
+// A line of pieces with a bar across both ends.
+void drawPiece(cv::Mat& image, const TSegment& piece) {
+  const float bar = static_cast<float>(9.0 * drawingScale(image));
+  drawLine(image, piece, kPieceColour, 1.0);
+  for (const cv::Point2f& end : {piece.first, piece.second}) {
+    drawLine(image, {end - cv::Point2f(0, bar), end + cv::Point2f(0, bar)}, kPieceColour, 1.5);
+  }
+}
+
+void drawRing(cv::Mat& image, cv::Point2f centre, double radiusPx, const cv::Scalar& colour) {
+  if (isFinite(centre)) {
+    cv::circle(image, fine(centre), fineLength(radiusPx * drawingScale(image)), colour, lineWidth(image, 1.5),
                cv::LINE_AA, kSubpixelBits);
+  }
+}
+
+void drawCross(cv::Mat& image, cv::Point2f centre, const cv::Scalar& colour) {
+  const float arm = static_cast<float>(26.0 * drawingScale(image));
+  const float hole = static_cast<float>(9.0 * drawingScale(image));
+  for (const auto& [ink, px] : {std::pair(kBlack, 5.0), std::pair(colour, 2.5)}) {
+    for (const cv::Point2f& way : {cv::Point2f(1, 0), cv::Point2f(-1, 0), cv::Point2f(0, 1), cv::Point2f(0, -1)}) {
+      drawLine(image, {centre + way * hole, centre + way * arm}, ink, px);
     }
   }
 }
 
-void drawRing(cv::Mat& image, cv::Point2d centre) {
-  const int radius = static_cast<int>(std::lround(12.0 * drawingScale(image) * (1 << kSubpixelBits)));
-  cv::circle(image, fine(centre), radius, kTruthColour, lineWidth(image, 1.5), cv::LINE_AA, kSubpixelBits);
+std::vector<TSegment> linesAcross(const std::vector<TTraceLine>& lines, int imageWidth) {
+  std::vector<TSegment> segments;
+  for (const TTraceLine& line : lines) {
+    const auto at = [&](double x) { return cv::Point2f(cv::Point2d(x, line.slope * x + line.intercept)); };
+    if (line.isValid) {
+      segments.emplace_back(at(0.0), at(imageWidth - 1.0));
+    }
+  }
+  return segments;
+}
+
+std::string hexOf(const cv::Scalar& colour) {
+  return cv::format("#%02x%02x%02x", static_cast<int>(colour[2]), static_cast<int>(colour[1]),
+                    static_cast<int>(colour[0]));
 }
 
 }  // namespace
@@ -102,49 +153,72 @@ std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TWeldLineRes&
   return hasSeamPoint ? std::make_optional(cv::Point2d(result.weldPos)) : std::nullopt;
 }
 
-TOverlay overlayOf(const TWeldParams& params, const TWeldLineRes& previous, const TWeldLineRes& result) {
-  const bool mayTrack = params.weldType != TWeldType::stripePresence || params.flagPara2;
+TOverlay overlayOf(const TWeldParams& params, const TWeldLineRes& result, TSeamState state,
+                   const TFrameTrace& trace, int imageWidth) {
   TOverlay overlay;
-  overlay.result = result;
+  overlay.state = state;
   overlay.seam = seamOf(params, result);
-  overlay.searchBandPx = params.weldType == TWeldType::plate ? kPlateSearchBandPx : kSearchBandPx;
-  if (mayTrack && previous.isFound && previous.stripePts.size() >= kMinGuidePoints) {
-    overlay.guidePts = previous.stripePts;
+  overlay.centres = result.stripePts;
+  const TTraceAttempt* const attempt = decisiveAttempt(trace);
+  if (attempt == nullptr) {
+    return overlay;
   }
+  overlay.regions.assign(attempt->regions.begin(), attempt->regions.end());
+  overlay.rejected.assign(attempt->rejected.begin(), attempt->rejected.end());
+  overlay.centres = attempt->centres;
+  overlay.lines = linesAcross(attempt->lines, imageWidth);
+  for (const TTracePiece& piece : attempt->pieces) {
+    overlay.pieces.emplace_back(piece.startPt, piece.endPt);
+  }
+  overlay.testedPts = attempt->testedPoints;
   return overlay;
 }
 
 cv::Mat drawOverlay(const cv::Mat& image, const TOverlay& overlay) {
   cv::Mat drawn = toColour(image);
-  drawBand(drawn, overlay.guidePts, overlay.searchBandPx);
-  drawStripe(drawn, overlay.result.stripePts);
+  drawRegions(drawn, overlay.regions);
+  drawRejected(drawn, overlay.rejected);
+  for (const TSegment& line : overlay.lines) {
+    drawLine(drawn, line, kLineColour, 0.7);
+  }
+  for (const TSegment& piece : overlay.pieces) {
+    drawPiece(drawn, piece);
+  }
+  drawStripe(drawn, overlay.centres);
+  for (const cv::Point2f& point : overlay.testedPts) {
+    drawRing(drawn, point, 8.0, kTestedColour);
+  }
   if (overlay.trueSeam) {
-    drawRing(drawn, *overlay.trueSeam);
+    drawRing(drawn, *overlay.trueSeam, 12.0, kTruthColour);
   }
   if (overlay.seam) {
-    drawCross(drawn, *overlay.seam);
+    drawCross(drawn, *overlay.seam, overlay.state == TSeamState::held ? kHeldColour : kSeamColour);
   }
   return drawn;
 }
 
-void drawLabel(cv::Mat& image, const std::vector<std::string>& lines, bool isFound) {
-  const double scale = drawingScale(image);
-  const double textScale = 0.7 * scale;
-  const int lineHeight = static_cast<int>(std::lround(28.0 * scale));
-  const int margin = static_cast<int>(std::lround(12.0 * scale));
+void drawLabel(cv::Mat& image, const std::vector<std::string>& lines, TSeamState state) {
+  const int margin = static_cast<int>(std::lround(12.0 * drawingScale(image)));
   const int thickness = lineWidth(image, 1.3);
-  int width = 0;
-  for (const std::string& line : lines) {
-    width = std::max(width, cv::getTextSize(line, cv::FONT_HERSHEY_SIMPLEX, textScale, thickness, nullptr).width);
-  }
+  const auto widthOf = [&](double scale) {
+    int width = 1;
+    for (const std::string& line : lines) {
+      width = std::max(width, cv::getTextSize(line, cv::FONT_HERSHEY_SIMPLEX, scale, thickness, nullptr).width);
+    }
+    return width;
+  };
+  const double wanted = 0.7 * drawingScale(image);
+  const double textScale = wanted * std::min(1.0, (image.cols - 2.0 * margin) / widthOf(wanted));
+  const int lineHeight = static_cast<int>(std::lround(40.0 * textScale));
   const int height = lineHeight * static_cast<int>(lines.size());
   const cv::Rect box =
-      cv::Rect(0, 0, width + 2 * margin, height + margin) & cv::Rect(cv::Point(0, 0), image.size());
+      cv::Rect(0, 0, widthOf(textScale) + 2 * margin, height + margin) & cv::Rect(cv::Point(0, 0), image.size());
   image(box) *= 1.0 - kLabelOpacity;
+  const cv::Scalar& titleColour =
+      state == TSeamState::found ? kFoundTextColour : (state == TSeamState::held ? kHeldColour : kLostTextColour);
   cv::Point base(margin, lineHeight - margin / 4);
   for (const std::string& line : lines) {
-    const bool isFirst = &line == &lines.front();
-    const cv::Scalar colour = !isFirst ? kTextColour : (isFound ? kFoundColour : kLostColour);
+    const cv::Scalar& colour = &line == &lines.front() ? titleColour : kTextColour;
     cv::putText(image, line, base, cv::FONT_HERSHEY_SIMPLEX, textScale, colour, thickness, cv::LINE_AA);
     base.y += lineHeight;
   }
@@ -154,16 +228,31 @@ TOverlay scaled(TOverlay overlay, float factor) {
   // Pixel centres are at whole numbers, so the image's corner is at (-0.5, -0.5).
   const cv::Point2f half(0.5F, 0.5F);
   const auto scalePoint = [&](cv::Point2f point) { return (point + half) * factor - half; };
-  for (auto* const points : {&overlay.result.stripePts, &overlay.guidePts}) {
+  for (auto* const points : {&overlay.rejected, &overlay.centres, &overlay.testedPts}) {
     std::transform(points->begin(), points->end(), points->begin(), scalePoint);
+  }
+  for (auto* const segments : {&overlay.lines, &overlay.pieces}) {
+    for (TSegment& segment : *segments) {
+      segment = {scalePoint(segment.first), scalePoint(segment.second)};
+    }
+  }
+  for (cv::Rect2f& region : overlay.regions) {
+    region = {scalePoint(region.tl()), region.size() * factor};
   }
   for (auto* const point : {&overlay.seam, &overlay.trueSeam}) {
     if (*point) {
-      *point = cv::Point2d(scalePoint(cv::Point2f(**point)));
+      *point = scalePoint(**point);
     }
   }
-  overlay.searchBandPx *= factor;
   return overlay;
+}
+
+std::vector<std::pair<std::string, std::string>> overlayKey() {
+  return {{"searched", hexOf(kRegionColour)},     {"rejected", hexOf(kRejectedColour)},
+          {"stripe", hexOf(kStretchColours[0])},  {"next stretch", hexOf(kStretchColours[1])},
+          {"piece", hexOf(kPieceColour)},         {"line tried", hexOf(kLineColour)},
+          {"point tested", hexOf(kTestedColour)}, {"seam", hexOf(kSeamColour)},
+          {"held seam", hexOf(kHeldColour)}};
 }
 
 }  // namespace tool

@@ -2,10 +2,10 @@
 
 #include "tools/cli_error.h"
 #include "tools/text.h"
+#include "tools/trace_json.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <iomanip>
 #include <sstream>
 
@@ -16,12 +16,11 @@ using nlohmann::ordered_json;
 
 constexpr int kFileWidth = 32;  // characters of the file column of a table
 const char* const kCsvHeading =
-    "frame,file,found,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
+    "frame,file,found,held,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
 
-// A thousandth of a pixel or millisecond is enough; slopes keep six decimals.
-double rounded(double value, double steps = 1e3) {
-  return std::round(value * steps) / steps;
-}
+const char* const kCsvTraceHeading = ",reason,sentence";
+
+// Slopes keep six decimals.
 double roundedAux(double value) {
   return rounded(value, 1e6);
 }
@@ -40,14 +39,21 @@ std::string shortened(const std::string& file) {
   return file.size() <= kFileWidth ? file : "..." + file.substr(file.size() - kFileWidth + 3);
 }
 
-std::string tableLine(const TFrameRecord& record) {
+std::string foundWord(TSeamState state) {
+  return state == TSeamState::held ? "held" : (state == TSeamState::found ? "yes" : "no");
+}
+
+std::string tableLine(const TFrameRecord& record, bool hasTrace) {
   const std::string x = record.seam ? fixed(record.seam->x, 2) : "-";
   const std::string y = record.seam ? fixed(record.seam->y, 2) : "-";
   std::ostringstream line;
   line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(kFileWidth)
-       << shortened(record.file) << std::right << std::setw(7) << (record.result.isFound ? "yes" : "no")
-       << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.result.stripePts.size()
-       << std::setw(10) << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+       << shortened(record.file) << std::right << std::setw(7) << foundWord(record.state) << std::setw(10) << x
+       << std::setw(10) << y << std::setw(8) << record.result.stripePts.size() << std::setw(10)
+       << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+  if (hasTrace && record.state != TSeamState::found) {
+    line << "  " << record.trace->sentence;
+  }
   return line.str();
 }
 
@@ -64,12 +70,13 @@ ordered_json pointList(const std::vector<TPoint>& points) {
   return list;
 }
 
-std::string jsonLine(const TFrameRecord& record, bool hasPoints) {
+std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) {
   const TWeldLineRes& result = record.result;
   ordered_json line;
   line["frame"] = record.frame;
   line["file"] = record.file;
-  line["found"] = result.isFound;
+  line["found"] = record.state == TSeamState::found;
+  line["held"] = record.state == TSeamState::held;
   line["x"] = numberOrNull(record.seam, &cv::Point2d::x);
   line["y"] = numberOrNull(record.seam, &cv::Point2d::y);
   line["storedX"] = numberOrNull(record.storedSeam, &cv::Point2d::x);
@@ -84,6 +91,9 @@ std::string jsonLine(const TFrameRecord& record, bool hasPoints) {
   if (hasPoints) {
     line["stripePts"] = pointList(result.stripePts);
     line["storedStripePts"] = pointList(record.storedStripePts);
+  }
+  if (hasTrace) {
+    line["trace"] = traceJson(*record.trace, hasPoints);
   }
   return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
@@ -103,14 +113,20 @@ std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2
   return point ? fixed((*point).*coordinate, 3) : "";
 }
 
-std::string csvLine(const TFrameRecord& record) {
+std::string csvTrace(const TFrameTrace& trace) {
+  return "," + csvText(weldOutcomeText(reasonOf(trace))) + "," + csvText(trace.sentence);
+}
+
+std::string csvLine(const TFrameRecord& record, bool hasTrace) {
   const TWeldLineRes& result = record.result;
-  return join({std::to_string(record.frame), csvText(record.file), result.isFound ? "1" : "0",
+  const auto flag = [&](TSeamState state) { return record.state == state ? "1" : "0"; };
+  return join({std::to_string(record.frame), csvText(record.file), flag(TSeamState::found), flag(TSeamState::held),
                csvNumber(record.seam, &cv::Point2d::x), csvNumber(record.seam, &cv::Point2d::y),
                csvNumber(record.storedSeam, &cv::Point2d::x), csvNumber(record.storedSeam, &cv::Point2d::y),
                std::to_string(result.stripePts.size()), fixed(result.auxVal1, 6), fixed(result.auxVal2, 6),
                fixed(result.auxVal3, 6), fixed(result.auxVal4, 6), fixed(result.trackVal, 6), fixed(record.ms, 3)},
-              ",");
+              ",") +
+         (hasTrace ? csvTrace(*record.trace) : "");
 }
 
 }  // namespace
@@ -122,25 +138,25 @@ TFormat parseFormat(const std::string& text) {
   throw usageError("--format: unknown format '" + text + "': use table, jsonl, csv");
 }
 
-TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints)
-    : out(stream), format(recordFormat), hasPoints(withPoints) {
+TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool withTrace)
+    : out(stream), format(recordFormat), hasPoints(withPoints), hasTrace(withTrace) {
   if (format == TFormat::table) {
     writeLine(tableHeading());
   } else if (format == TFormat::csv) {
-    writeLine(kCsvHeading);
+    writeLine(kCsvHeading + std::string(hasTrace ? kCsvTraceHeading : ""));
   }
 }
 
 void TRecordWriter::write(const TFrameRecord& record) {
   switch (format) {
     case TFormat::table:
-      writeLine(tableLine(record));
+      writeLine(tableLine(record, hasTrace));
       break;
     case TFormat::jsonl:
-      writeLine(jsonLine(record, hasPoints));
+      writeLine(jsonLine(record, hasPoints, hasTrace));
       break;
     case TFormat::csv:
-      writeLine(csvLine(record));
+      writeLine(csvLine(record, hasTrace));
       break;
   }
 }

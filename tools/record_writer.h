@@ -1,6 +1,8 @@
 // One record per frame, as a table, JSON lines or CSV.
 #pragma once
 
+#include "tools/detection.h"
+
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>
@@ -20,17 +22,21 @@ TFormat parseFormat(const std::string& text);
 struct TFrameRecord {
   int frame = 0;
   std::string file;
-  TWeldLineRes result;                       // in the prepared image
-  std::optional<cv::Point2d> seam;           // the seam point there; none when not found or the joint has none
+  bool startsSequence = false;
+  TWeldLineRes result;  // in the prepared image
+  TSeamState state = TSeamState::lost;
+  std::optional<cv::Point2d> seam;           // the seam point there; none when lost or the joint has none
   std::optional<cv::Point2d> storedSeam;     // the same in the stored image
-  std::vector<cv::Point2d> storedStripePts;  // result.stripePts in the stored image; filled where they are written
+  std::vector<cv::Point2d> storedStripePts;  // result.stripePts in the stored image
   double ms = 0.0;                           // time of the detection alone
+  const TFrameTrace* trace = nullptr;        // what happened; good until the tracker's next frame
 };
 
 class TRecordWriter {
 public:
-  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines.
-  TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints);
+  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines, `withTrace` the
+  // trace to JSON lines, reason and sentence to CSV, and the sentence of frames not found to the table.
+  TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool withTrace);
 
   // Writes and flushes one record. Throws when the stream takes no more.
   void write(const TFrameRecord& record);
@@ -41,6 +47,7 @@ private:
   std::ostream& out;
   TFormat format;
   bool hasPoints;
+  bool hasTrace;
 };
 
 }  // namespace tool

@@ -2,24 +2,12 @@
 
 #include "tools/overlay.h"
 #include "tools/stats.h"
+#include "tools/trace_json.h"
 
 #include <algorithm>
 
 namespace tool {
 namespace {
-
-// Why the frame was not found; for a repeated seam, what made that necessary.
-TWeldOutcome reasonOf(const TFrameTrace& trace) {
-  if (trace.outcome != TWeldOutcome::held) {
-    return trace.outcome;
-  }
-  const auto refused =
-      std::find_if(trace.gate.begin(), trace.gate.end(), [](const TTraceCheck& check) { return !check.passed; });
-  if (refused != trace.gate.end()) {
-    return refused->failure;
-  }
-  return trace.decisive >= 0 ? trace.attempts[static_cast<std::size_t>(trace.decisive)].outcome : trace.outcome;
-}
 
 TTrackerOptions traced(TTrackerOptions options) {
   options.withTrace = true;

@@ -18,9 +18,11 @@ double percentile(std::vector<double> values, double share) {
   return values[below] + (position - static_cast<double>(below)) * (values[above] - values[below]);
 }
 
-void TRunStats::add(bool isFound, double ms) {
+void TRunStats::add(TSeamState state, double ms) {
+  const bool isFound = state == TSeamState::found;
   timesMs.push_back(ms);
   foundCount += isFound ? 1 : 0;
+  heldCount += state == TSeamState::held ? 1 : 0;
   lossRun = isFound ? 0 : lossRun + 1;
   longestRun = std::max(longestRun, lossRun);
 }
@@ -31,7 +33,8 @@ double TRunStats::foundShare() const {
 
 std::string summaryOf(const TRunStats& stats) {
   return "frames " + std::to_string(stats.frames()) + ", found " + std::to_string(stats.found()) + " (" +
-         fixed(100.0 * stats.foundShare(), 1) + " %), longest loss " + std::to_string(stats.longestLoss()) +
+         fixed(100.0 * stats.foundShare(), 1) + " %), held " + std::to_string(stats.held()) + ", lost " +
+         std::to_string(stats.lost()) + ", longest loss " + std::to_string(stats.longestLoss()) +
          " frames, ms per frame: median " + fixed(stats.medianMs(), 2) + ", 95th percentile " +
          fixed(stats.p95Ms(), 2);
 }

@@ -1,6 +1,8 @@
 // Counts and times of a run.
 #pragma once
 
+#include "tools/detection.h"
+
 #include <string>
 #include <vector>
 
@@ -11,11 +13,13 @@ double percentile(std::vector<double> values, double share);
 
 class TRunStats {
 public:
-  void add(bool isFound, double ms);
+  void add(TSeamState state, double ms);
 
   int frames() const { return static_cast<int>(timesMs.size()); }
   int found() const { return foundCount; }
-  int longestLoss() const { return longestRun; }  // frames in a row without a seam
+  int held() const { return heldCount; }
+  int lost() const { return frames() - foundCount - heldCount; }
+  int longestLoss() const { return longestRun; }  // frames in a row whose seam was not found, held ones included
   double foundShare() const;                      // 0 without frames
   double medianMs() const { return percentile(timesMs, 0.5); }
   double p95Ms() const { return percentile(timesMs, 0.95); }
@@ -23,11 +27,12 @@ public:
 private:
   std::vector<double> timesMs;
   int foundCount = 0;
+  int heldCount = 0;
   int lossRun = 0;
   int longestRun = 0;
 };
 
-// One line: frames, found, longest loss, times.
+// One line: frames, found, held, lost, longest loss, times.
 std::string summaryOf(const TRunStats& stats);
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace tool {
@@ -27,6 +28,10 @@ std::string onOneLine(std::string text) {
   const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
   std::replace_if(text.begin(), text.end(), isControl, ' ');
   return text;
+}
+
+double rounded(double value, double steps) {
+  return std::round(value * steps) / steps;
 }
 
 std::string join(const std::vector<std::string>& words, std::string_view separator) {

@@ -19,6 +19,9 @@ std::string padded(const std::string& text, std::size_t width);
 // The text with spaces in place of line breaks and other control characters.
 std::string onOneLine(std::string text);
 
+// A thousandth is enough of a pixel or a millisecond.
+double rounded(double value, double steps = 1e3);
+
 std::string join(const std::vector<std::string>& words, std::string_view separator);
 
 // Reads the whole text as a number. False when any of it is not part of the number.

@@ -36,7 +36,7 @@ TEST_F(ZelweldTest, WrongUsageIsNamedAndExitsWith2) {
   writeFile(folder / "long.json", std::string((1 << 20) + 1, ' '));
   const std::vector<TRow> rows = {
       {"", "subcommand"},
-      {"trak f", "'trak': use track, simulate, params"},
+      {"trak f", "'trak': use track, report, simulate, params"},
       {"track --type gap", "INPUT"},
       {"track f", "--type with one of buttGap"},
       {"track f --type gab", "'gab': use buttGap, lap, corner, plate, stripePresence"},
@@ -54,6 +54,10 @@ TEST_F(ZelweldTest, WrongUsageIsNamedAndExitsWith2) {
       {"track f --type gap --format xml", "'xml': use table, jsonl, csv"},
       {"track f --type gap --points", "--points needs --format jsonl"},
       {"track f --type gap --out f", "f holds input files"},
+      {"track f --type gap --extraction edges", "'edges': use edgePairs, ridge, automatic"},
+      {"track f --type gap --exact --hold 2", "--hold"},
+      {"track f --type gap --max-jump 0", "--max-jump"},
+      {"report f --type gap --out f", "f is a folder; name the page, as in f/report.html"},
       {"track f --params broken.json", "broken.json: no valid JSON at line 3"},
       {"track f --params unknown.json", "unknown.json: buttGap reads no parameter 'dPara22'"},
       {"track f --params kind.json", "kind.json: haveGap must be true or false, not 1"},

@@ -1,0 +1,129 @@
+// zelweld report and track --explain: what the page and the records say about frames that are not found.
+#include "program.h"
+
+#include "tools/picture_code.h"
+#include "tools/picture_shelf.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kFrames = 8;
+constexpr int kDarkFrame = 4;
+
+// The data that the page carries, read as a browser does: up to the first end tag.
+nlohmann::json dataOf(const fs::path& page) {
+  const std::string html = readFile(page);
+  const std::string open = R"(<script type="application/json" id="report-data">)";
+  const std::size_t begin = html.find(open) + open.size();
+  return nlohmann::json::parse(html.substr(begin, html.find("</script>", begin) - begin), nullptr, false);
+}
+
+}  // namespace
+
+// A gap that is drawn in all frames but one.
+class ReportTest : public ZelweldTest {
+protected:
+  void SetUp() override {
+    ZelweldTest::SetUp();
+    simulate("f", "--type gap --frames " + std::to_string(kFrames));
+    cv::imwrite((folder / ("f/frame_000" + std::to_string(kDarkFrame) + ".png")).string(),
+                cv::Mat::zeros(480, 640, CV_8U));
+  }
+};
+
+TEST_F(ReportTest, PageHoldsEveryFrameWithReasonTestsAndPicture) {
+  zelweldOk("report f --type gap --set dPara8=12 --exact --out sub/r.html");
+  const auto data = dataOf(folder / "sub/r.html");
+  ASSERT_FALSE(data.is_discarded());
+  ASSERT_EQ(data["frames"].size(), kFrames);
+  EXPECT_EQ(data["summary"]["found"], kFrames - 1);
+  const auto& dark = data["frames"][kDarkFrame];
+  EXPECT_EQ(dark["state"], "lost");
+  EXPECT_EQ(dark["x"], nullptr);
+  EXPECT_NE(dark["reason"], "found");
+  EXPECT_NE(dark["sentence"], "");
+  for (int n = 0; n < kFrames; ++n) {
+    const auto& detail = data["details"][std::to_string(n)];
+    EXPECT_EQ(detail["picture"].get<std::string>().rfind("data:image/jpeg;base64,", 0), 0U) << n;
+    EXPECT_GT(detail["trace"]["attempts"][0]["checks"].size(), 0U) << n;
+  }
+  const auto& parameters = data["parameters"];
+  const auto changed = std::find_if(parameters.begin(), parameters.end(),
+                                    [](const nlohmann::json& row) { return row["value"] != row["default"]; });
+  ASSERT_NE(changed, parameters.end());
+  EXPECT_EQ((*changed)["name"], "dPara8");
+  EXPECT_EQ((*changed)["unit"], "px");
+}
+
+TEST_F(ReportTest, FileNamesCannotEndTheDataOfThePage) {
+  fs::create_directories(folder / "<");
+  fs::copy(folder / "f/frame_0000.png", folder / "<" / "script><b>\"&'.png");
+  zelweldOk("report '<' --type gap --out r.html");
+  const auto data = dataOf(folder / "r.html");
+  ASSERT_FALSE(data.is_discarded());
+  EXPECT_EQ(data["frames"][0]["file"], "</script><b>\"&'.png");
+}
+
+TEST_F(ReportTest, FramesBeforeABadOneAreReported) {
+  writeFile(folder / "f/frame_0002.png", "not an image");
+  EXPECT_EQ(zelweld("report f --type gap --out r.html").exitCode, 3);
+  EXPECT_EQ(dataOf(folder / "r.html")["frames"].size(), 2U);
+}
+
+TEST_F(ReportTest, ExplainAddsReasonsToEveryFormat) {
+  const std::string track = "track f --type gap --exact --explain --format ";
+  const auto records = recordsOf(zelweldOk(track + "jsonl").out);
+  const std::string sentence = records[kDarkFrame]["trace"]["sentence"];
+  EXPECT_FALSE(sentence.empty());
+  EXPECT_EQ(records[0]["trace"]["outcome"], "found");
+  const auto ends = [](const std::string& text, const std::string& end) {
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+  };
+  const auto table = linesOf(zelweldOk(track + "table").out);
+  EXPECT_TRUE(ends(table[kDarkFrame + 1], "  " + sentence)) << table[kDarkFrame + 1];
+  EXPECT_FALSE(ends(table[1], "found")) << table[1];
+  const auto csv = linesOf(zelweldOk(track + "csv").out);
+  EXPECT_TRUE(ends(csv[0], ",ms,reason,sentence")) << csv[0];
+  EXPECT_NE(csv[kDarkFrame + 1].find(sentence.substr(0, sentence.find(','))), std::string::npos);
+}
+
+TEST(PictureShelf, OrdinaryFramesAreThinnedEvenlyBeforeNotableOnes) {
+  struct TRow {
+    const char* name;
+    std::size_t limit;  // bytes; every text has 10
+    int notableEvery;
+    std::size_t notable, ordinary;  // kept of 400 frames
+  };
+  const TRow rows[] = {{"all fit", 4000, 10, 40, 360},
+                       {"every 2nd ordinary one", 2300, 10, 40, 180},
+                       {"every 8th ordinary one", 900, 10, 40, 45},
+                       {"notable ones too", 600, 2, 25, 25},
+                       {"nothing fits", 5, 2, 1, 1}};
+  for (const TRow& row : rows) {
+    SCOPED_TRACE(row.name);
+    tool::TPictureShelf shelf(row.limit);
+    for (int frame = 0; frame < 400; ++frame) {
+      if (shelf.wantsNext(frame % row.notableEvery == 0)) shelf.put(frame, std::string(10, 'x'));
+    }
+    std::size_t notable = 0;
+    for (const auto& [frame, text] : shelf.texts()) notable += frame % row.notableEvery == 0 ? 1 : 0;
+    EXPECT_EQ(notable, row.notable);
+    EXPECT_EQ(shelf.texts().size() - notable, row.ordinary);
+  }
+}
+
+TEST(Base64, GivesTheCodesOfItsStandard) {
+  const std::pair<std::string, std::string> rows[] = {{"", ""},
+                                                      {"f", "Zg=="},
+                                                      {"fo", "Zm8="},
+                                                      {"foo", "Zm9v"},
+                                                      {"foob", "Zm9vYg=="},
+                                                      {"fooba", "Zm9vYmE="},
+                                                      {"\xfb\xff", "+/8="}};
+  for (const auto& [text, code] : rows) {
+    EXPECT_EQ(tool::base64({text.begin(), text.end()}), code);
+  }
+}

@@ -1,0 +1,40 @@
+#include "tools/frame_tracker.h"
+
+#include "tools/overlay.h"
+
+namespace tool {
+
+TTracking trackingOf(const TFrameOptions& frames, const TParamSource& params, const TTrackerChoice& tracker) {
+  return {loadParams(params), trackerOptionsOf(tracker), tracker.isFirstOnly, preparationOf(frames)};
+}
+
+TFrameTracker::TFrameTracker(const TTracking& tracking) : how(tracking), tracker(how.params, how.tracker) {}
+
+TTrackedFrame TFrameTracker::track(const TFrame& frame) {
+  if (frame.startsSequence || how.isFirstOnly) {
+    tracker.reset();
+  }
+  TTrackedFrame tracked{prepareImage(frame.image, how.preparation, frame.name), {}};
+  TTimedResult timed = trackTimed(tracker, tracked.image);
+  const auto stored = [&](cv::Point2d point) { return toStored(point, how.preparation, frame.image.size()); };
+  TFrameRecord& record = tracked.record;
+  record.frame = frame.index;
+  record.file = frame.name;
+  record.startsSequence = frame.startsSequence;
+  record.state = timed.state;
+  record.ms = timed.ms;
+  record.result = std::move(timed.result);
+  record.seam = seamOf(how.params, record.result);
+  if (record.seam) {
+    record.storedSeam = stored(*record.seam);
+  }
+  for (const cv::Point2f& point : record.result.stripePts) {
+    record.storedStripePts.push_back(stored(point));
+  }
+  if (how.tracker.withTrace) {
+    record.trace = &tracker.lastTrace();
+  }
+  return tracked;
+}
+
+}  // namespace tool

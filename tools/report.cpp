@@ -1,0 +1,140 @@
+#include "tools/report.h"
+
+#include "tools/names.h"
+#include "tools/output_file.h"
+#include "tools/overlay.h"
+#include "tools/param_table.h"
+#include "tools/picture_code.h"
+#include "tools/report_page.h"
+#include "tools/text.h"
+#include "tools/trace_json.h"
+#include "tools/tracker_options.h"
+
+#include <nlohmann/json.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr std::size_t kMaxPictureBytes = 26'000'000;  // of the page; the rest of it takes well under 4 MB
+constexpr int kPictureWidthPx = 1024;                 // larger frames are shown smaller
+constexpr int kThumbnailWidthPx = 200;
+constexpr int kPictureQuality = 60;  // JPEG, 0 to 100
+constexpr int kThumbnailQuality = 70;
+
+std::string dump(const ordered_json& json) {
+  return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+// The annotated image, not wider than `width`, as text for an image's address.
+std::string drawnAt(const cv::Mat& image, const TOverlay& overlay, int width, int quality) {
+  if (image.cols <= width) {
+    return jpegAddress(drawOverlay(image, overlay), quality);
+  }
+  const float factor = static_cast<float>(width) / static_cast<float>(image.cols);
+  cv::Mat small;
+  cv::resize(image, small, cv::Size(), static_cast<double>(factor), static_cast<double>(factor), cv::INTER_AREA);
+  return jpegAddress(drawOverlay(small, scaled(overlay, factor)), quality);
+}
+
+ordered_json frameJson(const TFrameRecord& record) {
+  const auto coordinate = [&](double cv::Point2d::*axis) {
+    return record.seam ? ordered_json(rounded((*record.seam).*axis)) : ordered_json(nullptr);
+  };
+  const TFrameTrace& trace = *record.trace;
+  const TTraceAttempt* const attempt = decisiveAttempt(trace);
+  return {{"file", record.file},
+          {"state", nameOf(record.state)},
+          {"x", coordinate(&cv::Point2d::x)},
+          {"y", coordinate(&cv::Point2d::y)},
+          {"points", attempt == nullptr ? 0 : attempt->centres.size()},
+          {"ms", rounded(record.ms)},
+          {"reason", weldOutcomeText(reasonOf(trace))},
+          {"sentence", trace.sentence},
+          {"startsSequence", record.startsSequence}};
+}
+
+std::string detailJson(const TFrameRecord& record, const cv::Mat& image, const TWeldParams& params) {
+  const TOverlay overlay = overlayOf(params, record.result, record.state, *record.trace, image.cols);
+  return dump({{"picture", drawnAt(image, overlay, kPictureWidthPx, kPictureQuality)},
+               {"thumbnail", drawnAt(image, overlay, kThumbnailWidthPx, kThumbnailQuality)},
+               {"trace", traceJson(*record.trace, false)}});
+}
+
+ordered_json parametersJson(const TWeldParams& params) {
+  TWeldParams usual;
+  initWeldParameters(params.weldType, usual, params.weldPosType);
+  ordered_json rows = ordered_json::array();
+  for (const TParamSpec& spec : paramsOf(params.weldType)) {
+    rows.push_back({{"name", spec.name},
+                    {"value", getParam(params, spec)},
+                    {"default", getParam(usual, spec)},
+                    {"unit", spec.unit},
+                    {"range", describeLimits(spec)},
+                    {"meaning", spec.meaning}});
+  }
+  return rows;
+}
+
+ordered_json summaryJson(const TRunStats& stats) {
+  return {{"frames", stats.frames()},
+          {"found", stats.found()},
+          {"held", stats.held()},
+          {"lost", stats.lost()},
+          {"longestLoss", stats.longestLoss()},
+          {"medianMs", rounded(stats.medianMs())},
+          {"p95Ms", rounded(stats.p95Ms())}};
+}
+
+ordered_json keyJson() {
+  ordered_json key = ordered_json::array();
+  for (const auto& [name, colour] : overlayKey()) {
+    key.push_back({{"name", name}, {"colour", colour}});
+  }
+  return key;
+}
+
+std::string everyText(int step) {
+  return step == 1 ? "all" : "one in " + std::to_string(step);
+}
+
+}  // namespace
+
+TReport::TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOptions)
+    : params(weldParams), options(trackerOptions), shelf(kMaxPictureBytes) {}
+
+void TReport::add(const TFrameRecord& record, const cv::Mat& image) {
+  counts.add(record.state, record.ms);
+  frameLines += (frameLines.empty() ? "" : ",\n") + dump(frameJson(record));
+  if (shelf.wantsNext(record.state != TSeamState::found)) {
+    shelf.put(counts.frames() - 1, detailJson(record, image, params));
+  }
+}
+
+std::string TReport::dataJson() const {
+  const ordered_json head = {
+      {"version", ZELWELD_VERSION},
+      {"joint", nameOf(params.weldType)},
+      {"position", nameOf(params.weldPosType)},
+      {"summary", summaryJson(counts)},
+      {"selection", everyText(shelf.notableStep()) + " of the frames that were not found, " +
+                        everyText(shelf.ordinaryStep()) + " of the others"},
+      {"key", keyJson()},
+      {"parameters", parametersJson(params)},
+      {"tracker", describeTracker(options)}};
+  std::string details;
+  for (const auto& [frame, text] : shelf.texts()) {
+    details += (details.empty() ? "\"" : ",\n\"") + std::to_string(frame) + "\":" + text;
+  }
+  std::string json = dump(head);
+  json.pop_back();  // the closing brace
+  return json + ",\n\"frames\":[" + frameLines + "],\n\"details\":{" + details + "}}";
+}
+
+void TReport::write(const std::filesystem::path& path) const {
+  writeWholeFile(path, reportPage(dataJson()));
+}
+
+}  // namespace tool

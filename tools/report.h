@@ -1,0 +1,38 @@
+// One page about a tracked sequence: summary, timeline, reasons, annotated frames, parameters.
+#pragma once
+
+#include "tools/frame_tracker.h"
+#include "tools/picture_shelf.h"
+#include "tools/stats.h"
+
+#include <opencv2/core.hpp>
+
+#include <filesystem>
+#include <string>
+
+namespace tool {
+
+class TReport {
+public:
+  // The joint's parameters and the tracker's settings, as the page shows them.
+  TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOptions);
+
+  // Adds the next frame with the image that was searched. Its record carries a trace.
+  void add(const TFrameRecord& record, const cv::Mat& image);
+
+  // Writes the page, a file that needs no other and no network. Throws when the disk refuses it.
+  void write(const std::filesystem::path& path) const;
+
+  const TRunStats& stats() const { return counts; }
+
+private:
+  std::string dataJson() const;
+
+  TWeldParams params;
+  TTrackerOptions options;
+  TRunStats counts;
+  std::string frameLines;  // JSON, one object per frame
+  TPictureShelf shelf;
+};
+
+}  // namespace tool

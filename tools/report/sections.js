@@ -1,0 +1,131 @@
+// Summary, reasons, strip of frames and parameters; then the page is put together.
+"use strict";
+
+let chosenFilter = "all"; // "all", a state, or a reason
+
+function card(value, label, state) {
+  return element("div", `card ${state || ""}`, null, element("b", "", value), element("span", "quiet", label));
+}
+
+function showSummary() {
+  const { frames, found, held, lost, longestLoss, medianMs, p95Ms } = report.summary;
+  const share = frames > 0 ? (100 * found) / frames : 0;
+  byId("subject").textContent = `${inWords(report.joint)}, seam point: ${report.position}`;
+  byId("maker").textContent = `zelweld ${report.version}`;
+  byId("summary").append(
+    card(`${number(share, 1)} %`, `found: ${found} of ${frames} frames`, found === frames ? "found" : found === 0 ? "lost" : ""),
+    card(held, "held: last seam repeated", held > 0 ? "held" : ""),
+    card(lost, "lost", lost > 0 ? "lost" : ""),
+    card(longestLoss, "longest run not found, frames"),
+    card(`${number(medianMs, 2)} ms`, "per frame, median"),
+    card(`${number(p95Ms, 2)} ms`, "95 % of frames within"));
+}
+
+// The worst state among the frames of an entry.
+function stateOf(entry) {
+  const states = entry.frames.map((index) => report.frames[index].state);
+  return [...stateNames].reverse().find((state) => states.includes(state));
+}
+
+function reasonRow(entry) {
+  const [first] = entry.frames;
+  const bar = element("div", `bar ${stateOf(entry)}`);
+  bar.style.width = `${(100 * entry.frames.length) / report.frames.length}%`;
+  const row = element("tr", "", null,
+    element("td", "", entry.reason),
+    element("td", "number", entry.frames.length),
+    element("td", "share", null, bar),
+    element("td", "quiet", `${report.frames[first].sentence} (frame ${first})`));
+  row.dataset.reason = entry.reason;
+  row.addEventListener("click", () => {
+    choose(chosenFilter === entry.reason ? "all" : entry.reason);
+    byId("frames").scrollIntoView({ behavior: "smooth" });
+  });
+  return row;
+}
+
+function showReasons() {
+  byId("reason-table").tBodies[0].append(...reasonsByCount().map(reasonRow));
+}
+
+function thumbnail(index) {
+  const frame = report.frames[index];
+  const image = element("img");
+  image.src = report.details[index].thumbnail;
+  image.alt = "";
+  const caption = element("span", "", null, element("b", "", index),
+    element("em", "", frame.reason === "found" ? "" : frame.reason));
+  const made = element("button", `thumb ${frame.state}`, null, image, caption);
+  made.dataset.frame = index;
+  made.title = frame.sentence || frame.file;
+  made.addEventListener("click", () => openFrame(index));
+  return made;
+}
+
+function matches(frame, filter) {
+  return filter === "all" || frame.state === filter || frame.reason === filter;
+}
+
+function pictured(filter) {
+  return Object.keys(report.details).map(Number).sort((a, b) => a - b)
+    .filter((index) => matches(report.frames[index], filter));
+}
+
+function choose(filter) {
+  chosenFilter = filter;
+  shownFrames = pictured(filter);
+  byId("strip").replaceChildren(...shownFrames.map(thumbnail));
+  for (const button of byId("filters").children) {
+    button.setAttribute("aria-pressed", String(button.dataset.filter === filter));
+  }
+  for (const row of byId("reason-table").tBodies[0].rows) {
+    row.classList.toggle("chosen", row.dataset.reason === filter);
+  }
+}
+
+function showFilters() {
+  const reasons = reasonsByCount().map((entry) => entry.reason).filter((reason) => reason !== "found");
+  const filters = ["all", ...stateNames.filter((state) => pictured(state).length > 0),
+    ...reasons];
+  for (const filter of filters) {
+    const button = element("button", "", `${filter} ${pictured(filter).length}`);
+    button.dataset.filter = filter;
+    button.addEventListener("click", () => choose(filter));
+    byId("filters").append(button);
+  }
+}
+
+function showStrip() {
+  const count = Object.keys(report.details).length;
+  byId("selection").textContent = count === report.frames.length
+    ? "Click to enlarge; arrow keys go from frame to frame."
+    : `Pictures of ${count} of ${report.frames.length} frames: ${report.selection}. Click to enlarge.`;
+  showFilters();
+  choose("all");
+}
+
+function parameterRow(parameter) {
+  const isChanged = parameter.value !== parameter.default;
+  return element("tr", "", null,
+    element("td", "", parameter.name),
+    element("td", isChanged ? "number changed" : "number", String(parameter.value ?? "∞")),
+    element("td", "", parameter.unit),
+    element("td", "number", String(parameter.default ?? "∞")),
+    element("td", "quiet", parameter.range),
+    element("td", "", parameter.meaning));
+}
+
+function showParameters() {
+  for (const [title, parameters] of [["Joint", report.parameters], ["Tracker", report.tracker]]) {
+    const heading = element("td", "group", title);
+    heading.colSpan = 6;
+    byId("parameter-rows").append(element("tr", "", null, heading), ...parameters.map(parameterRow));
+  }
+}
+
+showSummary();
+showReasons();
+showStrip();
+showParameters();
+wireViewer();
+showTimeline();

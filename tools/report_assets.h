@@ -1,0 +1,15 @@
+// The files that a report page is made of, embedded when the program is built (tools/report/embed.cmake).
+#pragma once
+
+#include <string_view>
+
+namespace tool::asset {
+
+extern const std::string_view page;  // with places to fill, written {{name}}
+extern const std::string_view style;
+extern const std::string_view script;
+extern const std::string_view chartStyle;  // of the chart library
+extern const std::string_view chartScript;
+extern const std::string_view chartLicence;
+
+}  // namespace tool::asset

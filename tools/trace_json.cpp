@@ -1,0 +1,167 @@
+#include "tools/trace_json.h"
+
+#include "tools/text.h"
+#include "tools/tracker_options.h"
+
+#include <algorithm>
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr double kSlopeSteps = 1e6;  // six decimals
+
+const char* nameOf(TSearchPath path) {
+  switch (path) {
+    case TSearchPath::first:
+      return "first";
+    case TSearchPath::tracking:
+      return "tracking";
+    case TSearchPath::fallback:
+      break;
+  }
+  return "fallback";
+}
+
+const char* nameOf(TLimitKind kind) {
+  switch (kind) {
+    case TLimitKind::atLeast:
+      return "atLeast";
+    case TLimitKind::above:
+      return "above";
+    case TLimitKind::atMost:
+      return "atMost";
+    case TLimitKind::below:
+      break;
+  }
+  return "below";
+}
+
+template <typename TItems, typename TMake>
+ordered_json listOf(const TItems& items, TMake make) {
+  ordered_json list = ordered_json::array();
+  for (const auto& item : items) {
+    list.push_back(make(item));
+  }
+  return list;
+}
+
+template <typename TPoint>
+ordered_json pointJson(const TPoint& point) {
+  return ordered_json::array({rounded(point.x), rounded(point.y)});
+}
+
+ordered_json checkJson(const TTraceCheck& check) {
+  ordered_json json = {{"name", check.name},    {"measured", check.measured}, {"kind", nameOf(check.kind)},
+                       {"limit", check.limit},  {"unit", check.unit},         {"parameter", check.parameter},
+                       {"passed", check.passed}};
+  if (*check.way != '\0') {
+    json["way"] = check.way;
+  }
+  if (check.piece >= 0) {
+    json["piece"] = check.piece;
+  }
+  return json;
+}
+
+ordered_json filterJson(const TTraceFilter& filter) {
+  return {{"name", filter.name}, {"before", filter.before}, {"after", filter.after}};
+}
+
+ordered_json pieceJson(const TTracePiece& piece) {
+  return {{"start", pointJson(piece.startPt)},
+          {"end", pointJson(piece.endPt)},
+          {"slope", rounded(piece.slope, kSlopeSteps)},
+          {"intercept", rounded(piece.intercept)},
+          {"points", piece.points},
+          {"inliers", piece.inliers},
+          {"meanDistPx", rounded(piece.meanDistPx)},
+          {"maxDistPx", rounded(piece.maxDistPx)},
+          {"isFitted", piece.isFitted}};
+}
+
+ordered_json lineJson(const TTraceLine& line) {
+  return {{"name", line.name},
+          {"slope", rounded(line.slope, kSlopeSteps)},
+          {"intercept", rounded(line.intercept)},
+          {"inlierShare", rounded(line.inlierShare)},
+          {"allowedDeg", {rounded(line.allowedDeg.min), rounded(line.allowedDeg.max)}},
+          {"isValid", line.isValid}};
+}
+
+ordered_json regionJson(const cv::Rect& region) {
+  return ordered_json::array({region.x, region.y, region.width, region.height});
+}
+
+ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
+  ordered_json json = {
+      {"path", nameOf(attempt.path)},
+      {"extraction", tool::nameOf(attempt.extraction)},
+      {"outcome", weldOutcomeText(attempt.outcome)},
+      {"sentence", attempt.sentence},
+      {"decisive", attempt.decisive},
+      {"regions", listOf(attempt.regions, regionJson)},
+      {"columns",
+       {{"scanned", attempt.columnsScanned},
+        {"withCentre", attempt.columnsWithCentre},
+        {"withoutEdge", attempt.columnsWithoutEdge},
+        {"withoutPair", attempt.columnsWithoutPair}}},
+      {"widthPx", {{"modal", attempt.modalWidthPx}, {"min", attempt.minWidthPx}, {"max", attempt.maxWidthPx}}},
+      {"rejected", attempt.rejected.size()},
+      {"centres", attempt.centres.size()},
+      {"filters", listOf(attempt.filters, filterJson)},
+      {"pieces", listOf(attempt.pieces, pieceJson)},
+      {"lines", listOf(attempt.lines, lineJson)},
+      {"checks", listOf(attempt.checks, checkJson)},
+      {"testedPts", listOf(attempt.testedPoints, pointJson<cv::Point2f>)}};
+  if (withPoints) {
+    json["rejectedPts"] = listOf(attempt.rejected, pointJson<cv::Point>);
+    json["centrePts"] = listOf(attempt.centres, pointJson<cv::Point2f>);
+  }
+  return json;
+}
+
+ordered_json stageJson(const TTraceStage& stage) {
+  return {{"name", stage.name}, {"us", rounded(stage.us)}};
+}
+
+}  // namespace
+
+std::string searchWords(const TFrameTrace& trace) {
+  const TTraceAttempt* const attempt = decisiveAttempt(trace);
+  return attempt == nullptr ? ""
+                            : std::to_string(attempt->centres.size()) + " stripe points, " +
+                                  nameOf(attempt->path) + " search, " + tool::nameOf(attempt->extraction);
+}
+
+const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace) {
+  return trace.decisive < 0 ? nullptr : &trace.attempts[static_cast<std::size_t>(trace.decisive)];
+}
+
+TWeldOutcome reasonOf(const TFrameTrace& trace) {
+  if (trace.outcome != TWeldOutcome::held) {
+    return trace.outcome;
+  }
+  const auto refused =
+      std::find_if(trace.gate.begin(), trace.gate.end(), [](const TTraceCheck& check) { return !check.passed; });
+  if (refused != trace.gate.end()) {
+    return refused->failure;
+  }
+  const TTraceAttempt* const attempt = decisiveAttempt(trace);
+  return attempt == nullptr ? trace.outcome : attempt->outcome;
+}
+
+ordered_json traceJson(const TFrameTrace& trace, bool withPoints) {
+  return {{"outcome", weldOutcomeText(trace.outcome)},
+          {"reason", weldOutcomeText(reasonOf(trace))},
+          {"sentence", trace.sentence},
+          {"decisive", trace.decisive},
+          {"attempts",
+           listOf(trace.attempts, [&](const TTraceAttempt& attempt) { return attemptJson(attempt, withPoints); })},
+          {"gate", listOf(trace.gate, checkJson)},
+          {"stages", listOf(trace.stages, stageJson)},
+          {"totalUs", rounded(trace.totalUs)}};
+}
+
+}  // namespace tool

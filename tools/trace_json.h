@@ -1,0 +1,26 @@
+// A frame's trace as JSON, and what it says in a word.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace tool {
+
+// Why the frame ended as it did; for a frame whose seam is repeated, why it was not found.
+TWeldOutcome reasonOf(const TFrameTrace& trace);
+
+// What the decisive attempt had to work on: "1200 stripe points, tracking search, edgePairs"; empty without
+// attempts.
+std::string searchWords(const TFrameTrace& trace);
+
+// The attempt that the outcome speaks of; null without attempts.
+const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace);
+
+// The whole trace; rejected points, centres and tested points only with `withPoints`. What is not a number is
+// null.
+nlohmann::ordered_json traceJson(const TFrameTrace& trace, bool withPoints);
+
+}  // namespace tool

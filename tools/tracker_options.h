@@ -1,0 +1,33 @@
+// Options of the tracker that several commands have in common.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace tool {
+
+// As typed.
+struct TTrackerChoice {
+  bool isFirstOnly = false;
+  bool isExact = false;
+  std::string extraction;  // empty: the tracker's own
+  TTrackerOptions settings;
+};
+
+// Declares --first-only, --exact, --extraction, --margin, --max-jump and --hold.
+void addTrackerOptions(CLI::App& command, TTrackerChoice& choice);
+
+// As understood. Throws a usage error that names the option.
+TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice);
+
+// "edgePairs", "ridge", "automatic".
+const char* nameOf(TStripeExtraction extraction);
+
+// Each setting as an object of name, value, default, unit, range and meaning.
+nlohmann::ordered_json describeTracker(const TTrackerOptions& options);
+
+}  // namespace tool
