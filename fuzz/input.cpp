@@ -32,7 +32,10 @@ constexpr double kOddDoubles[] = {std::numeric_limits<double>::quiet_NaN(),
 constexpr int kOddInts[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, INT_MAX - 1, INT_MAX, 1 << 16};
 constexpr int kSmallRange = 2048;
 constexpr std::size_t kRowGap = 37;
-constexpr int kMaxSliverBits = 20;  // of the length
+// Binary digits of a sliver's length. The polygon of a stripe may take a time that grows with the square of the
+// columns, so that a million of them would be reported as a hang; no camera has as many as this.
+constexpr int kMaxColumnDigits = 13;
+constexpr int kMaxRowDigits = 20;
 constexpr int kMaxLoosePoints = 256;
 
 template <typename T, std::size_t size>
@@ -72,9 +75,11 @@ TFrame makeUsualFrame(TInput& input, int rows, int cols) {
 }
 
 TFrame takeSliver(TInput& input) {
-  const int length = 1 + input.takeBelow(1 << (1 + input.takeBelow(kMaxSliverBits)));
+  const bool isWide = input.takeFlag();
+  const int maxDigits = isWide ? kMaxColumnDigits : kMaxRowDigits;
+  const int length = 1 + input.takeBelow(1 << (1 + input.takeBelow(maxDigits)));
   const int breadth = 1 + input.takeBelow(12);
-  TFrame frame = input.takeFlag() ? TFrame(breadth, length, CV_8UC1, 0) : TFrame(length, breadth, CV_8UC1, 0);
+  TFrame frame = isWide ? TFrame(breadth, length, CV_8UC1, 0) : TFrame(length, breadth, CV_8UC1, 0);
   const std::vector<std::uint8_t> pattern = input.takeBytes(1 + input.takeBelow(256));
   const std::size_t total = frame.image.total();
   for (std::size_t i = 0; i < total && !pattern.empty(); ++i) frame.image.data[i] = pattern[i % pattern.size()];

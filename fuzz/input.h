@@ -58,8 +58,8 @@ inline constexpr int kChannelCounts[] = {1, 3, 4};
 inline constexpr int kMaxStrokePx = 60;
 inline constexpr int kMaxStrokes = 12;
 
-// 8-bit with 1, 3 or 4 channels: pixels as they come, strokes on a background, or a sliver of up to a million
-// columns or rows; or anything else that a matrix can be, the empty one included.
+// 8-bit with 1, 3 or 4 channels: pixels as they come, strokes on a background, or a sliver of up to 8192
+// columns or a million rows; or anything else that a matrix can be, the empty one included.
 TFrame takeFrame(TInput& input);
 
 cv::Point2f takePoint(TInput& input);
