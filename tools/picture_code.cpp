@@ -4,6 +4,8 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include <algorithm>
+
 namespace tool {
 
 std::string base64(const std::vector<std::uint8_t>& bytes) {

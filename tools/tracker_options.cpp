@@ -3,11 +3,14 @@
 #include "tools/cli_error.h"
 
 #include <cmath>
+#include <limits>
 
 namespace tool {
 namespace {
 
 using nlohmann::ordered_json;
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
 
 TStripeExtraction parseExtraction(const std::string& text) {
   for (const TStripeExtraction extraction :
@@ -51,7 +54,7 @@ void addTrackerOptions(CLI::App& command, TTrackerChoice& choice) {
   CLI::Option* const jump = command
                                 .add_option("--max-jump", choice.settings.maxJumpPx,
                                             "Hold back a seam that jumps farther, px; inf: never")
-                                ->check(CLI::PositiveNumber)
+                                ->check(CLI::Range(std::numeric_limits<double>::min(), kNever, "POSITIVE"))
                                 ->capture_default_str();
   CLI::Option* const hold =
       command.add_option("--hold", choice.settings.holdFrames, "Repeat the last seam for so many lost frames")
