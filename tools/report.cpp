@@ -1,11 +1,12 @@
 #include "tools/report.h"
 
+#include "tools/html_page.h"
 #include "tools/names.h"
 #include "tools/output_file.h"
 #include "tools/overlay.h"
 #include "tools/param_table.h"
 #include "tools/picture_code.h"
-#include "tools/report_page.h"
+#include "tools/report_assets.h"
 #include "tools/text.h"
 #include "tools/trace_json.h"
 #include "tools/tracker_options.h"
@@ -134,7 +135,7 @@ std::string TReport::dataJson() const {
 }
 
 void TReport::write(const std::filesystem::path& path) const {
-  writeWholeFile(path, reportPage(dataJson()));
+  writeWholeFile(path, htmlPage(asset::page, asset::script, dataJson()));
 }
 
 }  // namespace tool

@@ -87,8 +87,8 @@ cv::Mat1b drawSpatter() {
   return scenes::renderScene(params).image;
 }
 
-cv::Mat1b over(const cv::Mat1b& stripes, const cv::Mat1b& texture, double textureShare) {
-  cv::Mat1b image;
+cv::Mat1b over(const cv::Mat& stripes, const cv::Mat& texture, double textureShare) {
+  cv::Mat image;
   texture.convertTo(image, CV_8U, textureShare);
   cv::max(stripes, image, image);
   return image;

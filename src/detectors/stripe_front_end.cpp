@@ -108,6 +108,7 @@ TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& ima
 }
 
 TLentList<cv::Point2f> extractRidgeStripe(TDetectorObject& object, const cv::Mat& image, TSearchPath path) {
+  requireReadable(image);
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "ridge");
   trace.beginAttempt(path, TStripeExtraction::ridge);

@@ -1,4 +1,4 @@
-#include "tools/report_page.h"
+#include "tools/html_page.h"
 
 #include "tools/report_assets.h"
 
@@ -58,15 +58,15 @@ std::string filled(std::string_view form, const std::map<std::string_view, std::
 
 }  // namespace
 
-std::string reportPage(const std::string& dataJson) {
+std::string htmlPage(std::string_view form, std::string_view script, const std::string& dataJson) {
   const std::string data = scriptData(dataJson);
   const std::string licence = htmlText(asset::chartLicence);
-  return filled(asset::page, {{"style", asset::style},
-                              {"script", asset::script},
-                              {"chart-style", asset::chartStyle},
-                              {"chart-script", asset::chartScript},
-                              {"chart-licence", licence},
-                              {"data", data}});
+  return filled(form, {{"style", asset::style},
+                       {"script", script},
+                       {"chart-style", asset::chartStyle},
+                       {"chart-script", asset::chartScript},
+                       {"chart-licence", licence},
+                       {"data", data}});
 }
 
 }  // namespace tool
