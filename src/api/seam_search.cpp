@@ -64,6 +64,12 @@ bool isDoubtful(const TWeldLineRes& line, const TWeldLineRes& before, const TDou
   return !line.isFound || seamDistance(line.weldPos, before.weldPos) > doubt.maxJumpPx;
 }
 
+// The working memory keeps the list of the other one.
+TFoundSeam choose(const TFrame& frame, TFoundSeam& chosen, TFoundSeam& other) {
+  frame.detector.scratch.give(other.line.stripePts);
+  return std::move(chosen);
+}
+
 // Around a found stripe.
 TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDoubt& doubt) {
   const bool isExtended = frame.options.guideMarginPx > 0;
@@ -81,7 +87,7 @@ TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDo
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, previous);
   const bool isBetter = !seam.line.isFound || ridges.line.isFound;
-  return isBetter ? std::move(ridges) : std::move(seam);
+  return isBetter ? choose(frame, ridges, seam) : choose(frame, seam, ridges);
 }
 
 // The whole image on edge pairs; on ridges where edge pairs find no seam, or where ridges see clearly more of the
@@ -94,11 +100,11 @@ TFoundSeam searchWholeAutomatic(const TFrame& frame) {
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, {});
   const double followedShare = static_cast<double>(edgePairs.stripe.columns) / std::max(ridges.stripe.columns, 1);
-  if (isFound && followedShare >= kMinFollowedShare) return edgePairs;
+  if (isFound && followedShare >= kMinFollowedShare) return choose(frame, edgePairs, ridges);
   // Edge pairs that found a seam where the ridges find none: the frame ends with what speaks against it.
   if (isFound && !ridges.line.isFound)
     frame.detector.trace.atGate().passes(kFollowed, followedShare, kMinFollowedShare);
-  return ridges;
+  return choose(frame, ridges, edgePairs);
 }
 
 // A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
@@ -107,7 +113,7 @@ TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous) {
   TFoundSeam first = searchWholeAutomatic(frame);
   if (first.stripe.hasAskedRidges || !first.line.isFound) return first;
   TFoundSeam second = searchNear(frame, first.line, {});
-  return second.line.isFound ? std::move(second) : std::move(first);
+  return second.line.isFound ? choose(frame, second, first) : choose(frame, first, second);
 }
 
 // Compares two numbers of stripe points, so that a guide or a second attempt would change what it says.
@@ -125,6 +131,7 @@ TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFou
   const TDoubt doubt{shareOf(previous.stripe.columns, kMinKeptShare), options.maxJumpPx};
   TFoundSeam seam = searchNear(frame, previous.line, doubt);
   if (seam.line.isFound || !options.searchesWholeOnLoss) return seam;
+  detector.scratch.give(seam.line.stripePts);
   return searchWhole(frame, {});
 }
 

@@ -91,7 +91,8 @@ TWeldLineRes TWeldTracker::track(const cv::Mat& image) {
   weld::TJumpMemory jumps = state->jumps;
   state->applyGate(seam.line, jumps);
   const bool isHeld = !seam.line.isFound && state->canHold();
-  TWeldLineRes held = isHeld ? state->last.line : TWeldLineRes();
+  // A copy, so that the working memory keeps the list that the stripe points came in.
+  TWeldLineRes result = isHeld ? state->last.line : seam.line;
   state->spare.line.stripePts.reserve(static_cast<std::size_t>(std::max(image.cols, 0)));  // the most there can be
   state->spare = seam;
   state->concludeTrace(clock, weld::hasPixels(image), isHeld);
@@ -103,7 +104,8 @@ TWeldLineRes TWeldTracker::track(const cv::Mat& image) {
   state->jumps = jumps;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) std::swap(state->last, state->spare);
-  return isHeld ? std::move(held) : std::move(seam.line);
+  state->detector.scratch.give(seam.line.stripePts);
+  return result;
 }
 
 bool TWeldTracker::isHeld() const {

@@ -136,6 +136,7 @@ TWeldLineRes computeLapSeam(const TStripePiece& left, const TStripePiece& right,
   TWeldLineRes result;
   result.isFound = true;
   result.weldPos = seam;
+  TScratch::take(scratch, result.stripePts, stripePts.size());
   result.stripePts = stripePts;
   return result;
 }

@@ -127,6 +127,7 @@ TWeldLineRes computePlateSeam(const TStripePiece& piece, const cv::Mat& image, c
   TWeldLineRes result;
   result.isFound = true;
   result.weldPos = seam;
+  TScratch::take(scratch, result.stripePts, piece.fitPts.size());
   result.stripePts = piece.fitPts;
   storeEndLine(*ends, result);
   return result;

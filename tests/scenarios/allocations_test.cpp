@@ -57,7 +57,7 @@ void expectOneRequestPerFrame(const TWeldParams& params, const TTrackerOptions& 
   TWeldTracker tracker(params, options);
   std::vector<cv::Mat> round = images;
   round.insert(round.end(), images.rbegin(), images.rend());
-  for (int n = 0; n < 2; ++n) {
+  for (int n = 0; n < 4; ++n) {
     for (const cv::Mat& image : round) tracker.track(image);
   }
   int found = 0;
