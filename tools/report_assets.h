@@ -10,7 +10,7 @@ extern const std::string_view page;
 extern const std::string_view script;
 extern const std::string_view sweepPage;
 extern const std::string_view sweepScript;
-extern const std::string_view style;  // of both
+extern const std::string_view style;       // of both
 extern const std::string_view chartStyle;  // of the chart library
 extern const std::string_view chartScript;
 extern const std::string_view chartLicence;

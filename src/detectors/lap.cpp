@@ -147,8 +147,8 @@ TWeldLineRes detectLapSeam(TDetectorObject& object, const cv::Mat& image, const 
   const TTrace& trace = object.trace;
   TScratch* const scratch = &object.scratch;
   const TStageTimer timer(trace, "seam");
-  auto pair = selectLapLinePair(
-      segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch), trace, scratch);
+  auto pair = selectLapLinePair(segmentStripe(centres, kPlateMergeLimits, kPolygonEpsilonPx, trace, scratch),
+                                trace, scratch);
   if (!pair) return {};
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);

@@ -12,7 +12,6 @@
 
 namespace weld {
 
-
 // Scans regions of one image and gathers what it finds: the candidates column by column from left to right,
 // and one status for every column.
 class TRegionScanner {

@@ -19,7 +19,7 @@ namespace {
 constexpr int kRows = 20;
 constexpr int kWarmUpRows = 2;  // of the first run
 constexpr int kMinFrames = 1000;
-constexpr double kAllowedMiB = 1.0;   // that pages of a settled heap may come and go
+constexpr double kAllowedMiB = 1.0;  // that pages of a settled heap may come and go
 constexpr long kAllowedBlocks = 50;  // trackers that just lost or found their seam hold a few more or fewer
 constexpr double kMiB = 1024.0 * 1024.0;
 

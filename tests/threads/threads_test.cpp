@@ -90,7 +90,8 @@ TEST(Threads, giveTheResultsOfOneThread) {
       --waiting;
       while (waiting > 0) std::this_thread::yield();
       for (std::size_t i = 0; i < sequences.size(); ++i) {
-        const std::size_t s = (i + static_cast<std::size_t>(t)) % sequences.size();  // all kinds of frames at any time
+        const std::size_t s =
+            (i + static_cast<std::size_t>(t)) % sequences.size();  // all kinds of frames at any time
         if (runs[t % 2](sequences[s]) != expected[t % 2][s]) ++wrong[static_cast<std::size_t>(t)];
       }
     });

@@ -56,7 +56,8 @@ TEST_F(ZelweldTest, TrackingSimulatedFramesFindsTheTrueSeams) {
       const cv::Point2d found(records[i]["x"], records[i]["y"]);
       EXPECT_LE(cv::norm(found - seams[i]), kMaxSeamErrorPx) << i;
     }
-    EXPECT_NE(run.err.find("frames 8, found 8 (100.0 %), held 0, lost 0, longest loss 0"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("frames 8, found 8 (100.0 %), held 0, lost 0, longest loss 0"), std::string::npos)
+        << run.err;
   }
 }
 
