@@ -28,14 +28,14 @@ function stateOf(entry) {
 }
 
 function reasonRow(entry) {
-  const [first] = entry.frames;
+  const example = entry.frames.find((index) => report.frames[index].state === "lost") ?? entry.frames[0];
   const bar = element("div", `bar ${stateOf(entry)}`);
   bar.style.width = `${(100 * entry.frames.length) / report.frames.length}%`;
   const row = element("tr", "", null,
     element("td", "", entry.reason),
     element("td", "number", entry.frames.length),
     element("td", "share", null, bar),
-    element("td", "quiet", `${report.frames[first].sentence} (frame ${first})`));
+    element("td", "quiet", `${report.frames[example].sentence} (frame ${example})`));
   row.dataset.reason = entry.reason;
   row.addEventListener("click", () => {
     choose(chosenFilter === entry.reason ? "all" : entry.reason);
