@@ -52,6 +52,7 @@ struct TWeldTracker::TState {
 // A held seam guides the search like a new one, unless a lost frame's search is left to the next frame.
 weld::TFoundSeam TWeldTracker::TState::search(const cv::Mat& image) {
   if (!weld::hasPixels(image)) return {};
+  if (image.dims == 2) detector.scratch.reserveFor(image, options.extraction != TStripeExtraction::edgePairs);
   const bool guides = heldFrames == 0 || options.searchesWholeOnLoss;
   const weld::TFoundSeam none;
   return weld::searchSeam(detector, image, guides ? last : none, options, guide);

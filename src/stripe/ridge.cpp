@@ -13,6 +13,11 @@ namespace weld {
 
 namespace {
 
+// Working memory: the averaged images; thresholds, candidates and paths of the columns; lists that grow.
+constexpr std::size_t kBytesPerPixel = 2;
+constexpr std::size_t kBytesPerColumn = 1024;
+constexpr std::size_t kBytesBesides = 65536;
+
 constexpr double kKeptContrast = 0.35;  // least contrast of a single column over that of its candidates
 
 // Expected stripe at image column x, between two nodes of a piece.
@@ -49,6 +54,13 @@ void refinePath(const cv::Mat& grey, const std::pmr::vector<TRidgePiece>& path, 
 }
 
 }  // namespace
+
+void TRidgeScratch::reserveFor(cv::Size frame) {
+  const auto columns = static_cast<std::size_t>(frame.width);
+  const auto pixels = columns * static_cast<std::size_t>(frame.height);
+  points.reserve(columns);
+  arena.reserve(pixels * kBytesPerPixel + columns * kBytesPerColumn + kBytesBesides);
+}
 
 std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast) {
   TRidgeScratch scratch;

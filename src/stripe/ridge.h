@@ -21,6 +21,9 @@ struct TRidgePoint {
 struct TRidgeScratch {
   TArena arena;
   std::vector<TRidgePoint> points;
+
+  // Makes room for the ridges of a whole frame.
+  void reserveFor(cv::Size frame);
 };
 
 // At most one ridge centre per column, along the most consistent path through the image, left to right. The path

@@ -37,6 +37,10 @@ struct TStripeScratch : TScratch {
   // Of fixed size, and so without heap memory, for the bands of a tracked stripe. They never shrink.
   cv::AutoBuffer<std::uint64_t, 512> marks;
   cv::AutoBuffer<TEdgeRow, 256> edgeRows;
+
+  // Takes the large pieces of memory at once, as whole frames of this size and colour need them, and touches them:
+  // no later frame waits for them, and what a run needs shows with its first frame.
+  void reserveFor(const cv::Mat& frame, bool withRidges);
 };
 
 }  // namespace weld

@@ -9,20 +9,24 @@
 
 namespace weld {
 
-// Hands out memory and takes it back all at once. Keeps one block as large as the rounds so far needed, so that
-// later ones need no heap.
+// Hands out memory and takes it back all at once. Keeps one block, so that later rounds need no heap.
 class TArena {
 public:
-  // Ends the round before, whose lists must be gone. The memory holds until the next call.
-  std::pmr::memory_resource* beginRound() {
+  // Makes the block as large as this where it is smaller, and touches it. Ends the round before, whose lists must
+  // be gone.
+  void reserve(std::size_t bytes) {
     round.reset();
-    if (overflow.bytes > 0) {
-      const std::size_t needed = std::exchange(blockBytes, 0) + overflow.bytes;
-      block.reset();
-      block.reset(new std::byte[needed]);
-      blockBytes = needed;
-      overflow.bytes = 0;
-    }
+    if (bytes <= blockBytes) return;
+    blockBytes = 0;
+    block.reset();
+    block = std::make_unique<std::byte[]>(bytes);
+    blockBytes = bytes;
+  }
+
+  // Ends the round before, whose lists must be gone. The memory holds until the next call. What a round takes from
+  // the heap beyond the block is added to the block of the next one.
+  std::pmr::memory_resource* beginRound() {
+    reserve(blockBytes + std::exchange(overflow.bytes, 0));
     return &round.emplace(block.get(), blockBytes, &overflow);
   }
 

@@ -27,7 +27,8 @@ cv::Mat toGrey(const cv::Mat& image) {
 
 cv::Mat toGrey(const cv::Mat& image, std::vector<unsigned char>& memory) {
   if (!isColour(image)) return image;
-  memory.resize(image.total() * image.elemSize1());
+  const std::size_t bytes = image.total() * image.elemSize1();
+  if (memory.size() < bytes) memory.resize(bytes);
   cv::Mat grey(image.rows, image.cols, image.depth(), memory.data());
   convertToGrey(image, grey);
   return grey;
