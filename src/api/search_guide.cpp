@@ -85,8 +85,9 @@ bool hasEnoughStretches(const TPoints& guide) {
 void extendGuide(const TPoints& stripe, int marginPx, cv::Size imageSize, TPoints& guide) {
   guide.assign(stripe.begin(), stripe.end());
   if (guide.size() < kMinPoints) return guide.clear();
-  const auto isLeftOf = [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; };
-  if (!std::is_sorted(guide.begin(), guide.end(), isLeftOf)) std::sort(guide.begin(), guide.end(), isLeftOf);
+  // A total order, so that the result is the same whatever the sort does with points of one column.
+  const auto isBefore = [](cv::Point2f a, cv::Point2f b) { return a.x != b.x ? a.x < b.x : a.y < b.y; };
+  if (!std::is_sorted(guide.begin(), guide.end(), isBefore)) std::sort(guide.begin(), guide.end(), isBefore);
 
   const auto piece = static_cast<std::ptrdiff_t>(std::min(guide.size(), kEndPiecePoints));
   const TRay left{slopeOf(guide.begin(), guide.begin() + piece), -1};

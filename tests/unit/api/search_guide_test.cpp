@@ -39,9 +39,12 @@ TEST(SearchGuide, continuesTheEndPiecesStraightOn) {
   EXPECT_EQ(guide.back().x, 939.0F);
   EXPECT_NEAR(guide.back().y, bent.back().y + 16.0F, 0.1F);
   EXPECT_TRUE(std::is_sorted(guide.begin(), guide.end(), [](auto a, auto b) { return a.x < b.x; }));
+}
 
-  TPoints shuffled(bent.rbegin(), bent.rend());
-  EXPECT_EQ(guideOf(shuffled), guide);
+TEST(SearchGuide, doesNotDependOnTheOrderOfItsPoints) {
+  TPoints twoRows = painted::linePoints(300, 900, 500.0);
+  for (const cv::Point2f p : painted::linePoints(300, 900, 520.0)) twoRows.push_back(p);
+  EXPECT_EQ(guideOf({twoRows.rbegin(), twoRows.rend()}), guideOf(twoRows));
 }
 
 TEST(SearchGuide, staysInsideTheImage) {
