@@ -58,15 +58,17 @@ std::string filled(std::string_view form, const std::map<std::string_view, std::
 
 }  // namespace
 
-std::string htmlPage(std::string_view form, std::string_view script, const std::string& dataJson) {
+std::string htmlPage(const TPageForm& form, const std::string& dataJson) {
   const std::string data = scriptData(dataJson);
   const std::string licence = htmlText(asset::chartLicence);
-  return filled(form, {{"style", asset::style},
-                       {"script", script},
-                       {"chart-style", asset::chartStyle},
-                       {"chart-script", asset::chartScript},
-                       {"chart-licence", licence},
-                       {"data", data}});
+  return filled(asset::shell, {{"title", form.title},
+                               {"chart-style", asset::chartStyle},
+                               {"style", asset::style},
+                               {"body", form.body},
+                               {"chart-licence", licence},
+                               {"data", data},
+                               {"chart-script", asset::chartScript},
+                               {"script", form.script}});
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// Pages that open without a network: form, style, script, charts and data in one file.
+// Pages that open without a network: text, style, script, charts and data in one file.
 #pragma once
 
 #include <string>
@@ -6,9 +6,14 @@
 
 namespace tool {
 
-// The whole HTML page.
-//   form      HTML with places {{style}}, {{script}}, {{chart-style}}, {{chart-script}}, {{chart-licence}},
-//   {{data}} script    what fills the page from its data dataJson  the data, JSON text in UTF-8
-std::string htmlPage(std::string_view form, std::string_view script, const std::string& dataJson);
+// What one kind of page has of its own.
+struct TPageForm {
+  std::string_view title;
+  std::string_view body;    // HTML without data
+  std::string_view script;  // fills the body from the data
+};
+
+// The whole page. The data is JSON text in UTF-8.
+std::string htmlPage(const TPageForm& form, const std::string& dataJson);
 
 }  // namespace tool

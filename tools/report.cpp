@@ -135,7 +135,7 @@ std::string TReport::dataJson() const {
 }
 
 void TReport::write(const std::filesystem::path& path) const {
-  writeWholeFile(path, htmlPage(asset::page, asset::script, dataJson()));
+  writeWholeFile(path, htmlPage({"Seam report", asset::reportBody, asset::reportScript}, dataJson()));
 }
 
 }  // namespace tool

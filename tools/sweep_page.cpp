@@ -43,7 +43,7 @@ std::string sweepPage(const TSweepResult& result) {
   for (const TSweepRow& row : result.rows) {
     data["points"].push_back(rowJson(row));
   }
-  return htmlPage(asset::sweepPage, asset::sweepScript, data.dump());
+  return htmlPage({"Parameter sweep", asset::sweepBody, asset::sweepScript}, data.dump());
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-"""Opens a report in headless Chromium, without a network, and uses it as a person does.
+"""Opens the pages of report and sweep in headless Chromium, without a network, and uses them as a person does.
 
 report_page_test.py ZELWELD CHROMIUM CHROMEDRIVER; ends with 77 where any of it is missing.
 """
@@ -25,7 +25,7 @@ except ImportError:
     sys.exit(SKIPPED)
 
 
-def make_report(zelweld, folder):
+def make_pages(zelweld, folder):
     run = lambda *words: subprocess.run([zelweld, *words], cwd=folder, check=True, capture_output=True)
     run("simulate", "--type", "gap", "--frames", str(FRAMES), "--size", "640x480", "--drift", "1,0.3", "--out", "f")
     run("simulate", "--type", "blank", "--frames", "1", "--size", "640x480", "--out", "blank")
@@ -33,7 +33,8 @@ def make_report(zelweld, folder):
         (folder / f"f/frame_{number:04d}.png").write_bytes((folder / "blank/frame_0000.png").read_bytes())
     (folder / "f/frame_0011.png").rename(folder / "f/x<img src=y onerror=alert(1)>.png")
     run("report", "f", "--type", "gap", "--exact", "--out", "report.html")
-    return folder / "report.html"
+    run("sweep", "f", "--type", "gap", "--set", "dPara8=5:105:10", "--out", "sweep.html")
+    return folder / "report.html", folder / "sweep.html"
 
 
 def open_browser(chromium, driver):
@@ -98,10 +99,27 @@ def check_reasons(browser):
     rows = browser.find_elements(By.CSS_SELECTOR, "#reason-table tbody tr")
     counts = [int(row.find_elements(By.TAG_NAME, "td")[1].text) for row in rows]
     assert sum(counts) == FRAMES and counts[-1] == FRAMES - len(DARK), counts
+    shown = lambda: [int(thumb.get_attribute("data-frame")) for thumb in browser.find_elements(By.CLASS_NAME, "thumb")]
+    rows[0].find_element(By.TAG_NAME, "button").send_keys(Keys.ENTER)
+    assert shown() and set(shown()) <= set(DARK), shown()
     browser.execute_script("arguments[0].click()", rows[0])
-    shown = [int(thumb.get_attribute("data-frame")) for thumb in browser.find_elements(By.CLASS_NAME, "thumb")]
-    assert shown and set(shown) <= set(DARK), shown
+    assert len(shown()) == FRAMES, "a second click shows all frames"
     assert browser.find_elements(By.CSS_SELECTOR, "#parameter-rows tr"), "no parameters"
+
+
+def check_report(browser):
+    check_timeline(browser)
+    check_frames(browser)
+    check_reasons(browser)
+
+
+def check_sweep(browser):
+    rows = browser.execute_script("return charts.map((chart) => chart.numRows())")
+    assert rows == [11, 11], rows
+    values = [row.find_elements(By.TAG_NAME, "td")[0].text for row in browser.find_elements(By.CSS_SELECTOR, "#rows tr")]
+    assert values == [str(value) for value in range(5, 106, 10)], values
+    cards = browser.find_element(By.ID, "summary").text
+    assert "suggestion for dPara8" in cards and "none" not in cards, cards
 
 
 def main():
@@ -110,16 +128,16 @@ def main():
         print("skipped: chromium or chromedriver is not installed")
         return SKIPPED
     with tempfile.TemporaryDirectory() as name:
-        page = make_report(zelweld, pathlib.Path(name))
+        pages = make_pages(zelweld, pathlib.Path(name))
         browser = open_browser(chromium, driver)
         try:
-            browser.get(page.as_uri())
-            check_timeline(browser)
-            check_frames(browser)
-            check_reasons(browser)
-            assert not browser.get_log("browser"), "the console holds messages"
-            requests = foreign_requests(browser, page)
-            assert not requests, requests
+            for page, check in zip(pages, (check_report, check_sweep)):
+                browser.get(page.as_uri())
+                check(browser)
+                messages = browser.get_log("browser")
+                assert not messages, messages
+                requests = foreign_requests(browser, page)
+                assert not requests, requests
         finally:
             browser.quit()
     return 0

@@ -1,5 +1,5 @@
-// The report's data and what is derived from it. Everything that comes from outside reaches the page through
-// textContent or attributes, never as markup.
+// What the pages of report and sweep share: their data, and what is derived from it. Everything that comes from
+// outside reaches a page through textContent or attributes, never as markup.
 "use strict";
 
 const report = JSON.parse(document.getElementById("report-data").textContent);
@@ -16,6 +16,15 @@ function element(tag, className, text, ...children) {
   if (text !== null && text !== undefined) made.textContent = text;
   made.append(...children.filter((child) => child !== null));
   return made;
+}
+
+function card(value, label, state) {
+  return element("div", `card ${state || ""}`, null, element("b", "", value), element("span", "quiet", label));
+}
+
+// A colour of style.css, as it is now.
+function colour(name) {
+  return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
 }
 
 function number(value, decimals) {

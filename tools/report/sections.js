@@ -3,10 +3,6 @@
 
 let chosenFilter = "all"; // "all", a state, or a reason
 
-function card(value, label, state) {
-  return element("div", `card ${state || ""}`, null, element("b", "", value), element("span", "quiet", label));
-}
-
 function showSummary() {
   const { frames, found, held, lost, longestLoss, medianMs, p95Ms } = report.summary;
   const share = frames > 0 ? (100 * found) / frames : 0;
@@ -32,7 +28,7 @@ function reasonRow(entry) {
   const bar = element("div", `bar ${stateOf(entry)}`);
   bar.style.width = `${(100 * entry.frames.length) / report.frames.length}%`;
   const row = element("tr", "", null,
-    element("td", "", entry.reason),
+    element("td", "", null, element("button", "", entry.reason)), // for the keyboard; its click is the row's
     element("td", "number", entry.frames.length),
     element("td", "share", null, bar),
     element("td", "quiet", `${report.frames[example].sentence} (frame ${example})`));
@@ -79,7 +75,9 @@ function choose(filter) {
     button.setAttribute("aria-pressed", String(button.dataset.filter === filter));
   }
   for (const row of byId("reason-table").tBodies[0].rows) {
-    row.classList.toggle("chosen", row.dataset.reason === filter);
+    const isChosen = row.dataset.reason === filter;
+    row.classList.toggle("chosen", isChosen);
+    row.querySelector("button").setAttribute("aria-pressed", String(isChosen));
   }
 }
 

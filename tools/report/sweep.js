@@ -1,4 +1,5 @@
-// The page of a parameter sweep. Uses model.js, which goes before it.
+// The page of a parameter sweep.
+"use strict";
 
 const sweep = report;
 const { parameter, points, suggestion } = sweep;
@@ -9,14 +10,6 @@ const chartRows = [
 ];
 
 const step = points.length > 1 ? points[1].value - points[0].value : 1;
-
-function colour(name) {
-  return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
-}
-
-function card(value, label, state) {
-  return element("div", `card ${state || ""}`, null, element("b", "", value), element("span", "quiet", label));
-}
 
 function showSummary() {
   byId("title").textContent = `Sweep of ${parameter.name}`;
@@ -54,7 +47,7 @@ function showReadout(index) {
 
 function makeChart(row) {
   const plot = element("div", "plot");
-  byId("charts").append(element("div", "quiet", row.title), element("div", "chart last", null, plot));
+  byId("charts").append(element("div", "chart tall", null, element("div", "title", row.title), plot));
   return new Dygraph(plot, points.map((point) => [point.value, row.value(point)]), {
     colors: [colour("accent")],
     axisLineColor: colour("line"),
@@ -73,8 +66,8 @@ function makeChart(row) {
 }
 
 function tableRow(point) {
-  const bar = element("div", "bar found");
-  bar.style.width = `${100 * point.foundShare}%`;
+  const bar = point.foundShare > 0 ? element("div", "bar found") : null;
+  if (bar) bar.style.width = `${100 * point.foundShare}%`;
   const weight = point.isGood ? "number changed" : "number";
   return element("tr", "", null,
     element("td", weight, plain(point.value)),

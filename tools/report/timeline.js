@@ -11,10 +11,6 @@ const chartRows = [
   { title: "time, ms", value: (frame) => frame.ms, fromZero: true },
 ];
 
-function colour(name) {
-  return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
-}
-
 function lastIndex() {
   return report.frames.length - 1;
 }
