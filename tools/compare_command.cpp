@@ -1,12 +1,8 @@
 // zelweld compare: the same frames under two parameter files.
 #include "tools/commands.h"
-#include "tools/frame_source.h"
 #include "tools/output.h"
-#include "tools/progress.h"
 #include "tools/seam_run.h"
-#include "tools/shared_options.h"
 #include "tools/stats.h"
-#include "tools/stop_signal.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -21,8 +17,7 @@ constexpr std::size_t kMaxStretches = 12;  // of frames lost on one side that ar
 struct TOptions {
   std::string fileA;
   std::string fileB;
-  TFrameOptions frames;
-  bool isExact = false;
+  TSeamRunOptions run;
 };
 
 // Frames found on one side only, and why the other side lost them.
@@ -44,9 +39,9 @@ struct TComparison {
   std::vector<double> distancesPx = {};  // between the seams, frames found on both sides
 };
 
-void compareFrame(TComparison& both, const cv::Mat& image, const TFrame& frame) {
-  const TSeamFrame a = both.a.next(image, frame.index, frame.startsSequence);
-  const TSeamFrame b = both.b.next(image, frame.index, frame.startsSequence);
+void compareFrame(TComparison& both, const TFrame& frame) {
+  const TSeamFrame a = both.a.next(frame);
+  const TSeamFrame b = both.b.next(frame);
   if (a.isFound && !b.isFound) {
     both.onlyA.add(frame.index, b);
   }
@@ -142,26 +137,17 @@ void printReasons(const TComparison& both) {
 }
 
 TComparison comparisonOf(const TOptions& options) {
-  const TTrackerOptions tracker = options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
   const auto sideOf = [&](const std::string& file) {
     TParamSource source;
     source.file = file;
-    return TSeamRun(loadParams(source), tracker);
+    return TSeamRun(loadParams(source), trackerOf(options.run));
   };
   return {sideOf(options.fileA), sideOf(options.fileB), {}, {}};
 }
 
 void run(const TOptions& options) {
   TComparison both = comparisonOf(options);
-  const TPreparation preparation = preparationOf(options.frames);
-  TFrameSource source(listInputs(options.frames.inputs));
-  TProgress progress(source.frameCount());
-  while (const auto frame = source.next()) {
-    compareFrame(both, prepareImage(frame->image, preparation, frame->name), *frame);
-    progress.draw(both.a.frames());
-  }
-  progress.clear();
-  throwIfStopRequested();
+  followFrames(options.run.frames, [&](const TFrame& frame) { compareFrame(both, frame); });
   printFigures(both, options);
   printDifference(both.onlyA, "B", "A");
   printDifference(both.onlyB, "A", "B");
@@ -175,8 +161,7 @@ void addCompareCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   command->add_option("A.json", options->fileA, "Parameter file, as params --format json writes it")->required();
   command->add_option("B.json", options->fileB, "The parameter file to set beside it")->required();
-  addFrameOptions(*command, options->frames);
-  command->add_flag("--exact", options->isExact, "The plain rules of the detectors, without the tracker's help");
+  addSeamRunOptions(*command, options->run);
   command->footer(
       "found   frames whose seam was found; repeats of an earlier seam do not count\n"
       "losses  stretches of frames not found\n"

@@ -4,8 +4,15 @@
 
 namespace tool {
 
-TTracking trackingOf(const TFrameOptions& frames, const TParamSource& params, const TTrackerChoice& tracker) {
-  return {loadParams(params), trackerOptionsOf(tracker), tracker.isFirstOnly, preparationOf(frames)};
+void addTrackingOptions(CLI::App& command, TTrackingOptions& options) {
+  addFrameOptions(command, options.frames);
+  addParamOptions(command, options.source);
+  addTrackerOptions(command, options.tracker);
+}
+
+TTracking trackingOf(const TTrackingOptions& options) {
+  return {loadParams(options.source), trackerOptionsOf(options.tracker), options.tracker.isFirstOnly,
+          preparationOf(options.frames)};
 }
 
 TFrameTracker::TFrameTracker(const TTracking& tracking) : how(tracking), tracker(how.params, how.tracker) {}

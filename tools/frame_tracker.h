@@ -11,6 +11,16 @@
 
 namespace tool {
 
+// As typed.
+struct TTrackingOptions {
+  TFrameOptions frames;
+  TParamSource source;
+  TTrackerChoice tracker;
+};
+
+// Declares all options of these three.
+void addTrackingOptions(CLI::App& command, TTrackingOptions& options);
+
 struct TTracking {
   TWeldParams params;
   TTrackerOptions tracker;
@@ -19,7 +29,7 @@ struct TTracking {
 };
 
 // As understood from what was typed. Throws a usage error that names the option.
-TTracking trackingOf(const TFrameOptions& frames, const TParamSource& params, const TTrackerChoice& tracker);
+TTracking trackingOf(const TTrackingOptions& options);
 
 struct TTrackedFrame {
   cv::Mat image;  // as searched

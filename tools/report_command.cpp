@@ -6,8 +6,6 @@
 #include "tools/output_file.h"
 #include "tools/progress.h"
 #include "tools/report.h"
-#include "tools/shared_options.h"
-#include "tools/tracker_options.h"
 
 #include <iostream>
 #include <memory>
@@ -19,9 +17,7 @@ namespace fs = std::filesystem;
 
 // As typed.
 struct TOptions {
-  TFrameOptions frames;
-  TParamSource source;
-  TTrackerChoice tracker;
+  TTrackingOptions tracking;
   std::string page = "report.html";
 };
 
@@ -54,9 +50,9 @@ void writePage(const TReport& report, const fs::path& page) {
 }
 
 void run(const TOptions& options) {
-  TTracking tracking = trackingOf(options.frames, options.source, options.tracker);
+  TTracking tracking = trackingOf(options.tracking);
   tracking.tracker.withTrace = true;
-  TFrameSource source(listInputs(options.frames.inputs));
+  TFrameSource source(listInputs(options.tracking.frames.inputs));
   preparePlace(options.page);
   TReport report(tracking.params, tracking.tracker);
   try {
@@ -73,9 +69,7 @@ void run(const TOptions& options) {
 void addReportCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("report", "Write a page about what happened in every frame");
   const auto options = std::make_shared<TOptions>();
-  addFrameOptions(*command, options->frames);
-  addParamOptions(*command, options->source);
-  addTrackerOptions(*command, options->tracker);
+  addTrackingOptions(*command, options->tracking);
   command->add_option("--out", options->page, "The page, an HTML file")->capture_default_str();
   command->footer(
       "The page needs no other file and no network.\n"

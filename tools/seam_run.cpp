@@ -1,7 +1,9 @@
 #include "tools/seam_run.h"
 
 #include "tools/overlay.h"
+#include "tools/progress.h"
 #include "tools/stats.h"
+#include "tools/stop_signal.h"
 #include "tools/trace_json.h"
 
 #include <algorithm>
@@ -48,13 +50,13 @@ std::vector<TReasonTally::TRow> TReasonTally::rows() const {
 TSeamRun::TSeamRun(const TWeldParams& weldParams, TTrackerOptions options)
     : params(weldParams), tracker(weldParams, traced(options)) {}
 
-TSeamFrame TSeamRun::next(const cv::Mat& image, int frame, bool startsSequence) {
-  if (startsSequence) {
+TSeamFrame TSeamRun::next(const TFrame& frame) {
+  if (frame.startsSequence) {
     tracker.reset();
     seamJitter.startSequence();
     lossRun = 0;
   }
-  const TWeldLineRes result = tracker.track(image);
+  const TWeldLineRes result = tracker.track(frame.image);
   const TFrameTrace& trace = tracker.lastTrace();
   TSeamFrame seen;
   seen.isFound = result.isFound && !tracker.isHeld();
@@ -64,7 +66,7 @@ TSeamFrame TSeamRun::next(const cv::Mat& image, int frame, bool startsSequence) 
   seamJitter.add(seen.seam);
   count(seen.isFound);
   if (!seen.isFound) {
-    lostReasons.add(frame, seen);
+    lostReasons.add(frame.index, seen);
   }
   return seen;
 }
@@ -79,6 +81,28 @@ void TSeamRun::count(bool isFound) {
 
 double TSeamRun::foundShare() const {
   return frameCount == 0 ? 0.0 : static_cast<double>(foundCount) / frameCount;
+}
+
+void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options) {
+  addFrameOptions(command, options.frames);
+  command.add_flag("--exact", options.isExact, "The plain rules of the detectors, without the tracker's help");
+}
+
+TTrackerOptions trackerOf(const TSeamRunOptions& options) {
+  return options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
+}
+
+void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {
+  const TPreparation preparation = preparationOf(options);
+  TFrameSource source(listInputs(options.inputs));
+  TProgress progress(source.frameCount());
+  while (auto frame = source.next()) {
+    frame->image = prepareImage(frame->image, preparation, frame->name);
+    follow(*frame);
+    progress.draw(frame->index + 1);
+  }
+  progress.clear();
+  throwIfStopRequested();
 }
 
 }  // namespace tool

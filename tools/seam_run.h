@@ -1,11 +1,15 @@
 // One tracker over the frames of a run, and the figures of what it found.
 #pragma once
 
+#include "tools/frame_source.h"
+#include "tools/shared_options.h"
+
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,7 +63,8 @@ class TSeamRun {
 public:
   TSeamRun(const TWeldParams& weldParams, TTrackerOptions options);
 
-  TSeamFrame next(const cv::Mat& image, int frame, bool startsSequence);
+  // The next frame, its image as searched.
+  TSeamFrame next(const TFrame& frame);
 
   int frames() const { return frameCount; }
   int found() const { return foundCount; }
@@ -82,5 +87,20 @@ private:
   int lossRun = 0;
   int longestLossFrames = 0;
 };
+
+// As typed: which frames, and how they are followed.
+struct TSeamRunOptions {
+  TFrameOptions frames;
+  bool isExact = false;
+};
+
+// Declares the options of the frames, and --exact.
+void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options);
+
+// As understood.
+TTrackerOptions trackerOf(const TSeamRunOptions& options);
+
+// Hands every frame on, its image as searched. Throws the error of a stop signal: figures need all frames.
+void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow);
 
 }  // namespace tool

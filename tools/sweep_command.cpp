@@ -1,14 +1,10 @@
 // zelweld sweep: one parameter over a range, on the same frames.
 #include "tools/cli_error.h"
 #include "tools/commands.h"
-#include "tools/frame_source.h"
 #include "tools/output.h"
 #include "tools/output_file.h"
 #include "tools/param_table.h"
-#include "tools/progress.h"
 #include "tools/seam_run.h"
-#include "tools/shared_options.h"
-#include "tools/stop_signal.h"
 #include "tools/sweep.h"
 #include "tools/sweep_page.h"
 #include "tools/text.h"
@@ -23,9 +19,8 @@ constexpr int kBarWidth = 20;  // characters for a found share of 100 %
 
 // As typed.
 struct TOptions {
-  TFrameOptions frames;
+  TSeamRunOptions run;
   TParamSource source;
-  bool isExact = false;
   std::string page;
 };
 
@@ -57,26 +52,12 @@ TSweep sweepOf(const TOptions& options) {
   if (isSwitch(spec)) {
     throw usageError("--set: " + spec.name + " is a switch and has no range; use zelweld compare");
   }
-  const TTrackerOptions tracker = options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
   TSweep sweep{params.weldType, range, {}};
   for (const double value : range.values) {
     setParam(params, spec, value);
-    sweep.runs.emplace_back(params, tracker);
+    sweep.runs.emplace_back(params, trackerOf(options.run));
   }
   return sweep;
-}
-
-void followFrames(TSweep& sweep, const TOptions& options) {
-  const TPreparation preparation = preparationOf(options.frames);
-  TFrameSource source(listInputs(options.frames.inputs));
-  TProgress progress(source.frameCount());
-  while (const auto frame = source.next()) {
-    const cv::Mat image = prepareImage(frame->image, preparation, frame->name);
-    for (TSeamRun& run : sweep.runs) {
-      run.next(image, frame->index, frame->startsSequence);
-    }
-    progress.draw(sweep.runs.front().frames());
-  }
 }
 
 TSweepRow rowOf(double value, const TSeamRun& run) {
@@ -145,8 +126,11 @@ void printSuggestion(const TSweepResult& result) {
 
 void run(const TOptions& options) {
   TSweep sweep = sweepOf(options);
-  followFrames(sweep, options);
-  throwIfStopRequested();
+  followFrames(options.run.frames, [&](const TFrame& frame) {
+    for (TSeamRun& run : sweep.runs) {
+      run.next(frame);
+    }
+  });
   const TSweepResult result = judge(sweep);
   printTable(result);
   printSuggestion(result);
@@ -161,9 +145,8 @@ void addSweepCommand(CLI::App& program) {
   CLI::App* const command =
       program.add_subcommand("sweep", "Track the same frames with one parameter over a range");
   const auto options = std::make_shared<TOptions>();
-  addFrameOptions(*command, options->frames);
+  addSeamRunOptions(*command, options->run);
   addParamOptions(*command, options->source);
-  command->add_flag("--exact", options->isExact, "The plain rules of the detectors, without the tracker's help");
   command->add_option("--out", options->page, "HTML page with charts of found share and jitter");
   command->footer(
       "Exactly one --set gives a range, name=from:to:step; others fix further parameters.\n"

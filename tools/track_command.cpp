@@ -9,11 +9,9 @@
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/record_writer.h"
-#include "tools/shared_options.h"
 #include "tools/stats.h"
 #include "tools/text.h"
 #include "tools/trace_json.h"
-#include "tools/tracker_options.h"
 
 #include <cstdio>
 #include <iostream>
@@ -26,9 +24,7 @@ namespace fs = std::filesystem;
 
 // As typed.
 struct TOptions {
-  TFrameOptions frames;
-  TParamSource source;
-  TTrackerChoice tracker;
+  TTrackingOptions tracking;
   std::string outFolder;
   std::string format = "table";
   bool withPoints = false;
@@ -63,13 +59,13 @@ fs::path outFolderOf(const TOptions& options, const std::vector<TInputFile>& fil
 
 TJob jobOf(const TOptions& options) {
   TJob job;
-  job.tracking = trackingOf(options.frames, options.source, options.tracker);
+  job.tracking = trackingOf(options.tracking);
   job.format = parseFormat(options.format);
   job.withPoints = options.withPoints;
   if (job.withPoints && job.format != TFormat::jsonl) {
     throw usageError("--points needs --format jsonl");
   }
-  job.files = listInputs(options.frames.inputs);
+  job.files = listInputs(options.tracking.frames.inputs);
   job.outFolder = outFolderOf(options, job.files);
   job.withTrace = options.withTrace;
   job.tracking.tracker.withTrace = job.withTrace || !job.outFolder.empty();
@@ -124,9 +120,7 @@ void run(const TOptions& options) {
 void addTrackCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("track", "Find the seam in every frame");
   const auto options = std::make_shared<TOptions>();
-  addFrameOptions(*command, options->frames);
-  addParamOptions(*command, options->source);
-  addTrackerOptions(*command, options->tracker);
+  addTrackingOptions(*command, options->tracking);
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
   command->add_option("--format", options->format, "Records as table, jsonl or csv")->capture_default_str();
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");

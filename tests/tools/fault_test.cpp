@@ -2,6 +2,8 @@
 #include "program.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -75,6 +77,25 @@ private:
   FILE* out = nullptr;
 };
 
+// Waits until somebody opens a file.
+class TOpenWatch {
+public:
+  explicit TOpenWatch(const fs::path& file) : events{inotify_init(), POLLIN, 0} {
+    EXPECT_GE(inotify_add_watch(events.fd, file.c_str(), IN_OPEN), 0);
+  }
+  ~TOpenWatch() { close(events.fd); }
+  TOpenWatch(const TOpenWatch&) = delete;
+  TOpenWatch& operator=(const TOpenWatch&) = delete;
+
+  bool wait() {
+    constexpr int kPatienceMs = 20'000;
+    return poll(&events, 1, kPatienceMs) == 1;
+  }
+
+private:
+  pollfd events;
+};
+
 // Holds every file that this process and its children write to so many bytes, like a disk that fills up.
 class TFileSizeLimit {
 public:
@@ -126,6 +147,34 @@ TEST_F(ZelweldTest, StopSignalEndsTheRunAfterTheFrameAtHand) {
     EXPECT_EQ(images.size(), records);
     for (const std::string& name : images) EXPECT_FALSE(cv::imread(folder / "seen" / name).empty()) << name;
     fs::remove_all(folder / "seen");
+  }
+}
+
+// A report tells of the frames so far; what needs all frames says nothing.
+TEST_F(ZelweldTest, StopSignalLeavesAWholeReportAndNoHalfComparison) {
+  simulate("f", "--type gap --frames 2");
+  zelweldOk("params --type gap --format json > p.json");
+  std::string frames;
+  for (int i = 0; i < 1000; ++i) frames += " f";
+  for (const char* const command : {"report --type gap --out page.html", "compare p.json p.json",
+                                    "sweep --type gap --set dPara8=5:9:2 --out page.html"}) {
+    SCOPED_TRACE(command);
+    const bool isReport = command[0] == 'r';
+    TOpenWatch watch(folder / "f/frame_0001.png");
+    TWaitingRun running(folder, command + frames);
+    ASSERT_TRUE(watch.wait());  // the first frame is done
+    running.send(SIGINT);
+    const TRun run = running.readToTheEnd();
+    EXPECT_EQ(run.exitCode, 130);
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err.find("SIGINT"), std::string::npos) << run.err;
+    EXPECT_EQ(run.err.find("frames 2000"), std::string::npos) << "the run went on";
+    EXPECT_FALSE(fs::exists(folder / "page.html.part"));
+    ASSERT_EQ(fs::exists(folder / "page.html"), isReport);
+    if (!isReport) continue;
+    const std::string page = readFile(folder / "page.html");
+    EXPECT_EQ(page.substr(page.size() - 8), "</html>\n");
+    fs::remove(folder / "page.html");
   }
 }
 
