@@ -196,6 +196,7 @@ bool runDemo(const fs::path& folder) {
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
   tool::writeDemoReport(folder / "report.html");
   std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
+            << "Time: of a tracked frame, with the recording of its trace.\n"
             << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it.\n"
             << "A lap seam with losses, for a browser: " << (folder / "report.html").string() << std::endl;
   return std::all_of(rows.begin(), rows.end(), isGood);
