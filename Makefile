@@ -5,6 +5,9 @@ JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 FRAMES ?= 200000
 SECONDS ?= 60
+# Builds of their own; one folder may serve for both.
+ASAN_BUILD ?= $(BUILD)-asan
+FUZZ_BUILD ?= $(BUILD)-fuzz
 
 # cmake starts a make of its own with its own -j, which is not to take itself for a part of this one.
 standalone = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL
@@ -40,9 +43,9 @@ test: ## build and run all tests
 
 test-asan: ## the tests under the address and undefined-behaviour sanitizers
 	$(setup) build test
-	cmake -S . -B $(BUILD)-asan -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
-	$(call compile,$(BUILD)-asan)
-	$(call run_tests,$(BUILD)-asan)
+	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
+	$(call compile,$(ASAN_BUILD))
+	$(call run_tests,$(ASAN_BUILD))
 
 test-tsan: ## trackers and plain calls on many threads, under the thread sanitizer
 	$(setup) build test
@@ -80,22 +83,24 @@ test-arm: ## the tests that hold results to the bit, on 64-bit ARM under qemu
 	$(setup) arm
 	$(standalone) scripts/test-arm.sh $(BUILD)-arm $(JOBS) $(CMAKE_FLAGS)
 
-# The fuzz targets in a build of their own.
+# A first configuration leaves out what the fuzz targets do without.
+fuzz_alone = $(if $(wildcard $(FUZZ_BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_EXAMPLES=OFF \
+  -DZELWELD_BUILD_BENCHMARKS=OFF)
+
 define build_fuzz
 $(setup) build fuzz
-cmake -S . -B $(BUILD)-fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON \
-  -DZELWELD_BUILD_FUZZERS=ON -DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_EXAMPLES=OFF -DZELWELD_BUILD_BENCHMARKS=OFF \
-  $(CMAKE_FLAGS)
-$(call compile,$(BUILD)-fuzz)
+cmake -S . -B $(FUZZ_BUILD) -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug -DZELWELD_SANITIZE=ON \
+  -DZELWELD_BUILD_FUZZERS=ON $(fuzz_alone) $(CMAKE_FLAGS)
+$(call compile,$(FUZZ_BUILD)) --target fuzz_programs
 endef
 
 fuzz: ## look for crashes with random input: make fuzz SECONDS=60 for each fuzz target
 	$(build_fuzz)
-	scripts/fuzz.sh $(BUILD)-fuzz $(SECONDS)
+	scripts/fuzz.sh $(FUZZ_BUILD) $(SECONDS)
 
 fuzz-replay: ## run the seeds and the cases of fuzz/cases once
 	$(build_fuzz)
-	scripts/fuzz.sh $(BUILD)-fuzz 0
+	scripts/fuzz.sh $(FUZZ_BUILD) 0
 
 build-clang: ## build everything with clang
 	$(setup) build test bench clang
@@ -135,7 +140,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-asan $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-fuzz $(BUILD)-coverage demo-out
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile
