@@ -63,13 +63,13 @@ soak: ## a long run of FRAMES mixed frames, twice: memory must stay flat, result
 test-valgrind: ## one pass of the scenarios and of every unit under valgrind
 	$(setup) build test valgrind
 	$(configure) -DZELWELD_BUILD_TESTS=ON
-	$(call compile,$(BUILD)) --target valgrind_programs
+	$(call compile,$(BUILD)) --target library_tests
 	$(standalone) scripts/test-valgrind.sh $(BUILD)/tests
 
 coverage: ## which lines of src/ the tests run; fails below 95 %
 	$(setup) build test coverage
 	cmake -S . -B $(BUILD)-coverage -DCMAKE_BUILD_TYPE=Debug -DZELWELD_COVERAGE=ON -DZELWELD_BUILD_BENCHMARKS=OFF $(CMAKE_FLAGS)
-	$(call compile,$(BUILD)-coverage)
+	$(call compile,$(BUILD)-coverage) --target library_tests
 	$(standalone) scripts/coverage.sh $(BUILD)-coverage $(JOBS)
 
 LINT ?= src tools scenes

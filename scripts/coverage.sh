@@ -10,7 +10,7 @@ jobs=$2
 min_line_percent=95
 
 find "$build" -name '*.gcda' -delete
-find "$build/tests" -maxdepth 2 -type f -executable -name 'test_*' -print0 |
+find "$build/tests" -maxdepth 1 -type f -executable -name 'test_*' -print0 |
   xargs -0 -P "$jobs" -I{} sh -c '{} --gtest_brief=1 || { echo "{} failed" >&2; exit 255; }'
 
 mkdir -p "$build/coverage"

@@ -8,7 +8,7 @@ duration=$2
 cd "$(dirname "$0")/.."
 
 memory_limit_mb=2048
-call_limit_s=20
+call_limit_s=60
 max_input_bytes=40960
 # A few bytes of an image file can stand for a picture of a gigabyte: kept small here, so that more of them are read.
 export OPENCV_IO_MAX_IMAGE_PIXELS=4194304

@@ -34,7 +34,7 @@ inline int larger(int a, int b) {
 }
 
 inline std::ptrdiff_t columnOf(const TScanArea& area, int strip) {
-  return strip + 1 < area.strips ? strip * kStripColumns : area.lastStrip;
+  return strip + 1 < area.strips ? static_cast<std::ptrdiff_t>(strip) * kStripColumns : area.lastStrip;
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
 
   for (int strip = 0; strip < strips; ++strip) {
     TStripPairs pairs;
-    kernels.pairStripeEdges(area, strip, marks + strip * words, words, edgeRows, pairs);
+    kernels.pairStripeEdges(area, strip, marks + static_cast<std::size_t>(strip) * words, words, edgeRows, pairs);
     const int first = scanned.x + strip * kStripColumns;
     appendColumns(scanned, first, strip + 1 < strips ? 0 : first - (scanned.x + lastStrip), pairs);
   }

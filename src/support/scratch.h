@@ -116,6 +116,7 @@ public:
   }
   // Takes over lists that came from the scratch memory.
   TLent(TScratch* scratch, TRecord&& record) noexcept : TRecord(std::move(record)), owner(scratch) {}
+  // cppcheck-suppress noExplicitConstructor ; any record may stand for one that was not lent
   TLent(TRecord record) : TRecord(std::move(record)) {}
   TLent(const TLent& other) : TRecord(other) {}
   TLent(TLent&& other) noexcept : TRecord(std::move(other)), owner(other.owner) {}
