@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
@@ -205,14 +206,19 @@ bool runDemo(const fs::path& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App program("Simulates sequences of every joint, tracks them and compares with the truth.", "zelweld_demo");
-  std::string folder = "demo-out";
-  program.add_option("--out", folder, "Folder for annotated frames and the contact sheet")->capture_default_str();
-  CLI11_PARSE(program, argc, argv);
   try {
+    CLI::App program("Simulates sequences of every joint, tracks them and compares with the truth.",
+                     "zelweld_demo");
+    std::string folder = "demo-out";
+    program.add_option("--out", folder, "Folder for annotated frames and the contact sheet")
+        ->capture_default_str();
+    CLI11_PARSE(program, argc, argv);
     return runDemo(folder) ? 0 : 1;
   } catch (const tool::TCliError& error) {
     std::cerr << "zelweld_demo: " << error.what() << std::endl;
     return static_cast<int>(error.exitCode);
+  } catch (const std::exception& error) {
+    std::cerr << "zelweld_demo: " << error.what() << std::endl;
+    return static_cast<int>(tool::TExit::failure);
   }
 }
