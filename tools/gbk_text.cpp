@@ -7,8 +7,8 @@
 namespace tool {
 
 std::string utf8FromGbk(const std::string& text) {
-  const iconv_t conversion = iconv_open("UTF-8", "GBK");
-  if (conversion == reinterpret_cast<iconv_t>(-1)) {
+  iconv_t conversion = iconv_open("UTF-8", "GBK");
+  if (conversion == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr): POSIX's sign of failure
     throw TCliError(TExit::failure, "this system cannot convert GBK text to UTF-8");
   }
   std::string source = text;

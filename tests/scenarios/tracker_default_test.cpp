@@ -175,6 +175,17 @@ TEST_F(TrackerDefault, anExceptionLeavesTheTrackerAsItWas) {
   EXPECT_EQ(tracker.lastTrace().attempts.size(), 1U) << "still tracking";
 }
 
+TEST_F(TrackerDefault, refusesAPlateWhoseEndIsCutOff) {
+  const scenes::TSceneParams whole = scenes::randomScene(TJoint::plate, TLevel::clean, 8, {320, 256});
+  const cv::Mat cut = scenes::renderScene(whole).image.colRange(0, 246);
+  const TWeldParams params = scenes::weldParamsFor(TJoint::plate);
+  EXPECT_TRUE(TWeldTracker(params, TTrackerOptions::exact()).track(cut).isFound);
+  TWeldTracker tracker(params, traced());
+  EXPECT_FALSE(tracker.track(cut).isFound);
+  EXPECT_EQ(tracker.lastTrace().outcome, TWeldOutcome::markerPoint);
+  EXPECT_EQ(tracker.lastTrace().sentence, "corner without support");
+}
+
 TEST_F(TrackerDefault, optionsOutOfRangeCountAsTheNearestValidOnes) {
   TTrackerOptions options;
   options.guideMarginPx = -5;
