@@ -90,7 +90,7 @@ cv::Mat readImage(const fs::path& path) {
   if (isCutOffJpeg(bytes)) {
     throw inputError(path.string() + ": the image is cut off before its end");
   }
-  const cv::Mat image = decode(bytes);
+  cv::Mat image = decode(bytes);
   if (image.empty()) {
     throw inputError(path.string() + ": no whole image; a complete image file is needed (" + imageEndings() + ")");
   }
@@ -104,7 +104,7 @@ void writeImage(const fs::path& path, const cv::Mat& image) {
 }
 
 TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {
-  std::fflush(stderr);
+  static_cast<void>(std::fflush(stderr));
   const int nowhere = open("/dev/null", O_WRONLY);
   if (nowhere >= 0) {
     dup2(nowhere, STDERR_FILENO);
@@ -113,7 +113,7 @@ TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {
 }
 
 TDecoderSilence::~TDecoderSilence() {
-  std::fflush(stderr);
+  static_cast<void>(std::fflush(stderr));
   if (savedStderr >= 0) {
     dup2(savedStderr, STDERR_FILENO);
     close(savedStderr);

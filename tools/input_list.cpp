@@ -54,6 +54,7 @@ std::vector<TInputFile> expandFolder(const fs::path& folder) {
   std::sort(images.begin(), images.end(),
             [](const fs::path& a, const fs::path& b) { return naturalLess(a.filename(), b.filename()); });
   std::vector<TInputFile> files;
+  files.reserve(images.size());
   for (const fs::path& path : images) {
     files.push_back({path, false, files.empty()});
   }

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
+#include <exception>
 #include <iostream>
 #include <new>
 #include <string>
@@ -60,8 +60,6 @@ int run(CLI::App& program, int argc, char** argv) {
     return finish(error.exitCode, error.what());
   } catch (const cv::Exception& error) {
     return finish(TExit::failure, "OpenCV refused: " + firstLine(error.err));
-  } catch (const std::filesystem::filesystem_error& error) {
-    return finish(TExit::failure, error.what());
   } catch (const std::bad_alloc&) {
     return finish(TExit::failure, "out of memory");
   }
@@ -71,19 +69,23 @@ int run(CLI::App& program, int argc, char** argv) {
 
 int main(int argc, char** argv) {
   cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failed write,
-  std::signal(SIGXFSZ, SIG_IGN);  // and so is a file beyond the size limit
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));  // a closed pipe is reported as a failed write,
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // and so is a file beyond the size limit
   tool::catchStopSignals();
-  CLI::App program("Finds weld seams in images of a laser stripe.", "zelweld");
-  program.set_version_flag("--version", ZELWELD_VERSION);
-  program.require_subcommand(1);
-  tool::addTrackCommand(program);
-  tool::addReportCommand(program);
-  tool::addSimulateCommand(program);
-  tool::addParamsCommand(program);
-  tool::addExposureCommand(program);
-  tool::addFeaturesCommand(program);
-  tool::addCompareCommand(program);
-  tool::addSweepCommand(program);
-  return run(program, argc, argv);
+  try {
+    CLI::App program("Finds weld seams in images of a laser stripe.", "zelweld");
+    program.set_version_flag("--version", ZELWELD_VERSION);
+    program.require_subcommand(1);
+    tool::addTrackCommand(program);
+    tool::addReportCommand(program);
+    tool::addSimulateCommand(program);
+    tool::addParamsCommand(program);
+    tool::addExposureCommand(program);
+    tool::addFeaturesCommand(program);
+    tool::addCompareCommand(program);
+    tool::addSweepCommand(program);
+    return run(program, argc, argv);
+  } catch (const std::exception& error) {
+    return finish(TExit::failure, error.what());
+  }
 }
