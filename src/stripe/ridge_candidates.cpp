@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <limits>
 
 namespace weld {
 
@@ -18,11 +18,25 @@ constexpr int kWeakShift = 1;       // a weak candidate has half the contrast of
 constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
 constexpr int kLanes = 16;          // columns that are ruled out at once
 
-int weakestContrast(const TRidgeCandidates& column) {
-  return std::min_element(column.items.begin(), column.items.end(),
-                          [](const auto& a, const auto& b) { return a.contrast < b.contrast; })
-      ->contrast;
-}
+// The strongest maxima of a column in one scale. A slot that is free has the least of all contrasts.
+struct alignas(16) TColumnMaxima {
+  static constexpr short kFree = std::numeric_limits<short>::min();
+  static constexpr short kNoSlot = std::numeric_limits<short>::max();
+  static_assert(TRidgeCandidates::kMax == 6 && v_int16x8::nlanes == 8, "a vector is six slots and two that are none");
+
+  short contrast[v_int16x8::nlanes] = {kFree, kFree, kFree, kFree, kFree, kFree, kNoSlot, kNoSlot};
+  int row[TRidgeCandidates::kMax] = {};
+
+  // The first of the weakest makes room. Returns the contrast of the weakest after that.
+  short insert(short newContrast, int newRow) {
+    const v_int16x8 before = cv::v_load_aligned(contrast);
+    const v_int16x8 isWeakest = before == cv::v_setall_s16(cv::v_reduce_min(before));
+    const int slot = cv::v_scan_forward(isWeakest);
+    contrast[slot] = newContrast;
+    row[slot] = newRow;
+    return cv::v_reduce_min(cv::v_load_aligned(contrast));
+  }
+};
 
 // Three rows of response one below the other, and the least response that counts in every column.
 struct TRows {
@@ -59,21 +73,33 @@ public:
         weak(strong.size(), memory),
         enough(memory),
         rows(3, std::pmr::vector<short>(strong.size(), memory), memory),
-        columns(strong.size(), memory) {
+        maxima(strong.size(), memory) {
     std::transform(strong.begin(), strong.end(), weak.begin(),
                    [](short least) { return static_cast<short>(least >> kWeakShift); });
     enough = weak;
   }
 
-  std::pmr::vector<TRidgeCandidates> run() {
+  void run() {
     computeRidgeRow(level, halfRows, 0, row(0));
     computeRidgeRow(level, halfRows, 0, row(2));
     for (int y = 0; y < level.grey.rows; ++y) {
       computeRidgeRow(level, halfRows, y + 1, row(y + 1));
       collectMaxima(y);
     }
-    return std::move(columns);
   }
+
+  // The candidates that a column of the level found.
+  void appendTo(std::pmr::vector<TRidgeCandidate>& candidates, std::size_t x) const {
+    for (std::size_t slot = 0; slot < TRidgeCandidates::kMax; ++slot) {
+      const int contrast = maxima[x].contrast[slot];
+      if (contrast == TColumnMaxima::kFree) continue;
+      candidates.push_back({2 * maxima[x].row[slot] * level.stepY - 1, contrast, widthPx, contrast - weak[x],
+                            contrast * rootOfWidth, contrast >= strong[x]});
+    }
+  }
+
+  // Columns of the finest level to one of this.
+  int columnStep() const { return level.stepX / kRidgeColumnStep; }
 
 private:
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
@@ -90,24 +116,11 @@ private:
     }
   }
 
+  // A full column asks for more than its weakest has.
   void collect(int y, int column) {
     const auto x = static_cast<std::size_t>(column);
-    const int contrast = row(y)[x];
-    insert(x, {2 * y * level.stepY - 1, contrast, widthPx, contrast - weak[x], contrast * rootOfWidth,
-               contrast >= strong[x]});
-  }
-
-  // A full column asks for more than its weakest has, and the first of its weakest makes room.
-  void insert(std::size_t x, const TRidgeCandidate& candidate) {
-    TRidgeCandidates& column = columns[x];
-    if (column.count < TRidgeCandidates::kMax) {
-      column.items[static_cast<std::size_t>(column.count++)] = candidate;
-    } else {
-      const int weakest = enough[x] - 1;
-      *std::find_if(column.items.begin(), column.items.end(),
-                    [&](const TRidgeCandidate& item) { return item.contrast == weakest; }) = candidate;
-    }
-    if (column.count == TRidgeCandidates::kMax) enough[x] = static_cast<short>(weakestContrast(column) + 1);
+    const short weakest = maxima[x].insert(row(y)[x], y);
+    enough[x] = std::max(enough[x], static_cast<short>(weakest + 1));
   }
 
   const TRidgeLevel& level;
@@ -118,7 +131,7 @@ private:
   std::pmr::vector<short> weak;    // and of a weak one
   std::pmr::vector<short> enough;  // and of one that the column still takes
   std::pmr::vector<std::pmr::vector<short>> rows;
-  std::pmr::vector<TRidgeCandidates> columns;
+  std::pmr::vector<TColumnMaxima> maxima;
 };
 
 // Candidates of several scales, strongest first, without those inside the reach of a stronger one.
@@ -139,22 +152,17 @@ TRidgeCandidates mergeColumn(const TRidgeCandidate* begin, const TRidgeCandidate
 std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TRidgeLevel>& levels,
                                                        const std::pmr::vector<TRidgeScale>& scales,
                                                        double minContrast, std::pmr::memory_resource* memory) {
-  std::pmr::vector<std::pmr::vector<TRidgeCandidates>> perScale(memory);
-  perScale.reserve(scales.size());
+  std::pmr::vector<TScaleScan> scans(memory);
+  scans.reserve(scales.size());
   for (const TRidgeScale& scale : scales) {
-    perScale.push_back(
-        TScaleScan(levels[static_cast<std::size_t>(scale.level)], scale, minContrast, memory).run());
+    scans.emplace_back(levels[static_cast<std::size_t>(scale.level)], scale, minContrast, memory).run();
   }
   std::pmr::vector<TRidgeCandidates> columns(static_cast<std::size_t>(levels.front().grey.cols), memory);
   std::pmr::vector<TRidgeCandidate> pool(memory);
   pool.reserve(scales.size() * TRidgeCandidates::kMax);
   for (std::size_t c = 0; c < columns.size(); ++c) {
     pool.clear();
-    for (std::size_t s = 0; s < scales.size(); ++s) {
-      const int stepX = levels[static_cast<std::size_t>(scales[s].level)].stepX / kRidgeColumnStep;
-      const TRidgeCandidates& found = perScale[s][c / static_cast<std::size_t>(stepX)];
-      pool.insert(pool.end(), found.items.begin(), found.items.begin() + found.count);
-    }
+    for (const TScaleScan& scan : scans) scan.appendTo(pool, c / static_cast<std::size_t>(scan.columnStep()));
     std::sort(pool.begin(), pool.end(), [](const auto& a, const auto& b) {
       return a.rank != b.rank ? a.rank > b.rank : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
     });

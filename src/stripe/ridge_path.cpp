@@ -50,6 +50,9 @@ struct TState {
 // A piece that stopped, and its direction.
 struct TEnd {
   int state = kNone;
+  int column = 0;
+  int y = 0;
+  std::int64_t score = 0;
   int shift = 0;    // half rows over
   int columns = 1;  // so many columns
   int gain = 0;     // of its last node
@@ -168,15 +171,18 @@ private:
 
   void link(int c, const TRidgeCandidate& here, TState& best) {
     for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
-      for (int j = 0; j < at(c - step).count; ++j) {
+      const TRidgeCandidates& column = at(c - step);
+      for (int j = 0; j < column.count; ++j) {
         const int from = (c - step) * kPerColumn + j;
-        const int shift = std::abs(here.y - candidate(from).y);
-        const int leastCost = leastLinkCost(candidate(from), here, shift, step);
-        // Most fail here, without a division.
-        if (leastCost >= kBreakCost || score(from) - leastCost <= best.score) continue;
+        const std::int64_t scoreFrom = score(from);
+        if (scoreFrom <= best.score) continue;  // most fail here or before the division
+        const TRidgeCandidate& before = column.items[static_cast<std::size_t>(j)];
+        const int shift = std::abs(here.y - before.y);
+        const int leastCost = leastLinkCost(before, here, shift, step);
+        if (leastCost >= kBreakCost || scoreFrom - leastCost <= best.score) continue;
         const int cost = leastCost + kCostPerRow * shift / step;
-        if (cost >= kBreakCost || score(from) - cost <= best.score) continue;
-        best.score = score(from) - cost;
+        if (cost >= kBreakCost || scoreFrom - cost <= best.score) continue;
+        best.score = scoreFrom - cost;
         best.previous = from;
         best.step = TStep::linked;
       }
@@ -189,12 +195,12 @@ private:
 
   void resume(int c, const TRidgeCandidate& here, int gainHere, TState& best) const {
     for (const TEnd& end : ends) {
-      const int gap = c - end.state / kPerColumn;
+      const int gap = c - end.column;
       const int bonus = (gap - 1) * std::min(end.gain, gainHere) * kResumeGainNum >> kResumeGainShift;
-      if (score(end.state) + bonus <= best.score) continue;
-      const int expected = candidate(end.state).y + end.shift * gap / end.columns;
+      if (end.score + bonus <= best.score) continue;
+      const int expected = end.y + end.shift * gap / end.columns;
       const int off = std::abs(here.y - expected) - kResumeRows - gap / kResumeRowsPerGap;
-      const std::int64_t total = score(end.state) + (off <= 0 ? bonus : -kSideStepCost - off * kCostPerExcessRow);
+      const std::int64_t total = end.score + (off <= 0 ? bonus : -kSideStepCost - off * kCostPerExcessRow);
       if (total <= best.score) continue;
       best.score = total;
       best.previous = end.state;
@@ -204,7 +210,7 @@ private:
 
   // Notes the pieces that stopped at column c, and forgets those out of reach of column `now`.
   void collectEnds(int c, int now) {
-    const auto isOld = [&](const TEnd& end) { return now - end.state / kPerColumn > kResumeColumns; };
+    const auto isOld = [&](const TEnd& end) { return now - end.column > kResumeColumns; };
     ends.erase(std::remove_if(ends.begin(), ends.end(), isOld), ends.end());
     for (int i = 0; c >= 0 && i < at(c).count; ++i) {
       const int state = c * kPerColumn + i;
@@ -212,8 +218,9 @@ private:
       if (last.isContinued || last.run < kDirectionNodes) continue;
       int first = state;
       for (int n = 1; n < kDirectionNodes; ++n) first = states[static_cast<std::size_t>(first)].previous;
-      ends.push_back(
-          {state, candidate(state).y - candidate(first).y, c - first / kPerColumn, gainOf(candidate(state))});
+      const TRidgeCandidate& stopped = candidate(state);
+      ends.push_back({state, c, stopped.y, last.score, stopped.y - candidate(first).y, c - first / kPerColumn,
+                      gainOf(stopped)});
     }
   }
 
