@@ -3,6 +3,7 @@
 
 #include "zelWeldDetect.h"
 
+#include "support/line_fit.h"
 #include "support/scratch.h"
 
 #include <opencv2/core.hpp>
@@ -16,6 +17,11 @@ inline constexpr float kPieceFitTolPx = 3.0F;  // distance tolerance of every pi
 // A piece through the points: robust line, inliers within fitTolPx, residuals, ends rounded to whole pixels.
 // Fewer than 10 points, or no line: a piece that holds the points and nothing else.
 TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch = nullptr);
+
+// The same in two steps: the line first, without inliers and residuals, and these once the piece is to stay.
+TLent<TStripePiece> fitPieceLine(TLentList<cv::Point2f> points, float fitTolPx, zelFit::TLineFitResult& line,
+                                 TScratch* scratch = nullptr);
+void measureResiduals(const zelFit::TLineFitResult& line, float fitTolPx, TStripePiece& piece);
 
 // Distance between the two ends of a piece, px.
 double pieceLength(const TStripePiece& piece);

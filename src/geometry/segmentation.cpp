@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace weld {
@@ -34,27 +35,64 @@ TLentList<TStripePiece> fitBetweenPolygonVertices(const std::vector<cv::Point2f>
   return pieces;
 }
 
-// One merge per pass, found from the left. Pairs left of the last merge have not changed and would fail again,
-// so that a pass begins at the piece before the merged one.
-void mergeNeighbours(std::vector<TStripePiece>& pieces, const TMergeLimits& limits, TScratch* scratch) {
-  std::size_t i = 0;
-  int merges = 0;
-  while (i + 1 < pieces.size() && merges < kMaxMergePasses) {
-    if (!tryMergePieces(pieces[i], pieces[i + 1], pieces[i], limits, scratch)) {
-      ++i;
-      continue;
-    }
-    removePiece(pieces, i + 1, scratch);
-    i = i > 0 ? i - 1 : 0;
-    ++merges;
-  }
-}
-
 // Height of the higher of the two inner ends over the chord from the first start to the second end.
 float jointHeight(const TStripePiece& first, const TStripePiece& second) {
   return std::max(heightOverChord(first.startPt, second.endPt, first.endPt),
                   heightOverChord(first.startPt, second.endPt, second.startPt));
 }
+
+bool areOne(const TStripePiece& first, const TStripePiece& second, const TMergeLimits& limits) {
+  if (!first.isFitted || !second.isFitted) return false;
+  const cv::Point2f gap = cv::Point2f(first.endPt) - cv::Point2f(second.startPt);
+  const bool isNear = std::abs(gap.x) < limits.gapXPx && std::abs(gap.y) < limits.gapYPx;
+  return isNear && jointHeight(first, second) < limits.heightPx;
+}
+
+// Merges neighbours. Whether pieces are one depends on their ends alone, so that the residuals of a merged piece
+// can wait until it merges no further: at most one piece is so far unmeasured, the one merged last.
+class TMerger {
+public:
+  TMerger(std::vector<TStripePiece>& stripePieces, TScratch* memory) : pieces(stripePieces), scratch(memory) {}
+
+  // One merge per pass, found from the left. Pairs left of the last merge have not changed and would fail again,
+  // so that a pass begins at the piece before the merged one.
+  void run(const TMergeLimits& limits) {
+    std::size_t i = 0;
+    int merges = 0;
+    while (i + 1 < pieces.size() && merges < kMaxMergePasses) {
+      if (!areOne(pieces[i], pieces[i + 1], limits)) {
+        if (i == unmeasured) measure();
+        ++i;
+        continue;
+      }
+      mergeWithNext(i);
+      i = i > 0 ? i - 1 : 0;
+      ++merges;
+    }
+    measure();
+  }
+
+private:
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  void mergeWithNext(std::size_t i) {
+    TLent<TStripePiece> joined =
+        fitPieceLine(joinPoints(pieces[i].pts, pieces[i + 1].pts, scratch), kPieceFitTolPx, line, scratch);
+    std::swap(pieces[i], static_cast<TStripePiece&>(joined));
+    removePiece(pieces, i + 1, scratch);
+    unmeasured = i;
+  }
+
+  void measure() {
+    if (unmeasured != kNone && line.success) measureResiduals(line, kPieceFitTolPx, pieces[unmeasured]);
+    unmeasured = kNone;
+  }
+
+  std::vector<TStripePiece>& pieces;
+  TScratch* scratch;
+  std::size_t unmeasured = kNone;
+  zelFit::TLineFitResult line;  // of the unmeasured piece
+};
 
 }  // namespace
 
@@ -63,17 +101,14 @@ TLentList<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts,
   const TLentList<cv::Point2f> smoothed = cleanStripe(stripePts, trace, scratch);
   if (!trace.passes(kEnoughPoints, smoothed.size(), kMinStripePoints)) return {};
   TLentList<TStripePiece> pieces = fitBetweenPolygonVertices(smoothed, polyEpsilonPx, scratch);
-  mergeNeighbours(pieces, limits, scratch);
+  TMerger(pieces, scratch).run(limits);
   trace.setPieces(pieces);
   return pieces;
 }
 
 bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,
                     const TMergeLimits& limits, TScratch* scratch) {
-  if (!first.isFitted || !second.isFitted) return false;
-  const cv::Point2f gap = cv::Point2f(first.endPt) - cv::Point2f(second.startPt);
-  const bool isNear = std::abs(gap.x) < limits.gapXPx && std::abs(gap.y) < limits.gapYPx;
-  if (!isNear || !(jointHeight(first, second) < limits.heightPx)) return false;
+  if (!areOne(first, second, limits)) return false;
   TLent<TStripePiece> joined = fitPiece(joinPoints(first.pts, second.pts, scratch), kPieceFitTolPx, scratch);
   std::swap(merged, static_cast<TStripePiece&>(joined));
   return true;

@@ -1,12 +1,12 @@
 #include "stripe/edge_kernels.h"
 
-#include <opencv2/core/utility.hpp>
+#include "support/processor.h"
 
 namespace weld {
 
 const TEdgeKernels& chooseEdgeKernels() {
 #ifdef __x86_64__
-  if (cv::checkHardwareSupport(CV_CPU_AVX2)) return kAvx2EdgeKernels;
+  if (hasAvx2()) return kAvx2EdgeKernels;
 #endif
   return kBaselineEdgeKernels;
 }

@@ -1,9 +1,10 @@
 // Vectors of four lanes on every processor, multiplications and additions kept apart: the same bits everywhere.
 #include "support/consensus.h"
 
+#include "support/line_rating.h"
+
 #include <opencv2/core/hal/intrin.hpp>
 
-#include <algorithm>
 #include <limits>
 
 namespace zelFit {
@@ -13,7 +14,6 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
-constexpr int kPointsPerLook = 8;    // between two looks whether a batch of lines is still in the race
 constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.
@@ -22,50 +22,19 @@ float perpendicularFactor(const TFitPoints& points, float scaledSlope) {
   return 1.0F / (1.0F + slope * slope);
 }
 
-// Lines through one point and each of four others, side by side.
-struct TLineBatch {
-  float slope[kLanes];
-  float intercept[kLanes];
-  float factor[kLanes];
-};
-
-// A lane without a line, its two points being in one column, holds no number.
+// Lines through one point and each of the next ones. A lane without a line, its two points being in one column,
+// holds no number.
 TLineBatch linesThrough(const TFitPoints& points, int i, int firstOther) {
   const float* const x = points.x();
   const float* const y = points.y();
   TLineBatch lines;
-  for (int lane = 0; lane < kLanes; ++lane) {
+  for (int lane = 0; lane < kRatedLines; ++lane) {
     const int j = firstOther + lane;
     lines.slope[lane] = (y[j] - y[i]) / (x[j] - x[i]);
     lines.intercept[lane] = y[i] - lines.slope[lane] * x[i];
     lines.factor[lane] = perpendicularFactor(points, lines.slope[lane]);
   }
   return lines;
-}
-
-// One sum per line, over all points. False as soon as every sum has reached the limit.
-bool sumTruncatedQuadratics(const TFitPoints& points, const TLineBatch& lines, float tolPx, float sumLimit,
-                            float (&sums)[kLanes]) {
-  const v_float32x4 slope = cv::v_load(lines.slope);
-  const v_float32x4 intercept = cv::v_load(lines.intercept);
-  const v_float32x4 factor = cv::v_load(lines.factor);
-  const v_float32x4 limit = cv::v_setall_f32(tolPx * tolPx);
-  const v_float32x4 enough = cv::v_setall_f32(sumLimit);
-  const float* const x = points.x();
-  const float* const y = points.y();
-  const int count = points.count();
-  v_float32x4 sum = cv::v_setzero_f32();
-  for (int first = 0; first < count; first += kPointsPerLook) {
-    const int end = std::min(first + kPointsPerLook, count);
-    for (int i = first; i < end; ++i) {
-      const v_float32x4 onLine = slope * cv::v_setall_f32(x[i]);
-      const v_float32x4 residual = cv::v_setall_f32(y[i]) - onLine - intercept;
-      sum = sum + cv::v_min(residual * residual * factor, limit);
-    }
-    if (cv::v_check_all(sum >= enough)) return false;
-  }
-  cv::v_store(sums, sum);
-  return true;
 }
 
 // Weighted sums of one least-squares step around the current line.
@@ -116,14 +85,17 @@ TNormalSums weighPoints(const TFitPoints& points, const TScaledLine& line, float
 
 std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFitPoints& scored, double tolPx,
                                              const TSlopeInterval& interval) {
+  const TLineRating& rating = chooseLineRating();
+  const TRatedPoints rated{scored.x(), scored.y(), scored.count()};
+  const float tol = static_cast<float>(tolPx);
   std::optional<TScaledLine> best;
   float bestSum = std::numeric_limits<float>::max();
   for (int i = 0; i < sample.count(); ++i) {
-    for (int j = i + 1; j < sample.count(); j += kLanes) {
+    for (int j = i + 1; j < sample.count(); j += kRatedLines) {
       const TLineBatch lines = linesThrough(sample, i, j);
-      float sums[kLanes];
-      if (!sumTruncatedQuadratics(scored, lines, static_cast<float>(tolPx), bestSum, sums)) continue;
-      for (int lane = 0; lane < kLanes && j + lane < sample.count(); ++lane) {
+      float sums[kRatedLines];
+      if (!rating.sumTruncatedQuadratics(rated, lines, tol * tol, bestSum, sums)) continue;
+      for (int lane = 0; lane < kRatedLines && j + lane < sample.count(); ++lane) {
         const TScaledLine line{lines.slope[lane], lines.intercept[lane]};
         if (sample.x()[i] == sample.x()[j + lane] || !(sums[lane] < bestSum)) continue;
         if (!interval.contains(sample.slopeOf(line))) continue;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 
 namespace zelFit {
@@ -15,43 +16,50 @@ bool isNear(cv::Point p) {
   return p.x >= -kFarPx && p.x <= kFarPx && p.y >= -kFarPx && p.y <= kFarPx;
 }
 
-struct TExtent {
+}  // namespace
+
+struct TFitPoints::TExtent {
   int left = std::numeric_limits<int>::max();
   int right = std::numeric_limits<int>::min();
   int top = std::numeric_limits<int>::max();
   int bottom = std::numeric_limits<int>::min();
-  int count = 0;
+
+  explicit TExtent(const std::vector<cv::Point>& points) {
+    for (const cv::Point p : points) {
+      left = std::min(left, p.x);
+      right = std::max(right, p.x);
+      top = std::min(top, p.y);
+      bottom = std::max(bottom, p.y);
+    }
+  }
+  bool isNear() const { return left >= -kFarPx && right <= kFarPx && top >= -kFarPx && bottom <= kFarPx; }
 };
 
-TExtent measureNear(const std::vector<cv::Point>& points) {
-  TExtent extent;
-  for (const cv::Point p : points) {
-    if (!isNear(p)) continue;
-    extent.left = std::min(extent.left, p.x);
-    extent.right = std::max(extent.right, p.x);
-    extent.top = std::min(extent.top, p.y);
-    extent.bottom = std::max(extent.bottom, p.y);
-    ++extent.count;
+TFitPoints::TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch) {
+  const TExtent extent(points);
+  if (extent.isNear()) {
+    scale(points, extent, scratch);
+    return;
   }
-  return extent;
+  weld::TLentList<cv::Point> near(scratch, points.size());
+  std::copy_if(points.begin(), points.end(), std::back_inserter(near), isNear);
+  scale(near, TExtent(near), scratch);
 }
 
-}  // namespace
-
-TFitPoints::TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch) {
-  const TExtent extent = measureNear(points);
+void TFitPoints::scale(const std::vector<cv::Point>& points, const TExtent& extent, weld::TScratch* scratch) {
   if (extent.left >= extent.right) return;
   centreX = 0.5 * (extent.left + extent.right);
   centreY = 0.5 * (extent.top + extent.bottom);
   scaleX = 0.5 * (extent.right - extent.left);
-  resize(extent.count, scratch);
+  resize(static_cast<int>(points.size()), scratch);
   const auto middleX = static_cast<float>(centreX);
   const auto middleY = static_cast<float>(centreY);
   const float factor = perScale();
-  int next = 0;
-  for (const cv::Point p : points) {
-    if (!isNear(p)) continue;
-    set(next++, (static_cast<float>(p.x) - middleX) * factor, static_cast<float>(p.y) - middleY);
+  float* const xs = coordinates.data();
+  float* const ys = xs + stride(pointCount);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    xs[i] = (static_cast<float>(points[i].x) - middleX) * factor;
+    ys[i] = static_cast<float>(points[i].y) - middleY;
   }
 }
 
@@ -62,14 +70,17 @@ TFitPoints TFitPoints::subsample(int maxCount, weld::TScratch* scratch) const {
   part.centreY = centreY;
   part.scaleX = scaleX;
   part.resize(count, scratch);
+  float* const xs = part.coordinates.data();
+  float* const ys = xs + stride(count);
   for (int i = 0; i < count; ++i) {
     const auto from = static_cast<std::int64_t>(i) * (pointCount - 1) / (count - 1);
-    part.set(i, x()[from], y()[from]);
+    xs[i] = x()[from];
+    ys[i] = y()[from];
   }
   return part;
 }
 
-// The points are for `set` to fill.
+// The points are for the caller to fill.
 void TFitPoints::resize(int count, weld::TScratch* scratch) {
   pointCount = count;
   const auto padded = static_cast<std::size_t>(stride(count));
@@ -78,11 +89,6 @@ void TFitPoints::resize(int count, weld::TScratch* scratch) {
   float* const xs = coordinates.data();
   std::fill(xs + count, xs + padded, 0.0F);
   std::fill(xs + padded + count, xs + 2 * padded, kPaddingY);
-}
-
-void TFitPoints::set(int index, float x, float y) {
-  coordinates[static_cast<std::size_t>(index)] = x;
-  coordinates[static_cast<std::size_t>(stride(pointCount) + index)] = y;
 }
 
 }  // namespace zelFit

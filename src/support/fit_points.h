@@ -1,7 +1,8 @@
 // The points of a line fit in a form that the kernels like: centred, x scaled to -1..1, single precision, padded
-// to whole vectors of four. Single precision is enough because the fits only compute corrections to a line.
+// to whole vectors. Single precision is enough because the fits only compute corrections to a line.
 #pragma once
 
+#include "support/line_rating.h"
 #include "support/scratch.h"
 
 #include <opencv2/core.hpp>
@@ -27,7 +28,7 @@ public:
   bool isEmpty() const { return pointCount == 0; }
   int count() const { return pointCount; }
   int paddedCount() const { return (pointCount + kLanes - 1) / kLanes * kLanes; }
-  // Readable for a whole vector from any point on.
+  // Readable for a batch of points from any point on.
   const float* x() const { return coordinates.data(); }
   const float* y() const { return coordinates.data() + stride(pointCount); }
 
@@ -45,12 +46,14 @@ public:
   TFitPoints subsample(int maxCount, weld::TScratch* scratch) const;
 
 private:
-  TFitPoints() = default;
-  void resize(int count, weld::TScratch* scratch);
-  void set(int index, float x, float y);
+  struct TExtent;
 
-  // Room for a vector that begins at the last point.
-  static int stride(int count) { return count + kLanes - 1; }
+  TFitPoints() = default;
+  void scale(const std::vector<cv::Point>& points, const TExtent& extent, weld::TScratch* scratch);
+  void resize(int count, weld::TScratch* scratch);
+
+  // Room for a batch that begins at the last point.
+  static int stride(int count) { return count + kRatedLines - 1; }
 
   weld::TLentList<float> coordinates;  // all x, then all y
   int pointCount = 0;

@@ -11,7 +11,7 @@ namespace zelFit {
 
 namespace {
 
-constexpr int kRobustSample = 44;     // points, all pairs of which start the robust fit
+constexpr int kRobustSample = 32;     // points, all pairs of which start the robust fit
 constexpr int kConsensusSample = 32;  // the same of the consensus fit
 constexpr int kMaxScored = 101;       // points that rate a pair of the consensus fit
 constexpr int kReweightSteps = 5;

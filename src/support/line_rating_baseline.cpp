@@ -1,0 +1,7 @@
+#include "support/line_rating.inl.h"
+
+namespace zelFit {
+
+const TLineRating kBaselineLineRating{sumTruncatedQuadratics};
+
+}  // namespace zelFit
