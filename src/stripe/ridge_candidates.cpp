@@ -1,5 +1,6 @@
 #include "stripe/ridge_candidates.h"
 
+#include "stripe/ridge_rows.h"
 #include "stripe/ridge_threshold.h"
 
 #include <opencv2/core/hal/intrin.hpp>
@@ -16,7 +17,6 @@ using cv::v_int16x8;
 
 constexpr int kWeakShift = 1;       // a weak candidate has half the contrast of a strong one
 constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
-constexpr int kLanes = 16;          // columns that are ruled out at once
 
 // The strongest maxima of a column in one scale. A slot that is free has the least of all contrasts.
 struct alignas(16) TColumnMaxima {
@@ -26,37 +26,18 @@ struct alignas(16) TColumnMaxima {
 
   short contrast[v_int16x8::nlanes] = {kFree, kFree, kFree, kFree, kFree, kFree, kNoSlot, kNoSlot};
   int row[TRidgeCandidates::kMax] = {};
+  short weakest = kFree;
 
-  // The first of the weakest makes room. Returns the contrast of the weakest after that.
-  short insert(short newContrast, int newRow) {
+  // The first of the weakest makes room.
+  void insert(short newContrast, int newRow) {
     const v_int16x8 before = cv::v_load_aligned(contrast);
-    const v_int16x8 isWeakest = before == cv::v_setall_s16(cv::v_reduce_min(before));
-    const int slot = cv::v_scan_forward(isWeakest);
-    contrast[slot] = newContrast;
+    const int slot = cv::v_scan_forward(before == cv::v_setall_s16(weakest));
+    // In the register: a vector cannot be loaded soon after one of its lanes was stored.
+    const v_int16x8 isSlot = v_int16x8(0, 1, 2, 3, 4, 5, 6, 7) == cv::v_setall_s16(static_cast<short>(slot));
+    const v_int16x8 after = cv::v_select(isSlot, cv::v_setall_s16(newContrast), before);
+    cv::v_store_aligned(contrast, after);
     row[slot] = newRow;
-    return cv::v_reduce_min(cv::v_load_aligned(contrast));
-  }
-};
-
-// Three rows of response one below the other, and the least response that counts in every column.
-struct TRows {
-  const short* before;
-  const short* here;
-  const short* after;
-  const short* least;
-
-  // Neither neighbour exceeds it; of equal ones the upper is taken.
-  bool isMaximum(int x) const { return here[x] > before[x] && here[x] >= after[x] && here[x] >= least[x]; }
-
-  // Bit i is set where column x + i holds a maximum.
-  unsigned maximaFrom(int x) const {
-    static_assert(kLanes == 2 * v_int16x8::nlanes);
-    const auto halfFrom = [&](int first) {
-      const v_int16x8 response = cv::v_load(here + first);
-      return (response > cv::v_load(before + first)) & (response >= cv::v_load(after + first)) &
-             (response >= cv::v_load(least + first));
-    };
-    return static_cast<unsigned>(cv::v_signmask(cv::v_pack(halfFrom(x), halfFrom(x + v_int16x8::nlanes))));
+    weakest = cv::v_reduce_min(after);
   }
 };
 
@@ -73,7 +54,8 @@ public:
         weak(strong.size(), memory),
         enough(memory),
         rows(3, std::pmr::vector<short>(strong.size(), memory), memory),
-        maxima(strong.size(), memory) {
+        maxima(strong.size(), memory),
+        found(strong.size() + kFoundMargin, memory) {
     std::transform(strong.begin(), strong.end(), weak.begin(),
                    [](short least) { return static_cast<short>(least >> kWeakShift); });
     enough = weak;
@@ -105,22 +87,16 @@ private:
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
 
   void collectMaxima(int y) {
-    const TRows at{row(y + 2), row(y), row(y + 1), enough.data()};
-    const int count = level.grey.cols;
-    int x = 0;
-    for (; x + kLanes <= count; x += kLanes) {
-      for (unsigned bits = at.maximaFrom(x); bits != 0; bits &= bits - 1) collect(y, x + __builtin_ctz(bits));
-    }
-    for (; x < count; ++x) {
-      if (at.isMaximum(x)) collect(y, x);
-    }
+    const int count =
+        chooseRidgeRows().findMaxima({row(y + 2), row(y), row(y + 1), enough.data()}, level.grey.cols, found.data());
+    std::for_each(found.begin(), found.begin() + count, [&](int column) { collect(y, column); });
   }
 
   // A full column asks for more than its weakest has.
   void collect(int y, int column) {
     const auto x = static_cast<std::size_t>(column);
-    const short weakest = maxima[x].insert(row(y)[x], y);
-    enough[x] = std::max(enough[x], static_cast<short>(weakest + 1));
+    maxima[x].insert(row(y)[x], y);
+    enough[x] = std::max(enough[x], static_cast<short>(maxima[x].weakest + 1));
   }
 
   const TRidgeLevel& level;
@@ -132,6 +108,7 @@ private:
   std::pmr::vector<short> enough;  // and of one that the column still takes
   std::pmr::vector<std::pmr::vector<short>> rows;
   std::pmr::vector<TColumnMaxima> maxima;
+  std::pmr::vector<int> found;  // columns with a maximum in the row at hand
 };
 
 // Candidates of several scales, strongest first, without those inside the reach of a stronger one.

@@ -1,6 +1,9 @@
 #include "stripe/ridge_path.h"
 
+#include "stripe/ridge_links.h"
+
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -9,15 +12,8 @@ namespace weld {
 
 namespace {
 
-// Gains and costs are fixed-point numbers; kGainOne is the most that one column can add.
-constexpr int kGainOne = 1024;
 constexpr int kHalfGainExcess = 40 * kRidgeUnit;  // contrast over the least one that adds half of it
 constexpr int kReachColumns = 4;                  // columns that a link may skip to, others are breaks
-constexpr int kCostPerRow = 8;                    // per half row of shift
-constexpr int kCostPerExcessRow = 50;             // per half row beyond what a steep flank shifts
-constexpr int kSteepRows = 6;                     // half rows of shift per column on a steep flank
-constexpr int kCostPerGapColumn = 100;
-constexpr int kBreakCost = 5 * kGainOne;
 constexpr int kMinStrongColumns = 8;  // of pieces that continue each other
 constexpr int kMinStrongOfPiece = 2;  // of each of them
 constexpr int kStrongShare = 4;       // at least one column in so many is strong
@@ -115,18 +111,13 @@ int gainOf(const TRidgeCandidate& candidate) {
   return kGainOne * candidate.excess / (candidate.excess + kHalfGainExcess);
 }
 
-// Of a link over so many columns that shifts by so many half rows, without kCostPerRow.
-int leastLinkCost(const TRidgeCandidate& from, const TRidgeCandidate& to, int shift, int columns) {
-  const int free = kSteepRows * columns + std::max(from.widthPx, to.widthPx) / 2;
-  return kCostPerExcessRow * std::max(0, shift - free) + kCostPerGapColumn * (columns - 1);
-}
-
 class TPathSearch {
 public:
   TPathSearch(const std::pmr::vector<TRidgeCandidates>& source, std::pmr::memory_resource* resource)
       : columns(source),
         memory(resource),
         states(source.size() * TRidgeCandidates::kMax, resource),
+        links(source.size(), resource),
         ends(resource) {}
 
   std::pmr::vector<TPathNode> run() {
@@ -134,6 +125,7 @@ public:
     for (int c = 0; c < static_cast<int>(columns.size()); ++c) {
       collectEnds(c - kReachColumns - 1, c);
       const int bestBefore = best;
+      measureLeads(c, bestBefore);
       for (int i = 0; i < at(c).count; ++i) {
         const int state = enter(c, i, bestBefore);
         if (best == kNone || score(state) > score(best)) best = state;
@@ -149,7 +141,8 @@ private:
   const TRidgeCandidate& candidate(int state) const {
     return at(state / kPerColumn).items[static_cast<std::size_t>(state % kPerColumn)];
   }
-  std::int64_t score(int state) const { return states[static_cast<std::size_t>(state)].score; }
+  const TLinkColumn& linksOf(int c) const { return links[static_cast<std::size_t>(c)]; }
+  std::int64_t score(int state) const { return linksOf(state / kPerColumn).score[state % kPerColumn]; }
 
   // Best way to reach candidate i of column c: a start, a break after the best path so far, a link to a
   // neighbour, or the continuation of a piece that stopped.
@@ -166,24 +159,35 @@ private:
     best.score += gain;
     const int state = c * kPerColumn + i;
     states[static_cast<std::size_t>(state)] = best;
+    addLinkEnd(here, best.score, links[static_cast<std::size_t>(c)]);
     return state;
+  }
+
+  static void addLinkEnd(const TRidgeCandidate& candidate, std::int64_t score, TLinkColumn& column) {
+    const int i = column.count++;
+    column.y[i] = static_cast<float>(candidate.y);
+    column.widthPx[i] = static_cast<float>(candidate.widthPx);
+    column.score[i] = score;
+  }
+
+  // Of the states that links may come from, over the best score so far.
+  void measureLeads(int c, int bestBefore) {
+    leadBase = bestBefore != kNone ? score(bestBefore) : 0;
+    for (int step = 1; step <= std::min(kReachColumns, c); ++step)
+      leads[static_cast<std::size_t>(step)] = TLeads(linksOf(c - step), leadBase);
   }
 
   void link(int c, const TRidgeCandidate& here, TState& best) {
     for (int step = 1; step <= std::min(kReachColumns, c); ++step) {
-      const TRidgeCandidates& column = at(c - step);
-      for (int j = 0; j < column.count; ++j) {
-        const int from = (c - step) * kPerColumn + j;
-        const std::int64_t scoreFrom = score(from);
-        if (scoreFrom <= best.score) continue;  // most fail here or before the division
-        const TRidgeCandidate& before = column.items[static_cast<std::size_t>(j)];
-        const int shift = std::abs(here.y - before.y);
-        const int leastCost = leastLinkCost(before, here, shift, step);
-        if (leastCost >= kBreakCost || scoreFrom - leastCost <= best.score) continue;
-        const int cost = leastCost + kCostPerRow * shift / step;
-        if (cost >= kBreakCost || scoreFrom - cost <= best.score) continue;
-        best.score = scoreFrom - cost;
-        best.previous = from;
+      const TLinkColumn& before = linksOf(c - step);
+      const auto leastLead = static_cast<float>(best.score - leadBase);
+      unsigned bits = findPromising(before, leads[static_cast<std::size_t>(step)], here, step, leastLead);
+      for (; bits != 0; bits &= bits - 1) {
+        const int i = __builtin_ctz(bits);
+        const auto cost = linkCost(at(c - step).items[static_cast<std::size_t>(i)], here, step);
+        if (!cost || before.score[i] - *cost <= best.score) continue;
+        best.score = before.score[i] - *cost;
+        best.previous = (c - step) * kPerColumn + i;
         best.step = TStep::linked;
       }
     }
@@ -237,7 +241,10 @@ private:
   const std::pmr::vector<TRidgeCandidates>& columns;
   std::pmr::memory_resource* const memory;
   std::pmr::vector<TState> states;
+  std::pmr::vector<TLinkColumn> links;  // the scores of the states, and more
   std::pmr::vector<TEnd> ends;
+  std::int64_t leadBase = 0;
+  std::array<TLeads, kReachColumns + 1> leads;  // by the distance in columns
 };
 
 }  // namespace

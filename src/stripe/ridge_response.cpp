@@ -1,25 +1,17 @@
 #include "stripe/ridge_response.h"
 
+#include "stripe/ridge_rows.h"
+
 #include <algorithm>
 
 namespace weld {
 
 namespace {
 
-constexpr int kLevelUnit = 8;            // level values per grey level
 constexpr double kFwhmPerSigma = 2.355;  // of a Gaussian profile
 constexpr double kWidestFactor = 4.0;    // widest centre box over the FWHM at the largest sigma
 constexpr int kMaxLevels = 8;
 constexpr int kSideRows = 2;  // height of the boxes beside the ridge, rows of the level
-
-// Pairs of columns; an odd last column counts twice.
-void pairColumns(const uchar* source, int columns, short* target) {
-  const int pairs = columns / 2;
-  for (int x = 0; x < pairs; ++x) {
-    target[x] = static_cast<short>((source[2 * x] + source[2 * x + 1]) * (kLevelUnit / 2));
-  }
-  if (columns % 2 != 0) target[pairs] = static_cast<short>(source[columns - 1] * kLevelUnit);
-}
 
 TRidgeGrid makeGrid(int rows, int cols, std::pmr::memory_resource* memory) {
   const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
@@ -30,7 +22,8 @@ TRidgeLevel buildFinestLevel(const cv::Mat& grey, std::pmr::memory_resource* mem
   TRidgeLevel level;
   level.grey = makeGrid(grey.rows, (grey.cols + 1) / 2, memory);
   level.stepX = kRidgeColumnStep;
-  for (int y = 0; y < grey.rows; ++y) pairColumns(grey.ptr<uchar>(y), grey.cols, level.grey[y]);
+  const TRidgeRows& rows = chooseRidgeRows();
+  for (int y = 0; y < grey.rows; ++y) rows.pairColumns(grey.ptr<uchar>(y), grey.cols, level.grey[y]);
   return level;
 }
 
@@ -69,14 +62,6 @@ TRidgeLevel halveBoth(const TRidgeLevel& fine, std::pmr::memory_resource* memory
   return coarse;
 }
 
-// Two rows of the level from `first` on, rows outside repeated.
-struct TRowPair {
-  const short* a;
-  const short* b;
-  TRowPair(const TRidgeGrid& grey, int first)
-      : a(grey[std::clamp(first, 0, grey.rows - 1)]), b(grey[std::clamp(first + 1, 0, grey.rows - 1)]) {}
-};
-
 }  // namespace
 
 std::pmr::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count, std::pmr::memory_resource* memory) {
@@ -106,16 +91,16 @@ std::pmr::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imag
 
 void computeRidgeRow(const TRidgeLevel& level, int halfRows, int y, short* response) {
   const TRidgeGrid& grey = level.grey;
-  const TRowPair above(grey, y - 2 * halfRows - kSideRows);
-  const TRowPair below(grey, y + 2 * halfRows);
-  const TRowPair upper(grey, y - halfRows);
-  const TRowPair lower(grey, y + halfRows - 2);  // the same rows as `upper` when the box is two rows high
-  for (int x = 0; x < grey.cols; ++x) {
-    const short centre = static_cast<short>(upper.a[x] + upper.b[x] + lower.a[x] + lower.b[x]);
-    const short side =
-        std::max<short>(static_cast<short>(above.a[x] + above.b[x]), static_cast<short>(below.a[x] + below.b[x]));
-    response[x] = static_cast<short>(centre - 2 * side);
-  }
+  const auto row = [&](int index) { return grey[std::clamp(index, 0, grey.rows - 1)]; };
+  const int above = y - 2 * halfRows - kSideRows;
+  const int upper = y - halfRows;
+  const int lower = y + halfRows - 2;  // the same rows as `upper` when the box is two rows high
+  const int below = y + 2 * halfRows;
+  chooseRidgeRows().respond({{row(above), row(above + 1)},
+                             {row(upper), row(upper + 1)},
+                             {row(lower), row(lower + 1)},
+                             {row(below), row(below + 1)}},
+                            grey.cols, response);
 }
 
 }  // namespace weld

@@ -1,0 +1,42 @@
+// The ridge extraction's work on whole rows, in vector code: lanes are columns. Internal to the ridge extraction.
+#pragma once
+
+namespace weld {
+
+inline constexpr int kRidgeLevelUnit = 8;  // values of an averaged image per grey level
+
+inline constexpr int kFoundMargin = 4;
+
+// Rows whose sums make the response of one row.
+struct TRidgeBoxes {
+  const short* above[2];  // the box over the ridge
+  const short* upper[2];  // the ridge itself, in four rows that may overlap
+  const short* lower[2];
+  const short* below[2];  // the box under the ridge
+};
+
+// Three rows of response one below the other, and the least response that counts in every column.
+struct TRidgeRowTriple {
+  const short* before;
+  const short* here;
+  const short* after;
+  const short* least;
+};
+
+struct TRidgeRows {
+  // Sums of neighbouring pixels in units of the averaged images; an odd last pixel counts twice.
+  void (*pairColumns)(const unsigned char* source, int columns, short* target);
+  // Centre rows less twice the brighter one of the two boxes.
+  void (*respond)(const TRidgeBoxes& boxes, int columns, short* response);
+  // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches it.
+  // Returns how many. The list has room for kFoundMargin more than there are columns.
+  int (*findMaxima)(const TRidgeRowTriple& rows, int columns, int* found);
+};
+
+extern const TRidgeRows kBaselineRidgeRows;  // what every processor of the architecture can do
+extern const TRidgeRows kAvx2RidgeRows;      // x86-64 only
+
+// The fastest one that this processor runs. All give the same results.
+const TRidgeRows& chooseRidgeRows();
+
+}  // namespace weld

@@ -1,0 +1,13 @@
+#ifdef __AVX2__
+
+#include "support/avx2_mode.inl.h"
+
+#include "stripe/ridge_rows.inl.h"
+
+namespace weld {
+
+const TRidgeRows kAvx2RidgeRows{pairColumns, respond, findMaxima};
+
+}  // namespace weld
+
+#endif
