@@ -11,40 +11,56 @@
 
 namespace weld {
 
-TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
-  zelFit::TLineFitResult line;
-  TLent<TStripePiece> piece = fitPieceLine(std::move(points), fitTolPx, line, scratch);
-  if (piece.isFitted) measureResiduals(line, fitTolPx, piece);
-  return piece;
-}
+namespace {
 
-TLent<TStripePiece> fitPieceLine(TLentList<cv::Point2f> points, float fitTolPx, zelFit::TLineFitResult& line,
-                                 TScratch* scratch) {
-  TLent<TStripePiece> piece(scratch, 0);
-  piece.pts.swap(points);
-  line = fitStripePoints(piece.pts, static_cast<double>(fitTolPx), scratch);
-  if (!line.success) return piece;
-  piece.k = static_cast<float>(line.slope);
-  piece.b = static_cast<float>(line.intercept);
+void setEnds(TStripePiece& piece) {
   piece.isFitted = true;
   piece.lineState = 1;
   piece.startPt = roundPoint(piece.pts.front());
   piece.endPt = roundPoint(piece.pts.back());
-  return piece;
 }
 
-void measureResiduals(const zelFit::TLineFitResult& line, float fitTolPx, TStripePiece& piece) {
+// Mean and largest distance of all points, and the points nearer than the tolerance.
+void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
   double sum = 0.0;
   piece.maxDist = 0.0F;
   piece.fitPts.reserve(piece.pts.size());
   for (const cv::Point2f& p : piece.pts) {
-    const auto distance = static_cast<float>(
-        pointLineDistance(line.slope, line.intercept, static_cast<double>(p.x), static_cast<double>(p.y)));
+    const auto distance =
+        static_cast<float>(pointLineDistance(k, b, static_cast<double>(p.x), static_cast<double>(p.y)));
     if (distance < fitTolPx) piece.fitPts.push_back(p);
     piece.maxDist = std::max(piece.maxDist, distance);
     sum += static_cast<double>(distance);
   }
   piece.meanDist = static_cast<float>(sum / static_cast<double>(piece.pts.size()));
+}
+
+}  // namespace
+
+TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
+  TLent<TStripePiece> piece(scratch, 0);
+  piece.pts.swap(points);
+  completePiece(fitTolPx, piece, scratch);
+  return piece;
+}
+
+void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch) {
+  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx), scratch);
+  if (!fit.success) return;
+  measureResiduals(fit.slope, fit.intercept, fitTolPx, piece);
+  piece.k = static_cast<float>(fit.slope);
+  piece.b = static_cast<float>(fit.intercept);
+  setEnds(piece);
+}
+
+TLent<TStripePiece> outlinePiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
+  TLent<TStripePiece> piece(scratch, 0);
+  piece.pts.swap(points);
+  const zelFit::TLineFitFactory factory(scratch);
+  const bool isSure = piece.pts.size() >= kMinFitPoints &&
+                      factory.isSureOfRobustLine(toIntPoints(piece.pts, scratch), static_cast<double>(fitTolPx));
+  if (isSure) setEnds(piece);
+  return piece;
 }
 
 double pieceLength(const TStripePiece& piece) {

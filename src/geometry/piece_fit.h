@@ -3,7 +3,6 @@
 
 #include "zelWeldDetect.h"
 
-#include "support/line_fit.h"
 #include "support/scratch.h"
 
 #include <opencv2/core.hpp>
@@ -18,10 +17,10 @@ inline constexpr float kPieceFitTolPx = 3.0F;  // distance tolerance of every pi
 // Fewer than 10 points, or no line: a piece that holds the points and nothing else.
 TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch = nullptr);
 
-// The same in two steps: the line first, without inliers and residuals, and these once the piece is to stay.
-TLent<TStripePiece> fitPieceLine(TLentList<cv::Point2f> points, float fitTolPx, zelFit::TLineFitResult& line,
-                                 TScratch* scratch = nullptr);
-void measureResiduals(const zelFit::TLineFitResult& line, float fitTolPx, TStripePiece& piece);
+// The same in two steps. The outline holds what a merge asks of a piece, its ends and that it is fitted, where that
+// is sure without the fit; otherwise the points alone. It must be completed either way.
+TLent<TStripePiece> outlinePiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch = nullptr);
+void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch = nullptr);
 
 // Distance between the two ends of a piece, px.
 double pieceLength(const TStripePiece& piece);

@@ -48,8 +48,8 @@ bool areOne(const TStripePiece& first, const TStripePiece& second, const TMergeL
   return isNear && jointHeight(first, second) < limits.heightPx;
 }
 
-// Merges neighbours. Whether pieces are one depends on their ends alone, so that the residuals of a merged piece
-// can wait until it merges no further: at most one piece is so far unmeasured, the one merged last.
+// Merges neighbours. Whether pieces are one depends on their ends alone, so that the line of a merged piece can
+// wait until it merges no further: at most one piece is but an outline so far, the one merged last.
 class TMerger {
 public:
   TMerger(std::vector<TStripePiece>& stripePieces, TScratch* memory) : pieces(stripePieces), scratch(memory) {}
@@ -61,7 +61,7 @@ public:
     int merges = 0;
     while (i + 1 < pieces.size() && merges < kMaxMergePasses) {
       if (!areOne(pieces[i], pieces[i + 1], limits)) {
-        if (i == unmeasured) measure();
+        if (i == outline) complete();
         ++i;
         continue;
       }
@@ -69,7 +69,7 @@ public:
       i = i > 0 ? i - 1 : 0;
       ++merges;
     }
-    measure();
+    complete();
   }
 
 private:
@@ -77,21 +77,21 @@ private:
 
   void mergeWithNext(std::size_t i) {
     TLent<TStripePiece> joined =
-        fitPieceLine(joinPoints(pieces[i].pts, pieces[i + 1].pts, scratch), kPieceFitTolPx, line, scratch);
+        outlinePiece(joinPoints(pieces[i].pts, pieces[i + 1].pts, scratch), kPieceFitTolPx, scratch);
     std::swap(pieces[i], static_cast<TStripePiece&>(joined));
     removePiece(pieces, i + 1, scratch);
-    unmeasured = i;
+    outline = i;
+    if (!pieces[i].isFitted) complete();
   }
 
-  void measure() {
-    if (unmeasured != kNone && line.success) measureResiduals(line, kPieceFitTolPx, pieces[unmeasured]);
-    unmeasured = kNone;
+  void complete() {
+    if (outline != kNone) completePiece(kPieceFitTolPx, pieces[outline], scratch);
+    outline = kNone;
   }
 
   std::vector<TStripePiece>& pieces;
   TScratch* scratch;
-  std::size_t unmeasured = kNone;
-  zelFit::TLineFitResult line;  // of the unmeasured piece
+  std::size_t outline = kNone;  // index of the piece
 };
 
 }  // namespace

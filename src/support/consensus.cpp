@@ -14,6 +14,7 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
+constexpr int kAcrossStep = 3;        // of the first points, those that lines across begin at
 constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.
@@ -102,6 +103,26 @@ std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFi
         best = line;
         bestSum = sums[lane];
       }
+    }
+  }
+  return best;
+}
+
+std::optional<TScaledLine> findLineAcross(const TFitPoints& points, double tolPx) {
+  const int lastBatch = points.count() - kRatedLines;
+  if (lastBatch < kRatedLines) return std::nullopt;
+  const float squaredTol = static_cast<float>(tolPx) * static_cast<float>(tolPx);
+  const TRatedPoints rated{points.x(), points.y(), points.count()};
+  std::optional<TScaledLine> best;
+  float bestSum = squaredTol * static_cast<float>(points.count());
+  for (int i = 0; i < kRatedLines; i += kAcrossStep) {
+    const TLineBatch lines = linesThrough(points, i, lastBatch);
+    float sums[kRatedLines];
+    if (!chooseLineRating().sumTruncatedQuadratics(rated, lines, squaredTol, bestSum, sums)) continue;
+    for (int lane = 0; lane < kRatedLines; ++lane) {
+      if (points.x()[i] == points.x()[lastBatch + lane] || !(sums[lane] < bestSum)) continue;
+      best = TScaledLine{lines.slope[lane], lines.intercept[lane]};
+      bestSum = sums[lane];
     }
   }
   return best;

@@ -15,6 +15,10 @@ namespace zelFit {
 std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFitPoints& scored, double tolPx,
                                              const TSlopeInterval& interval);
 
+// The best line from one of the first eight points to one of the last eight, rated on all of them. Nothing with
+// fewer than 16 points, or when none of the lines explains anything.
+std::optional<TScaledLine> findLineAcross(const TFitPoints& points, double tolPx);
+
 // One step of Tukey's reweighted least squares (Beaton and Tukey, Technometrics 16, 1974) from a start line;
 // points at cutOffPx and beyond have no weight. A slope that leaves the interval stays at its border. Nothing when
 // the weighted points have fewer than two columns.

@@ -11,7 +11,7 @@ namespace zelFit {
 
 namespace {
 
-constexpr int kRobustSample = 32;     // points, all pairs of which start the robust fit
+constexpr int kRobustSample = 44;     // points, all pairs of which start the robust fit
 constexpr int kConsensusSample = 32;  // the same of the consensus fit
 constexpr int kMaxScored = 101;       // points that rate a pair of the consensus fit
 constexpr int kReweightSteps = 5;
@@ -33,13 +33,13 @@ TLineFitResult resultOf(const TFitPoints& points, const TScaledLine& line, const
   return {slope, points.interceptOf(line, slope), true};
 }
 
-bool isConsensus(const TSupport& support, int pointCount) {
-  return support.count >= std::min(kMinNear, pointCount) && support.count >= kMinNearShare * pointCount;
-}
-
-// Upright, and so narrow that the scale hides its slope.
-bool isVertical(const TSupport& support, double scalePx) {
-  return support.rows > support.columns && support.columns <= 2.0 * scalePx;
+// Enough points near the line, and not upright and so narrow that the scale hides the slope.
+bool isAcceptable(const TFitPoints& points, const TScaledLine& line, double scalePx) {
+  const TSupport support = measureSupport(points, line, scalePx);
+  const bool isConsensus =
+      support.count >= std::min(kMinNear, points.count()) && support.count >= kMinNearShare * points.count();
+  const bool isVertical = support.rows > support.columns && support.columns <= 2.0 * scalePx;
+  return isConsensus && !isVertical;
 }
 
 // Shrinks the cut-off from step to step, so that the start may be rough and the end still ignores the other flank.
@@ -55,6 +55,21 @@ TScaledLine reweight(const TFitPoints& points, TScaledLine line, double firstCut
   return line;
 }
 
+// The best line from one of the first points of the sample to one of the last, where it is acceptable.
+std::optional<TScaledLine> findLongLine(const TFitPoints& points, const TFitPoints& sample, double scalePx) {
+  const std::optional<TScaledLine> line = findLineAcross(sample, scalePx);
+  return line && isAcceptable(points, *line, scalePx) ? line : std::nullopt;
+}
+
+// From the line that explains most of the sample.
+std::optional<TScaledLine> findRobustLine(const TFitPoints& points, const TFitPoints& sample, double scalePx) {
+  const TSlopeInterval any = TSlopeInterval::all();
+  const std::optional<TScaledLine> start = findConsensusLine(sample, sample, scalePx, any);
+  if (!start) return std::nullopt;
+  const TScaledLine line = reweight(points, *start, kFirstCutOff * scalePx, kLastCutOff * scalePx, any);
+  return isAcceptable(points, line, scalePx) ? std::optional(line) : std::nullopt;
+}
+
 }  // namespace
 
 bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& points, int /*method*/,
@@ -63,15 +78,19 @@ bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& poi
   const std::optional<double> scale = usableTolerance(scalePx);
   const TFitPoints scaled(points, memory);
   if (!scale || scaled.isEmpty()) return false;
-  const TSlopeInterval any = TSlopeInterval::all();
   const TFitPoints sample = scaled.subsample(kRobustSample, memory);
-  const std::optional<TScaledLine> start = findConsensusLine(sample, sample, *scale, any);
-  if (!start) return false;
-  const TScaledLine line = reweight(scaled, *start, kFirstCutOff * *scale, kLastCutOff * *scale, any);
-  const TSupport support = measureSupport(scaled, line, *scale);
-  if (!isConsensus(support, scaled.count()) || isVertical(support, *scale)) return false;
-  fit = resultOf(scaled, line, any);
+  std::optional<TScaledLine> line = findRobustLine(scaled, sample, *scale);
+  if (!line) line = findLongLine(scaled, sample, *scale);
+  if (!line) return false;
+  fit = resultOf(scaled, *line, TSlopeInterval::all());
   return true;
+}
+
+bool TLineFitFactory::isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const {
+  const std::optional<double> scale = usableTolerance(scalePx);
+  const TFitPoints scaled(points, memory);
+  if (!scale || scaled.isEmpty()) return false;
+  return findLongLine(scaled, scaled.subsample(kRobustSample, memory), *scale).has_value();
 }
 
 bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,

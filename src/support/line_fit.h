@@ -26,6 +26,7 @@ public:
 
   // The line of the flank that holds most points; a second flank with up to 40 % of the points does not bend it.
   // The best line through two points of a subsample is refined by Tukey's reweighted least squares on all points.
+  // Where that gives none, a line from one of the first points to one of the last.
   //
   // method: every value means this fit.
   // scalePx: distance of a point that no longer belongs to the line, > 0; taken as 0.01 to 1e6.
@@ -33,6 +34,9 @@ public:
   // tenth of the points, or fewer than three where there are three, nearer to the line than the scale; a vertical
   // set, that is, those near points span more rows than columns and no more columns than two scales.
   bool createFitType_robustLine(const std::vector<cv::Point>& points, int method, double scalePx);
+
+  // At a fraction of the cost: true only where the robust line succeeds. False tells nothing.
+  bool isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const;
 
   // The line that explains most points among those whose angle, degrees of atan(slope), lies in
   // angleCentreDeg +- angleHalfRangeDeg modulo 180, borders included; the line returned always lies inside. Angles
