@@ -27,37 +27,16 @@ TRidgeLevel buildFinestLevel(const cv::Mat& grey, std::pmr::memory_resource* mem
   return level;
 }
 
-TRidgeLevel halveRows(const TRidgeLevel& fine, std::pmr::memory_resource* memory) {
+// Half the rows of a level, and with a step of two half its columns.
+TRidgeLevel halve(const TRidgeLevel& fine, int columnStep, std::pmr::memory_resource* memory) {
+  const int bottom = fine.grey.rows - 1;
   TRidgeLevel coarse;
-  coarse.grey = makeGrid((fine.grey.rows + 1) / 2, fine.grey.cols, memory);
-  coarse.stepX = fine.stepX;
+  coarse.grey = makeGrid(bottom / 2 + 1, (fine.grey.cols + columnStep - 1) / columnStep, memory);
+  coarse.stepX = fine.stepX * columnStep;
   coarse.stepY = fine.stepY * 2;
+  const auto halveInto = columnStep == 1 ? chooseRidgeRows().halveRows : chooseRidgeRows().halveBoth;
   for (int y = 0; y < coarse.grey.rows; ++y) {
-    const short* upper = fine.grey[2 * y];
-    const short* lower = fine.grey[std::min(2 * y + 1, fine.grey.rows - 1)];
-    short* target = coarse.grey[y];
-    for (int x = 0; x < coarse.grey.cols; ++x) target[x] = static_cast<short>((upper[x] + lower[x] + 1) >> 1);
-  }
-  return coarse;
-}
-
-TRidgeLevel halveBoth(const TRidgeLevel& fine, std::pmr::memory_resource* memory) {
-  TRidgeLevel coarse;
-  coarse.grey = makeGrid((fine.grey.rows + 1) / 2, (fine.grey.cols + 1) / 2, memory);
-  coarse.stepX = fine.stepX * 2;
-  coarse.stepY = fine.stepY * 2;
-  const int pairs = fine.grey.cols / 2;
-  for (int y = 0; y < coarse.grey.rows; ++y) {
-    const short* upper = fine.grey[2 * y];
-    const short* lower = fine.grey[std::min(2 * y + 1, fine.grey.rows - 1)];
-    short* target = coarse.grey[y];
-    for (int x = 0; x < pairs; ++x) {
-      const int sum = upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1];
-      target[x] = static_cast<short>((sum + 2) >> 2);
-    }
-    if (pairs < coarse.grey.cols) {
-      target[pairs] = static_cast<short>((upper[2 * pairs] + lower[2 * pairs] + 1) >> 1);
-    }
+    halveInto(fine.grey[2 * y], fine.grey[std::min(2 * y + 1, bottom)], fine.grey.cols, coarse.grey[y]);
   }
   return coarse;
 }
@@ -70,8 +49,8 @@ std::pmr::vector<TRidgeLevel> buildRidgeLevels(const cv::Mat& grey, int count, s
   for (int i = 0; i < count; ++i) {
     // The first step keeps the columns: a steep narrow stripe leaves wider columns too soon.
     if (i == 0) levels.push_back(buildFinestLevel(grey, memory));
-    if (i == 1) levels.push_back(halveRows(levels.back(), memory));
-    if (i >= 2) levels.push_back(halveBoth(levels.back(), memory));
+    if (i == 1) levels.push_back(halve(levels.back(), 1, memory));
+    if (i >= 2) levels.push_back(halve(levels.back(), 2, memory));
   }
   return levels;
 }

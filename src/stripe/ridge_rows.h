@@ -26,6 +26,9 @@ struct TRidgeRowTriple {
 struct TRidgeRows {
   // Sums of neighbouring pixels in units of the averaged images; an odd last pixel counts twice.
   void (*pairColumns)(const unsigned char* source, int columns, short* target);
+  // Rounded means of two rows; and of two rows and two columns, an odd last column counting twice.
+  void (*halveRows)(const short* upper, const short* lower, int columns, short* target);
+  void (*halveBoth)(const short* upper, const short* lower, int columns, short* target);
   // Centre rows less twice the brighter one of the two boxes.
   void (*respond)(const TRidgeBoxes& boxes, int columns, short* response);
   // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches it.

@@ -31,6 +31,30 @@ void pairColumns(const unsigned char* source, int columns, short* target) {
   }
 }
 
+void halveRows(const short* upper, const short* lower, int columns, short* target) {
+  const v_int16 one = cv::vx_setall_s16(1);
+  int x = 0;
+  for (; x + kLanes <= columns; x += kLanes) {
+    cv::v_store(target + x, cv::v_shr<1>(cv::vx_load(upper + x) + cv::vx_load(lower + x) + one));
+  }
+  for (; x < columns; ++x) target[x] = static_cast<short>((upper[x] + lower[x] + 1) >> 1);
+}
+
+void halveBoth(const short* upper, const short* lower, int columns, short* target) {
+  const v_int16 one = cv::vx_setall_s16(1);
+  const auto sumOfFour = [&](int x) {
+    return cv::v_dotprod(cv::vx_load(upper + x), one) + cv::v_dotprod(cv::vx_load(lower + x), one);
+  };
+  int x = 0;
+  for (; x + 2 * kLanes <= columns; x += 2 * kLanes) {
+    cv::v_store(target + x / 2, cv::v_rshr_pack<2>(sumOfFour(x), sumOfFour(x + kLanes)));
+  }
+  for (; x < columns; x += 2) {
+    const int right = x + 1 < columns ? x + 1 : x;
+    target[x / 2] = static_cast<short>((upper[x] + upper[right] + lower[x] + lower[right] + 2) >> 2);
+  }
+}
+
 inline v_int16 sumOf(const short* const (&rows)[2], int x) {
   return cv::vx_load(rows[0] + x) + cv::vx_load(rows[1] + x);
 }
