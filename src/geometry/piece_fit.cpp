@@ -53,14 +53,17 @@ void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch) {
   setEnds(piece);
 }
 
-TLent<TStripePiece> outlinePiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
-  TLent<TStripePiece> piece(scratch, 0);
-  piece.pts.swap(points);
+void absorbPiece(const std::vector<cv::Point2f>& points, float fitTolPx, TStripePiece& piece, TScratch* scratch) {
+  TStripePiece joined;
+  joined.pts.swap(piece.pts);
+  joined.pts.insert(joined.pts.end(), points.begin(), points.end());
+  joined.fitPts.swap(piece.fitPts);
+  joined.fitPts.clear();
+  std::swap(piece, joined);
   const zelFit::TLineFitFactory factory(scratch);
   const bool isSure = piece.pts.size() >= kMinFitPoints &&
                       factory.isSureOfRobustLine(toIntPoints(piece.pts, scratch), static_cast<double>(fitTolPx));
   if (isSure) setEnds(piece);
-  return piece;
 }
 
 double pieceLength(const TStripePiece& piece) {

@@ -27,9 +27,12 @@ TLentList<TStripePiece> fitBetweenPolygonVertices(const std::vector<cv::Point2f>
                                                   TScratch* scratch) {
   const TLentList<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx), scratch);
   TLentList<TStripePiece> pieces(scratch, kUsualPieces);
+  const bool doColumnsAscend =
+      std::is_sorted(points.begin(), points.end(), [](auto a, auto b) { return a.x < b.x; });
   for (std::size_t j = 0; j + 1 < vertices.size(); ++j) {
     TLent<TStripePiece> piece =
-        fitPiece(pointsBetween(points, vertices[j].x, vertices[j + 1].x, scratch), kPieceFitTolPx, scratch);
+        fitPiece(pointsBetween(points, vertices[j].x, vertices[j + 1].x, scratch, doColumnsAscend), kPieceFitTolPx,
+                 scratch);
     if (piece.isFitted && piece.fitPts.size() > kMinPieceInliers) pieces.push_back(std::move(piece));
   }
   return pieces;
@@ -55,33 +58,45 @@ public:
   TMerger(std::vector<TStripePiece>& stripePieces, TScratch* memory) : pieces(stripePieces), scratch(memory) {}
 
   // One merge per pass, found from the left. Pairs left of the last merge have not changed and would fail again,
-  // so that a pass begins at the piece before the merged one.
+  // so that a pass begins at the piece before the merged one. Pieces up to `last` are done with for now.
   void run(const TMergeLimits& limits) {
-    std::size_t i = 0;
+    if (pieces.size() < 2) return;
+    bool hasMerged = false;
     int merges = 0;
-    while (i + 1 < pieces.size() && merges < kMaxMergePasses) {
-      if (!areOne(pieces[i], pieces[i + 1], limits)) {
-        if (i == outline) complete();
-        ++i;
+    while (merges < kMaxMergePasses) {
+      if (hasMerged && last > 0 && areOne(pieces[last - 1], pieces[last], limits)) {
+        merge(last - 1, last);
+        --last;
+      } else if (next == pieces.size()) {
+        break;
+      } else if (areOne(pieces[last], pieces[next], limits)) {
+        merge(last, next++);
+        hasMerged = true;
+      } else {
+        advance();
+        hasMerged = false;
         continue;
       }
-      mergeWithNext(i);
-      i = i > 0 ? i - 1 : 0;
       ++merges;
     }
+    while (next < pieces.size()) advance();
     complete();
+    dropMerged();
   }
 
 private:
   static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
-  void mergeWithNext(std::size_t i) {
-    TLent<TStripePiece> joined =
-        outlinePiece(joinPoints(pieces[i].pts, pieces[i + 1].pts, scratch), kPieceFitTolPx, scratch);
-    std::swap(pieces[i], static_cast<TStripePiece&>(joined));
-    removePiece(pieces, i + 1, scratch);
-    outline = i;
-    if (!pieces[i].isFitted) complete();
+  void merge(std::size_t first, std::size_t second) {
+    absorbPiece(pieces[second].pts, kPieceFitTolPx, pieces[first], scratch);
+    outline = first;
+    if (!pieces[first].isFitted) complete();
+  }
+
+  void advance() {
+    complete();
+    ++last;
+    std::swap(pieces[last], pieces[next++]);
   }
 
   void complete() {
@@ -89,8 +104,15 @@ private:
     outline = kNone;
   }
 
+  void dropMerged() {
+    for (std::size_t i = last + 1; i < pieces.size() && scratch != nullptr; ++i) scratch->give(pieces[i]);
+    pieces.resize(last + 1);
+  }
+
   std::vector<TStripePiece>& pieces;
   TScratch* scratch;
+  std::size_t last = 0;
+  std::size_t next = 1;         // the piece behind it; those between have gone into others
   std::size_t outline = kNone;  // index of the piece
 };
 

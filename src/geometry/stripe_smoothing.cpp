@@ -58,13 +58,18 @@ TLentList<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const
   return smoothed;
 }
 
-TLentList<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX,
-                                     TScratch* scratch) {
+TLentList<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX, TScratch* scratch,
+                                     bool doColumnsAscend) {
   const auto from = static_cast<float>(fromX);
   const auto to = static_cast<float>(toX);
   TLentList<cv::Point2f> between(scratch, points.size());
-  std::copy_if(points.begin(), points.end(), std::back_inserter(between),
-               [&](cv::Point2f p) { return from < p.x && p.x < to; });
+  auto begin = points.begin();
+  auto end = points.end();
+  if (doColumnsAscend) {
+    begin = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x <= from; });
+    end = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x < to; });
+  }
+  std::copy_if(begin, end, std::back_inserter(between), [&](cv::Point2f p) { return from < p.x && p.x < to; });
   return between;
 }
 

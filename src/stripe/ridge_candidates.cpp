@@ -22,7 +22,8 @@ constexpr double kRootUnit = 16.0;  // fixed point of the root of a width
 struct alignas(16) TColumnMaxima {
   static constexpr short kFree = std::numeric_limits<short>::min();
   static constexpr short kNoSlot = std::numeric_limits<short>::max();
-  static_assert(TRidgeCandidates::kMax == 6 && v_int16x8::nlanes == 8, "a vector is six slots and two that are none");
+  static_assert(TRidgeCandidates::kMax == 6 && v_int16x8::nlanes == 8,
+                "a vector is six slots and two that are none");
 
   short contrast[v_int16x8::nlanes] = {kFree, kFree, kFree, kFree, kFree, kFree, kNoSlot, kNoSlot};
   int row[TRidgeCandidates::kMax] = {};
@@ -87,8 +88,8 @@ private:
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
 
   void collectMaxima(int y) {
-    const int count =
-        chooseRidgeRows().findMaxima({row(y + 2), row(y), row(y + 1), enough.data()}, level.grey.cols, found.data());
+    const int count = chooseRidgeRows().findMaxima({row(y + 2), row(y), row(y + 1), enough.data()},
+                                                   level.grey.cols, found.data());
     std::for_each(found.begin(), found.begin() + count, [&](int column) { collect(y, column); });
   }
 
@@ -111,15 +112,21 @@ private:
   std::pmr::vector<int> found;  // columns with a maximum in the row at hand
 };
 
-// Candidates of several scales, strongest first, without those inside the reach of a stronger one.
-TRidgeCandidates mergeColumn(const TRidgeCandidate* begin, const TRidgeCandidate* end) {
+bool isStronger(const TRidgeCandidate& a, const TRidgeCandidate& b) {
+  return a.rank != b.rank ? a.rank > b.rank : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
+}
+
+// Candidates of several scales, strongest first, without those inside the reach of a stronger one. Uses up the
+// pool.
+TRidgeCandidates mergeColumn(std::pmr::vector<TRidgeCandidate>& pool) {
   TRidgeCandidates merged;
-  for (const TRidgeCandidate* it = begin; it != end && merged.count < TRidgeCandidates::kMax; ++it) {
-    const auto keptEnd = merged.items.begin() + merged.count;
-    const bool isCovered = std::any_of(merged.items.begin(), keptEnd, [&](const TRidgeCandidate& kept) {
-      return std::abs(kept.y - it->y) < kept.widthPx + it->widthPx;
-    });
-    if (!isCovered) merged.items[static_cast<std::size_t>(merged.count++)] = *it;
+  while (!pool.empty() && merged.count < TRidgeCandidates::kMax) {
+    const TRidgeCandidate strongest = *std::min_element(pool.begin(), pool.end(), isStronger);
+    merged.items[static_cast<std::size_t>(merged.count++)] = strongest;
+    const auto isCovered = [&](const TRidgeCandidate& other) {
+      return std::abs(strongest.y - other.y) < strongest.widthPx + other.widthPx;
+    };
+    pool.erase(std::remove_if(pool.begin(), pool.end(), isCovered), pool.end());
   }
   return merged;
 }
@@ -140,10 +147,7 @@ std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TR
   for (std::size_t c = 0; c < columns.size(); ++c) {
     pool.clear();
     for (const TScaleScan& scan : scans) scan.appendTo(pool, c / static_cast<std::size_t>(scan.columnStep()));
-    std::sort(pool.begin(), pool.end(), [](const auto& a, const auto& b) {
-      return a.rank != b.rank ? a.rank > b.rank : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
-    });
-    columns[c] = mergeColumn(pool.data(), pool.data() + pool.size());
+    columns[c] = mergeColumn(pool);
   }
   return columns;
 }

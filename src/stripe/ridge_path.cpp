@@ -14,9 +14,9 @@ namespace {
 
 constexpr int kHalfGainExcess = 40 * kRidgeUnit;  // contrast over the least one that adds half of it
 constexpr int kReachColumns = 4;                  // columns that a link may skip to, others are breaks
-constexpr int kMinStrongColumns = 8;  // of pieces that continue each other
-constexpr int kMinStrongOfPiece = 2;  // of each of them
-constexpr int kStrongShare = 4;       // at least one column in so many is strong
+constexpr int kMinStrongColumns = 8;              // of pieces that continue each other
+constexpr int kMinStrongOfPiece = 2;              // of each of them
+constexpr int kStrongShare = 4;                   // at least one column in so many is strong
 
 constexpr int kFadeNodes = 24;  // nodes over which a stripe fades
 constexpr int kFadeRatio = 12;  // by no more than this

@@ -31,8 +31,8 @@ struct TRidgeRows {
   void (*halveBoth)(const short* upper, const short* lower, int columns, short* target);
   // Centre rows less twice the brighter one of the two boxes.
   void (*respond)(const TRidgeBoxes& boxes, int columns, short* response);
-  // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches it.
-  // Returns how many. The list has room for kFoundMargin more than there are columns.
+  // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches
+  // it. Returns how many. The list has room for kFoundMargin more than there are columns.
   int (*findMaxima)(const TRidgeRowTriple& rows, int columns, int* found);
 };
 

@@ -1,4 +1,5 @@
-// The kernels of ridge_rows.h, written once in universal intrinsics and included by one source per instruction set.
+// The kernels of ridge_rows.h, written once in universal intrinsics and included by one source per instruction
+// set.
 #pragma once
 
 #include "stripe/ridge_rows.h"
@@ -14,7 +15,7 @@ using cv::v_uint8;
 
 constexpr int kLanes = v_int16::nlanes;
 constexpr unsigned kStop = 1U << 31;  // a bit that keeps the count of zeros defined
-constexpr int kPairShift = 2;  // two pixels to one value
+constexpr int kPairShift = 2;         // two pixels to one value
 static_assert(2 << kPairShift == kRidgeLevelUnit, "the sum of two pixels");
 
 void pairColumns(const unsigned char* source, int columns, short* target) {

@@ -14,7 +14,7 @@ namespace {
 using cv::v_float32x4;
 
 constexpr int kLanes = 4;
-constexpr int kAcrossStep = 3;        // of the first points, those that lines across begin at
+constexpr int kAcrossStep = 3;       // of the first points, those that lines across begin at
 constexpr float kMinSpread = 1e-5F;  // smallest variance of the weighted columns, in squared half widths
 
 // 1 / (1 + slope^2) with the slope in image coordinates: turns squared row distances into perpendicular ones.
