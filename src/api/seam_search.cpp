@@ -16,6 +16,8 @@ namespace {
 constexpr double kMinKeptShare = 0.8;      // of the previous stripe's columns that edge pairs should follow again
 constexpr double kMinImageShare = 0.8;     // of the image's columns that they should follow on a first detection
 constexpr double kMinFollowedShare = 0.8;  // of the columns in which ridges see the stripe
+constexpr TCheck kColumns =
+    countCheck(TWeldOutcome::tooFewCentres, "columns in which edge pairs follow the stripe", TRule::atLeast);
 constexpr TCheck kFollowed{TWeldOutcome::tooFewCentres, "share of the stripe that edge pairs follow"};
 
 constexpr double kPresentShare = 0.5;  // of the image's columns that show a stripe to be there
@@ -29,6 +31,8 @@ struct TFrame {
 
   TWeldType joint() const { return detector.getWeldParameters().weldType; }
   bool isAutomatic() const { return options.extraction == TStripeExtraction::automatic; }
+  // Automatic extraction asks the ridges of one part of a frame only, for the sake of the time that a frame takes.
+  bool hasAskedRidges() const { return detector.scratch.ridge.searched.has_value(); }
 };
 
 int shareOf(int columns, double share) {
@@ -71,28 +75,38 @@ TFoundSeam choose(const TFrame& frame, TFoundSeam& chosen, TFoundSeam& other) {
 }
 
 // Around a found stripe.
-TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDoubt& doubt) {
+TFoundSeam searchNear(const TFrame& frame, const TWeldLineRes& stripe, const TDoubt& doubt, bool asksRidges) {
   const bool isExtended = frame.options.guideMarginPx > 0;
   if (isExtended) {
     const TStageTimer timer(frame.detector.trace, "guide");
     extendGuide(stripe.stripePts, frame.options.guideMarginPx, frame.image.size(), frame.guide);
   }
   TStripeSearch search{frame.options.extraction, isExtended ? &frame.guide : nullptr, doubt.minColumns};
+  if (frame.isAutomatic() && !asksRidges) search.extraction = TStripeExtraction::edgePairs;
   // A corner's tracking rules fit its flanks to whole rows, those of a first detection to the centres themselves.
   const bool fitsAnew = frame.isAutomatic() && isExtended && frame.joint() == TWeldType::corner;
   const TWeldLineRes none;
   const TWeldLineRes& previous = fitsAnew ? none : stripe;
   TFoundSeam seam = attempt(frame, search, previous);
-  if (!frame.isAutomatic() || !isDoubtful(seam.line, stripe, doubt)) return seam;
+  if (!frame.isAutomatic() || !asksRidges || !isDoubtful(seam.line, stripe, doubt)) return seam;
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, previous);
   const bool isBetter = !seam.line.isFound || ridges.line.isFound;
   return isBetter ? choose(frame, ridges, seam) : choose(frame, seam, ridges);
 }
 
+// The whole image on edge pairs alone, with what speaks against a seam in fragments of the stripe.
+TFoundSeam searchWholeOnEdgePairs(const TFrame& frame, int minColumns) {
+  TFoundSeam seam = attempt(frame, {}, {});
+  if (!seam.line.isFound || seam.stripe.columns >= minColumns) return seam;
+  seam.line = withoutSeam(std::move(seam.line));
+  frame.detector.trace.atGate().passes(kColumns, seam.stripe.columns, minColumns);
+  return seam;
+}
+
 // The whole image on edge pairs; on ridges where edge pairs find no seam, or where ridges see clearly more of the
 // stripe: a seam in the fragments of one is seldom true.
-TFoundSeam searchWholeAutomatic(const TFrame& frame) {
+TFoundSeam searchWholeOnBoth(const TFrame& frame) {
   TStripeSearch search;
   TFoundSeam edgePairs = attempt(frame, search, {});
   const bool isFound = edgePairs.line.isFound;
@@ -108,11 +122,13 @@ TFoundSeam searchWholeAutomatic(const TFrame& frame) {
 }
 
 // A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
-TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous) {
+//   lostColumns  of the stripe that this frame lost; 0 without one.
+TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous, int lostColumns) {
   if (!frame.isAutomatic()) return attempt(frame, {frame.options.extraction}, previous);
-  TFoundSeam first = searchWholeAutomatic(frame);
+  const int minColumns = shareOf(std::min(lostColumns, frame.image.cols), kMinKeptShare);
+  TFoundSeam first = frame.hasAskedRidges() ? searchWholeOnEdgePairs(frame, minColumns) : searchWholeOnBoth(frame);
   if (first.stripe.hasAskedRidges || !first.line.isFound) return first;
-  TFoundSeam second = searchNear(frame, first.line, {});
+  TFoundSeam second = searchNear(frame, first.line, {}, !frame.hasAskedRidges());
   return second.line.isFound ? choose(frame, second, first) : choose(frame, first, second);
 }
 
@@ -123,16 +139,18 @@ TFoundSeam checkPresence(const TFrame& frame, const TWeldLineRes& previous) {
 
 }  // namespace
 
-TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous,
+TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous, bool isHeld,
                       const TTrackerOptions& options, std::vector<cv::Point2f>& guide) {
   const TFrame frame{detector, image, options, guide};
+  detector.scratch.ridge.searched.reset();
   if (frame.joint() == TWeldType::stripePresence) return checkPresence(frame, previous.line);
-  if (!previous.line.isFound) return searchWhole(frame, previous.line);
+  if (!previous.line.isFound) return searchWhole(frame, previous.line, 0);
   const TDoubt doubt{shareOf(previous.stripe.columns, kMinKeptShare), options.maxJumpPx};
-  TFoundSeam seam = searchNear(frame, previous.line, doubt);
+  // The ridges near the last stripe have been asked when it was lost; a held one leaves them to the whole image.
+  TFoundSeam seam = searchNear(frame, previous.line, doubt, !isHeld);
   if (seam.line.isFound || !options.searchesWholeOnLoss) return seam;
   detector.scratch.give(seam.line.stripePts);
-  return searchWhole(frame, {});
+  return searchWhole(frame, {}, previous.stripe.columns);
 }
 
 }  // namespace weld

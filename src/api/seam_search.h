@@ -19,9 +19,10 @@ struct TFoundSeam {
 
 // Runs the detector of the object's joint as often as the frame needs it. The seam, or what the last attempt gave.
 //   previous  of the frame before; a found one guides the search.
+//   isHeld    the previous seam is of an earlier frame, and the last frame found none.
 //   options   in range.
 //   guide     working memory.
-TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous,
+TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous, bool isHeld,
                       const TTrackerOptions& options, std::vector<cv::Point2f>& guide);
 
 }  // namespace weld

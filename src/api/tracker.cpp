@@ -55,7 +55,7 @@ weld::TFoundSeam TWeldTracker::TState::search(const cv::Mat& image) {
   if (image.dims == 2) detector.scratch.reserveFor(image, options.extraction != TStripeExtraction::edgePairs);
   const bool guides = heldFrames == 0 || options.searchesWholeOnLoss;
   const weld::TFoundSeam none;
-  return weld::searchSeam(detector, image, guides ? last : none, options, guide);
+  return weld::searchSeam(detector, image, guides ? last : none, heldFrames > 0, options, guide);
 }
 
 // A seam that is held back counts as not found.

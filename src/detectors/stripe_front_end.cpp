@@ -4,7 +4,6 @@
 #include "stripe/centres.h"
 #include "stripe/region_scan.h"
 #include "stripe/regions.h"
-#include "stripe/ridge.h"
 #include "stripe/ridge_stripe.h"
 #include "stripe/stripe_choice.h"
 #include "support/grey_image.h"
@@ -108,17 +107,16 @@ TLentList<cv::Point2f> extractStripe(TDetectorObject& object, const cv::Mat& ima
 }
 
 TLentList<cv::Point2f> extractRidgeStripe(TDetectorObject& object, const cv::Mat& image, TSearchPath path) {
-  requireReadable(image);
   const TTrace& trace = object.trace;
   const TStageTimer timer(trace, "ridge");
   trace.beginAttempt(path, TStripeExtraction::ridge);
-  const std::vector<TRidgePoint>& ridge = extractRidgeCentres(
-      toGrey(image, object.scratch.grey), kRidges.maxSigmaPx, kRidges.minContrast, object.scratch.ridge);
+  const cv::Rect whole({0, 0}, image.size());
+  const std::vector<TRidgePoint>& ridge = extractRidgesOf(image, whole, kRidges, object.scratch);
   TLentList<cv::Point2f> centres(&object.scratch, ridge.size());
   std::transform(ridge.begin(), ridge.end(), std::back_inserter(centres),
                  [](const TRidgePoint& r) { return r.point; });
   if (trace) {
-    trace.attempt().regions = {cv::Rect({0, 0}, image.size())};
+    trace.attempt().regions = {whole};
     trace.attempt().columnsScanned = image.cols;
     trace.attempt().columnsWithCentre = static_cast<std::int32_t>(centres.size());
     trace.attempt().columnsWithoutEdge = image.cols - trace.attempt().columnsWithCentre;

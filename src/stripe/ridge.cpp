@@ -71,6 +71,7 @@ std::vector<TRidgePoint>& extractRidgeCentres(const cv::Mat& grey, double maxSig
                                               TRidgeScratch& scratch) {
   std::vector<TRidgePoint>& points = scratch.points;
   points.clear();
+  scratch.searched.reset();
   if (grey.empty()) return points;
   CV_Assert(grey.type() == CV_8UC1);
   std::pmr::memory_resource* const memory = scratch.arena.beginRound();

@@ -6,6 +6,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <optional>
 #include <vector>
 
 namespace weld {
@@ -17,10 +18,11 @@ struct TRidgePoint {
   float confidence = 0.0F;  // 0..1: rises with the contrast, falls with the scatter of the centres around
 };
 
-// Working memory that outlives a frame, and the centres of the last one.
+// Working memory that outlives a frame, and the centres of the last search.
 struct TRidgeScratch {
   TArena arena;
   std::vector<TRidgePoint> points;
+  std::optional<cv::Rect> searched;  // the part of the frame that the points are from; none before the first search
 
   // Makes room for the ridges of a whole frame.
   void reserveFor(cv::Size frame);
@@ -37,7 +39,7 @@ struct TRidgeScratch {
 // least that is used, 4 grey levels. Same input, same bits.
 std::vector<TRidgePoint> extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast);
 
-// The same in memory that is there; the list lies in the scratch memory.
+// The same in memory that is there; the list lies in the scratch memory. Leaves `searched` empty.
 std::vector<TRidgePoint>& extractRidgeCentres(const cv::Mat& grey, double maxSigmaPx, double minContrast,
                                               TRidgeScratch& scratch);
 

@@ -45,16 +45,23 @@ std::size_t takeColumns(const cv::Rect& region, const std::vector<TRidgePoint>& 
 
 }  // namespace
 
+const std::vector<TRidgePoint>& extractRidgesOf(const cv::Mat& image, const cv::Rect& part,
+                                                const TRidgeSettings& settings, TStripeScratch& scratch) {
+  if (scratch.ridge.searched == part) return scratch.ridge.points;
+  requireReadable(image);
+  std::vector<TRidgePoint>& ridge = extractRidgeCentres(toGrey(image(part), scratch.grey), settings.maxSigmaPx,
+                                                        settings.minContrast, scratch.ridge);
+  const cv::Point2f origin(part.tl());
+  for (TRidgePoint& r : ridge) r.point += origin;
+  scratch.ridge.searched = part;
+  return ridge;
+}
+
 TStripeCentres extractRidgeStripeCentres(const cv::Mat& image, const std::vector<cv::Rect>& regions,
                                          const TRidgeSettings& settings, TStripeScratch& scratch) {
   const cv::Rect bounds = boundsOf(regions, image.size());
   if (bounds.empty()) return {};
-  requireReadable(image);
-  std::vector<TRidgePoint>& ridge = extractRidgeCentres(toGrey(image(bounds), scratch.grey), settings.maxSigmaPx,
-                                                        settings.minContrast, scratch.ridge);
-  const cv::Point2f origin(bounds.tl());
-  for (TRidgePoint& r : ridge) r.point += origin;
-
+  const std::vector<TRidgePoint>& ridge = extractRidgesOf(image, bounds, settings, scratch);
   TStripeCentres stripe{
       {&scratch, ridge.size()}, modalWidth(ridge), {&scratch, static_cast<std::size_t>(bounds.width)}};
   std::size_t next = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/centres.h"
+#include "stripe/ridge.h"
 
 #include <opencv2/core.hpp>
 
@@ -14,6 +15,13 @@ struct TRidgeSettings {
   double maxSigmaPx;
   double minContrast;  // grey levels
 };
+
+// Ridge centres of a part of the frame, in frame coordinates. The last part that was searched is not searched
+// again until scratch.ridge.searched is reset, which a new frame must do. The list lies in the scratch memory.
+//   image  as in extractStripeCentres.
+//   part   inside the image, not empty.
+const std::vector<TRidgePoint>& extractRidgesOf(const cv::Mat& image, const cv::Rect& part,
+                                                const TRidgeSettings& settings, TStripeScratch& scratch);
 
 // Ridge centres inside the regions; the ridge is sought in their bounding box. Every column of a region gets a
 // status: centre found or edge missing. The width is the most frequent one in whole pixels.
