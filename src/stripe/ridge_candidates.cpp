@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace weld {
@@ -42,6 +43,22 @@ struct alignas(16) TColumnMaxima {
   }
 };
 
+class TScaleScan;
+
+// A candidate among those of all scales of a column.
+struct TRanked {
+  std::uint64_t order = 0;  // the strongest has the greatest; the upper one of equally strong ones
+  int y = 0;
+  int widthPx = 0;
+  const TScaleScan* scan = nullptr;
+  int slot = 0;
+
+  // rank: contrast times the root of the width, how far it stands out of white noise.
+  static std::uint64_t orderOf(int rank, int y) {
+    return static_cast<std::uint64_t>(static_cast<std::uint32_t>(rank)) << 32 | ~static_cast<std::uint32_t>(y + 1);
+  }
+};
+
 // Columns of one scale, with three rows of response kept at a time.
 class TScaleScan {
 public:
@@ -71,20 +88,30 @@ public:
     }
   }
 
-  // The candidates that a column of the level found.
-  void appendTo(std::pmr::vector<TRidgeCandidate>& candidates, std::size_t x) const {
-    for (std::size_t slot = 0; slot < TRidgeCandidates::kMax; ++slot) {
+  // Puts what the column found into the pool.
+  void addTo(std::pmr::vector<TRanked>& pool, int column) const {
+    const std::size_t x = levelColumn(column);
+    for (int slot = 0; slot < TRidgeCandidates::kMax; ++slot) {
       const int contrast = maxima[x].contrast[slot];
       if (contrast == TColumnMaxima::kFree) continue;
-      candidates.push_back({2 * maxima[x].row[slot] * level.stepY - 1, contrast, widthPx, contrast - weak[x],
-                            contrast * rootOfWidth, contrast >= strong[x]});
+      const int y = rowOf(x, slot);
+      pool.push_back({TRanked::orderOf(contrast * rootOfWidth, y), y, widthPx, this, slot});
     }
   }
 
-  // Columns of the finest level to one of this.
-  int columnStep() const { return level.stepX / kRidgeColumnStep; }
+  TRidgeCandidate candidate(int column, int slot) const {
+    const std::size_t x = levelColumn(column);
+    const int contrast = maxima[x].contrast[slot];
+    return {rowOf(x, slot), contrast, widthPx, contrast - weak[x], contrast >= strong[x]};
+  }
 
 private:
+  // The column of the level for one of the finest level.
+  std::size_t levelColumn(int column) const {
+    return static_cast<std::size_t>(column / (level.stepX / kRidgeColumnStep));
+  }
+  int rowOf(std::size_t x, int slot) const { return 2 * maxima[x].row[slot] * level.stepY - 1; }
+
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
 
   void collectMaxima(int y) {
@@ -112,18 +139,15 @@ private:
   std::pmr::vector<int> found;  // columns with a maximum in the row at hand
 };
 
-bool isStronger(const TRidgeCandidate& a, const TRidgeCandidate& b) {
-  return a.rank != b.rank ? a.rank > b.rank : a.y != b.y ? a.y < b.y : a.widthPx < b.widthPx;
-}
-
 // Candidates of several scales, strongest first, without those inside the reach of a stronger one. Uses up the
-// pool.
-TRidgeCandidates mergeColumn(std::pmr::vector<TRidgeCandidate>& pool) {
+// pool, in which narrow ones come first.
+TRidgeCandidates mergeColumn(int column, std::pmr::vector<TRanked>& pool) {
   TRidgeCandidates merged;
   while (!pool.empty() && merged.count < TRidgeCandidates::kMax) {
-    const TRidgeCandidate strongest = *std::min_element(pool.begin(), pool.end(), isStronger);
-    merged.items[static_cast<std::size_t>(merged.count++)] = strongest;
-    const auto isCovered = [&](const TRidgeCandidate& other) {
+    const TRanked strongest = *std::max_element(
+        pool.begin(), pool.end(), [](const TRanked& a, const TRanked& b) { return a.order < b.order; });
+    merged.items[static_cast<std::size_t>(merged.count++)] = strongest.scan->candidate(column, strongest.slot);
+    const auto isCovered = [&](const TRanked& other) {
       return std::abs(strongest.y - other.y) < strongest.widthPx + other.widthPx;
     };
     pool.erase(std::remove_if(pool.begin(), pool.end(), isCovered), pool.end());
@@ -141,13 +165,15 @@ std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TR
   for (const TRidgeScale& scale : scales) {
     scans.emplace_back(levels[static_cast<std::size_t>(scale.level)], scale, minContrast, memory).run();
   }
-  std::pmr::vector<TRidgeCandidates> columns(static_cast<std::size_t>(levels.front().grey.cols), memory);
-  std::pmr::vector<TRidgeCandidate> pool(memory);
+  const int count = levels.front().grey.cols;
+  std::pmr::vector<TRidgeCandidates> columns(memory);
+  columns.reserve(static_cast<std::size_t>(count));
+  std::pmr::vector<TRanked> pool(memory);
   pool.reserve(scales.size() * TRidgeCandidates::kMax);
-  for (std::size_t c = 0; c < columns.size(); ++c) {
+  for (int column = 0; column < count; ++column) {
     pool.clear();
-    for (const TScaleScan& scan : scans) scan.appendTo(pool, c / static_cast<std::size_t>(scan.columnStep()));
-    columns[c] = mergeColumn(pool);
+    for (const TScaleScan& scan : scans) scan.addTo(pool, column);
+    columns.push_back(mergeColumn(column, pool));
   }
   return columns;
 }

@@ -16,7 +16,6 @@ struct TRidgeCandidate {
   int contrast = 0;       // grey levels times kRidgeUnit
   int widthPx = 0;        // scale of the strongest response
   int excess = 0;         // contrast over the least that counts, grey levels times kRidgeUnit
-  int rank = 0;           // contrast times the root of the width: how far it stands out of white noise
   bool isStrong = false;  // a stripe by itself; the others only continue one
 };
 
