@@ -1,5 +1,6 @@
 #include "geometry/line_fitting.h"
 
+#include "support/fit_points.h"
 #include "support/line_fit.h"
 #include "support/line_math.h"
 
@@ -102,6 +103,13 @@ TLentList<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points, TSc
 zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
   if (points.size() < kMinFitPoints) return {};
   return fitRobust(toIntPoints(points, scratch), tolPx, scratch);
+}
+
+bool isSureToFit(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
+  using zelFit::TLineFitFactory;
+  if (points.size() < kMinFitPoints) return false;
+  const auto few = zelFit::pickEvenly(points, TLineFitFactory::kFewPoints, scratch);
+  return TLineFitFactory(scratch).isSureOfRobustLine(toIntPoints(few, scratch), tolPx);
 }
 
 TLent<TLinePara> fitLine(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {

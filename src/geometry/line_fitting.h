@@ -47,8 +47,11 @@ TLentList<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points, TSc
 zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx,
                                        TScratch* scratch = nullptr);
 
-// The same with the points near the line. tolPx is the scale of the fit and the inlier distance. Without success
-// the inliers are all points and the ratio is 0.
+// True only where fitStripePoints succeeds, at a fraction of its cost. False tells nothing.
+bool isSureToFit(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch = nullptr);
+
+// As fitStripePoints, with the points near the line. tolPx is the scale of the fit and the inlier distance.
+// Without success the inliers are all points and the ratio is 0.
 TLent<TLinePara> fitLine(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch = nullptr);
 
 // Robust fit of the points startIdx .. endIdx - 1, then of all points near that line. Fewer than 10 points in

@@ -60,10 +60,7 @@ void absorbPiece(const std::vector<cv::Point2f>& points, float fitTolPx, TStripe
   joined.fitPts.swap(piece.fitPts);
   joined.fitPts.clear();
   std::swap(piece, joined);
-  const zelFit::TLineFitFactory factory(scratch);
-  const bool isSure = piece.pts.size() >= kMinFitPoints &&
-                      factory.isSureOfRobustLine(toIntPoints(piece.pts, scratch), static_cast<double>(fitTolPx));
-  if (isSure) setEnds(piece);
+  if (isSureToFit(piece.pts, static_cast<double>(fitTolPx), scratch)) setEnds(piece);
 }
 
 double pieceLength(const TStripePiece& piece) {

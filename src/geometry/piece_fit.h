@@ -17,8 +17,9 @@ inline constexpr float kPieceFitTolPx = 3.0F;  // distance tolerance of every pi
 // Fewer than 10 points, or no line: a piece that holds the points and nothing else.
 TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch = nullptr);
 
-// Adds points to a piece in two steps. The first leaves an outline, what a merge asks of a piece: its ends and that
-// it is fitted, where that is sure without the fit, otherwise the points alone. Either way the second completes it.
+// Adds points to a piece in two steps. The first leaves an outline, what a merge asks of a piece: its ends and
+// that it is fitted, where that is sure without the fit, otherwise the points alone. Either way the second
+// completes it.
 void absorbPiece(const std::vector<cv::Point2f>& points, float fitTolPx, TStripePiece& piece,
                  TScratch* scratch = nullptr);
 void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch = nullptr);

@@ -7,6 +7,8 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace zelFit {
@@ -16,6 +18,17 @@ struct TScaledLine {
   float slope = 0.0F;
   float intercept = 0.0F;
 };
+
+// Every n-th point so that at most maxCount >= 2 remain, the first and the last among them.
+template <typename TPoint>
+weld::TLentList<TPoint> pickEvenly(const std::vector<TPoint>& points, int maxCount, weld::TScratch* scratch) {
+  const auto count = std::min(points.size(), static_cast<std::size_t>(maxCount));
+  weld::TLentList<TPoint> picked(scratch, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    picked.push_back(points[count < 2 ? 0 : i * (points.size() - 1) / (count - 1)]);
+  }
+  return picked;
+}
 
 class TFitPoints {
 public:

@@ -55,19 +55,26 @@ TScaledLine reweight(const TFitPoints& points, TScaledLine line, double firstCut
   return line;
 }
 
-// The best line from one of the first points of the sample to one of the last, where it is acceptable.
-std::optional<TScaledLine> findLongLine(const TFitPoints& points, const TFitPoints& sample, double scalePx) {
-  const std::optional<TScaledLine> line = findLineAcross(sample, scalePx);
-  return line && isAcceptable(points, *line, scalePx) ? line : std::nullopt;
+// Through the points or, of more, kFewPoints evenly chosen ones: the best line from one of the first to one of the
+// last, where it is acceptable.
+TLineFitResult fitLongLine(const std::vector<cv::Point>& points, double scalePx, weld::TScratch* memory) {
+  const TFitPoints few(pickEvenly(points, TLineFitFactory::kFewPoints, memory), memory);
+  if (few.isEmpty()) return {};
+  const std::optional<TScaledLine> line = findLineAcross(few.subsample(kRobustSample, memory), scalePx);
+  if (!line || !isAcceptable(few, *line, scalePx)) return {};
+  return resultOf(few, *line, TSlopeInterval::all());
 }
 
-// From the line that explains most of the sample.
-std::optional<TScaledLine> findRobustLine(const TFitPoints& points, const TFitPoints& sample, double scalePx) {
+// From the line that explains most of a subsample.
+TLineFitResult refineConsensus(const std::vector<cv::Point>& points, double scalePx, weld::TScratch* memory) {
   const TSlopeInterval any = TSlopeInterval::all();
+  const TFitPoints scaled(points, memory);
+  if (scaled.isEmpty()) return {};
+  const TFitPoints sample = scaled.subsample(kRobustSample, memory);
   const std::optional<TScaledLine> start = findConsensusLine(sample, sample, scalePx, any);
-  if (!start) return std::nullopt;
-  const TScaledLine line = reweight(points, *start, kFirstCutOff * scalePx, kLastCutOff * scalePx, any);
-  return isAcceptable(points, line, scalePx) ? std::optional(line) : std::nullopt;
+  if (!start) return {};
+  const TScaledLine line = reweight(scaled, *start, kFirstCutOff * scalePx, kLastCutOff * scalePx, any);
+  return isAcceptable(scaled, line, scalePx) ? resultOf(scaled, line, any) : TLineFitResult();
 }
 
 }  // namespace
@@ -76,21 +83,15 @@ bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& poi
                                                double scalePx) {
   fit = {};
   const std::optional<double> scale = usableTolerance(scalePx);
-  const TFitPoints scaled(points, memory);
-  if (!scale || scaled.isEmpty()) return false;
-  const TFitPoints sample = scaled.subsample(kRobustSample, memory);
-  std::optional<TScaledLine> line = findRobustLine(scaled, sample, *scale);
-  if (!line) line = findLongLine(scaled, sample, *scale);
-  if (!line) return false;
-  fit = resultOf(scaled, *line, TSlopeInterval::all());
-  return true;
+  if (!scale) return false;
+  fit = refineConsensus(points, *scale, memory);
+  if (!fit.success) fit = fitLongLine(points, *scale, memory);
+  return fit.success;
 }
 
 bool TLineFitFactory::isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const {
   const std::optional<double> scale = usableTolerance(scalePx);
-  const TFitPoints scaled(points, memory);
-  if (!scale || scaled.isEmpty()) return false;
-  return findLongLine(scaled, scaled.subsample(kRobustSample, memory), *scale).has_value();
+  return scale && fitLongLine(points, *scale, memory).success;
 }
 
 bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,

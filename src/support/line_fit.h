@@ -35,7 +35,9 @@ public:
   // set, that is, those near points span more rows than columns and no more columns than two scales.
   bool createFitType_robustLine(const std::vector<cv::Point>& points, int method, double scalePx);
 
-  // At a fraction of the cost: true only where the robust line succeeds. False tells nothing.
+  // At a fraction of the cost: true only where the robust line succeeds. False tells nothing. The same for the
+  // points and for kFewPoints of them picked evenly.
+  static constexpr int kFewPoints = 128;
   bool isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const;
 
   // The line that explains most points among those whose angle, degrees of atan(slope), lies in
