@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -102,16 +103,22 @@ std::vector<TCase> plainCases(const TFrame& usual, const std::vector<TWorstFrame
   return cases;
 }
 
-// Frames in which a tracker with the default options loses the seam that it had.
+// What a tracker with the default options goes through when it loses its seam: the frame that loses it, one in
+// which the seam is held, and the first one after that.
 std::vector<TCase> trackerCases(const TFrame& usual, const std::vector<TWorstFrame>& frames) {
+  const int framesUntilFirst = TTrackerOptions().holdFrames + 1;
+  const std::pair<const char*, int> moments[] = {{"losing", 0}, {"holding", 1}, {"searching", framesUntilFirst}};
   const auto tracker = std::make_shared<TWeldTracker>(usual.params);
-  const auto prepare = [=, &usual] {
-    tracker->reset();
-    tracker->track(usual.scene.image);
-  };
   std::vector<TCase> cases;
   for (const TWorstFrame& frame : frames) {
-    cases.push_back({frame.name, prepare, [=] { tracker->track(frame.image); }});
+    for (const auto& [moment, framesBefore] : moments) {
+      const auto prepare = [=, &usual, count = framesBefore] {
+        tracker->reset();
+        tracker->track(usual.scene.image);
+        for (int i = 0; i < count; ++i) tracker->track(frame.image);
+      };
+      cases.push_back({frame.name + ", " + moment, prepare, [=] { tracker->track(frame.image); }});
+    }
   }
   return cases;
 }
