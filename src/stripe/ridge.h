@@ -22,7 +22,8 @@ struct TRidgePoint {
 struct TRidgeScratch {
   TArena arena;
   std::vector<TRidgePoint> points;
-  std::optional<cv::Rect> searched;  // the part of the frame that the points are from; none before the first search
+  std::optional<cv::Rect>
+      searched;  // the part of the frame that the points are from; none before the first search
 
   // Makes room for the ridges of a whole frame.
   void reserveFor(cv::Size frame);

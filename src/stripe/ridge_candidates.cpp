@@ -82,7 +82,7 @@ public:
   void run() {
     computeRidgeRow(level, halfRows, 0, row(0));
     computeRidgeRow(level, halfRows, 0, row(2));
-    for (int y = 0; y < level.grey.rows; ++y) {
+    for (int y = 0; y < level.rows; ++y) {
       computeRidgeRow(level, halfRows, y + 1, row(y + 1));
       collectMaxima(y);
     }
@@ -115,8 +115,8 @@ private:
   short* row(int y) { return rows[static_cast<std::size_t>(y % 3)].data(); }
 
   void collectMaxima(int y) {
-    const int count = chooseRidgeRows().findMaxima({row(y + 2), row(y), row(y + 1), enough.data()},
-                                                   level.grey.cols, found.data());
+    const int count =
+        chooseRidgeRows().findMaxima({row(y + 2), row(y), row(y + 1), enough.data()}, level.cols, found.data());
     std::for_each(found.begin(), found.begin() + count, [&](int column) { collect(y, column); });
   }
 
@@ -165,7 +165,7 @@ std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TR
   for (const TRidgeScale& scale : scales) {
     scans.emplace_back(levels[static_cast<std::size_t>(scale.level)], scale, minContrast, memory).run();
   }
-  const int count = levels.front().grey.cols;
+  const int count = levels.front().cols;
   std::pmr::vector<TRidgeCandidates> columns(memory);
   columns.reserve(static_cast<std::size_t>(count));
   std::pmr::vector<TRanked> pool(memory);

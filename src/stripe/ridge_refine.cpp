@@ -25,15 +25,19 @@ void TRidgeRefiner::load(int x, int first, int last) {
   sums.resize(static_cast<std::size_t>(last - first + 2));
   sums[0] = 0;
   const int bottom = image.rows - 1;
-  const uchar* column = image.ptr<uchar>(0) + x;
+  const uchar* const column = image.ptr<uchar>(0) + x;
   const std::size_t step = image.step[0];
   int sum = 0;
   int* next = sums.data();
   *next++ = sum;
-  for (int y = first; y <= last; ++y) {
-    sum += column[step * static_cast<std::size_t>(std::min(std::max(y, 0), bottom))];
+  const auto add = [&](int row) {
+    sum += column[step * static_cast<std::size_t>(row)];
     *next++ = sum;
-  }
+  };
+  int y = first;
+  for (; y < 0 && y <= last; ++y) add(0);
+  for (; y <= std::min(last, bottom); ++y) add(y);
+  for (; y <= last; ++y) add(bottom);
 }
 
 int TRidgeRefiner::sumOf(int first, int last) const {

@@ -18,26 +18,38 @@ TRidgeGrid makeGrid(int rows, int cols, std::pmr::memory_resource* memory) {
   return {rows, cols, std::pmr::polymorphic_allocator<short>(memory).allocate(count)};
 }
 
+// Fills the sums of a level from its rows; writeRow(y, target) gives row y.
+template <typename TWriteRow>
+void fillSums(TRidgeLevel& level, const TWriteRow& writeRow, std::pmr::memory_resource* memory) {
+  const TRidgeRows& kernels = chooseRidgeRows();
+  level.sums = makeGrid(level.rows + 1, level.cols, memory);
+  std::pmr::vector<short> before(static_cast<std::size_t>(level.cols), memory);
+  std::pmr::vector<short> here(before, memory);
+  writeRow(0, before.data());
+  kernels.addRows(before.data(), before.data(), level.cols, level.sums[0]);
+  for (int y = 1; y < level.rows; ++y) {
+    writeRow(y, here.data());
+    kernels.addRows(before.data(), here.data(), level.cols, level.sums[y]);
+    before.swap(here);
+  }
+  kernels.addRows(before.data(), before.data(), level.cols, level.sums[level.rows]);
+}
+
 TRidgeLevel buildFinestLevel(const cv::Mat& grey, std::pmr::memory_resource* memory) {
-  TRidgeLevel level;
-  level.grey = makeGrid(grey.rows, (grey.cols + 1) / 2, memory);
-  level.stepX = kRidgeColumnStep;
-  const TRidgeRows& rows = chooseRidgeRows();
-  for (int y = 0; y < grey.rows; ++y) rows.pairColumns(grey.ptr<uchar>(y), grey.cols, level.grey[y]);
+  TRidgeLevel level{grey.rows, (grey.cols + 1) / 2, kRidgeColumnStep, 1, {}};
+  const auto pairColumns = chooseRidgeRows().pairColumns;
+  fillSums(
+      level, [&](int y, short* target) { pairColumns(grey.ptr<uchar>(y), grey.cols, target); }, memory);
   return level;
 }
 
 // Half the rows of a level, and with a step of two half its columns.
 TRidgeLevel halve(const TRidgeLevel& fine, int columnStep, std::pmr::memory_resource* memory) {
-  const int bottom = fine.grey.rows - 1;
-  TRidgeLevel coarse;
-  coarse.grey = makeGrid(bottom / 2 + 1, (fine.grey.cols + columnStep - 1) / columnStep, memory);
-  coarse.stepX = fine.stepX * columnStep;
-  coarse.stepY = fine.stepY * 2;
-  const auto halveInto = columnStep == 1 ? chooseRidgeRows().halveRows : chooseRidgeRows().halveBoth;
-  for (int y = 0; y < coarse.grey.rows; ++y) {
-    halveInto(fine.grey[2 * y], fine.grey[std::min(2 * y + 1, bottom)], fine.grey.cols, coarse.grey[y]);
-  }
+  TRidgeLevel coarse{
+      (fine.rows + 1) / 2, (fine.cols + columnStep - 1) / columnStep, fine.stepX * columnStep, fine.stepY * 2, {}};
+  const auto halveSums = columnStep == 1 ? chooseRidgeRows().halveSums : chooseRidgeRows().halveSumsAndColumns;
+  fillSums(
+      coarse, [&](int y, short* target) { halveSums(fine.sumFrom(2 * y), fine.cols, target); }, memory);
   return coarse;
 }
 
@@ -69,17 +81,11 @@ std::pmr::vector<TRidgeScale> chooseRidgeScales(double maxSigmaPx, cv::Size imag
 }
 
 void computeRidgeRow(const TRidgeLevel& level, int halfRows, int y, short* response) {
-  const TRidgeGrid& grey = level.grey;
-  const auto row = [&](int index) { return grey[std::clamp(index, 0, grey.rows - 1)]; };
-  const int above = y - 2 * halfRows - kSideRows;
-  const int upper = y - halfRows;
-  const int lower = y + halfRows - 2;  // the same rows as `upper` when the box is two rows high
-  const int below = y + 2 * halfRows;
-  chooseRidgeRows().respond({{row(above), row(above + 1)},
-                             {row(upper), row(upper + 1)},
-                             {row(lower), row(lower + 1)},
-                             {row(below), row(below + 1)}},
-                            grey.cols, response);
+  const short* const above = level.sumFrom(y - 2 * halfRows - kSideRows);
+  const short* const upper = level.sumFrom(y - halfRows);
+  const short* const lower = level.sumFrom(y + halfRows - 2);  // the same when the box is two rows high
+  const short* const below = level.sumFrom(y + 2 * halfRows);
+  chooseRidgeRows().respond({above, upper, lower, below}, level.cols, response);
 }
 
 }  // namespace weld

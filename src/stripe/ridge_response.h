@@ -3,6 +3,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <memory_resource>
 #include <vector>
 
@@ -23,11 +24,16 @@ struct TRidgeGrid {
   short* operator[](int y) const { return values + static_cast<std::ptrdiff_t>(y) * cols; }
 };
 
-// The image averaged over stepX columns and stepY rows; values are grey levels times 8.
+// The image averaged over stepX columns and stepY rows, kept as the sums of every two neighbouring rows; values
+// are grey levels times 16. Rows beyond the image repeat its border.
 struct TRidgeLevel {
-  TRidgeGrid grey;
+  int rows = 0;
+  int cols = 0;
   int stepX = 1;
   int stepY = 1;
+  TRidgeGrid sums;  // of the rows -1 and 0, then 0 and 1, ...
+
+  const short* sumFrom(int y) const { return sums[std::clamp(y, -1, rows - 1) + 1]; }
 };
 
 // One width of stripe that is searched for, in one level.

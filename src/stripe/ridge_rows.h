@@ -7,12 +7,12 @@ inline constexpr int kRidgeLevelUnit = 8;  // values of an averaged image per gr
 
 inline constexpr int kFoundMargin = 4;
 
-// Rows whose sums make the response of one row.
+// Sums of two rows that make the response of one row.
 struct TRidgeBoxes {
-  const short* above[2];  // the box over the ridge
-  const short* upper[2];  // the ridge itself, in four rows that may overlap
-  const short* lower[2];
-  const short* below[2];  // the box under the ridge
+  const short* above;  // the box over the ridge
+  const short* upper;  // the ridge itself, twice two rows that may be the same
+  const short* lower;
+  const short* below;  // the box under the ridge
 };
 
 // Three rows of response one below the other, and the least response that counts in every column.
@@ -26,9 +26,10 @@ struct TRidgeRowTriple {
 struct TRidgeRows {
   // Sums of neighbouring pixels in units of the averaged images; an odd last pixel counts twice.
   void (*pairColumns)(const unsigned char* source, int columns, short* target);
-  // Rounded means of two rows; and of two rows and two columns, an odd last column counting twice.
-  void (*halveRows)(const short* upper, const short* lower, int columns, short* target);
-  void (*halveBoth)(const short* upper, const short* lower, int columns, short* target);
+  void (*addRows)(const short* a, const short* b, int columns, short* target);
+  // Rounded means of the two rows in a row of sums; and of two columns as well, an odd last one counting twice.
+  void (*halveSums)(const short* sums, int columns, short* target);
+  void (*halveSumsAndColumns)(const short* sums, int columns, short* target);
   // Centre rows less twice the brighter one of the two boxes.
   void (*respond)(const TRidgeBoxes& boxes, int columns, short* response);
   // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches

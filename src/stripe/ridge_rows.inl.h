@@ -32,48 +32,41 @@ void pairColumns(const unsigned char* source, int columns, short* target) {
   }
 }
 
-void halveRows(const short* upper, const short* lower, int columns, short* target) {
-  const v_int16 one = cv::vx_setall_s16(1);
+void addRows(const short* a, const short* b, int columns, short* target) {
   int x = 0;
-  for (; x + kLanes <= columns; x += kLanes) {
-    cv::v_store(target + x, cv::v_shr<1>(cv::vx_load(upper + x) + cv::vx_load(lower + x) + one));
-  }
-  for (; x < columns; ++x) target[x] = static_cast<short>((upper[x] + lower[x] + 1) >> 1);
+  for (; x + kLanes <= columns; x += kLanes) cv::v_store(target + x, cv::vx_load(a + x) + cv::vx_load(b + x));
+  for (; x < columns; ++x) target[x] = static_cast<short>(a[x] + b[x]);
 }
 
-void halveBoth(const short* upper, const short* lower, int columns, short* target) {
+void halveSums(const short* sums, int columns, short* target) {
   const v_int16 one = cv::vx_setall_s16(1);
-  const auto sumOfFour = [&](int x) {
-    return cv::v_dotprod(cv::vx_load(upper + x), one) + cv::v_dotprod(cv::vx_load(lower + x), one);
-  };
+  int x = 0;
+  for (; x + kLanes <= columns; x += kLanes) cv::v_store(target + x, cv::v_shr<1>(cv::vx_load(sums + x) + one));
+  for (; x < columns; ++x) target[x] = static_cast<short>((sums[x] + 1) >> 1);
+}
+
+void halveSumsAndColumns(const short* sums, int columns, short* target) {
+  const v_int16 one = cv::vx_setall_s16(1);
+  const auto sumOfFour = [&](int x) { return cv::v_dotprod(cv::vx_load(sums + x), one); };
   int x = 0;
   for (; x + 2 * kLanes <= columns; x += 2 * kLanes) {
     cv::v_store(target + x / 2, cv::v_rshr_pack<2>(sumOfFour(x), sumOfFour(x + kLanes)));
   }
   for (; x < columns; x += 2) {
     const int right = x + 1 < columns ? x + 1 : x;
-    target[x / 2] = static_cast<short>((upper[x] + upper[right] + lower[x] + lower[right] + 2) >> 2);
+    target[x / 2] = static_cast<short>((sums[x] + sums[right] + 2) >> 2);
   }
-}
-
-inline v_int16 sumOf(const short* const (&rows)[2], int x) {
-  return cv::vx_load(rows[0] + x) + cv::vx_load(rows[1] + x);
-}
-inline int sumAt(const short* const (&rows)[2], int x) {
-  return rows[0][x] + rows[1][x];
 }
 
 void respond(const TRidgeBoxes& boxes, int columns, short* response) {
   int x = 0;
   for (; x + kLanes <= columns; x += kLanes) {
-    const v_int16 side = cv::v_max(sumOf(boxes.above, x), sumOf(boxes.below, x));
-    cv::v_store(response + x, sumOf(boxes.upper, x) + sumOf(boxes.lower, x) - side - side);
+    const v_int16 side = cv::v_max(cv::vx_load(boxes.above + x), cv::vx_load(boxes.below + x));
+    cv::v_store(response + x, cv::vx_load(boxes.upper + x) + cv::vx_load(boxes.lower + x) - side - side);
   }
   for (; x < columns; ++x) {
-    const int above = sumAt(boxes.above, x);
-    const int below = sumAt(boxes.below, x);
-    const int side = above > below ? above : below;
-    response[x] = static_cast<short>(sumAt(boxes.upper, x) + sumAt(boxes.lower, x) - 2 * side);
+    const int side = boxes.above[x] > boxes.below[x] ? boxes.above[x] : boxes.below[x];
+    response[x] = static_cast<short>(boxes.upper[x] + boxes.lower[x] - 2 * side);
   }
 }
 

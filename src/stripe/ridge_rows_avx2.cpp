@@ -6,7 +6,7 @@
 
 namespace weld {
 
-const TRidgeRows kAvx2RidgeRows{pairColumns, halveRows, halveBoth, respond, findMaxima};
+const TRidgeRows kAvx2RidgeRows{pairColumns, addRows, halveSums, halveSumsAndColumns, respond, findMaxima};
 
 }  // namespace weld
 

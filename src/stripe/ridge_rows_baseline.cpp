@@ -2,6 +2,6 @@
 
 namespace weld {
 
-const TRidgeRows kBaselineRidgeRows{pairColumns, halveRows, halveBoth, respond, findMaxima};
+const TRidgeRows kBaselineRidgeRows{pairColumns, addRows, halveSums, halveSumsAndColumns, respond, findMaxima};
 
 }  // namespace weld

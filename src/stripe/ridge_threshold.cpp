@@ -50,13 +50,13 @@ private:
 
 std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns,
                                                   std::pmr::memory_resource* memory) {
-  const int columns = level.grey.cols;
+  const int columns = level.cols;
   std::pmr::vector<TResponseHistogram> strips(
       static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns), memory);
   std::pmr::vector<short> row(static_cast<std::size_t>(columns), memory);
-  const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.grey.rows / kMinSampleRows));
+  const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.rows / kMinSampleRows));
   const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
-  for (int y = 0; y < level.grey.rows; y += rowStep) {
+  for (int y = 0; y < level.rows; y += rowStep) {
     computeRidgeRow(level, halfRows, y, row.data());
     int first = 0;
     for (TResponseHistogram& strip : strips) {
@@ -83,12 +83,12 @@ std::pmr::vector<short> chooseRidgeThresholds(const TRidgeLevel& level, int half
                                               std::pmr::memory_resource* memory) {
   const int stripColumns = std::max(1, kStripPx / level.stepX);
   std::pmr::vector<short> thresholds(memory);
-  thresholds.reserve(static_cast<std::size_t>(level.grey.cols + stripColumns));
+  thresholds.reserve(static_cast<std::size_t>(level.cols + stripColumns));
   for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns, memory)) {
     thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns),
                       chooseThreshold(strip, minContrast));
   }
-  thresholds.resize(static_cast<std::size_t>(level.grey.cols));
+  thresholds.resize(static_cast<std::size_t>(level.cols));
   return thresholds;
 }
 
