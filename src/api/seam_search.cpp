@@ -105,12 +105,13 @@ TFoundSeam searchWholeOnEdgePairs(const TFrame& frame, int minColumns) {
 }
 
 // The whole image on edge pairs; on ridges where edge pairs find no seam, or where ridges see clearly more of the
-// stripe: a seam in the fragments of one is seldom true.
-TFoundSeam searchWholeOnBoth(const TFrame& frame) {
+// stripe: a seam in the fragments of one is seldom true. In a hurry where they may see more of the stripe only.
+TFoundSeam searchWholeOnBoth(const TFrame& frame, bool isHurried) {
   TStripeSearch search;
   TFoundSeam edgePairs = attempt(frame, search, {});
   const bool isFound = edgePairs.line.isFound;
-  if (isFound && edgePairs.stripe.columns >= shareOf(frame.image.cols, kMinImageShare)) return edgePairs;
+  const bool isWholeStripe = edgePairs.stripe.columns >= shareOf(frame.image.cols, kMinImageShare);
+  if (isWholeStripe && (isFound || isHurried)) return edgePairs;
   search.extraction = TStripeExtraction::ridge;
   TFoundSeam ridges = attempt(frame, search, {});
   const double followedShare = static_cast<double>(edgePairs.stripe.columns) / std::max(ridges.stripe.columns, 1);
@@ -122,11 +123,12 @@ TFoundSeam searchWholeOnBoth(const TFrame& frame) {
 }
 
 // A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
-//   lostColumns  of the stripe that this frame lost; 0 without one.
+//   lostColumns  of the stripe that was searched for in vain before; 0 without one.
 TFoundSeam searchWhole(const TFrame& frame, const TWeldLineRes& previous, int lostColumns) {
   if (!frame.isAutomatic()) return attempt(frame, {frame.options.extraction}, previous);
   const int minColumns = shareOf(std::min(lostColumns, frame.image.cols), kMinKeptShare);
-  TFoundSeam first = frame.hasAskedRidges() ? searchWholeOnEdgePairs(frame, minColumns) : searchWholeOnBoth(frame);
+  TFoundSeam first = frame.hasAskedRidges() ? searchWholeOnEdgePairs(frame, minColumns)
+                                            : searchWholeOnBoth(frame, lostColumns > 0);
   if (first.stripe.hasAskedRidges || !first.line.isFound) return first;
   TFoundSeam second = searchNear(frame, first.line, {}, !frame.hasAskedRidges());
   return second.line.isFound ? choose(frame, second, first) : choose(frame, first, second);
