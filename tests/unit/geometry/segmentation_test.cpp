@@ -172,6 +172,8 @@ TEST(SegmentStripe, mergesLikeThePlainFormOnRaggedStripes) {
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       EXPECT_EQ(pieces[i].pts, expected[i].pts) << round;
       EXPECT_EQ(pieces[i].k, expected[i].k) << round;
+      EXPECT_EQ(pieces[i].fitPts, expected[i].fitPts) << round;
+      EXPECT_EQ(pieces[i].isFitted, expected[i].isFitted) << round;
     }
     merges += static_cast<int>(segmentPlainly(stripe, {0.0F, 0.0F, 0.0F}).size() - pieces.size());
   }

@@ -1,5 +1,6 @@
 #include "stripe/ridge.h"
 
+#include "scenes/random.h"
 #include "scenes/scene.h"
 
 #include <gtest/gtest.h>
@@ -212,6 +213,21 @@ TEST(RidgeCentres, OddSizesAbsurdParametersAndOtherTypes_AreSafe) {
   }
   for (const int type : {CV_8UC3, CV_16UC1, CV_8SC1}) {
     EXPECT_THROW(extract(cv::Mat::zeros(20, 20, type)), cv::Exception);
+  }
+}
+
+TEST(RidgeCentres, EveryProcessor_GivesTheSameBits) {
+  for (const cv::Size size : {cv::Size(333, 301), cv::Size(640, 97), cv::Size(65, 97)}) {
+    cv::Mat image = drawStripe(size, 0.1, 20.0, 120.0);
+    scenes::TRandom random(7, scenes::TStream::noise);
+    for (uchar& grey : cv::Mat1b(image)) grey = cv::saturate_cast<uchar>(grey + random.integer(0, 90));
+    const std::vector<TRidgePoint> expected = extract(image);
+    cv::setUseOptimized(false);
+    const std::vector<TRidgePoint> baseline = extract(image);
+    cv::setUseOptimized(true);
+    ASSERT_EQ(baseline.size(), expected.size()) << size;
+    EXPECT_FALSE(expected.empty()) << size;
+    EXPECT_EQ(std::memcmp(baseline.data(), expected.data(), expected.size() * sizeof(TRidgePoint)), 0) << size;
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <opencv2/core/utility.hpp>
+
 #include <climits>
 #include <limits>
 
@@ -76,6 +78,36 @@ TEST(RobustFit, NeedsATenthOfThePoints) {
   const TLineFitResult line = fitRobust(scatter, kScalePx);
   ASSERT_TRUE(line.success);
   EXPECT_NEAR(line.slope, 0.0, 1e-3);
+}
+
+// Bends from slight to hopeless, and points all over the place.
+TEST(RobustFit, SucceedsWhereverTheQuickLookIsSure) {
+  scenes::TRandom random(5, scenes::TStream::layout);
+  int sure = 0;
+  int unsure = 0;
+  for (int round = 0; round < 400; ++round) {
+    std::vector<cv::Point> points;
+    const double bend = random.uniform(0.0, 0.5);
+    const int scatterPx = random.integer(0, 40);
+    for (int x = 0, end = random.integer(2, 600); x < end; x += random.integer(1, 3)) {
+      points.emplace_back(x, static_cast<int>(bend * std::abs(x - 200)) + random.integer(0, scatterPx));
+    }
+    const bool isSure = TLineFitFactory().isSureOfRobustLine(points, kScalePx);
+    (isSure ? sure : unsure) += 1;
+    EXPECT_TRUE(!isSure || fitRobust(points, kScalePx).success) << round;
+  }
+  EXPECT_GT(sure, 100);
+  EXPECT_GT(unsure, 100);
+}
+
+TEST(RobustFit, GivesTheSameBitsOnEveryProcessor) {
+  for (const TBentStripe& stripe : bentStripes(0.4, 1)) {
+    const TLineFitResult line = fitRobust(stripe.points(), kScalePx);
+    cv::setUseOptimized(false);
+    const TLineFitResult baseline = fitRobust(stripe.points(), kScalePx);
+    cv::setUseOptimized(true);
+    EXPECT_TRUE(line.slope == baseline.slope && line.intercept == baseline.intercept) << stripe;
+  }
 }
 
 TEST(RobustFit, TakesScalesAboveZeroOnly) {
