@@ -115,7 +115,7 @@ void run(const TOptions& options) {
   TProgress progress(options.frames);
   for (int n = 0; n < options.frames && !isStopRequested(); ++n) {
     char name[32];
-    std::snprintf(name, sizeof name, "frame_%04d.png", n);
+    static_cast<void>(std::snprintf(name, sizeof name, "frame_%04d.png", n));
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));
     writeImage(folder / name, scene.image);
     truthFile.writeLine(truthLine(name, scene.truth, joint, pos));

@@ -10,6 +10,7 @@
 #include "tools/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace tool {
@@ -84,7 +85,7 @@ TSweepResult judge(const TSweep& sweep) {
 }
 
 std::string barOf(double share) {
-  const int filled = static_cast<int>(share * kBarWidth + 0.5);
+  const int filled = static_cast<int>(std::lround(share * kBarWidth));
   return std::string(filled, '#') + std::string(kBarWidth - filled, '.');
 }
 

@@ -90,7 +90,7 @@ void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
       frame.image, overlayOf(job.tracking.params, record.result, record.state, *record.trace, frame.image.cols));
   drawLabel(drawn, labelOf(job, record), record.state);
   char number[16];
-  std::snprintf(number, sizeof number, "%06d_", record.frame);
+  static_cast<void>(std::snprintf(number, sizeof number, "%06d_", record.frame));
   writeImage(job.outFolder / (number + fs::path(record.file).stem().string() + ".png"), drawn);
 }
 

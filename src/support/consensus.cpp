@@ -28,7 +28,7 @@ float perpendicularFactor(const TFitPoints& points, float scaledSlope) {
 TLineBatch linesThrough(const TFitPoints& points, int i, int firstOther) {
   const float* const x = points.x();
   const float* const y = points.y();
-  TLineBatch lines;
+  TLineBatch lines{};
   for (int lane = 0; lane < kRatedLines; ++lane) {
     const int j = firstOther + lane;
     lines.slope[lane] = (y[j] - y[i]) / (x[j] - x[i]);

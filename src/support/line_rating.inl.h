@@ -6,14 +6,17 @@
 
 #include <opencv2/core/hal/intrin.hpp>
 
+#include <cstddef>
+
 namespace zelFit {
 namespace {
 
 using cv::v_float32;
 
 constexpr int kPointsPerLook = 8;  // between two looks whether the lines are still in the race
-constexpr int kVectors = kRatedLines / v_float32::nlanes;
-static_assert(kVectors * v_float32::nlanes == kRatedLines, "lines fill whole vectors");
+constexpr std::ptrdiff_t kLanes = v_float32::nlanes;
+constexpr int kVectors = kRatedLines / kLanes;
+static_assert(kVectors * kLanes == kRatedLines, "lines fill whole vectors");
 
 // Lines of a batch, and what they have summed up.
 struct TRatedBatch {
@@ -42,9 +45,9 @@ bool sumTruncatedQuadratics(const TRatedPoints& points, const TLineBatch& lines,
                             float* sums) {
   TRatedBatch batch;
   for (int v = 0; v < kVectors; ++v) {
-    batch.slope[v] = cv::vx_load(lines.slope + v * v_float32::nlanes);
-    batch.intercept[v] = cv::vx_load(lines.intercept + v * v_float32::nlanes);
-    batch.factor[v] = cv::vx_load(lines.factor + v * v_float32::nlanes);
+    batch.slope[v] = cv::vx_load(lines.slope + v * kLanes);
+    batch.intercept[v] = cv::vx_load(lines.intercept + v * kLanes);
+    batch.factor[v] = cv::vx_load(lines.factor + v * kLanes);
     batch.sum[v] = cv::vx_setzero_f32();
   }
   const v_float32 limit = cv::vx_setall_f32(squaredTol);
@@ -55,7 +58,7 @@ bool sumTruncatedQuadratics(const TRatedPoints& points, const TLineBatch& lines,
     if (haveAllReached(enough, batch)) return false;
   }
   for (; i < points.count; ++i) addPoint(points.x[i], points.y[i], limit, batch);
-  for (int v = 0; v < kVectors; ++v) cv::v_store(sums + v * v_float32::nlanes, batch.sum[v]);
+  for (int v = 0; v < kVectors; ++v) cv::v_store(sums + v * kLanes, batch.sum[v]);
   return !haveAllReached(enough, batch);
 }
 
