@@ -98,6 +98,21 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   EXPECT_NEAR(after.weldPos.x, before.weldPos.x + 120.0F, 1.0F);
 }
 
+TEST_F(TrackerDefault, waitsForTheRidgesWithASeamInAFragment) {
+  TTrackerOptions options = traced();
+  options.maxJumpPx = 1000.0;
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
+  const TWeldLineRes before = tracker.track(frame);
+  cv::Mat fragment = lower.clone();
+  fragment.colRange(static_cast<int>(before.weldPos.x) + 250, fragment.cols).setTo(0);
+  EXPECT_EQ(tracker.track(fragment).weldPos, before.weldPos);
+  EXPECT_TRUE(tracker.isHeld());
+  ASSERT_FALSE(tracker.lastTrace().gate.empty());
+  EXPECT_EQ(tracker.lastTrace().gate.front().failure, TWeldOutcome::tooFewCentres);
+  EXPECT_NEAR(tracker.track(fragment).weldPos.y, before.weldPos.y + 150.0F, 1.0F);
+  EXPECT_FALSE(tracker.isHeld());
+}
+
 TEST_F(TrackerDefault, searchesTheWholeImageInTheFrameThatLosesTheSeam) {
   for (const bool atOnce : {true, false}) {
     TTrackerOptions options = traced();
