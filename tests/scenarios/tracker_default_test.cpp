@@ -98,6 +98,22 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   EXPECT_NEAR(after.weldPos.x, before.weldPos.x + 120.0F, 1.0F);
 }
 
+// Edge pairs see a narrow gap in the bright part of the stripe; ridges follow the dim part as well, and run on
+// across the gap, which is dim as well.
+TEST_F(TrackerDefault, refusesASeamInAFragmentThatRidgesDoNotSee) {
+  cv::Mat image = dark();
+  image.rowRange(500, 512).colRange(0, 700).setTo(200);
+  image.rowRange(500, 512).colRange(700, image.cols).setTo(25);
+  image.rowRange(500, 512).colRange(400, 406).setTo(25);
+  TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
+  params.dPara8 = 4.0;
+  TWeldTracker tracker(params, traced());
+  EXPECT_FALSE(tracker.track(image).isFound);
+  EXPECT_EQ(tracker.lastTrace().attempts.front().outcome, TWeldOutcome::found);
+  EXPECT_EQ(tracker.lastTrace().sentence.find("share of the stripe that edge pairs follow 0.5"), 0U)
+      << tracker.lastTrace().sentence;
+}
+
 TEST_F(TrackerDefault, waitsForTheRidgesWithASeamInAFragment) {
   TTrackerOptions options = traced();
   options.maxJumpPx = 1000.0;
