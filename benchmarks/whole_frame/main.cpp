@@ -263,5 +263,6 @@ int main() {
   reportAllocations();
   bench::reportTraceCost();
   bench::reportWorstCases();
+  bench::reportWideFrames();
   return 0;
 }

@@ -137,7 +137,30 @@ double copyMicroseconds(const cv::Mat& image) {
   return medianMicroseconds({"", doNothing, [&] { image.copyTo(copy); }}, kRuns);
 }
 
+// Thin zig-zag stripe in flanks too short for straight pieces: every vertex is split off by itself.
+cv::Mat1b drawWideZigzag(int columns) {
+  constexpr int kHalfPeriodPx = 6;
+  cv::Mat1b image(24, columns, static_cast<unsigned char>(10));
+  for (int x = 0; x < columns; ++x) {
+    const int phase = x % (2 * kHalfPeriodPx);
+    const int rise = phase < kHalfPeriodPx ? phase : 2 * kHalfPeriodPx - phase;
+    image(cv::Rect(x, 4 + 5 * rise / 2, 1, 3)) = 220;
+  }
+  return image;
+}
+
 }  // namespace
+
+void reportWideFrames() {
+  std::printf("\n## Very wide frames, a corner's first detection\n\n| columns | ms |\n|---|---|\n");
+  TWeldParams params;
+  initWeldParameters(TWeldType::corner, params, TWeldPosType::centre);
+  for (const int columns : {1280, 8192, 16384, 65536}) {
+    const cv::Mat1b image = drawWideZigzag(columns);
+    const double us = medianMicroseconds({"", doNothing, [&] { detect(image, params, {}); }}, kScreeningRuns);
+    std::printf("| %d | %.1f |\n", columns, us / 1e3);
+  }
+}
 
 void reportWorstCases() {
   const std::vector<TWorstFrame> frames = makeWorstFrames();

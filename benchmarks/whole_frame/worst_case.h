@@ -6,4 +6,7 @@ namespace bench {
 // Prints a table: for every joint the dearest of the worst frames and previous stripes.
 void reportWorstCases();
 
+// Prints how the cost of cutting a stripe into pieces grows with the columns, at worst.
+void reportWideFrames();
+
 }  // namespace bench
