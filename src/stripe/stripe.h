@@ -1,0 +1,37 @@
+// The stripe of a frame: what passes from extraction to the joints.
+#pragma once
+
+#include "support/view.h"
+#include "zelWeldTypes.h"
+
+#include <opencv2/core.hpp>
+
+#include <cstdint>
+#include <memory_resource>
+#include <vector>
+
+namespace weld {
+
+template <typename T>
+using TList = std::pmr::vector<T>;  // in the memory of a frame
+using TPoints = TList<cv::Point2f>;
+using TPointView = TView<cv::Point2f>;
+
+// What a centre was measured with, and how sure it is.
+enum class TCentreOrigin : std::int32_t { edgePair = 0, ridge = 1 };
+
+struct TCentreSource {
+  TCentreOrigin origin = TCentreOrigin::edgePair;
+  float confidence = 1.0F;  // 0..1; edge pairs count as sure
+};
+
+struct TStripe {
+  explicit TStripe(std::pmr::memory_resource* memory) : points(memory), sources(memory), status(memory) {}
+
+  TPoints points;                  // centres, one per column, left to right
+  TList<TCentreSource> sources;    // one per centre
+  TList<TWeldPointStatus> status;  // one per scanned column, in region order
+  double widthPx = 0.0;            // most frequent stripe width; 0: not known
+};
+
+}  // namespace weld
