@@ -44,7 +44,7 @@ int main() {
   initWeldParameters(TWeldType::lap, params, TWeldPosType::centre);
   params.dPara7 = 40.0;                                // the step must be higher
   TTrackerOptions options = TTrackerOptions::exact();  // one search per frame
-  options.withTrace = true;
+  options.keepTrace = true;
   for (const int stepPx : {50, 30}) {
     TWeldTracker tracker(params, options);
     tracker.track(grabFrame(stepPx));
