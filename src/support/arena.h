@@ -79,11 +79,20 @@ private:
 template <typename T>
 class TBuffer {
 public:
+  TBuffer() = default;
   TBuffer(std::pmr::memory_resource* where, std::size_t elements)
       : memory(where), count(elements), first(static_cast<T*>(memory->allocate(count * sizeof(T), alignof(T)))) {}
-  TBuffer(const TBuffer&) = delete;
-  TBuffer& operator=(const TBuffer&) = delete;
-  ~TBuffer() { memory->deallocate(first, count * sizeof(T), alignof(T)); }
+  TBuffer(TBuffer&& other) noexcept
+      : memory(std::exchange(other.memory, nullptr)), count(other.count), first(other.first) {}
+  TBuffer& operator=(TBuffer&& other) noexcept {
+    std::swap(memory, other.memory);
+    std::swap(count, other.count);
+    std::swap(first, other.first);
+    return *this;
+  }
+  ~TBuffer() {
+    if (memory != nullptr) memory->deallocate(first, count * sizeof(T), alignof(T));
+  }
 
   T* data() const { return first; }
   std::size_t size() const { return count; }
@@ -91,9 +100,9 @@ public:
 private:
   static_assert(std::is_trivially_copyable_v<T>, "elements come to life by being written");
 
-  std::pmr::memory_resource* memory;
-  std::size_t count;
-  T* first;
+  std::pmr::memory_resource* memory = nullptr;
+  std::size_t count = 0;
+  T* first = nullptr;
 };
 
 }  // namespace weld

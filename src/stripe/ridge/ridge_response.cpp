@@ -15,7 +15,7 @@ constexpr int kSideRows = 2;  // height of the boxes beside the ridge, rows of t
 
 TRidgeGrid makeGrid(int rows, int cols, std::pmr::memory_resource* memory) {
   const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
-  return {rows, cols, std::pmr::polymorphic_allocator<short>(memory).allocate(count)};
+  return {cols, TBuffer<short>(memory, count)};
 }
 
 // Fills the sums of a level from its rows; writeRow(y, target) gives row y.

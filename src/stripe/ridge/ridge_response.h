@@ -1,6 +1,8 @@
 // Response of the image columns to a bright stripe, over scales. Internal to the ridge extraction.
 #pragma once
 
+#include "support/arena.h"
+
 #include <opencv2/core.hpp>
 
 #include <algorithm>
@@ -15,13 +17,12 @@ inline constexpr int kRidgeUnit = 32;
 // Image columns that share one set of candidates.
 inline constexpr int kRidgeColumnStep = 2;
 
-// Rows of values, in memory that outlives them.
+// Rows of values.
 struct TRidgeGrid {
-  int rows = 0;
   int cols = 0;
-  short* values = nullptr;
+  TBuffer<short> values;
 
-  short* operator[](int y) const { return values + static_cast<std::ptrdiff_t>(y) * cols; }
+  short* operator[](int y) const { return values.data() + static_cast<std::ptrdiff_t>(y) * cols; }
 };
 
 // The image averaged over stepX columns and stepY rows, kept as the sums of every two neighbouring rows; values
