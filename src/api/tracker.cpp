@@ -28,12 +28,12 @@ TTrackerOptions inRange(TTrackerOptions options) {
   return options;
 }
 
-// What whole frames of this size and colour need, so that no later frame waits for memory.
+// What whole frames of this size need, in grey or in colour, so that no later frame waits for memory.
 std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options) {
   const std::size_t lists = static_cast<std::size_t>(image.cols) * kBytesPerColumn +
-                            static_cast<std::size_t>(image.rows) * kBytesPerRow + weld::greyBytes(image);
+                            static_cast<std::size_t>(image.rows) * kBytesPerRow + image.total();
   const bool asksRidges = options.extraction != TStripeExtraction::edgePairs;
-  return asksRidges ? lists + weld::ridgeBytes(image.size()) + weld::greyBytes(image) : lists;
+  return asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
 }
 
 }  // namespace

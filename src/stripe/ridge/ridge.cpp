@@ -60,7 +60,14 @@ std::size_t ridgeBytes(cv::Size frame) {
 
 TRidgePoints extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TMemory* memory) {
   TRidgePoints points(memory);
-  if (grey.empty()) return points;
+  extractRidgeCentres(grey, settings, points);
+  return points;
+}
+
+void extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TRidgePoints& points) {
+  points.clear();
+  if (grey.empty()) return;
+  TMemory* const memory = points.get_allocator().resource();
   CV_Assert(grey.type() == CV_8UC1);
   points.reserve(static_cast<std::size_t>(grey.cols));
   const auto scales = chooseRidgeScales(settings.maxSigmaPx, grey.size(), memory);
@@ -69,7 +76,6 @@ TRidgePoints extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& sett
   const auto path = findRidgePath(candidates, memory);
   refinePath(grey, path, memory, points);
   smoothRidge(points, memory);
-  return points;
 }
 
 }  // namespace weld

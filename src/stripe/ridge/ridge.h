@@ -33,6 +33,9 @@ struct TRidgeSettings {
 // least that is used, 4 grey levels. Same input, same bits.
 TRidgePoints extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TMemory* memory);
 
+// The same into a list, in whose memory it works.
+void extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TRidgePoints& points);
+
 // Working memory that a search of a frame of this size takes, bytes.
 std::size_t ridgeBytes(cv::Size frame);
 

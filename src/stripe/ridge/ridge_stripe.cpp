@@ -51,8 +51,9 @@ std::size_t takeColumns(const cv::Rect& region, const TRidgePoints& ridge, std::
 const TRidgePoints& TRidgeSearch::in(const TFrame& frame, const cv::Rect& part) {
   if (searched == part) return points;
   const cv::Mat image = frame.image(part);
+  points.reserve(static_cast<std::size_t>(part.width));  // below the working memory, which goes again
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(image));
-  points = extractRidgeCentres(toGrey(image, pixels), kRidges, frame.memory);
+  extractRidgeCentres(toGrey(image, pixels), kRidges, points);
   const cv::Point2f origin(part.tl());
   for (TRidgePoint& r : points) r.point += origin;
   searched = part;
