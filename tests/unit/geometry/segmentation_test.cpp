@@ -37,17 +37,17 @@ TEST(FitPiece, needsTenPointsAndALine) {
   EXPECT_FALSE(weld::fitPiece(TPoints(40, {5.0F, 5.0F}), 3.0F).isFitted);
 
   TPoints points = painted::linePoints(0, 40, 10.0);
-  points.front() = {0.5F, 10.0F};  // ends are rounded to even
-  points.back() = {39.5F, 110.0F};
+  points.front() = {0.75F, 10.5F};  // ends are rounded, ties to even
+  points.back() = {39.5F, 110.75F};
   const TStripePiece piece = weld::fitPiece(points, 3.0F);
   EXPECT_TRUE(piece.isFitted);
   EXPECT_EQ(piece.lineState, 1);
   EXPECT_EQ(piece.fitPts.size(), 39U);
   EXPECT_NEAR(piece.k, 0.0F, 1e-4F);
-  EXPECT_NEAR(piece.maxDist, 100.0F, 0.1F);
+  EXPECT_NEAR(piece.maxDist, 100.75F, 0.1F);
   EXPECT_NEAR(piece.meanDist, 2.5F, 0.1F);
-  EXPECT_EQ(piece.startPt, cv::Point(0, 10));
-  EXPECT_EQ(piece.endPt, cv::Point(40, 110));
+  EXPECT_EQ(piece.startPt, cv::Point(1, 10));
+  EXPECT_EQ(piece.endPt, cv::Point(40, 111));
 }
 
 TEST(TryMergePieces, heightAndGapsMustStayBelowTheirLimits) {

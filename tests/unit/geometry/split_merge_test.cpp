@@ -71,6 +71,10 @@ TEST(CutIntoSplitAtoms, vertexWithinTenColumnsOfTheOneBeforeIsSkipped) {
   // Smoothing draws a ramp out: its vertices are 10 columns apart for 6 columns, 12 for 7.
   EXPECT_EQ(weld::cutIntoSplitAtoms(rampStripe(6)).size(), 2U);
   EXPECT_EQ(weld::cutIntoSplitAtoms(rampStripe(7)).size(), 3U);
+  // Foot, tip and foot of a spike: the second foot is near the tip, though far from the first foot, which is kept.
+  const TPoints spike =
+      joined(bentPoints(0, 100, 106, 50.0, 0.0, 3.9), bentPoints(106, 112, 250, 73.4, -3.9, 0.0));
+  EXPECT_EQ(weld::cutIntoSplitAtoms(spike).size(), 2U);
 }
 
 TEST(FuseSplitAtoms, mergesAtMostTenTimesFromTheLeft) {
