@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Tries deliberate faults: which tests catch them?
 
-Applies the faults of tests/deliberate_faults.txt one at a time to a copy of the checkout, rebuilds the unit and
-scenario tests and runs them until one fails. Prints a line per fault: caught by which test, survived, or stale when
+Applies the faults of tests/deliberate_faults.txt one at a time to a copy of the checkout. Rebuilds and runs the unit
+tests of the fault's folder, those of the others and the scenarios, until one fails. Prints a line per fault: caught by which test, survived, or stale when
 its text is no longer found. Fails when a fault is stale or does not compile.
 
 Faults of a file in the list:
@@ -79,8 +79,12 @@ def copy_checkout(source, target):
             shutil.copymode(source / name, target / name)
 
 
+class DoesNotCompile(Exception):
+    pass
+
+
 class Tests:
-    """The unit tests by folder, then the scenarios: built and run one after the other, always in this order."""
+    """The unit tests, a program for each folder of src/, and the scenarios."""
 
     def __init__(self, scratch, jobs):
         self.source, self.build, self.jobs = scratch / "source", scratch / "build", jobs
@@ -92,11 +96,11 @@ class Tests:
         subprocess.run(["cmake", "-S", self.source, "-B", self.build, *BUILD_OPTIONS], check=True,
                        stdout=subprocess.DEVNULL)
 
-    def compile(self):
-        """None, or what the compiler says."""
-        done = subprocess.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", *self.programs],
+    def compile(self, program):
+        done = subprocess.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", program],
                               capture_output=True, text=True)
-        return None if done.returncode == 0 else done.stdout + done.stderr
+        if done.returncode != 0:
+            raise DoesNotCompile(done.stdout + done.stderr)
 
     def run(self, program, stops_early):
         """The tests of a program that fail."""
@@ -104,22 +108,23 @@ class Tests:
         timeout = max(LEAST_TIMEOUT_S, SLOWEST * self.seconds.get(program, 0))
         try:
             done = subprocess.run(command, cwd=self.build / "tests", timeout=timeout, stdout=subprocess.PIPE,
-                                  stderr=subprocess.DEVNULL, text=True, errors="replace")
+                                  stderr=subprocess.DEVNULL)
+            if done.returncode == 0:
+                return []
             output, end = done.stdout, "crashes"
         except subprocess.TimeoutExpired as expired:
-            output, end = (expired.stdout or b"").decode(errors="replace"), "does not end"
-            done = None
-        if done is not None and done.returncode == 0:
-            return []
+            output, end = expired.stdout or b"", "does not end"
+        output = output.decode(errors="replace")
         failed = re.findall(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)", output, re.MULTILINE)
         begun = re.findall(r"^\[ RUN      \] (\S+)", output, re.MULTILINE)
         names = list(dict.fromkeys(failed)) or [f"{begun[-1] if begun else ''} ({end})"]
         return [f"{program} {name}" for name in names]
 
-    def catch(self, finds_all):
+    def catch(self, folder, finds_all):
         """The first test that fails, or all of them."""
         failed = []
-        for program in self.programs:
+        for program in sorted(self.programs, key=lambda name: name != f"test_{folder}"):
+            self.compile(program)
             failed += self.run(program, not finds_all)
             if failed and not finds_all:
                 return failed[:1]
@@ -127,10 +132,8 @@ class Tests:
 
     def require_success(self):
         print("building and running the tests without a fault", flush=True)
-        errors = self.compile()
-        if errors:
-            sys.exit(errors)
         for program in self.programs:
+            self.compile(program)
             begin = time.monotonic()
             failed = self.run(program, True)
             if failed:
@@ -170,10 +173,10 @@ class Trial:
         path, faulty = place
         self.changed = {path: path.read_text()}
         path.write_text(faulty)
-        errors = self.tests.compile()
-        if errors:
-            return "error", " ".join(re.findall(r"error: .*", errors)[:1])
-        caught = self.tests.catch(self.finds_all)
+        try:
+            caught = self.tests.catch(path.relative_to(self.tests.source).parts[1], self.finds_all)
+        except DoesNotCompile as error:
+            return "error", " ".join(re.findall(r"error: .*", str(error))[:1])
         return ("caught", ", ".join(caught)) if caught else ("survived", "")
 
 
@@ -201,7 +204,10 @@ def main():
     copy_checkout(options.checkout.resolve(), scratch / "source")
     tests = Tests(scratch, options.jobs)
     tests.configure()
-    tests.require_success()
+    try:
+        tests.require_success()
+    except DoesNotCompile as error:
+        sys.exit(str(error))
     trial = Trial(tests, options.all)
     counts = dict.fromkeys(("caught", "survived", "stale", "error"), 0)
     try:

@@ -140,6 +140,7 @@ TEST_P(FastExtraction, AgreesWithThePlainFormOnSoftRamps) {
     expectSame(image, {cv::Rect({0, 0}, image.size())});
   }
   EXPECT_EQ(framesWithCentres, 3);
+  expectSame(cv::Mat::zeros(100, 70, CV_8UC1), {{0, 0, 70, 100}}, -1);  // every flat row is a falling edge
 }
 
 // Edges everywhere: rows of a period with more than 99 edges of a kind in a column.
