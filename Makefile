@@ -5,6 +5,7 @@ JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 FRAMES ?= 200000
 SECONDS ?= 60
+FAULTS ?=
 # Builds of their own; one folder may serve for both.
 ASAN_BUILD ?= $(BUILD)-asan
 FUZZ_BUILD ?= $(BUILD)-fuzz
@@ -22,7 +23,7 @@ first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
 .PHONY: build demo test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
-  bench-compare accuracy docs picture install format clean help
+  faults bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -65,6 +66,10 @@ test-valgrind: ## one pass of the scenarios and of every unit under valgrind
 	$(configure) -DZELWELD_BUILD_TESTS=ON
 	$(call compile,$(BUILD)) --target library_tests
 	$(standalone) scripts/test-valgrind.sh $(BUILD)/tests
+
+faults: ## try deliberate faults: which tests catch them; options in FAULTS, as FAULTS='--folder stripe'
+	$(setup) build test
+	$(standalone) scripts/deliberate_faults.py --scratch $(BUILD)-faults --jobs $(JOBS) $(FAULTS)
 
 coverage: ## which lines of src/ the tests run; fails below 95 %
 	$(setup) build test coverage
@@ -140,7 +145,7 @@ format: ## format the sources
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
+	rm -rf $(BUILD) $(BUILD)-faults $(ASAN_BUILD) $(FUZZ_BUILD) $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -152,16 +152,17 @@ TEST(CheckCornerPlausible, gapBandMayMissNoLongRun) {
 TEST(CheckCornerPlausible, fewColumnsMayMissNextToTheCorner) {
   // The nearest flank points beyond 10 columns are those of columns 309 and 331; without one, 50 columns count.
   const TCorner noLeft = TCorner().left(310, 320).missEverySecond(272, 290);
-  const TCorner noRight = TCorner().right(321, 331).missEverySecond(350, 369);
+  const TCorner noRight = TCorner().right(321, 331).missEverySecond(351, 368);
   expectRows({
       {"9 missing", TCorner().missEverySecond(311, 329), true},
       {"10 missing", TCorner().missEverySecond(310, 330), false},
       {"309 and 331 aside", TCorner().missEverySecond(311, 329).mark(309, 310).mark(331, 332), true},
       {"nothing may miss at a limit of 1", TCorner().set(&TWeldParams::nPara1, 1).mark(320, 321), false},
       {"limit of 0 fails every corner", TCorner().set(&TWeldParams::nPara1, 0), false},
-      {"no left point beyond 10 columns", TCorner(noLeft).mark(270, 271), true},
-      {"no left point beyond 10 columns, one more", TCorner(noLeft).mark(300, 301), false},
-      {"no right point beyond 10 columns", TCorner(noRight).mark(370, 371), false},
+      {"no left point beyond 10 columns: 50th column missing", TCorner(noLeft).mark(270, 271), true},
+      {"no left point beyond 10 columns: 49th column missing", TCorner(noLeft).mark(271, 272), false},
+      {"no right point beyond 10 columns: 50th column missing", TCorner(noRight).mark(370, 371), true},
+      {"no right point beyond 10 columns: 49th column missing", TCorner(noRight).mark(369, 370), false},
   });
 }
 

@@ -1,6 +1,7 @@
 #include "detectors/corner.h"
 
 #include "detectors/corner_flanks.h"
+#include "geometry/segmentation.h"
 #include "run_detector.h"
 
 #include <gtest/gtest.h>
@@ -78,6 +79,21 @@ TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
   EXPECT_FALSE(find(bentPoints(10, 300, 600, 300.0, -0.3, 0.3), 0.3, -0.3)) << "the left flank must lie left";
 }
 
+TEST(FindFlankPairNear, ofEquallyLongPairsTheFirstIsTaken) {
+  TPoints points = painted::linePoints(10, 100, 100.0);
+  for (const int x : {100, 260}) {  // the same V twice, level pieces around them
+    points = joined(points, bentPoints(x, x + 40, x + 80, 100.0, 0.5, -0.5));
+    points = joined(points, painted::linePoints(x + 80, x + 160, 100.0));
+  }
+  const auto pieces = weld::segmentStripe(points, weld::TMergeLimits{});
+  ASSERT_EQ(pieces.size(), 7U);
+  for (const auto i : {1U, 2U}) ASSERT_EQ(weld::pieceLength(pieces[i]), weld::pieceLength(pieces[i + 3]));
+  const TFlanks flanks = weld::findFlankPairNear(points, 0.5, -0.5, weld::cornerParams({}));
+  ASSERT_TRUE(flanks);
+  EXPECT_LT(flanks->left.inlierPts.back().x, 180.0F);
+  EXPECT_LT(flanks->right.inlierPts.back().x, 190.0F);
+}
+
 TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
   const auto flank = [](int from, int to, double b, double k) {
     TLinePara line;
@@ -91,6 +107,8 @@ TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
   weld::TFlankPair flanks{flank(100, 560, 120.0, 0.5), flank(80, 501, 440.0, -0.5)};
   flanks.right.inlierPts.back().x = 500.75F;  // truncated, counts as column 500
   for (cv::Point2f& p : flanks.left.inlierPts) p.x += 0.5F;
+  weld::TFlankPair whole = flanks;
+  whole.left = flank(100, 560, 120.0, 0.5);
   weld::TFlankPair invalid = flanks;
   invalid.right.isValid = false;
   const struct {
@@ -100,6 +118,7 @@ TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
     float leftEnd, rightStart;
   } rows[] = {
       {"overlapping", flanks, {640, 480}, 499.5F, 100},
+      {"points in the columns of the ends stay", whole, {640, 480}, 500, 100},
       {"intersection in column 320 of 320", flanks, {320, 480}, 559.5F, 80},
       {"intersection in row 280 of 280", flanks, {640, 280}, 559.5F, 80},
       {"right flank invalid", invalid, {640, 480}, 559.5F, 80},

@@ -1,12 +1,12 @@
 #include "geometry/stripe_smoothing.h"
 
-#include "geometry/segmentation.h"
-#include "geometry/split_merge.h"
 #include "support/painted_frame.h"
+#include "zelWeldDetect.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -28,52 +28,45 @@ TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
   for (const auto& row : rows) EXPECT_EQ(weld::dropSteepJumps(row.points, 4.0F), row.expected) << row.name;
 }
 
-TEST(SmoothStripe, reachesThreePointsBackAndTwoAhead) {
-  const struct {
-    std::vector<float> rows;
-    std::vector<float> expected;
-  } cases[] = {
+TEST(SmoothStripe, reachesThreePointsBackAndTwoAheadAndEmptiesListsOfFourToSixPoints) {
+  const std::pair<std::vector<float>, std::vector<float>> rows[] = {
+      {{}, {}},
+      {{5, 6, 9}, {5, 6, 9}},
+      {{5, 6, 9, 9}, {}},
+      {{5, 6, 9, 9, 9, 9}, {}},
       {{0, 6, 0, 0, 12, 0, 60}, {0, 6, 0, 3, 13, 0, 60}},
       {{600, 0, 0, 0, 0, 0, 0, 60}, {600, 0, 0, 100, 0, 10, 0, 60}},
   };
-  for (const auto& c : cases) {
+  for (const auto& [before, expected] : rows) {
     TPoints points;
-    for (const float row : c.rows) points.emplace_back(static_cast<float>(points.size()), row);
+    for (const float row : before) points.emplace_back(row + 10.0F, row);
     std::vector<float> smoothed;
-    for (const cv::Point2f p : weld::smoothStripe(points)) smoothed.push_back(p.y);
-    EXPECT_EQ(smoothed, c.expected);
-  }
-}
-
-TEST(SmoothStripe, emptiesListsOfFourToSixPoints) {
-  for (const std::size_t count : {0U, 1U, 3U, 4U, 6U, 7U, 50U}) {
-    const TPoints points = painted::linePoints(0, static_cast<int>(count), 9.0);
-    const std::size_t expected = count >= 4 && count <= 6 ? 0 : count;
-    EXPECT_EQ(weld::smoothStripe(points).size(), expected) << count;
-  }
-}
-
-TEST(SmoothStripe, averagesColumnsLikeRows) {
-  const TPoints smoothed = weld::smoothStripe(painted::linePoints(0, 20, 100.0, 1.0));
-  for (std::size_t i = 3; i + 2 < smoothed.size(); ++i) {
-    EXPECT_FLOAT_EQ(smoothed[i].x, static_cast<float>(i) - 0.5F);
-    EXPECT_FLOAT_EQ(smoothed[i].y, static_cast<float>(i) + 99.5F);
+    for (const cv::Point2f p : weld::smoothStripe(points)) {
+      smoothed.push_back(p.y);
+      EXPECT_FLOAT_EQ(p.x, p.y + 10.0F) << "columns like rows";
+    }
+    EXPECT_EQ(smoothed, expected) << testing::PrintToString(before);
   }
 }
 
 TEST(CleanStripe, onePointThatIsNotFiniteOrAbsurdlyFarGivesNothing) {
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
   constexpr float kInf = std::numeric_limits<float>::infinity();
-  const TPoints good = painted::linePoints(0, 200, 90.0, 0.2);
-  ASSERT_FALSE(weld::cleanStripe(good).empty());
+  const TPoints good = painted::bentPoints(0, 100, 200, 90.0, 0.2, -0.5);
+  const auto counts = [](const TPoints& points) {
+    std::vector<TStripePiece> pieces(1);
+    std::vector<TSplitAtom> atoms(1);
+    TBaseWeld().segmentStripe(points, pieces, 5.0F, 200.0F, 20.0F, 3.0F);
+    TBaseWeld().splitWeldLine2lines(points, atoms, cv::Mat());
+    return std::pair{pieces.size(), atoms.size()};
+  };
+  ASSERT_EQ(counts(good), (std::pair<std::size_t, std::size_t>{2, 2}));
   for (const cv::Point2f bad :
        {cv::Point2f{kNaN, 0}, {100, kNaN}, {kInf, 0}, {100, -kInf}, {2e9F, 0}, {100, 2e9F}}) {
     for (const std::size_t at : {0U, 100U, 199U}) {
       TPoints points = good;
       points[at] = bad;
-      EXPECT_TRUE(weld::cleanStripe(points).empty()) << bad << at;
-      EXPECT_TRUE(weld::segmentStripe(points, {}).empty()) << bad << at;
-      EXPECT_TRUE(weld::splitWeldLine(points, 2.0).empty()) << bad << at;
+      EXPECT_EQ(counts(points), (std::pair<std::size_t, std::size_t>{0, 0})) << bad << at;
     }
   }
 }

@@ -1,39 +1,24 @@
 #include "stripe/centres.h"
 
-#include "scenes/scene.h"
-#include "stripe/regions.h"
-
-#include <opencv2/imgproc.hpp>
-
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <functional>
 #include <limits>
-#include <string>
 #include <vector>
 
 namespace weld {
 namespace {
 
-constexpr float kThreshold = 30.0F;
-constexpr double kMaxErrorPx = 3.0;          // of a centre that lies on the stripe of a rendered scene
-constexpr std::ptrdiff_t kMaxCaptured = 45;  // of 640 centres: where a ghost crosses, a blob outshines the stripe
+constexpr int kColumns = 40;
 
-TStripeScratch scratch;  // of all tests, so that each meets the leavings of the others
+TStripeCentres extract(const cv::Mat& image, const std::vector<cv::Rect>& regions, float threshold = 30.0F) {
+  static TStripeScratch scratch;  // each extraction meets the leavings of the others
+  return extractStripeCentres(image, regions, threshold, scratch);
+}
 
-// A stripe with a soft profile along y = k * x + b over black.
-cv::Mat drawStripe(cv::Size size, double k, double b, double peak = 220.0, double sigmaPx = 4.0) {
-  cv::Mat image(size, CV_8UC1);
-  for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; ++x) {
-      const double distance = y - (k * x + b);
-      image.at<uchar>(y, x) =
-          cv::saturate_cast<uchar>(peak * std::exp(-0.5 * distance * distance / (sigmaPx * sigmaPx)));
-    }
-  }
+// Equal columns with a band of one grey value on black.
+cv::Mat drawBand(int firstRow, int rows, int grey) {
+  cv::Mat image = cv::Mat::zeros(300, kColumns, CV_8UC1);
+  image.rowRange(firstRow, firstRow + rows).setTo(grey);
   return image;
 }
 
@@ -41,158 +26,90 @@ std::vector<cv::Rect> wholeOf(const cv::Mat& image) {
   return {cv::Rect({0, 0}, image.size())};
 }
 
-double largestError(const std::vector<cv::Point2f>& centres, double k, double b) {
-  double largest = 0.0;
-  for (const cv::Point2f c : centres) largest = std::max(largest, std::abs(c.y - (k * c.x + b)));
-  return largest;
-}
-
-TEST(ExtractStripeCentres, FollowsASlantedStripe) {
-  const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
-  const TStripeCentres stripe = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
-  EXPECT_EQ(stripe.points.size(), 640U);
-  EXPECT_EQ(stripe.status.size(), 640U);
-  EXPECT_LE(largestError(stripe.points, 0.2, 150.0), 1.0);
-  EXPECT_GT(stripe.modalWidthPx, 2.0);
-}
-
-TEST(ExtractStripeCentres, TrackingBandsGiveTheSameCentresAsTheWholeImage) {
-  const cv::Mat image = drawStripe({640, 480}, 0.2, 150.0);
-  const TStripeCentres whole = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
-  const std::vector<cv::Point> guide(whole.points.begin(), whole.points.end());
-  const TStripeCentres banded =
-      extractStripeCentres(image, buildStripeRegions(image.size(), guide, 60), kThreshold, scratch);
-  // The bands end before the last column.
-  EXPECT_EQ(banded.points, std::vector<cv::Point2f>(whole.points.begin(), whole.points.end() - 1));
-}
-
-TEST(ExtractStripeCentres, DimmerSecondStripeNearbyDoesNotCaptureIt) {
-  const cv::Size size{640, 480};
-  const cv::Mat stripe = drawStripe(size, 0.1, 200.0);
-  for (const double offset : {-60.0, -35.0, 35.0, 60.0}) {
-    const cv::Mat image = cv::max(stripe, drawStripe(size, 0.1, 200.0 + offset, 120.0));
-    const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
-    EXPECT_EQ(found.points.size(), 640U);
-    EXPECT_LE(largestError(found.points, 0.1, 200.0), 1.5) << offset;
-  }
-}
-
-struct TDisturbance {
-  std::string name;
-  std::function<void(scenes::TLook&)> disturb;
-};
-
-TEST(ExtractStripeCentres, DisturbancesInRenderedScenesDoNotCaptureIt) {
-  const std::vector<TDisturbance> disturbances{
-      {"none", [](scenes::TLook&) {}},
-      {"ghost below",
-       [](scenes::TLook& look) {
-         look.ghostShare = 0.6;
-         look.ghostOffsetPx = 45.0;
-         look.ghostSpan = 0.7;
-       }},
-      {"ghost above",
-       [](scenes::TLook& look) {
-         look.ghostShare = 0.6;
-         look.ghostOffsetPx = -60.0;
-         look.ghostSpan = 0.7;
-       }},
-      {"crossing ghost",
-       [](scenes::TLook& look) {
-         look.ghostShare = 0.6;
-         look.ghostOffsetPx = 10.0;
-         look.ghostTiltDeg = 15.0;
-       }},
-      {"spatter and blobs",
-       [](scenes::TLook& look) {
-         look.spatter = 12;
-         look.blobs = 4;
-         look.arcGlow = 100.0;
-       }},
+TEST(ExtractStripeCentres, BandGivesStatusWidthAndCentre) {
+  const struct {
+    const char* name;
+    int firstRow, rows, grey;
+    int status;
+    double widthPx = 0.0;
+    float centre = 0.0F;
+  } rows[] = {
+      // The last bright row is the only falling edge that can still be bright enough: 4 steps.
+      {"falling edge of 148 against 150", 100, 20, 37, 1},
+      {"falling edge of 152 against 150", 100, 20, 38, 0, 18, 110},
+      {"below the threshold", 100, 20, 29, 1},
+      {"99 px", 100, 107, 255, 0, 99, 153},
+      {"100 px", 100, 108, 255, 2},
+      {"rising edge in row 5", 5, 20, 38, 0, 18, 14},
+      {"rising edge before row 5", 3, 20, 38, 1},
+      {"falling edge in the last row looked at", 275, 20, 38, 0, 18, 284},
+      {"falling edge behind it", 276, 20, 38, 1},
   };
-  for (const TDisturbance& disturbance : disturbances) {
-    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
-      scenes::TSceneParams params;
-      params.joint = scenes::TJoint::plain;
-      params.size = {640, 512};
-      params.seed = seed;
-      params.geometry.tiltDeg = 3.0;
-      params.look.fwhmPx = 10.0;
-      params.look.peak = 220.0;
-      params.look.noiseSigma = 3.0;
-      disturbance.disturb(params.look);
-      const scenes::TScene scene = scenes::renderScene(params);
-      const std::vector<cv::Point2f> centres =
-          extractStripeCentres(scene.image, wholeOf(scene.image), kThreshold, scratch).points;
-      const auto captured = std::count_if(centres.begin(), centres.end(), [&](cv::Point2f c) {
-        return std::abs(c.y - scene.truth.centreY[static_cast<std::size_t>(c.x)]) > kMaxErrorPx;
-      });
-      EXPECT_GE(centres.size(), 600U) << disturbance.name << ", seed " << seed;
-      EXPECT_LE(captured, kMaxCaptured) << disturbance.name << ", seed " << seed;
-    }
+  for (const auto& row : rows) {
+    const cv::Mat image = drawBand(row.firstRow, row.rows, row.grey);
+    const TStripeCentres stripe = extract(image, wholeOf(image));
+    ASSERT_EQ(stripe.status.size(), static_cast<std::size_t>(kColumns)) << row.name;
+    EXPECT_EQ(stripe.status[7].pos, 7) << row.name;
+    EXPECT_EQ(stripe.status[7].status, row.status) << row.name;
+    EXPECT_EQ(stripe.modalWidthPx, row.widthPx) << row.name;
+    ASSERT_EQ(stripe.points.size(), row.status == 0 ? static_cast<std::size_t>(kColumns) : 0U) << row.name;
+    if (row.status != 0) continue;
+    EXPECT_EQ(stripe.points[7], cv::Point2f(7, row.centre)) << row.name;
   }
 }
 
-TEST(ExtractStripeCentres, ColumnsWithoutStripeLeaveAStatus) {
-  cv::Mat image = drawStripe({640, 480}, 0.0, 240.0);
-  image.colRange(300, 340).setTo(0);
-  const TStripeCentres found = extractStripeCentres(image, wholeOf(image), kThreshold, scratch);
-  EXPECT_EQ(found.points.size(), 600U);
-  for (const TWeldPointStatus& column : found.status) {
-    EXPECT_EQ(column.status, column.pos >= 300 && column.pos < 340 ? 1 : 0) << column.pos;
+TEST(ExtractStripeCentres, RegionIsCutAtTheImageAndNeverReadOutside) {
+  constexpr int kMax = std::numeric_limits<int>::max();
+  constexpr int kMin = std::numeric_limits<int>::min();
+  const cv::Mat image = drawBand(150, 20, 200);
+  const struct {
+    cv::Rect region;
+    std::size_t columns, centres;
+  } rows[] = {{{0, 0, 40, 300}, 40, 40},        {{7, 101, 33, 150}, 33, 33},     {{30, 100, 100, 1000}, 10, 0},
+              {{38, 0, kMax, kMax}, 2, 0},      {{39, 0, kMax, kMax}, 0, 0},  // one column is none
+              {{0, 0, 1, 300}, 0, 0},           {{0, 145, 40, 10}, 40, 0},    // too low for any edge
+              {{40, 0, 10, 300}, 0, 0},         {{0, 300, 40, 10}, 0, 0},        {{-1, 0, 40, 300}, 0, 0},
+              {{0, -1, 40, 300}, 0, 0},         {{5, 5, -3, 20}, 0, 0},          {{5, 5, 20, -3}, 0, 0},
+              {{kMin, kMin, kMax, kMax}, 0, 0}, {{kMax, kMax, kMax, kMax}, 0, 0}};
+  for (const auto& row : rows) {
+    const TStripeCentres stripe = extract(image, {row.region});
+    EXPECT_EQ(stripe.status.size(), row.columns) << row.region;
+    EXPECT_EQ(stripe.points.size(), row.centres) << row.region;
+    if (row.centres == 0) continue;
+    EXPECT_EQ(stripe.status[0].pos, row.region.x);
+    // Between rows 154 and 166 of the image; 58.5 of the cut region goes to 58.
+    EXPECT_EQ(stripe.points[0].y, row.region.y == 0 ? 160.0F : 159.0F) << row.region;
   }
+  EXPECT_TRUE(extract(image, {}).status.empty());
+  EXPECT_TRUE(extract({}, {{0, 0, 10, 10}}).status.empty());
 }
 
-TEST(ExtractStripeCentres, ColourIsConvertedInsideTheRegions) {
-  for (const cv::Size size : {cv::Size(320, 240), cv::Size(20, 240)}) {
-    const cv::Mat grey = drawStripe(size, 0.1, 100.0);
-    const std::vector<cv::Rect> cases[] = {wholeOf(grey), {{3, 70, 12, 60}}, {{1, 60, 98, 80}, {99, 65, 500, 90}}};
-    for (const std::vector<cv::Rect>& regions : cases) {
-      const TStripeCentres expected = extractStripeCentres(grey, regions, kThreshold, scratch);
-      for (const int code : {cv::COLOR_GRAY2BGR, cv::COLOR_GRAY2BGRA}) {
-        cv::Mat colour;
-        cv::cvtColor(grey, colour, code);
-        const TStripeCentres found = extractStripeCentres(colour, regions, kThreshold, scratch);
-        EXPECT_EQ(found.points, expected.points) << size << regions.back();
-        EXPECT_EQ(found.status.size(), expected.status.size()) << size << regions.back();
-      }
-    }
+TEST(ExtractStripeCentres, ThresholdIsRoundedAndAnyValueIsSafe) {
+  using TLimits = std::numeric_limits<float>;
+  const cv::Mat image = drawBand(100, 20, 38);  // found with a threshold of 30, not of 31
+  const struct {
+    float threshold;
+    int status;
+  } rows[] = {{29.5F, 0},
+              {30.4F, 0},
+              {30.5F, 0},
+              {30.6F, 1},
+              {-1.0F, 2},  // every row is an edge
+              {-1e30F, 2},
+              {-TLimits::infinity(), 2},
+              {256.0F, 1},
+              {1e30F, 1},
+              {TLimits::infinity(), 1},
+              {TLimits::quiet_NaN(), 1}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(extract(image, wholeOf(image), row.threshold).status[7].status, row.status) << row.threshold;
   }
 }
 
 TEST(ExtractStripeCentres, InputItCannotReadRaisesOpenCvsException) {
   for (const int type : {CV_8UC2, CV_8SC1, CV_16UC1, CV_16UC3, CV_32FC1, CV_32FC4, CV_64FC1}) {
     const cv::Mat image = cv::Mat::zeros(64, 64, type);
-    EXPECT_THROW(extractStripeCentres(image, wholeOf(image), kThreshold, scratch), cv::Exception) << type;
-  }
-}
-
-TEST(ExtractStripeCentres, NothingToScanGivesNothing) {
-  const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
-  for (const TStripeCentres& found : {extractStripeCentres({}, {{0, 0, 10, 10}}, kThreshold, scratch),
-                                      extractStripeCentres(image, {}, kThreshold, scratch)}) {
-    EXPECT_TRUE(found.points.empty());
-    EXPECT_TRUE(found.status.empty());
-    EXPECT_EQ(found.modalWidthPx, 0.0);
-  }
-}
-
-TEST(ExtractStripeCentres, ThresholdIsRoundedAndAnyValueIsSafe) {
-  const cv::Mat image = drawStripe({320, 240}, 0.1, 100.0);
-  const auto statusSum = [&](float threshold) {
-    int sum = 0;
-    for (const TWeldPointStatus& s : extractStripeCentres(image, wholeOf(image), threshold, scratch).status)
-      sum += s.status;
-    return sum;
-  };
-  EXPECT_EQ(statusSum(30.4F), statusSum(30.0F));
-  EXPECT_EQ(statusSum(29.5F), statusSum(30.0F));
-  using TLimits = std::numeric_limits<float>;
-  for (const float threshold : {256.0F, 1e30F, TLimits::infinity(), TLimits::quiet_NaN()}) {
-    EXPECT_EQ(statusSum(threshold), 320) << threshold;  // status 1 in every column
-  }
-  for (const float threshold : {-1e30F, -TLimits::infinity(), TLimits::lowest()}) {
-    EXPECT_EQ(statusSum(threshold), statusSum(-1.0F)) << threshold;
+    EXPECT_THROW(extract(image, wholeOf(image)), cv::Exception) << type;
   }
 }
 

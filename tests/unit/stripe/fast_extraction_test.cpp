@@ -130,6 +130,19 @@ TEST_P(FastExtraction, AgreesWithThePlainFormOnRandomFrames) {
   EXPECT_GT(crowdedFrames, 50);
 }
 
+// Soft stripes whose rise over 5 rows is just below, at and just above the least that an edge needs.
+TEST_P(FastExtraction, AgreesWithThePlainFormOnSoftRamps) {
+  for (const double rise : {6.0, 6.1, 6.2, 6.3}) {
+    cv::Mat image(100, 70, CV_8UC1);
+    for (int y = 0; y < image.rows; ++y) {
+      image.row(y).setTo(cv::saturate_cast<uchar>(rise * (40 - std::abs(y - 50))));
+    }
+    expectSame(image, {cv::Rect({0, 0}, image.size())});
+  }
+  EXPECT_EQ(framesWithCentres, 3);
+  expectSame(cv::Mat::zeros(100, 70, CV_8UC1), {{0, 0, 70, 100}}, -1);  // every flat row is a falling edge
+}
+
 // Edges everywhere: rows of a period with more than 99 edges of a kind in a column.
 TEST_P(FastExtraction, AgreesWithThePlainFormOnTexture) {
   for (int period = 2; period < 40; ++period) {

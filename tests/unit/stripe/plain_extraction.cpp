@@ -144,28 +144,6 @@ std::vector<cv::Point2f> filterJumps(const std::vector<cv::Point2f>& centres) {
   return kept;
 }
 
-void reduceStripeCandidates(TExtraction& result) {
-  TColumns columns;
-  for (const TStripeCandidate& c : result.candidates) columns[c.x].push_back(c);
-  if (columns.size() < 10) return;
-  const double mode = modalWidth(columns);
-  result.modalWidthPx = mode;
-  const double low = std::max(3.0, std::min(mode - 10, mode * 0.5));
-  const double high = std::min(100.0, std::max(mode + 10, mode * 1.5));
-  std::vector<std::vector<TStripeCandidate>> table;
-  for (auto& [x, candidates] : columns) {
-    candidates.erase(
-        std::remove_if(candidates.begin(), candidates.end(),
-                       [&](const TStripeCandidate& c) { return c.widthPx < low || c.widthPx > high; }),
-        candidates.end());
-    if (!candidates.empty()) table.push_back(candidates);
-  }
-  if (table.size() < 10) return;
-  std::vector<cv::Point2f> centres;
-  selectRuns(table, 0, static_cast<int>(table.size()), centres);
-  result.centres = filterJumps(centres);
-}
-
 }  // namespace
 
 double stripeCentroid(const cv::Mat& row, int lo, int hi) {
@@ -198,6 +176,28 @@ int pairStripeEdges(const cv::Mat& row, std::vector<TStripeEdge> rising, std::ve
     pairs.push_back({lo, hi, static_cast<int>(std::nearbyint(stripeCentroid(row, lo, hi)))});
   }
   return pairs.empty() ? 2 : 0;
+}
+
+void reduceStripeCandidates(TExtraction& result) {
+  TColumns columns;
+  for (const TStripeCandidate& c : result.candidates) columns[c.x].push_back(c);
+  if (columns.size() < 10) return;
+  const double mode = modalWidth(columns);
+  result.modalWidthPx = mode;
+  const double low = std::max(3.0, std::min(mode - 10, mode * 0.5));
+  const double high = std::min(100.0, std::max(mode + 10, mode * 1.5));
+  std::vector<std::vector<TStripeCandidate>> table;
+  for (auto& [x, candidates] : columns) {
+    candidates.erase(
+        std::remove_if(candidates.begin(), candidates.end(),
+                       [&](const TStripeCandidate& c) { return c.widthPx < low || c.widthPx > high; }),
+        candidates.end());
+    if (!candidates.empty()) table.push_back(candidates);
+  }
+  if (table.size() < 10) return;
+  std::vector<cv::Point2f> centres;
+  selectRuns(table, 0, static_cast<int>(table.size()), centres);
+  result.centres = filterJumps(centres);
 }
 
 TExtraction extractStripe(const cv::Mat& grey, const std::vector<cv::Rect>& regions, int threshold) {

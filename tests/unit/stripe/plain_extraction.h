@@ -37,6 +37,9 @@ double stripeCentroid(const cv::Mat& row, int lo, int hi);
 int pairStripeEdges(const cv::Mat& row, std::vector<TStripeEdge> rising, std::vector<TStripeEdge> falling,
                     std::vector<TStripePair>& pairs);
 
+// The centres and the width from the candidates.
+void reduceStripeCandidates(TExtraction& result);
+
 TExtraction extractStripe(const cv::Mat& grey, const std::vector<cv::Rect>& regions, int threshold);
 
 }  // namespace weld::plain

@@ -9,8 +9,6 @@
 namespace weld {
 namespace {
 
-constexpr TRidgeSettings kRidges{6.0, 30.0};
-
 // Columns 0 .. 99: pairs in the first `pairs`, centres at row 50 in the first `centres`.
 TStripeCentres edgePairs(int centres, int pairs) {
   TStripeCentres stripe;
@@ -33,19 +31,18 @@ TEST(StripeChoice, asksTheRidgesWhenPairsAreDroppedOrColumnsMissing) {
 }
 
 TEST(StripeChoice, fillsDroppedColumnsUnlessRidgesSeeClearlyMore) {
-  struct TRow {
+  const struct {
     const char* name;
     int centres, pairs, ridgeColumns;
     std::size_t columns;
     float firstRow, lastRow;
-  };
-  const TRow rows[] = {
+  } rows[] = {
       {"nothing dropped", 80, 80, 85, 80, 50.0F, 50.0F},  {"flare", 80, 90, 95, 90, 50.0F, 51.0F},
       {"ridge ends early", 80, 90, 85, 85, 50.0F, 51.0F}, {"hardly more", 50, 50, 60, 50, 50.0F, 50.0F},
       {"clearly more", 50, 50, 61, 61, 51.0F, 51.0F},     {"no edge pairs", 0, 0, 100, 100, 51.0F, 51.0F},
       {"no ridges", 50, 80, 0, 50, 50.0F, 50.0F},
   };
-  for (const TRow& row : rows) {
+  for (const auto& row : rows) {
     const TStripeCentres stripe = chooseStripe(edgePairs(row.centres, row.pairs), ridges(row.ridgeColumns));
     ASSERT_EQ(stripe.points.size(), row.columns) << row.name;
     EXPECT_EQ(stripe.points.front().y, row.firstRow) << row.name;
@@ -58,23 +55,25 @@ TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
   painted::paintPiece(image, 0, 200, 240.0);
   painted::paintPiece(image, 260, 640, 240.0);
   TStripeScratch scratch;
-  const std::vector<cv::Rect> regions{{100, 200, 150, 80}, {250, 200, 150, 80}, {400, 20, 100, 240}};
-  const TStripeCentres stripe = extractRidgeStripeCentres(image, regions, kRidges, scratch);
+  const auto extract = [&](const std::vector<cv::Rect>& regions) {
+    return extractRidgeStripeCentres(image, regions, {6.0, 30.0}, scratch);
+  };
+  const TStripeCentres stripe = extract({{100, 200, 150, 80}, {250, 200, 150, 80}, {400, 20, 100, 240}});
   ASSERT_EQ(stripe.status.size(), 400U);
-  int found = 0;
-  for (std::size_t i = 0; i < stripe.status.size(); ++i) {
-    const TWeldPointStatus& column = stripe.status[i];
-    EXPECT_EQ(column.pos, 100 + static_cast<int>(i));
-    const bool isLit = column.pos < 200 || column.pos >= 260;
-    EXPECT_EQ(column.status, isLit ? kCentreFound : kEdgeMissing) << column.pos;
-    found += column.status == kCentreFound ? 1 : 0;
+  ASSERT_EQ(stripe.points.size(), 340U);
+  auto point = stripe.points.begin();
+  for (int x = 100; x < 500; ++x) {
+    const TWeldPointStatus& column = stripe.status[static_cast<std::size_t>(x - 100)];
+    const bool isLit = x < 200 || x >= 260;
+    EXPECT_EQ(column.pos, x);
+    EXPECT_EQ(column.status, isLit ? kCentreFound : kEdgeMissing) << x;
+    if (!isLit) continue;
+    EXPECT_EQ(point->x, static_cast<float>(x));
+    EXPECT_NEAR((point++)->y, 240.0F, 0.2F) << x;
   }
-  EXPECT_EQ(stripe.points.size(), static_cast<std::size_t>(found));
-  for (const cv::Point2f p : stripe.points) EXPECT_NEAR(p.y, 240.0F, 0.2F) << p.x;
   EXPECT_NEAR(stripe.modalWidthPx, 9.0, 1.0);
-
-  EXPECT_TRUE(extractRidgeStripeCentres(image, {{0, 0, 640, 100}}, kRidges, scratch).points.empty());
-  EXPECT_TRUE(extractRidgeStripeCentres(image, {}, kRidges, scratch).status.empty());
+  EXPECT_TRUE(extract({{0, 0, 640, 100}}).points.empty());
+  EXPECT_TRUE(extract({}).status.empty());
 }
 
 }  // namespace
