@@ -6,10 +6,6 @@
 
 namespace weld {
 
-inline std::vector<cv::Point2f> toVector(TPointView points) {
-  return {points.begin(), points.end()};
-}
-
 inline TLinePara toLinePara(const TFittedLine& line) {
   return {line.k, line.b, line.isValid, line.inlierRatio, toVector(line.inliers)};
 }

@@ -21,6 +21,12 @@ inline TMemory* heapMemory() {
 template <typename T>
 using TList = std::pmr::vector<T>;
 
+// A list of the heap.
+template <typename T>
+std::vector<T> toVector(const TList<T>& list) {
+  return {list.begin(), list.end()};
+}
+
 using TPoints = TList<cv::Point2f>;
 using TPointView = TView<cv::Point2f>;
 using TIntPointView = TView<cv::Point>;
