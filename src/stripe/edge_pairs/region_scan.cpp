@@ -61,14 +61,14 @@ void TRegionScanner::scanStripeRegion(const cv::Rect& region) {
   const unsigned char* const pixels = grey.ptr(0, scanned.x - left);
   const TScanArea area{pixels, grey.step, scanned.height, strips, lastStrip, threshold};
   const int words = scanned.height / (kBlockRows * kMarkBits) + 1;
-  TList<std::uint64_t> marks(static_cast<std::size_t>(strips) * words, memory);
+  TList<std::uint64_t> markWords(static_cast<std::size_t>(strips) * words, memory);
+  const TBlockMarks marks{markWords.data(), words};
   const TBuffer<TEdgeRow> edgeRows(memory, static_cast<std::size_t>(scanned.height));
-  edges.markBlocks(area, marks.data(), words);
+  edges.markBlocks(area, marks);
 
   for (int strip = 0; strip < strips; ++strip) {
     TStripPairs pairs;
-    edges.pairStripeEdges(area, strip, marks.data() + static_cast<std::size_t>(strip) * words, words,
-                          edgeRows.data(), pairs);
+    edges.pairStripeEdges(area, marks, strip, edgeRows.data(), pairs);
     const int first = scanned.x + strip * kStripColumns;
     appendColumns(scanned, first, strip + 1 < strips ? 0 : first - (scanned.x + lastStrip), pairs);
   }

@@ -52,8 +52,8 @@ inline bool isBackgroundBright(const TScanArea& area, const v_uint8& threshold) 
 }
 
 // The strips of one row of blocks.
-inline void markBlockRow(const TScanArea& area, int row, int rows, const TEdgeNeeds& needs, std::uint64_t* marks,
-                         int words) {
+inline void markBlockRow(const TScanArea& area, int row, int rows, const TEdgeNeeds& needs,
+                         const TBlockMarks& marks) {
   const auto hasLight = [&](const unsigned char* block) {
     return isBright(block, area.step, rows, needs.threshold);
   };
@@ -61,10 +61,10 @@ inline void markBlockRow(const TScanArea& area, int row, int rows, const TEdgeNe
     return hasStep(block, area.step, rows, needs.leastStep);
   };
   const int index = (row - kBoxPx) / kBlockRows;
-  std::uint64_t* word = marks + index / kMarkBits;
+  std::uint64_t* word = marks.words + index / kMarkBits;
   const std::uint64_t bit = std::uint64_t{1} << (index % kMarkBits);
   const unsigned char* line = area.pixels + row * area.step;
-  for (int strip = 0; strip < area.strips; ++strip, word += words) {
+  for (int strip = 0; strip < area.strips; ++strip, word += marks.wordsPerStrip) {
     const unsigned char* block = line + columnOf(area, strip);
     const bool mayHoldEdge =
         needs.isBackgroundBright ? hasRise(block) && hasLight(block) : hasLight(block) && hasRise(block);
@@ -72,15 +72,15 @@ inline void markBlockRow(const TScanArea& area, int row, int rows, const TEdgeNe
   }
 }
 
-void markBlocks(const TScanArea& area, std::uint64_t* marks, int words) {
+void markBlocks(const TScanArea& area, const TBlockMarks& marks) {
   const v_uint8 threshold = cv::vx_setall_u8(static_cast<uchar>(larger(area.threshold, 0)));
   const v_uint8 leastStep = cv::vx_setall_u8(static_cast<uchar>(smaller(area.threshold + 1, 255)));
   const TEdgeNeeds needs{threshold, leastStep, isBackgroundBright(area, threshold)};
   int row = kBoxPx;
   const int end = area.rows - kBoxPx;
   // Called with a constant number of rows, whose loops get unrolled, and once with the rest.
-  for (; row + kBlockRows <= end; row += kBlockRows) markBlockRow(area, row, kBlockRows, needs, marks, words);
-  if (row < end) markBlockRow(area, row, end - row, needs, marks, words);
+  for (; row + kBlockRows <= end; row += kBlockRows) markBlockRow(area, row, kBlockRows, needs, marks);
+  if (row < end) markBlockRow(area, row, end - row, needs, marks);
 }
 
 }  // namespace

@@ -45,13 +45,18 @@ struct TEdgeRow {
   std::int16_t edges[kMaxGroupColumns];
 };
 
+// The blocks of an area that may hold an edge: bit b of a strip's words stands for its rows 5 + 8 b .. 12 + 8 b.
+struct TBlockMarks {
+  std::uint64_t* words = nullptr;  // of all strips
+  int wordsPerStrip = 0;
+};
+
 struct TEdgeKernels {
-  // Sets the bit of every block that may hold an edge: bit b of a strip's marks stands for its rows
-  // 5 + 8 b .. 12 + 8 b. The marks, `words` for every strip, must be 0.
-  void (*markBlocks)(const TScanArea& area, std::uint64_t* marks, int words);
+  // Sets the bit of every block that may hold an edge. All bits must be 0.
+  void (*markBlocks)(const TScanArea& area, const TBlockMarks& marks);
   // Edges and pairs in the marked blocks of a strip. The buffer must have room for all rows of the area.
-  void (*pairStripeEdges)(const TScanArea& area, int strip, const std::uint64_t* marks, int words,
-                          TEdgeRow* buffer, TStripPairs& pairs);
+  void (*pairStripeEdges)(const TScanArea& area, const TBlockMarks& marks, int strip, TEdgeRow* buffer,
+                          TStripPairs& pairs);
 };
 
 }  // namespace weld

@@ -72,15 +72,28 @@ inline v_int16 boxDifference(const unsigned char* here, std::size_t step) {
   return rise;
 }
 
-// Collects the edges of the rows first .. end - 1; rise is the box difference in the first row, and in row
-// `end` afterwards. Rows without an edge that can be among the strongest are left out.
-inline void findEdges(const TScanArea& area, const unsigned char* column, int first, int end, v_int16& rise,
-                      TEdgeRow* buffer, TGroupEdges& found) {
+// Neighbouring columns of an area, one per lane.
+struct TGroup {
+  const TScanArea& area;
+  const unsigned char* column;  // the first one
+};
+
+// Rows first .. end - 1.
+struct TRows {
+  int first;
+  int end;
+};
+
+// Collects the edges of the rows; rise is the box difference in the first row, and in row `end` afterwards. Rows
+// without an edge that can be among the strongest are left out.
+inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
+                      TGroupEdges& found) {
+  const TScanArea& area = group.area;
   const v_int16 threshold = lanesOf(area.threshold);
   const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
   const v_int16 one = lanesOf(1);
-  const unsigned char* here = column + first * area.step;
-  for (int row = first; row < end; ++row, here += area.step) {
+  const unsigned char* here = group.column + rows.first * area.step;
+  for (int row = rows.first; row < rows.end; ++row, here += area.step) {
     const v_int16 grey = loadRow(here);
     const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
     if (cv::v_check_any(isEdge)) {
@@ -99,8 +112,8 @@ inline void findEdges(const TScanArea& area, const unsigned char* column, int fi
   }
 }
 
-inline TGroupEdges findMarkedEdges(const TScanArea& area, const unsigned char* column, const std::uint64_t* marks,
-                                   int words, TEdgeRow* buffer) {
+inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* marks, int words, TEdgeRow* buffer) {
+  const TScanArea& area = group.area;
   TGroupEdges found;
   v_int16 rise = lanesOf(0);
   int reached = 0;
@@ -108,8 +121,8 @@ inline TGroupEdges findMarkedEdges(const TScanArea& area, const unsigned char* c
     for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
       const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
       const int end = smaller(first + kBlockRows, area.rows - kBoxPx);
-      if (first != reached) rise = boxDifference(column + first * area.step, area.step);
-      findEdges(area, column, first, end, rise, buffer, found);
+      if (first != reached) rise = boxDifference(group.column + first * area.step, area.step);
+      findEdges(group, {first, end}, rise, buffer, found);
       reached = end;
       if (found.rising.isFull() && found.falling.isFull()) return found;
     }
@@ -162,13 +175,19 @@ struct TWeights {
   v_int32 moment[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
 };
 
+// The first row of some columns.
+struct TPixels {
+  const unsigned char* first;
+  std::size_t step;
+};
+
 // Adds pairs that lie in the rows 0 .. rows - 1. low and high are their first and one past their last row, both
 // 0 in columns without a pair.
-inline void weighCluster(const unsigned char* column, std::size_t step, int rows, const v_int16& low,
-                         const v_int16& high, TWeights& weights) {
+inline void weighCluster(const TPixels& pixels, int rows, const v_int16& low, const v_int16& high,
+                         TWeights& weights) {
   const auto greyInside = [&](int row) {
     const v_int16 at = lanesOf(row);
-    return loadRow(column + row * step) & (at >= low) & (at < high);
+    return loadRow(pixels.first + row * pixels.step) & (at >= low) & (at < high);
   };
   v_int16 sum = lanesOf(0);
   for (int row = 0; row < rows; row += 2) {
@@ -218,7 +237,7 @@ inline void weighPairs(const unsigned char* column, std::size_t step, int x, int
       isWaiting[half] = isWaiting[half] & ~isMember;
     }
     const int rows = cv::v_reduce_max(cv::v_max(relativeHigh[0], relativeHigh[1]));
-    weighCluster(column + first * step, step, rows, cv::v_pack(relativeLow[0], relativeLow[1]),
+    weighCluster({column + first * step, step}, rows, cv::v_pack(relativeLow[0], relativeLow[1]),
                  cv::v_pack(relativeHigh[0], relativeHigh[1]), weights);
   }
   for (int half = 0; half < 2; ++half) {
@@ -228,11 +247,12 @@ inline void weighPairs(const unsigned char* column, std::size_t step, int x, int
   }
 }
 
-void pairStripeEdges(const TScanArea& area, int strip, const std::uint64_t* marks, int words, TEdgeRow* buffer,
+void pairStripeEdges(const TScanArea& area, const TBlockMarks& marks, int strip, TEdgeRow* buffer,
                      TStripPairs& pairs) {
+  const std::uint64_t* const ofStrip = marks.words + static_cast<std::ptrdiff_t>(strip) * marks.wordsPerStrip;
   for (int x = 0; x < kStripColumns; x += kLanes) {
     const unsigned char* column = area.pixels + columnOf(area, strip) + x;
-    const TGroupEdges found = findMarkedEdges(area, column, marks, words, buffer);
+    const TGroupEdges found = findMarkedEdges({area, column}, ofStrip, marks.wordsPerStrip, buffer);
     const v_int16 hasBoth = (found.rising.counts > lanesOf(0)) & (found.falling.counts > lanesOf(0));
     cv::v_store(pairs.hasBothEdges + x, hasBoth);
     for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;

@@ -27,7 +27,7 @@ TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
       {"backwards", {{5, 0}, {4, 1}}, {{5, 0}, {4, 1}}},
   };
   for (const auto& row : rows)
-    EXPECT_EQ(toVector(weld::dropSteepJumps(row.points, 4.0F, heapMemory())), row.expected) << row.name;
+    EXPECT_EQ(weld::toVector(weld::dropSteepJumps(row.points, 4.0F, heapMemory())), row.expected) << row.name;
 }
 
 TEST(SmoothStripe, reachesThreePointsBackAndTwoAheadAndEmptiesListsOfFourToSixPoints) {
@@ -75,7 +75,7 @@ TEST(CleanStripe, onePointThatIsNotFiniteOrAbsurdlyFarGivesNothing) {
 
 TEST(PointsBetween, pointsInTheBoundColumnsAreOutside) {
   const TPoints points{{9.9F, 1}, {10, 2}, {10.1F, 3}, {19.9F, 4}, {20, 5}, {15, 6}};
-  EXPECT_EQ(toVector(weld::pointsBetween(points, {10, 20}, false, heapMemory())),
+  EXPECT_EQ(weld::toVector(weld::pointsBetween(points, {10, 20}, false, heapMemory())),
             (TPoints{{10.1F, 3}, {19.9F, 4}, {15, 6}}));
   EXPECT_TRUE(weld::pointsBetween(points, {20, 10}, false, heapMemory()).empty());
 }
