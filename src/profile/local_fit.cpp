@@ -1,0 +1,150 @@
+#include "profile/local_fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace weld {
+
+namespace {
+
+constexpr double kWindowsPx[] = {1e9, 400.0, 260.0, 130.0, 65.0, 36.0};  // columns
+constexpr double kFewest = 5.0;         // weight of a window
+constexpr double kFewestInWindow = 10.0;
+constexpr double kBiasFrom = 1.5;       // variance over that of the noise above which a window is taken for bent
+constexpr double kBiasShare = 0.5;
+constexpr double kVarianceShare = 12.0;  // of a crossing, over that of a centre divided by the number of centres
+
+constexpr double kLeastShare = 0.35;  // of the centres that a start must explain, else it is off
+constexpr int kWidenings = 4;         // of the cut-off, twofold
+
+using TSums = TMoments::TSums;
+
+// As TMoments::lineOf, about a given origin.
+TLine lineOf(const TSums& s, double originX, double originY) {
+  TLine line;
+  const double mx = s.x / s.n;
+  const double my = s.y / s.n;
+  const double xx = std::max(0.0, s.xx / s.n - mx * mx);
+  const double yy = std::max(0.0, s.yy / s.n - my * my);
+  const double xy = s.xy / s.n - mx * my;
+  const double half = 0.5 * (xx - yy);
+  const double root = std::sqrt(half * half + xy * xy);
+  double dx = half >= 0.0 ? half + root : xy;
+  double dy = half >= 0.0 ? xy : root - half;
+  const double length = std::sqrt(dx * dx + dy * dy);
+  if (length > 0.0) {
+    const double sign = dx < 0.0 ? -1.0 : 1.0;
+    line.dx = sign * dx / length;
+    line.dy = sign * dy / length;
+  }
+  line.x = mx + originX;
+  line.y = my + originY;
+  line.weight = s.n;
+  line.spread = s.n * (0.5 * (xx + yy) + root);
+  line.variance = std::max(0.0, 0.5 * (xx + yy) - root);
+  return line;
+}
+
+class TWindows {
+public:
+  TWindows(const TOrientedCentres& c, TSpan s, TWindowSums& m)
+      : centres(c), span(s), origin(c.at((s.first + s.last) / 2)), sums(m) {}
+
+  void weigh(const TBlend& blend, double limit2) {
+    sums.resize(static_cast<std::size_t>(span.count()) + 1);
+    TSums total;
+    sums[0] = total;
+    const double invLimit2 = 1.0 / limit2;
+    for (int i = span.first; i < span.last; ++i) {
+      const auto at = static_cast<std::size_t>(i);
+      const double offset = blend.offsetOf(centres.x[at], centres.y[at]);
+      const double u = 1.0 - offset * offset * invLimit2;
+      if (u > 0.0) {
+        const double w = centres.weight[at] * u * u;
+        const double x = centres.x[at] - origin.x;
+        const double y = centres.y[at] - origin.y;
+        total.n += w;
+        total.x += w * x;
+        total.y += w * y;
+        total.xx += w * x * x;
+        total.xy += w * x * y;
+        total.yy += w * y * y;
+      }
+      sums[static_cast<std::size_t>(i - span.first) + 1] = total;
+    }
+  }
+
+  // Weight over the number of centres.
+  double share() const { return sums.back().n / span.count(); }
+  bool hasLine() const { return sums.back().n >= kFewest; }
+  TLine whole() const { return lineOf(sums.back(), origin.x, origin.y); }
+
+  // The window at one end that promises the smallest error there.
+  TLine best(bool isLeft, double noise2, double mostPx) const {
+    TLine chosen = whole();
+    double least = std::numeric_limits<double>::infinity();
+    const double lengthPx = centres.x[static_cast<std::size_t>(span.last) - 1] -
+                            centres.x[static_cast<std::size_t>(span.first)];
+    for (const double windowPx : kWindowsPx) {
+      const double sizePx = std::min(windowPx, mostPx);
+      const bool isWhole = sizePx >= lengthPx;
+      const TSums part = isWhole ? sums.back() : partOf(isLeft, sizePx);
+      if (part.n >= kFewestInWindow || isWhole) {
+        const TLine line = lineOf(part, origin.x, origin.y);
+        const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
+                            kVarianceShare * std::max(line.variance, noise2) / part.n;
+        if (rate < least) {
+          least = rate;
+          chosen = line;
+        }
+      }
+      // NOLINTNEXTLINE: the windows shrink
+    }
+    return chosen;
+  }
+
+private:
+  TSums partOf(bool isLeft, double sizePx) const {
+    if (isLeft) {
+      const int last = centres.indexOf(centres.x[static_cast<std::size_t>(span.first)] + sizePx);
+      return sums[static_cast<std::size_t>(std::min(last, span.last) - span.first)];
+    }
+    const int first = centres.indexOf(centres.x[static_cast<std::size_t>(span.last) - 1] - sizePx);
+    TSums part = sums.back();
+    return part -= sums[static_cast<std::size_t>(std::max(first, span.first) - span.first)];
+  }
+
+  const TOrientedCentres& centres;
+  TSpan span;
+  cv::Point2d origin;
+  TWindowSums& sums;
+};
+
+}  // namespace
+
+int TOrientedCentres::indexOf(double column) const {
+  return static_cast<int>(std::lower_bound(x.begin(), x.end(), column) - x.begin());
+}
+
+TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before, double noise2,
+                          double cutOff, double mostPx, TWindowSums& sums) {
+  TLocalLines lines;
+  if (span.count() < static_cast<int>(kFewest)) return lines;
+  TWindows windows(centres, span, sums);
+  const TBlend blend(before, centres.at(span.first).x, centres.at(span.last - 1).x);
+  double limit2 = cutOff * cutOff * noise2;
+  windows.weigh(blend, limit2);
+  for (int widening = 0; widening < kWidenings && windows.share() < kLeastShare; ++widening) {
+    limit2 *= 4.0;
+    windows.weigh(blend, limit2);
+  }
+  if (!windows.hasLine()) return lines;
+  lines.isFound = true;
+  lines.whole = windows.whole();
+  lines.left = windows.best(true, noise2, mostPx);
+  lines.right = windows.best(false, noise2, mostPx);
+  return lines;
+}
+
+}  // namespace weld

@@ -1,0 +1,214 @@
+#include "profile/profile_engine.h"
+
+#include "profile/joint_features.h"
+#include "profile/profile_score.h"
+#include "profile/stripe_noise.h"
+#include "support/exact_log.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kMostRefined = 7;      // layouts of a joint
+constexpr double kHopeless = 30.0;           // dearer than the cheapest layout by so much
+constexpr double kPlatesApartDeg = 14.0;
+constexpr double kLeastShare = 0.4;          // of the centres next to a corner that belong to the elements
+constexpr double kConfidenceScale = 20.0;    // gain over a plate
+constexpr double kMovesPx = 12.0;            // that tracking follows
+
+// The stripe in one sense of the profile.
+class TOriented {
+public:
+  TOriented(const TStripeProfile& stripe, int sense, std::pmr::memory_resource* memory)
+      : turned(memory), view{stripe.centres().x, stripe.centres().y, stripe.centres().weight} {
+    if (sense > 0) return;
+    turned.assign(stripe.centres().y.begin(), stripe.centres().y.end());
+    for (double& y : turned) y = -y;
+    view.y = turned;
+  }
+  const TOrientedCentres& centres() const { return view; }
+
+private:
+  TList<double> turned;
+  TOrientedCentres view;
+};
+
+// Image coordinates and angles of what was measured in the sense of the template.
+void turnOver(TProfileFit& fit) {
+  for (TFeaturePoint& f : fit.features) f.pos.y = -f.pos.y;
+  for (TProfileElement& e : fit.elements) {
+    e.left.y = -e.left.y;
+    e.right.y = -e.right.y;
+    e.centre.y = -e.centre.y;
+  }
+  TJointMeasures& m = fit.measures;
+  for (double* value : {&m.mismatchPx, &m.leftAngleDeg, &m.rightAngleDeg, &m.baseAngleDeg}) *value = -*value;
+}
+
+void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProfileFit& fit) {
+  fit.elementCount = layout.count();
+  for (std::size_t e = 0; e < layout.count(); ++e) {
+    const TFittedElement& from = layout.elements[e];
+    fit.elements[e] = {layout.range(e).kind,
+                       layout.range(e).role,
+                       from.left,
+                       from.right,
+                       {from.arc.circle.x, from.arc.circle.y},
+                       from.arc.circle.r,
+                       std::sqrt(from.noise2),
+                       score.shares[e]};
+  }
+}
+
+bool arePlatesInLine(const TProfileLayout& layout) {
+  const std::size_t last = layout.count() - 1;
+  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate) return true;
+  const double left = angleDegOf(layout.elements[0].lines.right);
+  const double right = angleDegOf(layout.elements[last].lines.left);
+  return std::abs(left - right) <= kPlatesApartDeg;
+}
+
+// Refines, measures and scores layouts of one stripe.
+class TJudge {
+public:
+  TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
+      : stripe(s), options(o), upright(s, 1, memory), turned(s, -1, memory), sums(memory) {
+    sums.reserve(static_cast<std::size_t>(s.centres().count()) + 1);
+  }
+
+  const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
+
+  // Pointwise cost of a refined layout; nothing where the elements do not meet.
+  std::optional<TLayoutScore> refine(TProfileLayout& layout, int rounds = 3) {
+    const TRefineSettings settings{stripe.noisePx(), stripe.widthPx(), rounds};
+    if (!refineLayout(centresOf(layout.sense), settings, layout, sums)) return std::nullopt;
+    return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
+  }
+
+  TProfileFit judge(const TProfileLayout& layout, const TLayoutScore& score, double nullCost) const {
+    TProfileFit fit;
+    fit.profile = layout.profile;
+    fit.sense = layout.sense;
+    fit.noisePx = stripe.noisePx();
+    fit.score = nullCost - score.cost;
+    fit.outcome = TProfileOutcome::found;
+    if (!measureLayout(centresOf(layout.sense), layout, stripe.noisePx(), fit)) {
+      fit.outcome = TProfileOutcome::tooShallow;
+    } else if (!arePlatesInLine(layout)) {
+      fit.outcome = TProfileOutcome::notMeeting;
+    } else if (score.worstShare < kLeastShare) {
+      fit.outcome = TProfileOutcome::notSeen;
+    } else if (fit.score < options.leastGain) {
+      fit.outcome = TProfileOutcome::notBetter;
+    }
+    copyElements(layout, score, fit);
+    if (layout.sense < 0) turnOver(fit);
+    if (fit.isFound()) fit.confidence = (1.0 - exactExp(-fit.score / kConfidenceScale)) * score.worstShare;
+    return fit;
+  }
+
+private:
+  const TStripeProfile& stripe;
+  const TProfileOptions& options;
+  TOriented upright;
+  TOriented turned;
+  TWindowSums sums;
+};
+
+// Searches the forms of a joint on one table.
+class TFormSearch {
+public:
+  TFormSearch(const TStripeProfile& stripe, const TProfileOptions& o, std::pmr::memory_resource* m)
+      : options(o),
+        memory(m),
+        borders(cutAtoms(stripe.centres(), stripe.moments(), stripe.noisePx(), m)),
+        table(stripe.centres(), stripe.moments(), borders, stripe.noisePx(), m),
+        judge(stripe, o, m) {
+    nullCost = stripe.centres().count();
+    for (const TProfileTemplate& form : nullProfiles()) {
+      for (const int sense : {1, -1}) {
+        if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
+        for (const TProfileCut& cut : searchProfile(form, sense, table, memory)) {
+          TProfileLayout layout = layoutOf(cut, table);
+          const std::optional<TLayoutScore> score = judge.refine(layout, 2);
+          if (score) nullCost = std::min(nullCost, score->cost);
+          break;
+        }
+      }
+    }
+  }
+
+  TProfileFit best(TTemplateView forms) {
+    TList<TProfileCut> cuts(memory);
+    for (const TProfileTemplate& form : forms) {
+      for (const int sense : {1, -1}) {
+        if (sense == -options.senses) continue;
+        for (const TProfileCut& cut : searchProfile(form, sense, table, memory)) cuts.push_back(cut);
+      }
+    }
+    std::stable_sort(cuts.begin(), cuts.end(), [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
+    TProfileFit chosen;
+    for (std::size_t c = 0; c < std::min(cuts.size(), kMostRefined); ++c) {
+      if (cuts[c].cost > cuts[0].cost + kHopeless) break;
+      TProfileLayout layout = layoutOf(cuts[c], table);
+      const std::optional<TLayoutScore> score = judge.refine(layout);
+      TProfileFit fit;
+      fit.outcome = TProfileOutcome::notMeeting;
+      if (score) fit = judge.judge(layout, *score, nullCost);
+      const bool isBetter =
+          fit.isFound() == chosen.isFound() ? c == 0 || fit.score > chosen.score : fit.isFound();
+      if (isBetter) chosen = fit;
+    }
+    return chosen;
+  }
+
+private:
+  const TProfileOptions& options;
+  std::pmr::memory_resource* memory;
+  TList<int> borders;
+  TFitTable table;
+  TJudge judge;
+  double nullCost;
+};
+
+TProfileFit refused(TProfileOutcome outcome) {
+  TProfileFit fit;
+  fit.outcome = outcome;
+  return fit;
+}
+
+}  // namespace
+
+TStripeProfile::TStripeProfile(TPointView points, TView<TCentreSource> sources, double widthPx,
+                               std::pmr::memory_resource* memory)
+    : kept(cleanCentres(points, sources, memory)),
+      sums(kept.x, kept.y, kept.weight, memory),
+      noise(measureNoise(kept, sums, memory)),
+      width(widthPx > 0.0 ? std::min(widthPx, 200.0) : 0.0) {}
+
+TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const TProfileOptions& options,
+                       std::pmr::memory_resource* memory) {
+  if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
+  return TFormSearch(stripe, options, memory).best(forms);
+}
+
+TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,
+                                 std::pmr::memory_resource* memory) {
+  TList<TRankedJoint> ranked(memory);
+  if (!stripe.isUsable()) return ranked;
+  TFormSearch search(stripe, options, memory);
+  for (const TWeldType type :
+       {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV, TWeldType::flareBevel,
+        TWeldType::corner, TWeldType::lap, TWeldType::buttGap}) {
+    const TProfileFit fit = search.best(profilesOf(type));
+    if (fit.isFound()) ranked.push_back({type, fit});
+  }
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [](const TRankedJoint& a, const TRankedJoint& b) { return a.fit.score > b.fit.score; });
+  return ranked;
+}
+
+}  // namespace weld

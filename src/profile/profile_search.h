@@ -1,0 +1,59 @@
+// The cheapest way to lay a template over the atoms of a stripe.
+#pragma once
+
+#include "profile/fit_table.h"
+#include "profile/profile_template.h"
+
+#include <array>
+
+namespace weld {
+
+// Elements of a template on the stripe, as ranges of atoms: element e covers first[e] <= atom < last[e].
+struct TProfileCut {
+  const TProfileTemplate* profile = nullptr;
+  int sense = 1;  // 1: as the template says; -1: the stripe turned over
+  std::array<int, kMostElements> first{};
+  std::array<int, kMostElements> last{};
+  double cost = 0.0;
+};
+
+// The sides of an element that its neighbours ask for, in the sense of the template.
+struct TElementEnd {
+  double x = 0.0;
+  double y = 0.0;
+  double angleDeg = 0.0;
+  double dx = 1.0;  // unit vector of the angle
+  double dy = 0.0;
+};
+
+struct TElementChoice {
+  int first = 0;  // atoms
+  int last = 0;
+  double cost = 0.0;
+  double lengthPx = 0.0;
+  double angleDeg = 0.0;  // of a line; of an arc that of its chord
+  TElementEnd left;
+  TElementEnd right;
+};
+
+// Fits of an element on every stretch that its ranges allow, cheapest or not.
+//   sense  -1 turns the stripe over
+TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTable& table,
+                                std::pmr::memory_resource* memory);
+
+// Cost of leaving out what lies between two neighbouring elements; nothing where they cannot be neighbours.
+std::optional<double> junctionCost(const TJunctionRange& junction, const TElementChoice& left,
+                                   const TElementChoice& right, const TFitTable& table);
+
+// Cost of the centres before the first and behind the last element.
+double freeEndCost(int centres);
+
+inline constexpr std::size_t kKeptCuts = 3;
+
+// The cheapest layouts with different last elements, cheapest first; empty where the template fits nowhere. Dynamic
+// programming over (element, stretch of atoms), each of which keeps its two cheapest beginnings. Ties go to the
+// earlier stretch.
+TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TFitTable& table,
+                                 std::pmr::memory_resource* memory);
+
+}  // namespace weld
