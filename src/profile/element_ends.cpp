@@ -13,10 +13,13 @@ constexpr double kInlierSigmas = 3.5;
 constexpr double kBowPerLength = 0.002;
 constexpr double kShortHolePx = 5.0;   // columns
 constexpr int kNeededBehindHole = 7;   // centres
+constexpr int kNeededWhereSearched = 3;
 constexpr double kFarthestHolePx = 60.0;
 constexpr double kLeastFilletPx = 4.0;  // radius
 constexpr double kFilletGain = 6.0;     // by which a rounded corner must be cheaper than a sharp one
-constexpr int kFilletSteps = 14;
+constexpr int kFilletSteps = 5;
+constexpr double kFilletSearchPx = 1.5;  // scatter that the search allows for
+constexpr double kFilletCutOff = 6.0;
 
 }  // namespace
 
@@ -51,7 +54,9 @@ int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, co
       continue;
     }
     ++waiting;
-    if (holePx > kShortHolePx + waiting && waiting < kNeededBehindHole) continue;
+    const bool isSearched = i >= element.searched.first && i < element.searched.last;
+    const int needed = isSearched ? kNeededWhereSearched : kNeededBehindHole;
+    if (holePx > kShortHolePx + waiting && waiting < needed) continue;
     end = i;
     waiting = 0;
   }
@@ -108,25 +113,31 @@ TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& lef
   const double mostR = 0.9 * std::min(leftPx, rightPx) / std::max(perRadius, 1e-3);
   if (!(mostR > kLeastFilletPx)) return fillet;
   const TSpan span{left.span.first, right.span.last};
+  const double search2 = std::max(noise2, kFilletSearchPx * kFilletSearchPx);
   const auto costOf = [&](double r) {
-    return cornerCost(centres, span, a, b, touching(r, a, b, isCentreBelow), corner->x, noise2);
+    return cornerCost(centres, span, a, b, touching(r, a, b, isCentreBelow), corner->x, search2);
   };
-  const double sharp = cornerCost(centres, span, a, b, std::nullopt, corner->x, noise2);
   const double ratio = std::max(1.15, std::sqrt(std::sqrt(std::sqrt(mostR / kLeastFilletPx))));
-  double best = 0.0;
-  double least = sharp;
-  for (double r = kLeastFilletPx; r <= mostR; r *= ratio) {
+  double best = kLeastFilletPx;
+  double least = costOf(best);
+  for (double r = kLeastFilletPx * ratio; r <= mostR; r *= ratio) {
     const double cost = costOf(r);
     if (cost < least) least = cost, best = r;
   }
-  if (best == 0.0 || least > sharp - kFilletGain) return fillet;
   double low = best / ratio;
   double high = std::min(mostR, best * ratio);
-  for (int step = 0; step < kFilletSteps / 2; ++step) {
+  for (int step = 0; step < kFilletSteps; ++step) {
     const double third = (high - low) / 3.0;
-    (costOf(low + third) < costOf(high - third) ? high : low) += costOf(low + third) < costOf(high - third) ? -third : third;
+    const bool isLower = costOf(low + third) < costOf(high - third);
+    (isLower ? high : low) += isLower ? -third : third;
   }
-  fillet.circle = *touching(0.5 * (low + high), a, b, isCentreBelow);
+  const double r = 0.5 * (low + high);
+  const std::optional<TCircle> circle = touching(r, a, b, isCentreBelow);
+  const double sharp = cornerCost(centres, span, a, b, std::nullopt, corner->x, noise2);
+  if (!circle || cornerCost(centres, span, a, b, circle, corner->x, noise2) > sharp - kFilletGain) return fillet;
+  const TSpan rounded{centres.indexOf(corner->x - perRadius * r * a.dx), centres.indexOf(corner->x + perRadius * r * b.dx)};
+  fillet = fitCircle(centres, rounded, *circle, circleBetween(a, b, isCentreBelow), noise2, kFilletCutOff);
+  if (!fillet.isFound || fillet.circle.r > mostR) fillet.circle = *circle;
   fillet.isFound = true;
   return fillet;
 }

@@ -49,8 +49,9 @@ double cornerSigma(const TProfileLayout& layout, std::size_t j) {
   return std::sqrt(kCorrelated * arc.noise2) * std::max(arc.arc.centreSigma, 0.1);
 }
 
-double endSigma(const TLine& line, double noise2, cv::Point2d at) {
-  const double along = kEndColumnPx / std::max(line.dx, 0.05);
+double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at) {
+  const double columns = std::sqrt(kEndColumnPx * kEndColumnPx + unseenPx * unseenPx);
+  const double along = columns / std::max(line.dx, 0.05);
   const double across = lineSigma(line, noise2, at);
   return std::sqrt(along * along + across * across);
 }
@@ -89,7 +90,7 @@ void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfile
   fit.measures.areaPx2 = std::abs(0.5 * doubleArea);
 }
 
-bool measurePlain(const TProfileLayout& layout, TProfileFit& fit) {
+bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
   const std::size_t last = layout.count() - 1;
   const TFittedElement& a = layout.elements[0];
   const TFittedElement& b = layout.elements[last];
@@ -97,8 +98,8 @@ bool measurePlain(const TProfileLayout& layout, TProfileFit& fit) {
   TJointMeasures& m = fit.measures;
   const TBase base = baseOf(a.lines.right, b.lines.left);
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
-  const double endA = endSigma(a.lines.right, a.noise2, a.right);
-  const double endB = endSigma(b.lines.left, b.noise2, b.left);
+  const double endA = endSigma(a.lines.right, a.noise2, state.unseenPx, a.right);
+  const double endB = endSigma(b.lines.left, b.noise2, state.unseenPx, b.left);
   switch (layout.profile->measuring) {
     case TMeasuring::corner:
       m.leftAngleDeg = angleDegOf(a.lines.whole);
@@ -110,7 +111,7 @@ bool measurePlain(const TProfileLayout& layout, TProfileFit& fit) {
       const cv::Point2d across = a.right - a.left;
       m.widthPx = std::sqrt(across.x * across.x + across.y * across.y);
       m.baseAngleDeg = angleDegOf(a.lines.whole);
-      setFeature(fit, TFeature::leftEnd, a.left, endSigma(a.lines.left, a.noise2, a.left));
+      setFeature(fit, TFeature::leftEnd, a.left, endSigma(a.lines.left, a.noise2, state.unseenPx, a.left));
       setFeature(fit, TFeature::rightEnd, a.right, endA);
       break;
     }
@@ -133,18 +134,18 @@ bool measurePlain(const TProfileLayout& layout, TProfileFit& fit) {
   return true;
 }
 
-bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx,
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                    TProfileFit& fit) {
   switch (layout.profile->measuring) {
     case TMeasuring::groove:
-      return measureGroove(centres, layout, noisePx, fit);
+      return measureGroove(centres, layout, state, fit);
     case TMeasuring::bevel:
-      return measureBevel(centres, layout, noisePx, fit);
+      return measureBevel(centres, layout, state, fit);
     case TMeasuring::flareV:
     case TMeasuring::flareBevel:
-      return measureFlare(centres, layout, noisePx, fit);
+      return measureFlare(centres, layout, state, fit);
     default:
-      return measurePlain(layout, fit);
+      return measurePlain(layout, state, fit);
   }
 }
 

@@ -6,16 +6,20 @@
 
 namespace weld {
 
+struct TStripeState {
+  double noisePx = 1.0;
+  double unseenPx = 0.0;  // root mean square of the columns by which holes cut an end short
+};
+
 // Fills features and measures, still in the sense of the template. False where the layout contradicts the joint:
 // too shallow, plates out of line, circles that overlap.
-//   noisePx  of the stripe
-bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx, TProfileFit& fit);
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
 
 // By how the joint is measured.
-bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx, TProfileFit& fit);
-bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx, TProfileFit& fit);
-bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx, TProfileFit& fit);
-bool measurePlain(const TProfileLayout& layout, TProfileFit& fit);
+bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
 
 // Pieces that they share.
 
@@ -32,8 +36,8 @@ double lineSigma(const TLine& line, double noise2, cv::Point2d at);
 double crossingSigma(const TLine& a, double noiseA2, const TLine& b, double noiseB2, cv::Point2d at);
 // Of a corner of the layout between elements j and j + 1.
 double cornerSigma(const TProfileLayout& layout, std::size_t j);
-// Of an end that is only seen to within the column, on an element of this slope.
-double endSigma(const TLine& line, double noise2, cv::Point2d at);
+// Of an end that is only seen to within the column, or cut short by a hole.
+double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at);
 
 void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx);
 void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfileFit& fit);

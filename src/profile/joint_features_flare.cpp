@@ -39,7 +39,7 @@ TBase upperTangent(const TCircle& a, const TCircle& b) {
   return {ux * cosine + uy * sine, uy * cosine - ux * sine};
 }
 
-bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx,
+bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                      TProfileFit& fit) {
   const std::size_t n = layout.count();
   const std::size_t first = layout.range(0).kind == TElementKind::line ? 1 : 0;
@@ -50,7 +50,7 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
   const cv::Point2d across(b.x - a.x, b.y - a.y);
   const double apart = std::sqrt(across.x * across.x + across.y * across.y);
   const double gapPx = apart - a.r - b.r;
-  if (!(across.x > 0.0) || !mayOverlap(gapPx, std::min(a.r, b.r), noisePx)) return false;
+  if (!(across.x > 0.0) || !mayOverlap(gapPx, std::min(a.r, b.r), state.noisePx)) return false;
   const cv::Point2d u(across.x / apart, across.y / apart);
   const bool hasLeft = first == 1;
   const bool hasRight = layout.range(n - 1).kind == TElementKind::line;
@@ -84,7 +84,7 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
   return true;
 }
 
-bool measureTubeOnLine(const TProfileLayout& layout, double noisePx, TProfileFit& fit) {
+bool measureTubeOnLine(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
   const std::size_t n = layout.count();
   const std::size_t tubeAt = layout.range(0).kind == TElementKind::arc   ? 0
                              : layout.range(n - 1).kind == TElementKind::arc ? n - 1
@@ -96,7 +96,7 @@ bool measureTubeOnLine(const TProfileLayout& layout, double noisePx, TProfileFit
   const TCircle& c = tube.arc.circle;
   const double above = -line.offsetOf(c.x, c.y);
   const double gapPx = above - c.r;
-  if (!mayOverlap(gapPx, c.r, noisePx)) return false;
+  if (!mayOverlap(gapPx, c.r, state.noisePx)) return false;
   const TBase base{line.dx, line.dy};
   const cv::Point2d foot(c.x - above * base.dy, c.y + above * base.dx);
   const cv::Point2d nearest(c.x - c.r * base.dy, c.y + c.r * base.dx);
@@ -119,10 +119,10 @@ bool measureTubeOnLine(const TProfileLayout& layout, double noisePx, TProfileFit
 
 }  // namespace
 
-bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx,
+bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                   TProfileFit& fit) {
-  return layout.profile->measuring == TMeasuring::flareV ? measureTwoTubes(centres, layout, noisePx, fit)
-                                                         : measureTubeOnLine(layout, noisePx, fit);
+  return layout.profile->measuring == TMeasuring::flareV ? measureTwoTubes(centres, layout, state, fit)
+                                                         : measureTubeOnLine(layout, state, fit);
 }
 
 }  // namespace weld

@@ -45,13 +45,13 @@ TSides sidesOf(const TProfileLayout& layout) {
 
 // Ends of both flanks: the one that a missing run cut short goes on to the depth of the other. Ends that come close
 // to one another meet.
-void setOpenRoot(const TSides& s, double noisePx, TProfileFit& fit) {
+void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const TLine& left = s.leftFlank.lines.right;
   const TLine& right = s.rightFlank.lines.left;
   cv::Point2d leftRoot = s.leftFlank.right;
   cv::Point2d rightRoot = s.rightFlank.left;
-  double leftSigma = endSigma(left, s.leftFlank.noise2, leftRoot);
-  double rightSigma = endSigma(right, s.rightFlank.noise2, rightRoot);
+  double leftSigma = endSigma(left, s.leftFlank.noise2, state.unseenPx, leftRoot);
+  double rightSigma = endSigma(right, s.rightFlank.noise2, state.unseenPx, rightRoot);
   const double lower =
       s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
   const double evenPx = kUnevenPx + 2.0 * (leftSigma + rightSigma);
@@ -61,7 +61,7 @@ void setOpenRoot(const TSides& s, double noisePx, TProfileFit& fit) {
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
   const bool hasCrossed = between.x * s.base.dx + between.y * s.base.dy <= 0.0;
-  const double closedPx = kClosedPx + kClosedPerNoise * noisePx;
+  const double closedPx = kClosedPx + kClosedPerNoise * state.noisePx;
   const bool isClosed = hasCrossed || between.x * s.base.dx + between.y * s.base.dy < closedPx;
   if (isClosed && corner) {
     leftRoot = rightRoot = *corner;
@@ -74,13 +74,13 @@ void setOpenRoot(const TSides& s, double noisePx, TProfileFit& fit) {
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot), sigma);
 }
 
-void setFlatRoot(const TProfileLayout& layout, const TSides& s, TProfileFit& fit) {
+void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
   const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
   const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined ? cornerSigma(layout, 1) : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
-  const double rightSigma = isJoined ? cornerSigma(layout, 2) : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
+  const double leftSigma = isJoined ? cornerSigma(layout, 1) : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, state.unseenPx, leftRoot);
+  const double rightSigma = isJoined ? cornerSigma(layout, 2) : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, state.unseenPx, rightRoot);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
@@ -97,27 +97,27 @@ void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit
 }
 
 // The root of whatever lies between the shoulders.
-void setRoot(const TProfileLayout& layout, const TSides& s, double noisePx, TProfileFit& fit) {
+void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   for (std::size_t e = 1; e + 1 < layout.count(); ++e) {
     if (layout.range(e).kind != TElementKind::arc) continue;
     const TFittedElement& arc = layout.elements[e];
     return setRoundRoot(arc.arc.circle, std::sqrt(2.0 * arc.noise2) * arc.arc.centreSigma, s.base, fit);
   }
-  if (layout.count() > 4) return setFlatRoot(layout, s, fit);
-  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, noisePx, fit);
+  if (layout.count() > 4) return setFlatRoot(layout, s, state, fit);
+  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
   if (layout.fillets[1].isFound) return setRoundRoot(layout.fillets[1].circle, cornerSigma(layout, 1), s.base, fit);
   setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(layout, 1));
 }
 
 }  // namespace
 
-bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx,
+bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                    TProfileFit& fit) {
   const TSides s = sidesOf(layout);
   const std::size_t n = layout.count();
   setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(layout, 0));
   setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(layout, n - 2));
-  setRoot(layout, s, noisePx, fit);
+  setRoot(layout, s, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(s.base.dy, s.base.dx) * kDegPerRad;
@@ -125,10 +125,10 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
   if (layout.range(1).kind == TElementKind::line) m.leftAngleDeg = angleDegOf(s.leftFlank.lines.whole);
   if (layout.range(n - 2).kind == TElementKind::line) m.rightAngleDeg = angleDegOf(s.rightFlank.lines.whole);
   m.includedAngleDeg = 180.0 - (m.leftAngleDeg - m.rightAngleDeg);
-  return isDeep(fit, noisePx);
+  return isDeep(fit, state.noisePx);
 }
 
-bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx,
+bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                   TProfileFit& fit) {
   const std::size_t n = layout.count();
   const bool isLeft = layout.profile->junctions[0].kind == TJunctionKind::cross;
@@ -143,15 +143,15 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
   const cv::Point2d wallTop = isLeft ? wallPlate.left : wallPlate.right;
   const TBase base = baseOf(isLeft ? plate.lines.right : wallPlate.lines.right,
                             isLeft ? wallPlate.lines.left : plate.lines.left);
-  const double topSigma = endSigma(wallLine, wallPlate.noise2, wallTop);
+  const double topSigma = endSigma(wallLine, wallPlate.noise2, state.unseenPx, wallTop);
 
   const cv::Point2d end = inner(bottom);
   const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
   cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
   cv::Point2d flankRoot = inner(flank);
-  double rootSigma = endSigma(innerLine(bottom), bottom.noise2, end);
+  double rootSigma = endSigma(innerLine(bottom), bottom.noise2, state.unseenPx, end);
   const double gapPx = (isLeft ? 1.0 : -1.0) * ((foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy);
-  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * noisePx;
+  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
   if (isClosed) {  // where the bottom meets the wall
     const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
     const std::optional<cv::Point2d> corner = crossingOf(innerLine(bottom), wall);
@@ -175,7 +175,7 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
   const double flankDeg = angleDegOf(flank.lines.whole);
   (isLeft ? m.leftAngleDeg : m.rightAngleDeg) = flankDeg;
   m.includedAngleDeg = 90.0 - std::abs(flankDeg - angleDegOf(wallLine));
-  return isDeep(fit, noisePx);
+  return isDeep(fit, state.noisePx);
 }
 
 }  // namespace weld

@@ -9,7 +9,7 @@ namespace weld {
 namespace {
 
 constexpr double kWindowsPx[] = {1e9, 400.0, 260.0, 130.0, 65.0, 36.0};  // columns
-constexpr double kFewest = 5.0;         // weight of a window
+constexpr double kFewest = 3.0;         // weight of a window
 constexpr double kFewestInWindow = 10.0;
 constexpr double kBiasFrom = 1.5;       // variance over that of the noise above which a window is taken for bent
 constexpr double kBiasShare = 0.5;

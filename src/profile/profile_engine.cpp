@@ -95,7 +95,7 @@ public:
     fit.noisePx = stripe.noisePx();
     fit.score = nullCost - score.cost;
     fit.outcome = TProfileOutcome::found;
-    if (!measureLayout(centresOf(layout.sense), layout, stripe.noisePx(), fit)) {
+    if (!measureLayout(centresOf(layout.sense), layout, {stripe.noisePx(), stripe.unseenPx()}, fit)) {
       fit.outcome = TProfileOutcome::tooShallow;
     } else if (!arePlatesInLine(layout)) {
       fit.outcome = TProfileOutcome::notMeeting;
@@ -174,10 +174,76 @@ private:
   double nullCost;
 };
 
+// An end falls into a hole with the hole's share of the columns, anywhere in it. The largest hole may be a gap.
+double unseenAtEnds(const TCentres& centres) {
+  double cubes = 0.0;
+  double largest = 0.0;
+  for (int i = 1; i < centres.count(); ++i) {
+    const double hole = centres.holeBefore(i);
+    cubes += hole * hole * hole;
+    largest = std::max(largest, hole);
+  }
+  if (centres.count() < 2) return 0.0;
+  const double columns = centres.at(centres.count() - 1) - centres.at(0);
+  return std::sqrt(std::max(0.0, cubes - largest * largest * largest) / (3.0 * columns));
+}
+
 TProfileFit refused(TProfileOutcome outcome) {
   TProfileFit fit;
   fit.outcome = outcome;
   return fit;
+}
+
+// Columns of an element of the frame before, without those next to its corners, which may have moved.
+TSpan innerSpan(const TOrientedCentres& centres, double leftX, double rightX) {
+  const double insetPx = std::min(kMovesPx, 0.25 * std::max(0.0, rightX - leftX));
+  const int first = centres.indexOf(leftX + insetPx);
+  return {first, std::max(first, centres.indexOf(rightX - insetPx))};
+}
+
+// A layout at the place of the frame before; nothing where too little is left of an element.
+std::optional<TProfileLayout> layoutAt(const TOrientedCentres& centres, const TStripeProfile& stripe,
+                                       const TProfileFit& before) {
+  TProfileLayout layout;
+  layout.profile = before.profile;
+  layout.sense = before.sense;
+  for (std::size_t e = 0; e < before.elementCount; ++e) {
+    const TProfileElement& old = before.elements[e];
+    TFittedElement& element = layout.elements[e];
+    const bool isFirst = e == 0;
+    const bool isLast = e + 1 == before.elementCount;
+    element.span = {isFirst ? 0 : centres.indexOf(old.left.x), isLast ? centres.count() : centres.indexOf(old.right.x)};
+    if (element.span.count() < 4) return std::nullopt;
+    element.searched = element.span;
+    element.left.x = centres.at(element.span.first).x;
+    element.right.x = centres.at(element.span.last - 1).x;
+    element.noise2 = std::max(old.noisePx * old.noisePx, stripe.noisePx() * stripe.noisePx());
+    const TSpan inner = innerSpan(centres, element.left.x, element.right.x);
+    if (old.kind == TElementKind::line) {
+      TLine line = stripe.moments().lineOf(inner.count() >= 2 ? inner : element.span);
+      line.y *= before.sense;
+      line.dy *= before.sense;
+      element.lines = {line, line, line, true};
+    } else {
+      element.arc.circle = {old.centre.x, before.sense * old.centre.y, old.radiusPx, 0.0, 0.0};
+    }
+  }
+  return layout;
+}
+
+// Cost of one straight line through everything.
+double plateCost(TJudge& judge, const TOrientedCentres& centres, const TStripeProfile& stripe) {
+  TProfileLayout plate;
+  plate.profile = &nullProfiles()[0];
+  TFittedElement& all = plate.elements[0];
+  all.span = all.searched = {0, centres.count()};
+  all.left = centres.at(0);
+  all.right = centres.at(centres.count() - 1);
+  all.noise2 = stripe.noisePx() * stripe.noisePx();
+  const TLine line = stripe.moments().lineOf(all.span);
+  all.lines = {line, line, line, true};
+  const std::optional<TLayoutScore> score = judge.refine(plate, 2);
+  return score ? score->cost : centres.count();
 }
 
 }  // namespace
@@ -187,12 +253,26 @@ TStripeProfile::TStripeProfile(TPointView points, TView<TCentreSource> sources, 
     : kept(cleanCentres(points, sources, memory)),
       sums(kept.x, kept.y, kept.weight, memory),
       noise(measureNoise(kept, sums, memory)),
-      width(widthPx > 0.0 ? std::min(widthPx, 200.0) : 0.0) {}
+      width(widthPx > 0.0 ? std::min(widthPx, 200.0) : 0.0),
+      unseen(unseenAtEnds(kept)) {}
 
 TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const TProfileOptions& options,
                        std::pmr::memory_resource* memory) {
   if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
   return TFormSearch(stripe, options, memory).best(forms);
+}
+
+TProfileFit trackProfile(const TStripeProfile& stripe, const TProfileFit& before, const TProfileOptions& options,
+                         std::pmr::memory_resource* memory) {
+  if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
+  if (!before.isFound()) return refused(TProfileOutcome::noLayout);
+  TJudge judge(stripe, options, memory);
+  const TOrientedCentres& centres = judge.centresOf(before.sense);
+  std::optional<TProfileLayout> layout = layoutAt(centres, stripe, before);
+  if (!layout) return refused(TProfileOutcome::noLayout);
+  const std::optional<TLayoutScore> score = judge.refine(*layout);
+  if (!score) return refused(TProfileOutcome::notMeeting);
+  return judge.judge(*layout, *score, plateCost(judge, judge.centresOf(1), stripe));
 }
 
 TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,

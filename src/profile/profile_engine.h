@@ -27,6 +27,8 @@ public:
   const TMoments& moments() const { return sums; }
   double noisePx() const { return noise; }
   double widthPx() const { return width; }
+  // Root mean square of the columns by which the stripe's holes cut an end short.
+  double unseenPx() const { return unseen; }
   bool isUsable() const { return kept.count() >= kFewestCentres; }
 
   static constexpr int kFewestCentres = 24;
@@ -36,6 +38,7 @@ private:
   TMoments sums;
   double noise;
   double width;
+  double unseen;
 };
 
 struct TProfileOptions {

@@ -11,6 +11,7 @@ namespace weld {
 
 struct TFittedElement {
   TSpan span;         // its centres
+  TSpan searched;     // the same before the refinement
   double noise2 = 0;  // variance of the centres about a smooth course, px^2
   TLocalLines lines;  // of a line
   TCircleFit arc;     // of an arc
@@ -51,7 +52,7 @@ bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settin
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
 
 // The last centre of an element to the right (step 1) or the left (-1) of a centre of its own, not beyond a limit.
-// A hole of more than five columns is crossed only where seven centres in a row follow.
+// A hole of more than five columns is crossed only where seven centres in a row follow, or where the search did.
 int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range, int from,
               int limit, int step);
 

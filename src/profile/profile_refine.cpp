@@ -12,7 +12,7 @@ constexpr double kCutOffs[] = {2.0 * kTukey, 1.3 * kTukey, kTukey};  // by round
 constexpr double kPlateWindowPx = 260.0;
 constexpr double kLeastRoundPx = 1.5;      // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;     // the same over the width of the stripe
-constexpr int kFewestCentres = 6;
+constexpr int kFewestCentres = 4;
 
 // Point of a circle nearest to a line's crossing with it, on the side of a guess.
 std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess) {
@@ -62,7 +62,7 @@ private:
     for (std::size_t e = 0; e < layout.count(); ++e) {
       if (!isLine(e)) continue;
       TFittedElement& fitted = element(e);
-      if (fitted.span.count() < kFewestCentres - 1) return false;
+      if (fitted.span.count() < kFewestCentres) return false;
       const double mostPx = layout.range(e).role == TElementRole::plate ? kPlateWindowPx : 1e9;
       const double start2 = round == 0 ? fitted.lines.whole.variance : 0.0;  // ghosts may have bent the line
       fitted.lines = fitLocalLines(centres, spanToFit(e), fitted.lines, fitted.noise2, cutOffOf(fitted, start2),
@@ -106,7 +106,7 @@ private:
       if (!place(j)) return false;
     }
     for (std::size_t e = 0; e < layout.count(); ++e) {
-      if (element(e).span.count() < kFewestCentres - 1) return false;
+      if (element(e).span.count() < kFewestCentres) return false;
     }
     return true;
   }
@@ -203,28 +203,23 @@ private:
   bool placeRoot(std::size_t j) {
     const std::optional<cv::Point2d> corner = cornerOf(j);
     if (!corner) return false;
-    return walkEnds(j, corner->x);
+    const int border = centres.indexOf(corner->x);
+    return walkEnds(j, border - 1, border);
   }
 
   bool placeEnds(std::size_t j) {
-    TFittedElement& a = element(j);
-    TFittedElement& b = element(j + 1);
-    return walkEnds(j, 0.5 * (centres.at(a.span.last - 1).x + centres.at(b.span.first).x));
+    return walkEnds(j, element(j + 1).span.first - 1, element(j).span.last);
   }
 
-  // Each element goes on as far as it is seen, at most to the column or, beyond it, into what no other element
-  // explains.
-  bool walkEnds(std::size_t j, double borderX) {
+  // Each element goes on as far as it is seen, the left one at most to a centre, the right one back to another.
+  bool walkEnds(std::size_t j, int mostA, int leastB) {
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
-    const int border = std::clamp(centres.indexOf(borderX), a.span.first + 1, b.span.last - 1);
-    const int fromA = std::min((a.span.first + a.span.last) / 2, border - 1);
-    const int fromB = std::max((b.span.first + b.span.last) / 2, border);
-    if (fromA < 0 || fromB >= centres.count()) return false;
-    const int lastA = walkToEnd(centres, a, layout.range(j), fromA, border - 1, 1);
-    const int firstB = walkToEnd(centres, b, layout.range(j + 1), fromB, border, -1);
-    a.span.last = lastA + 1;
-    b.span.first = firstB;
+    const int fromA = std::min((a.span.first + a.span.last) / 2, mostA);
+    const int fromB = std::max((b.span.first + b.span.last) / 2, leastB);
+    if (fromA <= a.span.first || fromB >= b.span.last) return false;
+    a.span.last = walkToEnd(centres, a, layout.range(j), fromA, mostA, 1) + 1;
+    b.span.first = walkToEnd(centres, b, layout.range(j + 1), fromB, std::max(leastB, a.span.last), -1);
     if (a.span.count() < 3 || b.span.count() < 3) return false;
     setSeenEnds(j);
     return true;
@@ -253,7 +248,7 @@ TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table) {
   for (std::size_t e = 0; e < cut.profile->elementCount; ++e) {
     TFittedElement& element = layout.elements[e];
     const TLineEntry& entry = table.line(cut.first[e], cut.last[e]);
-    element.span = table.span(cut.first[e], cut.last[e]);
+    element.span = element.searched = table.span(cut.first[e], cut.last[e]);
     element.noise2 = entry.noise2;
     element.left.x = entry.leftX;
     element.right.x = entry.rightX;

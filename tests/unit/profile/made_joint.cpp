@@ -103,13 +103,13 @@ private:
 
   // A flank that covers next to no columns.
   void markHidden(TPoint from, TPoint to) {
-    if (std::abs(toImage(to).x - toImage(from).x) < 8) joint.isHard = true;
-    if (toImage(to).x < toImage(from).x) joint.isHard = true;
+    const TPoint along = toImage(to) - toImage(from);
+    if (along.x < 8 || along.x < 0.2 * std::abs(along.y)) joint.isHard = true;
   }
 
   void u() {
-    const double left = random.uniform(62, 80);
-    const double right = random.uniform(62, 80);
+    const double left = random.uniform(55, 76);
+    const double right = random.uniform(55, 76);
     const double depth = random.uniform(70, 220);
     step = random.chance(0.5) ? 0.0 : random.uniform(-12, 12);
     const bool isBowl = random.chance(0.5);
