@@ -1,5 +1,7 @@
 #include "profile/circle_refine.h"
 
+#include "support/normal_equations.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -13,15 +15,9 @@ constexpr double kMostChange = 0.6;  // of the radius in one step
 
 using TDirection = TCircleFreedom::TDirection;
 
-struct TNormal {
-  double a[3][3] = {};
-  double b[3] = {};
-  double weight = 0.0;
-};
-
-TNormal sumUp(const TOrientedCentres& centres, TSpan span, const TCircle& c, const TCircleFreedom& freedom,
-              double invLimit2) {
-  TNormal sums;
+TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircle& c, const TCircleFreedom& freedom,
+                       double invLimit2) {
+  TNormalEquations sums(freedom.count);
   for (int i = span.first; i < span.last; ++i) {
     const auto at = static_cast<std::size_t>(i);
     const double dx = centres.x[at] - c.x;
@@ -30,70 +26,31 @@ TNormal sumUp(const TOrientedCentres& centres, TSpan span, const TCircle& c, con
     const double offset = distance - c.r;
     const double u = 1.0 - offset * offset * invLimit2;
     if (!(u > 0.0) || !(distance > 0.0)) continue;
-    const double w = centres.weight[at] * u * u;
-    double slope[3] = {};
+    TTriple slope{};
     for (std::size_t k = 0; k < freedom.count; ++k) {
       const TDirection& d = freedom.directions[k];
       slope[k] = (dx * d.x + dy * d.y) / distance + d.r;
     }
-    for (std::size_t k = 0; k < freedom.count; ++k) {
-      for (std::size_t m = 0; m <= k; ++m) sums.a[k][m] += w * slope[k] * slope[m];
-      sums.b[k] += w * slope[k] * offset;
-    }
-    sums.weight += w;
+    sums.add(slope, offset, centres.weight[at] * u * u);
   }
   return sums;
 }
 
-// Cholesky factor in the lower half of a; false where a parameter is not held by the centres.
-bool factor(TNormal& n, std::size_t count) {
-  for (std::size_t k = 0; k < count; ++k) {
-    for (std::size_t m = 0; m <= k; ++m) {
-      double sum = n.a[k][m];
-      for (std::size_t j = 0; j < m; ++j) sum -= n.a[k][j] * n.a[m][j];
-      if (m < k) {
-        n.a[k][m] = sum / n.a[m][m];
-      } else {
-        if (!(sum > 1e-9 * n.a[k][k])) return false;
-        n.a[k][k] = std::sqrt(sum);
-      }
-    }
-  }
-  return true;
-}
-
-std::array<double, 3> solve(const TNormal& n, std::size_t count, const std::array<double, 3>& right) {
-  std::array<double, 3> v = right;
-  for (std::size_t k = 0; k < count; ++k) {
-    for (std::size_t j = 0; j < k; ++j) v[k] -= n.a[k][j] * v[j];
-    v[k] /= n.a[k][k];
-  }
-  for (std::size_t k = count; k-- > 0;) {
-    for (std::size_t j = k + 1; j < count; ++j) v[k] -= n.a[j][k] * v[j];
-    v[k] /= n.a[k][k];
-  }
-  return v;
-}
-
 // Standard deviations of radius and centre over that of a distance, from the covariance.
-void addSigmas(const TNormal& n, const TCircleFreedom& freedom, TCircleFit& fit) {
+void addSigmas(const TNormalEquations& sums, const TCircleFreedom& freedom, TCircleFit& fit) {
   double r2 = 0.0;
-  double x2 = 0.0;
-  double y2 = 0.0;
+  double centre2 = 0.0;
   for (std::size_t k = 0; k < freedom.count; ++k) {
-    std::array<double, 3> unit{};
-    unit[k] = 1.0;
-    const std::array<double, 3> column = solve(n, freedom.count, unit);
+    const TTriple column = sums.covariances(k);
     for (std::size_t m = 0; m < freedom.count; ++m) {
       const TDirection& a = freedom.directions[k];
       const TDirection& b = freedom.directions[m];
       r2 += column[m] * a.r * b.r;
-      x2 += column[m] * a.x * b.x;
-      y2 += column[m] * a.y * b.y;
+      centre2 += column[m] * (a.x * b.x + a.y * b.y);
     }
   }
   fit.radiusSigma = std::sqrt(std::max(0.0, r2));
-  fit.centreSigma = std::sqrt(std::max(0.0, x2 + y2));
+  fit.centreSigma = std::sqrt(std::max(0.0, centre2));
 }
 
 }  // namespace
@@ -146,13 +103,13 @@ TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircle&
   fit.circle = start;
   if (freedom.count == 0) return fit;
   for (int step = 0; step <= kSteps; ++step) {
-    TNormal sums = sumUp(centres, span, fit.circle, freedom, 1.0 / (cutOff * cutOff * noise2));
-    if (sums.weight < kFewest || !factor(sums, freedom.count)) return fit;
+    TNormalEquations sums = sumUp(centres, span, fit.circle, freedom, 1.0 / (cutOff * cutOff * noise2));
+    if (sums.weight() < kFewest || !sums.factor()) return fit;
     if (step == kSteps) {
       addSigmas(sums, freedom, fit);
       break;
     }
-    const std::array<double, 3> change = solve(sums, freedom.count, {sums.b[0], sums.b[1], sums.b[2]});
+    const TTriple change = sums.solution();
     double dr = 0.0;
     for (std::size_t k = 0; k < freedom.count; ++k) dr += change[k] * freedom.directions[k].r;
     const double share = std::min(1.0, kMostChange * fit.circle.r / std::max(std::abs(dr), 1e-12));

@@ -14,6 +14,8 @@ constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
 constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
 
+constexpr double kHolesPx = 0.7;   // of a stripe whose holes may have cut a root edge
+
 double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
 }
@@ -43,7 +45,7 @@ TSides sidesOf(const TProfileLayout& layout) {
           baseOf(layout.elements[0].lines.right, layout.elements[n - 1].lines.left)};
 }
 
-// Ends of both flanks: the one that a missing run cut short goes on to the depth of the other. Ends that come close
+// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other. Ends that come close
 // to one another meet.
 void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const TLine& left = s.leftFlank.lines.right;
@@ -54,9 +56,10 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   double rightSigma = endSigma(right, s.rightFlank.noise2, state.unseenPx, rightRoot);
   const double lower =
       s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
-  const double evenPx = kUnevenPx + 2.0 * (leftSigma + rightSigma);
-  if (lower > evenPx) leftRoot = carried(left, leftRoot, s.base, lower);
-  if (-lower > evenPx) rightRoot = carried(right, rightRoot, s.base, -lower);
+  const double evenPx = kUnevenPx + 2.0 * state.noisePx;
+  const bool hasHoles = state.unseenPx > kHolesPx;
+  if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, s.base, lower);
+  if (hasHoles && -lower > evenPx) rightRoot = carried(right, rightRoot, s.base, -lower);
   const std::optional<cv::Point2d> corner = crossingOf(left, right);
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);

@@ -13,7 +13,7 @@ constexpr int kMostInFillet = 8;          // atoms of a rounded corner
 constexpr double kPlatesApartDeg = 14.0;  // between the two plates
 constexpr double kFlatApartDeg = 20.0;    // between a plate and a flat root
 constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr std::size_t kBeginnings = 2;
+constexpr std::size_t kBeginnings = 3;  // of an element, with different first plates
 
 // A layout up to one element: the choice it ends with, and where it came from.
 struct TBeginning {
@@ -36,13 +36,19 @@ bool fitsPlate(const TElementRange& element, double angleDeg, double plateDeg) {
   return true;
 }
 
+// Of beginnings with the same plate only the cheapest may win.
 void keep(std::array<TBeginning, kBeginnings>& kept, const TBeginning& next) {
-  if (next.cost < kept[0].cost) {
-    kept[1] = kept[0];
-    kept[0] = next;
-  } else if (next.cost < kept[1].cost) {
-    kept[1] = next;
+  std::size_t at = 0;
+  while (at < kBeginnings && !(next.cost < kept[at].cost)) {
+    const bool isSamePlate = kept[at].plateDeg == next.plateDeg || std::isnan(next.plateDeg);
+    if (isSamePlate) return;
+    ++at;
   }
+  if (at == kBeginnings) return;
+  std::size_t last = at;
+  while (last + 1 < kBeginnings && kept[last].cost < kNever && kept[last].plateDeg != next.plateDeg) ++last;
+  for (; last > at; --last) kept[last] = kept[last - 1];
+  kept[at] = next;
 }
 
 class TSearch {
@@ -84,7 +90,7 @@ private:
       for (; left != before.choices.end() && left->last <= choice.first; ++left) {
         const auto from = left - before.choices.begin();
         const auto& beginnings = before.beginnings[static_cast<std::size_t>(from)];
-        if (!(beginnings[0].cost < stage.beginnings[c][1].cost)) continue;
+        if (!(beginnings[0].cost < stage.beginnings[c].back().cost)) continue;
         const std::optional<double> between = junctionCost(profile.junctions[e - 1], *left, choice, table);
         if (!between) continue;
         join(e, choice, beginnings, static_cast<int>(from), *between, stage.beginnings[c]);

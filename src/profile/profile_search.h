@@ -51,8 +51,8 @@ double freeEndCost(int centres);
 inline constexpr std::size_t kKeptCuts = 3;
 
 // The cheapest layouts with different last elements, cheapest first; empty where the template fits nowhere. Dynamic
-// programming over (element, stretch of atoms), each of which keeps its two cheapest beginnings. Ties go to the
-// earlier stretch.
+// programming over (element, stretch of atoms), each of which keeps its three cheapest beginnings with different
+// first plates. Ties go to the earlier stretch.
 TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TFitTable& table,
                                  std::pmr::memory_resource* memory);
 
