@@ -137,9 +137,10 @@ constexpr TProfileTemplate kLap[] = {{"lap", TMeasuring::lap, 2, {{kPlate, kPlat
 constexpr TProfileTemplate kGap[] = {
     {"gap", TMeasuring::gap, 2, {{kPlate, kPlate}}, {{{TJunctionKind::hole, -12.0, 12.0, 0.0, 0}}}}};
 constexpr TProfileTemplate kPlateOnly[] = {{"plate", TMeasuring::plate, 1, {{kFlank}}, {}}};
+constexpr E kCurve{TElementKind::arc, TElementRole::round, -90.0, 90.0, 250.0, kAny, 250.0, kAny, true, false, false};
 constexpr TProfileTemplate kNull[] = {
     {"plate", TMeasuring::plate, 1, {{kFlank}}, {}},
-    {"curve", TMeasuring::none, 1, {{arc(250.0, kAny, true, false, false)}}, {}},
+    {"curve", TMeasuring::none, 1, {{kCurve}}, {}},
 };
 
 }  // namespace

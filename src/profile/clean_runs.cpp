@@ -13,6 +13,7 @@ constexpr double kStepPx = 7.0;          // between neighbours of a run; grows w
 constexpr double kStepPerColumn = 3.2;
 constexpr double kMostColumns = 6.0;
 constexpr double kLeastWeight = 0.05;
+constexpr std::size_t kShortestRun = 4;  // centres
 
 void takeUsable(TPointView points, TView<TCentreSource> sources, TCentres& centres) {
   centres.x.reserve(points.size());
@@ -36,14 +37,18 @@ bool startsRun(const TCentres& c, std::size_t i) {
   return dx > kLargestHolePx || dy > kStepPx + kStepPerColumn * std::min(dx, kMostColumns);
 }
 
-// Keeps the runs of at least this many centres.
-void dropShortRuns(TCentres& c, std::size_t shortest) {
+// Keeps the runs of at least this many centres. True where one of them is too short for the last pass.
+bool dropShortRuns(TCentres& c, std::size_t shortest) {
   std::size_t kept = 0;
+  std::size_t shortestKept = c.x.size();
   std::size_t first = 0;
   while (first < c.x.size()) {
     std::size_t last = first + 1;
     while (last < c.x.size() && !startsRun(c, last)) ++last;
-    if (last - first >= shortest) {
+    if (last - first >= shortest) shortestKept = std::min(shortestKept, last - first);
+    if (last - first >= shortest && kept == first) {
+      kept = last;
+    } else if (last - first >= shortest) {
       for (std::size_t i = first; i < last; ++i, ++kept) {
         c.x[kept] = c.x[i];
         c.y[kept] = c.y[i];
@@ -55,6 +60,7 @@ void dropShortRuns(TCentres& c, std::size_t shortest) {
   c.x.resize(kept);
   c.y.resize(kept);
   c.weight.resize(kept);
+  return shortestKept < kShortestRun;
 }
 
 }  // namespace
@@ -62,7 +68,10 @@ void dropShortRuns(TCentres& c, std::size_t shortest) {
 TCentres cleanCentres(TPointView points, TView<TCentreSource> sources, std::pmr::memory_resource* memory) {
   TCentres centres(memory);
   takeUsable(points, sources, centres);
-  for (const std::size_t shortest : {2U, 3U, 4U}) dropShortRuns(centres, shortest);
+  for (std::size_t shortest = 2; shortest <= kShortestRun; ++shortest) {
+    const bool isShortLeft = dropShortRuns(centres, shortest);
+    if (!isShortLeft) break;
+  }
   centres.isBreak.resize(centres.x.size(), 0);
   for (std::size_t i = 1; i < centres.x.size(); ++i) centres.isBreak[i] = startsRun(centres, i) ? 1 : 0;
   return centres;

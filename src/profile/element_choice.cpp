@@ -13,6 +13,7 @@ constexpr double kCostPerLine = 8.0;
 constexpr double kCostPerArc = 11.2;
 constexpr double kArcSharingOne = 6.4;  // a tangent shared with a neighbour takes a parameter away
 constexpr double kArcSharingBoth = 3.2;
+constexpr double kLeastChord = 0.4;     // columns of an arc over its length, seldom less
 constexpr double kArcGain = 6.0;        // by which an arc must be cheaper than a line
 
 double arcPenalty(const TElementRange& element) {
@@ -75,6 +76,7 @@ TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTab
         if (!takeLine(element, sense, line, choice)) continue;
         choice.cost = line.cost + kCostPerLine;
       } else {
+        if (line.rightX - line.leftX < kLeastChord * element.minLengthPx) continue;
         const TCircleEntry& arc = table.circle(first, last);
         if (!takeArc(element, sense, line, arc, choice)) continue;
         if (line.isStraight && arc.cost + kArcGain > line.cost) continue;
@@ -84,6 +86,16 @@ TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTab
     }
   }
   return choices;
+}
+
+const TList<TElementChoice>& TElementChoices::of(const TElementRange& element, int sense) {
+  for (const TKnown& one : known) {
+    if (one.sense == sense && one.element == element) return one.choices;
+  }
+  std::pmr::memory_resource* const memory = known.get_allocator().resource();
+  if (known.size() == kMostKnown) known.pop_back();
+  known.push_back({element, sense, choicesOf(element, sense, fits, memory)});
+  return known.back().choices;
 }
 
 }  // namespace weld

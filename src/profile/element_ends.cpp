@@ -65,79 +65,96 @@ int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, co
 
 namespace {
 
-// Mean bounded cost of the centres about the corner.
-double cornerCost(const TOrientedCentres& centres, TSpan span, const TLine& a, const TLine& b,
-                  const std::optional<TCircle>& circle, double cornerX, double noise2) {
-  double fromX = cornerX;
-  double toX = cornerX;
-  if (circle) {
-    fromX = circle->x - a.offsetOf(circle->x, circle->y) * -a.dy;  // foot of the centre on the line
-    toX = circle->x - b.offsetOf(circle->x, circle->y) * -b.dy;
-  }
+
+// A corner between two lines.
+struct TCorner {
+  const TLine& a;
+  const TLine& b;
+  cv::Point2d at;
+  bool isCentreBelow;
+  double perRadius;  // from the corner to the tangent points
+  double mostR;      // that leaves something of the lines
+};
+
+std::optional<TCorner> cornerBetween(const TFittedElement& left, const TFittedElement& right) {
+  const TLine& a = left.lines.right;
+  const TLine& b = right.lines.left;
+  const std::optional<cv::Point2d> at = crossingOf(a, b);
+  if (!at) return std::nullopt;
+  const double sine = a.dx * b.dy - a.dy * b.dx;
+  const double perRadius = (1.0 - a.dx * b.dx - a.dy * b.dy) / std::abs(sine);
+  const double leftPx = (at->x - left.left.x) * a.dx + (at->y - left.left.y) * a.dy;
+  const double rightPx = (right.right.x - at->x) * b.dx + (right.right.y - at->y) * b.dy;
+  return TCorner{a, b, *at, sine > 0.0, perRadius, 0.9 * std::min(leftPx, rightPx) / std::max(perRadius, 1e-3)};
+}
+
+// Bounded cost of the centres about a corner, rounded or not.
+double cornerCost(const TOrientedCentres& centres, TSpan span, const TCorner& corner, double r, double noise2) {
+  const std::optional<TCircle> circle =
+      r > 0.0 ? touching(r, corner.a, corner.b, corner.isCentreBelow) : std::nullopt;
+  const double fromX = corner.at.x - (circle ? corner.perRadius * r * corner.a.dx : 0.0);
+  const double toX = corner.at.x + (circle ? corner.perRadius * r * corner.b.dx : 0.0);
   double cost = 0.0;
   for (int i = span.first; i < span.last; ++i) {
     const cv::Point2d p = centres.at(i);
     double offset = 0.0;
     if (p.x < fromX) {
-      offset = a.offsetOf(p.x, p.y);
-    } else if (p.x > toX) {
-      offset = b.offsetOf(p.x, p.y);
-    } else if (circle) {
+      offset = corner.a.offsetOf(p.x, p.y);
+    } else if (p.x > toX || !circle) {
+      offset = corner.b.offsetOf(p.x, p.y);
+    } else {
       const double dx = p.x - circle->x;
       const double dy = p.y - circle->y;
-      offset = std::sqrt(dx * dx + dy * dy) - circle->r;
+      offset = std::sqrt(dx * dx + dy * dy) - r;
     }
     const double t = offset * offset / (8.0 * noise2);
-    cost += 8.0 * t / (1.0 + t);
+    cost += 4.0 * t / (1.0 + t);
   }
-  return 0.5 * cost;
+  return cost;
 }
 
-}  // namespace
-
-TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
-                      double noise2) {
-  TCircleFit fillet;
-  const TLine& a = left.lines.right;
-  const TLine& b = right.lines.left;
-  const std::optional<cv::Point2d> corner = crossingOf(a, b);
-  if (!corner) return fillet;
-  const bool isCentreBelow = a.dx * b.dy - a.dy * b.dx > 0.0;
-  const double cosine = a.dx * b.dx + a.dy * b.dy;
-  const double sine = std::abs(a.dx * b.dy - a.dy * b.dx);
-  const double perRadius = (1.0 - cosine) / sine;  // from the corner to the tangent points, per radius
-  const cv::Point2d start = left.left;
-  const cv::Point2d end = right.right;
-  const double leftPx = (corner->x - start.x) * a.dx + (corner->y - start.y) * a.dy;
-  const double rightPx = (end.x - corner->x) * b.dx + (end.y - corner->y) * b.dy;
-  const double mostR = 0.9 * std::min(leftPx, rightPx) / std::max(perRadius, 1e-3);
-  if (!(mostR > kLeastFilletPx)) return fillet;
-  const TSpan span{left.span.first, right.span.last};
-  const double search2 = std::max(noise2, kFilletSearchPx * kFilletSearchPx);
-  const auto costOf = [&](double r) {
-    return cornerCost(centres, span, a, b, touching(r, a, b, isCentreBelow), corner->x, search2);
-  };
-  const double ratio = std::max(1.15, std::sqrt(std::sqrt(std::sqrt(mostR / kLeastFilletPx))));
+// Cheapest radius: a grid, then thirds of the best interval.
+double searchRadius(const TOrientedCentres& centres, TSpan span, const TCorner& corner, double noise2) {
+  const auto costOf = [&](double r) { return cornerCost(centres, span, corner, r, noise2); };
+  const double ratio = std::max(1.15, std::sqrt(std::sqrt(std::sqrt(corner.mostR / kLeastFilletPx))));
   double best = kLeastFilletPx;
   double least = costOf(best);
-  for (double r = kLeastFilletPx * ratio; r <= mostR; r *= ratio) {
+  for (double r = kLeastFilletPx * ratio; r <= corner.mostR; r *= ratio) {
     const double cost = costOf(r);
     if (cost < least) least = cost, best = r;
   }
   double low = best / ratio;
-  double high = std::min(mostR, best * ratio);
+  double high = std::min(corner.mostR, best * ratio);
   for (int step = 0; step < kFilletSteps; ++step) {
     const double third = (high - low) / 3.0;
     const bool isLower = costOf(low + third) < costOf(high - third);
     (isLower ? high : low) += isLower ? -third : third;
   }
-  const double r = 0.5 * (low + high);
-  const std::optional<TCircle> circle = touching(r, a, b, isCentreBelow);
-  const double sharp = cornerCost(centres, span, a, b, std::nullopt, corner->x, noise2);
-  if (!circle || cornerCost(centres, span, a, b, circle, corner->x, noise2) > sharp - kFilletGain) return fillet;
-  const TSpan rounded{centres.indexOf(corner->x - perRadius * r * a.dx), centres.indexOf(corner->x + perRadius * r * b.dx)};
-  fillet = fitCircle(centres, rounded, *circle, circleBetween(a, b, isCentreBelow), noise2, kFilletCutOff);
-  if (!fillet.isFound || fillet.circle.r > mostR) fillet.circle = *circle;
+  return 0.5 * (low + high);
+}
+
+}  // namespace
+
+TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
+                      double noise2, double startPx) {
+  TCircleFit fillet;
+  const std::optional<TCorner> corner = cornerBetween(left, right);
+  if (!corner || !(corner->mostR > kLeastFilletPx)) return fillet;
+  const double reachPx = corner->perRadius * corner->mostR;
+  const TSpan span{std::max(left.span.first, centres.indexOf(corner->at.x - reachPx * corner->a.dx)),
+                   std::min(right.span.last, centres.indexOf(corner->at.x + reachPx * corner->b.dx))};
+  const double search2 = std::max(noise2, kFilletSearchPx * kFilletSearchPx);
+  const double r =
+      startPx > 0.0 ? std::min(startPx, corner->mostR) : searchRadius(centres, span, *corner, search2);
+  const std::optional<TCircle> circle = touching(r, corner->a, corner->b, corner->isCentreBelow);
+  const double sharp = cornerCost(centres, span, *corner, 0.0, noise2);
+  if (!circle || cornerCost(centres, span, *corner, r, noise2) > sharp - kFilletGain) return fillet;
+  const double tangentPx = corner->perRadius * r;
+  const TSpan rounded{centres.indexOf(corner->at.x - tangentPx * corner->a.dx),
+                      centres.indexOf(corner->at.x + tangentPx * corner->b.dx)};
+  const TCircleFreedom freedom = circleBetween(corner->a, corner->b, corner->isCentreBelow);
+  fillet = fitCircle(centres, rounded, *circle, freedom, noise2, kFilletCutOff);
+  if (!fillet.isFound || fillet.circle.r > corner->mostR) fillet.circle = *circle;
   fillet.isFound = true;
   return fillet;
 }

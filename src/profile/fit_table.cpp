@@ -19,6 +19,7 @@ constexpr double kMostNoise2 = 9.0;       // variance of a dim surface over that
 constexpr double kLeastSagittaPx = 3.0;
 constexpr double kSagittaPerNoise = 4.0;
 constexpr double kDropGain = 0.8;         // what the variance must fall to
+constexpr double kGhostOffPerNoise = 4.0;
 constexpr double kGhostNoise2 = 3.0;      // variance over that of the noise that makes look for a ghost
 
 constexpr double kCostPerCentre = 1.0 / 3.0;  // neighbours tell nearly the same
@@ -57,6 +58,7 @@ TFitTable::TFitTable(const TCentres& c, const TMoments& m, TView<int> borders, d
     const auto at = static_cast<std::size_t>(k);
     atomResiduals[at + 1] = atomResiduals[at] + moments.residualOf(span(k, k + 1));
   }
+  findGhosts();
   for (int first = 0; first < atoms(); ++first) {
     for (int last = first + 1; last <= atoms(); ++last) lines[indexOf(first, last)] = fitLine(first, last);
   }
@@ -68,6 +70,22 @@ double TFitTable::varianceLimit(double noise2, double lengthPx) const {
   return limitPx * limitPx;
 }
 
+// Short atoms, alone or two together, off the line through what lies on both sides of them.
+void TFitTable::findGhosts() {
+  for (int length = 1; length <= 2; ++length) {
+    for (int k = 1; k + length < atoms(); ++k) {
+      if (centresOf(k, k + length) > kLongestDropped) continue;
+      TMoments::TSums sums = moments.sumsOf(span(k - 1, k));
+      sums += moments.sumsOf(span(k + length, k + length + 1));
+      const TLine around = moments.lineOf(sums);
+      const TLine own = moments.lineOf(span(k, k + length));
+      const double off = std::abs(around.offsetOf(own.x, own.y));
+      if (off < kGhostOffPerNoise * noise || off * off < kGhostNoise2 * around.variance) continue;
+      for (int g = k; g < k + length; ++g) mayBeGhost[static_cast<std::size_t>(g)] = true;
+    }
+  }
+}
+
 // Leaves out the short inner atom that disturbs the line most.
 bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry& entry) const {
   int worst = -1;
@@ -75,7 +93,7 @@ bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry
   TLine best = entry.line;
   best.variance *= kDropGain;
   for (int k = first + 1; k + 1 < last; ++k) {
-    if (centresOf(k, k + 1) > kLongestDropped) continue;
+    if (!mayBeGhost[static_cast<std::size_t>(k)]) continue;
     TMoments::TSums rest = sums;
     rest -= moments.sumsOf(span(k, k + 1));
     const TLine line = moments.lineOf(rest);

@@ -52,6 +52,7 @@ private:
   }
   TLineEntry fitLine(int first, int last) const;
   TCircleEntry fitCircle(int first, int last) const;
+  void findGhosts();
   bool dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry& entry) const;
   double varianceLimit(double noise2, double lengthPx) const;
 
@@ -60,6 +61,7 @@ private:
   TList<int> cuts;
   double noise;
   std::array<double, kMostAtoms + 1> atomResiduals{};  // sums over the leading atoms
+  std::array<bool, kMostAtoms> mayBeGhost{};
   TList<TLineEntry> lines;
   TList<TCircleEntry> circles;
   TList<unsigned char> isCircleFitted;

@@ -18,10 +18,10 @@ constexpr double kVarianceShare = 12.0;  // of a crossing, over that of a centre
 constexpr double kLeastShare = 0.35;  // of the centres that a start must explain, else it is off
 constexpr int kWidenings = 4;         // of the cut-off, twofold
 
-using TSums = TMoments::TSums;
+constexpr int kRoughCentres = 100;
 
 // As TMoments::lineOf, about a given origin.
-TLine lineOf(const TSums& s, double originX, double originY) {
+TLine lineOf(const TWindowSum& s, double originX, double originY) {
   TLine line;
   const double mx = s.x / s.n;
   const double my = s.y / s.n;
@@ -46,39 +46,42 @@ TLine lineOf(const TSums& s, double originX, double originY) {
   return line;
 }
 
+TWindowSum difference(const TWindowSum& a, const TWindowSum& b) {
+  return {a.n - b.n, a.x - b.x, a.y - b.y, a.xx - b.xx, a.xy - b.xy, a.yy - b.yy};
+}
+
 class TWindows {
 public:
-  TWindows(const TOrientedCentres& c, TSpan s, TWindowSums& m)
-      : centres(c), span(s), origin(c.at((s.first + s.last) / 2)), sums(m) {}
+  TWindows(const TOrientedCentres& c, TSpan s, bool isRough, TWindowSums& m)
+      : centres(c), span(s), step(isRough ? std::max(1, s.count() / kRoughCentres) : 1),
+        origin(c.at((s.first + s.last) / 2)), sums(m) {}
 
   void weigh(const TBlend& blend, double limit2) {
-    sums.resize(static_cast<std::size_t>(span.count()) + 1);
-    TSums total;
+    total = {};
     sums[0] = total;
     const double invLimit2 = 1.0 / limit2;
-    for (int i = span.first; i < span.last; ++i) {
+    std::size_t next = 1;
+    for (int i = span.first; i < span.last; i += step) {
       const auto at = static_cast<std::size_t>(i);
       const double offset = blend.offsetOf(centres.x[at], centres.y[at]);
-      const double u = 1.0 - offset * offset * invLimit2;
-      if (u > 0.0) {
-        const double w = centres.weight[at] * u * u;
-        const double x = centres.x[at] - origin.x;
-        const double y = centres.y[at] - origin.y;
-        total.n += w;
-        total.x += w * x;
-        total.y += w * y;
-        total.xx += w * x * x;
-        total.xy += w * x * y;
-        total.yy += w * y * y;
-      }
-      sums[static_cast<std::size_t>(i - span.first) + 1] = total;
+      const double u = std::max(0.0, 1.0 - offset * offset * invLimit2);
+      const double w = centres.weight[at] * u * u;
+      const double x = centres.x[at] - origin.x;
+      const double y = centres.y[at] - origin.y;
+      total.n += w;
+      total.x += w * x;
+      total.y += w * y;
+      total.xx += w * x * x;
+      total.xy += w * x * y;
+      total.yy += w * y * y;
+      sums[next++] = total;
     }
   }
 
   // Weight over the number of centres.
-  double share() const { return sums.back().n / span.count(); }
-  bool hasLine() const { return sums.back().n >= kFewest; }
-  TLine whole() const { return lineOf(sums.back(), origin.x, origin.y); }
+  double share() const { return total.n * step / span.count(); }
+  bool hasLine() const { return total.n >= kFewest; }
+  TLine whole() const { return lineOf(total, origin.x, origin.y); }
 
   // The window at one end that promises the smallest error there.
   TLine best(bool isLeft, double noise2, double mostPx) const {
@@ -89,7 +92,7 @@ public:
     for (const double windowPx : kWindowsPx) {
       const double sizePx = std::min(windowPx, mostPx);
       const bool isWhole = sizePx >= lengthPx;
-      const TSums part = isWhole ? sums.back() : partOf(isLeft, sizePx);
+      const TWindowSum part = isWhole ? total : partOf(isLeft, sizePx);
       if (part.n >= kFewestInWindow || isWhole) {
         const TLine line = lineOf(part, origin.x, origin.y);
         const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
@@ -99,26 +102,26 @@ public:
           chosen = line;
         }
       }
-      // NOLINTNEXTLINE: the windows shrink
     }
     return chosen;
   }
 
 private:
-  TSums partOf(bool isLeft, double sizePx) const {
+  TWindowSum partOf(bool isLeft, double sizePx) const {
     if (isLeft) {
       const int last = centres.indexOf(centres.x[static_cast<std::size_t>(span.first)] + sizePx);
       return sums[static_cast<std::size_t>(std::min(last, span.last) - span.first)];
     }
     const int first = centres.indexOf(centres.x[static_cast<std::size_t>(span.last) - 1] - sizePx);
-    TSums part = sums.back();
-    return part -= sums[static_cast<std::size_t>(std::max(first, span.first) - span.first)];
+    return difference(total, sums[static_cast<std::size_t>(std::max(first, span.first) - span.first)]);
   }
 
   const TOrientedCentres& centres;
   TSpan span;
+  int step;
   cv::Point2d origin;
   TWindowSums& sums;
+  TWindowSum total;
 };
 
 }  // namespace
@@ -127,13 +130,13 @@ int TOrientedCentres::indexOf(double column) const {
   return static_cast<int>(std::lower_bound(x.begin(), x.end(), column) - x.begin());
 }
 
-TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before, double noise2,
-                          double cutOff, double mostPx, TWindowSums& sums) {
+TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
+                          const TLocalFitSettings& settings, TWindowSums& sums) {
   TLocalLines lines;
   if (span.count() < static_cast<int>(kFewest)) return lines;
-  TWindows windows(centres, span, sums);
+  TWindows windows(centres, span, settings.isRough, sums);
   const TBlend blend(before, centres.at(span.first).x, centres.at(span.last - 1).x);
-  double limit2 = cutOff * cutOff * noise2;
+  double limit2 = settings.cutOff * settings.cutOff * settings.noise2;
   windows.weigh(blend, limit2);
   for (int widening = 0; widening < kWidenings && windows.share() < kLeastShare; ++widening) {
     limit2 *= 4.0;
@@ -141,9 +144,10 @@ TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLo
   }
   if (!windows.hasLine()) return lines;
   lines.isFound = true;
-  lines.whole = windows.whole();
-  lines.left = windows.best(true, noise2, mostPx);
-  lines.right = windows.best(false, noise2, mostPx);
+  lines.left = lines.right = lines.whole = windows.whole();
+  if (settings.isRough) return lines;
+  lines.left = windows.best(true, settings.noise2, settings.mostPx);
+  lines.right = windows.best(false, settings.noise2, settings.mostPx);
   return lines;
 }
 

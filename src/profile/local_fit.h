@@ -19,6 +19,14 @@ struct TOrientedCentres {
   int indexOf(double column) const;
 };
 
+// How a line is fitted.
+struct TLocalFitSettings {
+  double noise2 = 1.0;   // variance of the element's centres about a smooth course, px^2
+  double cutOff = 4.7;   // distance beyond which a centre counts no more, in standard deviations
+  double mostPx = 1e9;   // largest window, columns
+  bool isRough = false;  // only the whole line, from a hundred of the centres
+};
+
 struct TLocalLines {
   TLine left;   // next to the left end
   TLine right;  // next to the right end
@@ -26,18 +34,18 @@ struct TLocalLines {
   bool isFound = false;
 };
 
-// Working memory for one element, sized for the whole stripe.
-using TWindowSums = TList<TMoments::TSums>;
+// Working memory for one element: sums over its leading centres.
+struct TWindowSum {
+  double n = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
+};
+using TWindowSums = TList<TWindowSum>;  // at least one more than the stripe has centres
 
 // Tukey-weighted lines; the distance from a blend of the two local lines found before tells the weight.
 //   span      centres of the element
 //   before    from the round before, or one line thrice
-//   noise2    variance of the element's centres about a smooth course, px^2
-//   cutOff    distance beyond which a centre counts no more, in standard deviations
-//   mostPx    largest window, columns
-// Not found with fewer than 5 centres of weight.
-TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before, double noise2,
-                          double cutOff, double mostPx, TWindowSums& sums);
+// Not found with fewer than 3 centres of weight.
+TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
+                          const TLocalFitSettings& settings, TWindowSums& sums);
 
 // Distance of a centre from the blend of both local lines, px; positive below.
 class TBlend {

@@ -13,7 +13,12 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kMostRefined = 7;      // layouts of a joint
-constexpr double kHopeless = 30.0;           // dearer than the cheapest layout by so much
+constexpr std::size_t kMostRefinedOfMany = 3;
+constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
+constexpr double kNoLimit = 1e9;
+constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
+constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV,
+                                 TWeldType::flareBevel, TWeldType::corner, TWeldType::lap, TWeldType::buttGap};
 constexpr double kPlatesApartDeg = 14.0;
 constexpr double kLeastShare = 0.4;          // of the centres next to a corner that belong to the elements
 constexpr double kConfidenceScale = 20.0;    // gain over a plate
@@ -75,9 +80,8 @@ bool arePlatesInLine(const TProfileLayout& layout) {
 class TJudge {
 public:
   TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
-      : stripe(s), options(o), upright(s, 1, memory), turned(s, -1, memory), sums(memory) {
-    sums.reserve(static_cast<std::size_t>(s.centres().count()) + 1);
-  }
+      : stripe(s), options(o), upright(s, 1, memory), turned(s, -1, memory),
+        sums(static_cast<std::size_t>(s.centres().count()) + 1, memory) {}
 
   const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
 
@@ -126,52 +130,69 @@ public:
         memory(m),
         borders(cutAtoms(stripe.centres(), stripe.moments(), stripe.noisePx(), m)),
         table(stripe.centres(), stripe.moments(), borders, stripe.noisePx(), m),
-        judge(stripe, o, m) {
-    nullCost = stripe.centres().count();
-    for (const TProfileTemplate& form : nullProfiles()) {
-      for (const int sense : {1, -1}) {
-        if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
-        for (const TProfileCut& cut : searchProfile(form, sense, table, memory)) {
-          TProfileLayout layout = layoutOf(cut, table);
-          const std::optional<TLayoutScore> score = judge.refine(layout, 2);
-          if (score) nullCost = std::min(nullCost, score->cost);
-          break;
-        }
-      }
-    }
+        choices(table, m),
+        judge(stripe, o, m),
+        nullCost(stripe.centres().count()),
+        leastNull(stripe.centres().count()) {
+    for (const TProfileTemplate& form : nullProfiles()) tryNull(form);
   }
 
-  TProfileFit best(TTemplateView forms) {
+  // Layouts of all forms in the senses allowed, the cheapest first; none that is hopeless beside the cheapest of
+  // them or beside a plate.
+  //   most  cost of a layout of another joint that this one has to compete with
+  TList<TProfileCut> search(TTemplateView forms, double most) {
     TList<TProfileCut> cuts(memory);
+    double least = std::min(most, leastNull + kNullSlack);
     for (const TProfileTemplate& form : forms) {
       for (const int sense : {1, -1}) {
         if (sense == -options.senses) continue;
-        for (const TProfileCut& cut : searchProfile(form, sense, table, memory)) cuts.push_back(cut);
+        for (const TProfileCut& cut : searchProfile(form, sense, choices, least + kHopeless, memory)) {
+          cuts.push_back(cut);
+          least = std::min(least, cut.cost);
+        }
       }
     }
     std::stable_sort(cuts.begin(), cuts.end(), [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
+    while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
+    return cuts;
+  }
+
+  // The layout that explains the stripe best after the refinement.
+  TProfileFit best(const TList<TProfileCut>& cuts, std::size_t mostRefined) {
     TProfileFit chosen;
-    for (std::size_t c = 0; c < std::min(cuts.size(), kMostRefined); ++c) {
-      if (cuts[c].cost > cuts[0].cost + kHopeless) break;
+    for (std::size_t c = 0; c < std::min(cuts.size(), mostRefined); ++c) {
       TProfileLayout layout = layoutOf(cuts[c], table);
       const std::optional<TLayoutScore> score = judge.refine(layout);
       TProfileFit fit;
       fit.outcome = TProfileOutcome::notMeeting;
       if (score) fit = judge.judge(layout, *score, nullCost);
-      const bool isBetter =
-          fit.isFound() == chosen.isFound() ? c == 0 || fit.score > chosen.score : fit.isFound();
+      const bool isBetter = fit.isFound() == chosen.isFound() ? c == 0 || fit.score > chosen.score : fit.isFound();
       if (isBetter) chosen = fit;
     }
     return chosen;
   }
 
 private:
+  void tryNull(const TProfileTemplate& form) {
+    for (const int sense : {1, -1}) {
+      if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
+      const TList<TProfileCut> cuts = searchProfile(form, sense, choices, kNoLimit, memory);
+      if (cuts.empty()) continue;
+      leastNull = std::min(leastNull, cuts.front().cost);
+      TProfileLayout layout = layoutOf(cuts.front(), table);
+      const std::optional<TLayoutScore> score = judge.refine(layout, 2);
+      if (score) nullCost = std::min(nullCost, score->cost);
+    }
+  }
+
   const TProfileOptions& options;
   std::pmr::memory_resource* memory;
   TList<int> borders;
   TFitTable table;
+  TElementChoices choices;
   TJudge judge;
-  double nullCost;
+  double nullCost;   // of the centres, pointwise
+  double leastNull;  // of the search
 };
 
 // An end falls into a hole with the hole's share of the columns, anywhere in it. The largest hole may be a gap.
@@ -259,7 +280,8 @@ TStripeProfile::TStripeProfile(TPointView points, TView<TCentreSource> sources, 
 TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const TProfileOptions& options,
                        std::pmr::memory_resource* memory) {
   if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
-  return TFormSearch(stripe, options, memory).best(forms);
+  TFormSearch search(stripe, options, memory);
+  return search.best(search.search(forms, kNoLimit), kMostRefined);
 }
 
 TProfileFit trackProfile(const TStripeProfile& stripe, const TProfileFit& before, const TProfileOptions& options,
@@ -280,10 +302,12 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
   TList<TRankedJoint> ranked(memory);
   if (!stripe.isUsable()) return ranked;
   TFormSearch search(stripe, options, memory);
-  for (const TWeldType type :
-       {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV, TWeldType::flareBevel,
-        TWeldType::corner, TWeldType::lap, TWeldType::buttGap}) {
-    const TProfileFit fit = search.best(profilesOf(type));
+  double least = kNoLimit;
+  for (const TWeldType type : kRanked) {
+    const TList<TProfileCut> cuts = search.search(profilesOf(type), least);
+    if (cuts.empty()) continue;
+    least = std::min(least, cuts.front().cost);
+    const TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
     if (fit.isFound()) ranked.push_back({type, fit});
   }
   std::stable_sort(ranked.begin(), ranked.end(),

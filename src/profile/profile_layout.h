@@ -57,7 +57,8 @@ int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, co
               int limit, int step);
 
 // Radius of the arc between two lines that meet at a corner; not found where the corner is sharp.
+//   startPx  radius known from before, or 0: it is sought
 TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
-                      double noise2);
+                      double noise2, double startPx);
 
 }  // namespace weld

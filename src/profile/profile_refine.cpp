@@ -8,7 +8,7 @@ namespace weld {
 namespace {
 
 constexpr double kTukey = 4.7;
-constexpr double kCutOffs[] = {2.0 * kTukey, 1.3 * kTukey, kTukey};  // by round
+constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
 constexpr double kPlateWindowPx = 260.0;
 constexpr double kLeastRoundPx = 1.5;      // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;     // the same over the width of the stripe
@@ -32,12 +32,22 @@ public:
 
   bool run() {
     for (round = 0; round < settings.rounds; ++round) {
+      const std::array<TFittedElement, kMostElements> before = layout.elements;
       if (!fitLines() || !fitArcs() || !placeJunctions()) return false;
+      if (round > 0 && hasSettled(before)) return true;
     }
     return true;
   }
 
 private:
+  bool hasSettled(const std::array<TFittedElement, kMostElements>& before) const {
+    for (std::size_t e = 0; e < layout.count(); ++e) {
+      const TSpan now = layout.elements[e].span;
+      if (now.first != before[e].span.first || now.last != before[e].span.last) return false;
+    }
+    return true;
+  }
+
   bool isLine(std::size_t e) const { return layout.range(e).kind == TElementKind::line; }
   double cutOff() const { return kCutOffs[std::min(round, 2)]; }
   // Wide enough for a start that is off by so much.
@@ -46,8 +56,8 @@ private:
   }
   TFittedElement& element(std::size_t e) { return layout.elements[e]; }
 
-  // Without the rounded ends.
-  TSpan spanToFit(std::size_t e) const {
+  // Without the rounded ends, and of a plate only what lies next to its corner.
+  TSpan spanToFit(std::size_t e, bool isRough) const {
     const TFittedElement& fitted = layout.elements[e];
     const TSpan span = fitted.span;
     const double roundPx =
@@ -55,7 +65,19 @@ private:
     TSpan inner = span;
     if (e > 0) inner.first = std::max(span.first, centres.indexOf(fitted.left.x + roundPx));
     if (e + 1 < layout.count()) inner.last = std::min(span.last, centres.indexOf(fitted.right.x - roundPx));
+    if (!isRough && layout.range(e).role == TElementRole::plate && inner.count() > 0) {
+      if (e == 0) inner.first = std::max(inner.first, centres.indexOf(centres.at(inner.last - 1).x - kPlateWindowPx));
+      if (e > 0) inner.last = std::min(inner.last, centres.indexOf(centres.at(inner.first).x + kPlateWindowPx));
+    }
     return inner.count() >= kFewestCentres ? inner : span;
+  }
+
+  // A plate is read next to its corner; the rest of it only tells how far it reaches.
+  void addFarLine(std::size_t e, const TLocalLines& before, TLocalFitSettings how) {
+    how.isRough = true;
+    TLocalLines& lines = element(e).lines;
+    const TLocalLines all = fitLocalLines(centres, element(e).span, before, how, sums);
+    if (all.isFound) (e == 0 ? lines.left : lines.right) = lines.whole = all.whole;
   }
 
   bool fitLines() {
@@ -63,13 +85,15 @@ private:
       if (!isLine(e)) continue;
       TFittedElement& fitted = element(e);
       if (fitted.span.count() < kFewestCentres) return false;
-      const double mostPx = layout.range(e).role == TElementRole::plate ? kPlateWindowPx : 1e9;
+      const bool isPlate = layout.range(e).role == TElementRole::plate;
       const double start2 = round == 0 ? fitted.lines.whole.variance : 0.0;  // ghosts may have bent the line
-      fitted.lines = fitLocalLines(centres, spanToFit(e), fitted.lines, fitted.noise2, cutOffOf(fitted, start2),
-                                   mostPx, sums);
+      // They rule small windows as long as the line is rough. A single element has no corner to be read.
+      const bool isRough = round == 0 || layout.count() == 1;
+      const TLocalFitSettings how{fitted.noise2, cutOffOf(fitted, start2), isPlate ? kPlateWindowPx : 1e9, isRough};
+      const TLocalLines before = fitted.lines;
+      fitted.lines = fitLocalLines(centres, spanToFit(e, isRough), before, how, sums);
+      if (isPlate && !isRough) addFarLine(e, before, how);
       if (!fitted.lines.isFound) return false;
-      // Ghosts rule small windows as long as the line is rough. A single element has no corner to be read.
-      if (round == 0 || layout.count() == 1) fitted.lines.left = fitted.lines.right = fitted.lines.whole;
     }
     return true;
   }
@@ -165,7 +189,7 @@ private:
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
     TCircleFit& fillet = layout.fillets[j];
-    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2));
+    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2), fillet.isFound ? fillet.circle.r : 0.0);
     if (!fillet.isFound) return true;
     const TCircle& c = fillet.circle;
     const TLine& left = a.lines.right;

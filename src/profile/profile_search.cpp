@@ -24,9 +24,9 @@ struct TBeginning {
 };
 
 struct TStage {
-  explicit TStage(TList<TElementChoice>&& list, std::pmr::memory_resource* memory)
-      : choices(std::move(list)), beginnings(choices.size(), memory) {}
-  TList<TElementChoice> choices;  // by their last atom
+  TStage(const TList<TElementChoice>& list, std::pmr::memory_resource* memory)
+      : choices(list), beginnings(list.size(), memory) {}
+  const TList<TElementChoice>& choices;  // by their last atom
   TList<std::array<TBeginning, kBeginnings>> beginnings;
 };
 
@@ -53,14 +53,13 @@ void keep(std::array<TBeginning, kBeginnings>& kept, const TBeginning& next) {
 
 class TSearch {
 public:
-  TSearch(const TProfileTemplate& p, int s, TFitTable& t, std::pmr::memory_resource* m)
-      : profile(p), sense(s), table(t), memory(m), stages(m) {}
+  TSearch(const TProfileTemplate& p, int s, TElementChoices& c, double mostCost, std::pmr::memory_resource* m)
+      : profile(p), sense(s), known(c), table(c.table()), most(mostCost), memory(m), stages(m) {}
 
   TList<TProfileCut> run() {
     stages.reserve(profile.elementCount);
     for (std::size_t e = 0; e < profile.elementCount; ++e) {
-      const TElementRange& element = profile.elements[e];
-      stages.emplace_back(choicesOf(element, sense, table, memory), memory);
+      stages.emplace_back(known.of(profile.elements[e], sense), memory);
       if (stages.back().choices.empty()) return TList<TProfileCut>(memory);
       e == 0 ? begin() : extend(e);
     }
@@ -90,7 +89,8 @@ private:
       for (; left != before.choices.end() && left->last <= choice.first; ++left) {
         const auto from = left - before.choices.begin();
         const auto& beginnings = before.beginnings[static_cast<std::size_t>(from)];
-        if (!(beginnings[0].cost < stage.beginnings[c].back().cost)) continue;
+        const double least = beginnings[0].cost + choice.cost;
+        if (!(least < std::min(most, stage.beginnings[c].back().cost))) continue;
         const std::optional<double> between = junctionCost(profile.junctions[e - 1], *left, choice, table);
         if (!between) continue;
         join(e, choice, beginnings, static_cast<int>(from), *between, stage.beginnings[c]);
@@ -118,7 +118,7 @@ private:
     std::array<int, kMostAtoms + 1> bestOf{};  // choice by where the last element starts
     std::array<double, kMostAtoms + 1> costOf{};
     bestOf.fill(-1);
-    costOf.fill(kNever);
+    costOf.fill(most);
     for (std::size_t c = 0; c < stage.choices.size(); ++c) {
       const TElementChoice& choice = stage.choices[c];
       const double cost = stage.beginnings[c][0].cost + freeEndCost(table.centresOf(choice.last, table.atoms()));
@@ -129,9 +129,9 @@ private:
     }
     while (cuts.size() < kKeptCuts) {
       const auto best = std::min_element(costOf.begin(), costOf.end());
-      if (!(*best < kNever)) break;
+      if (!(*best < most)) break;
       cuts.push_back(trace(bestOf[static_cast<std::size_t>(best - costOf.begin())], *best));
-      *best = kNever;
+      *best = most;
     }
     return cuts;
   }
@@ -155,19 +155,21 @@ private:
 
   const TProfileTemplate& profile;
   int sense;
-  TFitTable& table;
+  TElementChoices& known;
+  const TFitTable& table;
+  double most;
   std::pmr::memory_resource* memory;
   TList<TStage> stages;
 };
 
 }  // namespace
 
-TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TFitTable& table,
+TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TElementChoices& choices, double most,
                                  std::pmr::memory_resource* memory) {
-  if (profile.elementCount == 0 || profile.elementCount > kMostElements || table.atoms() == 0) {
+  if (profile.elementCount == 0 || profile.elementCount > kMostElements || choices.table().atoms() == 0) {
     return TList<TProfileCut>(memory);
   }
-  return TSearch(profile, sense, table, memory).run();
+  return TSearch(profile, sense, choices, most, memory).run();
 }
 
 }  // namespace weld

@@ -36,10 +36,30 @@ struct TElementChoice {
   TElementEnd right;
 };
 
-// Fits of an element on every stretch that its ranges allow, cheapest or not.
+// Fits of an element on every stretch that its ranges allow, cheapest or not, by their last atom and then their first.
 //   sense  -1 turns the stripe over
 TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTable& table,
                                 std::pmr::memory_resource* memory);
+
+// The table of a stripe with the choices that were asked for: templates share many elements.
+class TElementChoices {
+public:
+  TElementChoices(TFitTable& t, std::pmr::memory_resource* memory) : fits(t), known(memory) { known.reserve(kMostKnown); }
+
+  TFitTable& table() { return fits; }
+  const TList<TElementChoice>& of(const TElementRange& element, int sense);
+
+private:
+  struct TKnown {
+    TElementRange element;
+    int sense;
+    TList<TElementChoice> choices;
+  };
+  static constexpr std::size_t kMostKnown = 64;
+
+  TFitTable& fits;
+  TList<TKnown> known;
+};
 
 // Cost of leaving out what lies between two neighbouring elements; nothing where they cannot be neighbours.
 std::optional<double> junctionCost(const TJunctionRange& junction, const TElementChoice& left,
@@ -53,7 +73,8 @@ inline constexpr std::size_t kKeptCuts = 3;
 // The cheapest layouts with different last elements, cheapest first; empty where the template fits nowhere. Dynamic
 // programming over (element, stretch of atoms), each of which keeps its three cheapest beginnings with different
 // first plates. Ties go to the earlier stretch.
-TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TFitTable& table,
+//   most  layouts that cost as much or more are not looked for
+TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TElementChoices& choices, double most,
                                  std::pmr::memory_resource* memory);
 
 }  // namespace weld

@@ -30,6 +30,13 @@ struct TElementRange {
   bool isTouchingRight = false;  // and of its right one
 };
 
+inline bool operator==(const TElementRange& a, const TElementRange& b) {
+  return a.kind == b.kind && a.minAngleDeg == b.minAngleDeg && a.maxAngleDeg == b.maxAngleDeg &&
+         a.minLengthPx == b.minLengthPx && a.maxLengthPx == b.maxLengthPx && a.minRadiusPx == b.minRadiusPx &&
+         a.maxRadiusPx == b.maxRadiusPx && a.isCentreBelow == b.isCentreBelow &&
+         a.isTouchingLeft == b.isTouchingLeft && a.isTouchingRight == b.isTouchingRight;
+}
+
 enum class TJunctionKind : std::uint8_t {
   cross,    // the elements meet in a corner
   fillet,   // the same, the corner being rounded

@@ -19,8 +19,8 @@ struct TSamples {
 };
 
 TLocalLines fit(const TSamples& s, const TLine& start, double noise2, double cutOff = 4.7) {
-  TWindowSums sums(std::pmr::get_default_resource());
-  return fitLocalLines(s.centres(), s.all(), {start, start, start, true}, noise2, cutOff, 1e9, sums);
+  TWindowSums sums(s.x.size() + 1, std::pmr::get_default_resource());
+  return fitLocalLines(s.centres(), s.all(), {start, start, start, true}, {noise2, cutOff, 1e9, false}, sums);
 }
 
 // Variance of the height at the right end of a straight line, over the least possible one.

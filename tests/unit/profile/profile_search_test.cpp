@@ -90,12 +90,13 @@ TEST(ProfileSearch, FindsTheCheapestOfAllLayouts) {
     std::vector<int> cuts;
     for (int i = 0; i <= 32; i += 4) cuts.push_back(i);  // few, or the layouts are too many to try
     TFitTable table(centres, moments, cuts, 0.5, kHeap);
+    TElementChoices choices(table, kHeap);
     for (const TWeldType type : {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV,
                                  TWeldType::flareBevel, TWeldType::corner, TWeldType::lap}) {
       for (const TProfileTemplate& profile : profilesOf(type)) {
         for (const int sense : {1, -1}) {
           const TBruteForce all(profile, sense, table);
-          const TList<TProfileCut> cut = searchProfile(profile, sense, table, kHeap);
+          const TList<TProfileCut> cut = searchProfile(profile, sense, choices, 1e9, kHeap);
           if (!std::isfinite(all.least)) ASSERT_TRUE(cut.empty()) << profile.name << " seed " << seed;
           if (!std::isfinite(all.least)) continue;
           ++found;
