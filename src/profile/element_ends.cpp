@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kLeastSine = 0.05;
 constexpr double kInlierSigmas = 3.5;
-constexpr double kBowPerLength = 0.002;
+constexpr double kBowPerLength = 0.004;
 constexpr double kShortHolePx = 5.0;   // columns
 constexpr int kNeededBehindHole = 7;   // centres
 constexpr int kNeededWhereSearched = 3;

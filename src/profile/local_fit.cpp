@@ -18,6 +18,7 @@ constexpr double kVarianceShare = 12.0;  // of a crossing, over that of a centre
 constexpr double kLeastShare = 0.35;  // of the centres that a start must explain, else it is off
 constexpr int kWidenings = 4;         // of the cut-off, twofold
 
+constexpr double kSteepest = 0.02;  // cosine of a line's angle
 constexpr int kRoughCentres = 100;
 
 // As TMoments::lineOf, about a given origin.
@@ -125,6 +126,20 @@ private:
 };
 
 }  // namespace
+
+TBlend::TBlend(const TLocalLines& lines, double leftX, double rightX)
+    : left(lines.left), right(lines.right), from(leftX), scale(rightX > leftX ? 1.0 / (rightX - leftX) : 0.0) {
+  const double width = std::max(0.0, rightX - leftX);
+  const double leftSlope = left.dy / std::max(left.dx, kSteepest);
+  const double rightSlope = right.dy / std::max(right.dx, kSteepest);
+  const double leftY = left.y + (leftX - left.x) * leftSlope;
+  const double rise = right.y + (rightX - right.x) * rightSlope - leftY;
+  c0 = leftY;
+  c1 = leftSlope * width;
+  c2 = 3.0 * rise - width * (2.0 * leftSlope + rightSlope);
+  c3 = width * (leftSlope + rightSlope) - 2.0 * rise;
+  cosine = width > 0.0 ? width / std::sqrt(width * width + rise * rise) : 1.0;
+}
 
 int TOrientedCentres::indexOf(double column) const {
   return static_cast<int>(std::lower_bound(x.begin(), x.end(), column) - x.begin());

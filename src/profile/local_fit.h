@@ -47,20 +47,27 @@ using TWindowSums = TList<TWindowSum>;  // at least one more than the stripe has
 TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
                           const TLocalFitSettings& settings, TWindowSums& sums);
 
-// Distance of a centre from the blend of both local lines, px; positive below.
+// The surface between its two local lines: a cubic that has both at its ends, and the lines beyond them. A straight
+// surface is straight, an evenly bowed one is met exactly.
 class TBlend {
 public:
-  TBlend(const TLocalLines& l, double leftX, double rightX)
-      : lines(l), from(leftX), scale(rightX > leftX ? 1.0 / (rightX - leftX) : 0.0) {}
+  TBlend(const TLocalLines& lines, double leftX, double rightX);
+
+  // Distance of a centre, px; positive below.
   double offsetOf(double x, double y) const {
-    const double t = std::min(1.0, std::max(0.0, (x - from) * scale));
-    return (1.0 - t) * lines.left.offsetOf(x, y) + t * lines.right.offsetOf(x, y);
+    const double t = (x - from) * scale;
+    if (t <= 0.0) return left.offsetOf(x, y);
+    if (t >= 1.0) return right.offsetOf(x, y);
+    return (y - (c0 + t * (c1 + t * (c2 + t * c3)))) * cosine;
   }
 
 private:
-  const TLocalLines& lines;
+  const TLine& left;
+  const TLine& right;
   double from;
   double scale;
+  double c0, c1, c2, c3;
+  double cosine;
 };
 
 }  // namespace weld

@@ -9,6 +9,7 @@ namespace {
 
 constexpr double kTukey = 4.7;
 constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
+constexpr double kBows[] = {0.004, 0.003, 0.0015};  // rms over the columns of a real surface, by round
 constexpr double kPlateWindowPx = 260.0;
 constexpr double kLeastRoundPx = 1.5;      // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;     // the same over the width of the stripe
@@ -50,9 +51,10 @@ private:
 
   bool isLine(std::size_t e) const { return layout.range(e).kind == TElementKind::line; }
   double cutOff() const { return kCutOffs[std::min(round, 2)]; }
-  // Wide enough for a start that is off by so much.
+  // Wide enough for a start that is off by so much, and for a surface that bows.
   double cutOffOf(const TFittedElement& fitted, double start2) const {
-    return cutOff() * std::max(1.0, std::sqrt(start2 / fitted.noise2));
+    const double bowPx = kBows[std::min(round, 2)] * (fitted.right.x - fitted.left.x);
+    return cutOff() * std::sqrt(std::max(start2, fitted.noise2 + bowPx * bowPx) / fitted.noise2);
   }
   TFittedElement& element(std::size_t e) { return layout.elements[e]; }
 
