@@ -23,13 +23,13 @@ constexpr double kGhostOffPerNoise = 4.0;
 constexpr double kGhostNoise2 = 3.0;      // variance over that of the noise that makes look for a ghost
 
 constexpr double kCostPerCentre = 1.0 / 3.0;  // neighbours tell nearly the same
-constexpr double kBowPerLength = 0.003;       // rms that a real surface has over its length
+constexpr double kBowPerLength = 0.005;       // rms that a real surface has over its length
 
 // Grows with the logarithm of the deviation: real surfaces bow and wave, and a square would drop whole flanks.
 double fitCost(double variance, const TLineEntry& entry, int centres) {
   const double bowPx = kBowPerLength * entry.lengthPx;
   return centres * kCostPerCentre * 0.5 * exactLog(1.0 + variance / (entry.noise2 + bowPx * bowPx)) +
-         entry.dropped * kCostPerCentre;
+         2.0 * entry.dropped * kCostPerCentre;
 }
 
 double angleOf(double dx, double dy) {

@@ -8,9 +8,9 @@ namespace weld {
 
 namespace {
 
-constexpr double kSkipCost = 1.0 / 3.0;        // of a centre that belongs to nothing
-constexpr double kFilletSkipCost = 0.4 / 3.0;  // in a rounded corner
-constexpr double kFreeCost = 0.5 / 3.0;
+constexpr double kSkipCost = 2.0 / 3.0;        // of a centre that belongs to nothing
+constexpr double kFilletSkipCost = 0.5 / 3.0;  // in a rounded corner
+constexpr double kFreeCost = 1.2 / 3.0;
 constexpr double kCornerTolPx = 10.0;  // by which a corner may miss the end of an element
 constexpr double kTolPerNoise = 4.0;
 constexpr double kTolPerLength = 0.1;
