@@ -10,7 +10,6 @@ namespace {
 
 constexpr double kLeastSine = 0.05;
 constexpr double kInlierSigmas = 3.5;
-constexpr double kBowPerLength = 0.004;
 constexpr double kShortHolePx = 5.0;   // columns
 constexpr int kNeededBehindHole = 7;   // centres
 constexpr int kNeededWhereSearched = 3;
@@ -39,9 +38,10 @@ std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b) {
   return cv::Point2d(a.x + along * a.dx, a.y + along * a.dy);
 }
 
-int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range, int from,
-              int limit, int step) {
-  const double bowPx = kBowPerLength * (element.right.x - element.left.x);
+int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
+              const TWalk& walk) {
+  const auto [from, limit, step, bow] = walk;
+  const double bowPx = bow * (element.right.x - element.left.x);
   const double tolPx = kInlierSigmas * std::sqrt(element.noise2) + bowPx;
   int end = from;
   int waiting = 0;  // centres behind a hole, not yet believed

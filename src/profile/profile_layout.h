@@ -51,10 +51,17 @@ bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settin
 // Parts of the refinement, in files of their own.
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
 
-// The last centre of an element to the right (step 1) or the left (-1) of a centre of its own, not beyond a limit.
+struct TWalk {
+  int from;    // a centre of the element
+  int limit;   // the last one looked at
+  int step;    // 1: to the right, -1: to the left
+  double bow;  // by which the surface may deviate, over its columns
+};
+
+// The last centre of an element on a walk from one of its own.
 // A hole of more than five columns is crossed only where seven centres in a row follow, or where the search did.
-int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range, int from,
-              int limit, int step);
+int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
+              const TWalk& walk);
 
 // Radius of the arc between two lines that meet at a corner; not found where the corner is sharp.
 //   startPx  radius known from before, or 0: it is sought

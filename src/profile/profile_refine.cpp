@@ -10,6 +10,7 @@ namespace {
 constexpr double kTukey = 4.7;
 constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
 constexpr double kBows[] = {0.004, 0.003, 0.0015};  // rms over the columns of a real surface, by round
+constexpr double kWalkBows[] = {0.012, 0.004};  // the same for the search of an end
 constexpr double kPlateWindowPx = 260.0;
 constexpr double kLeastRoundPx = 1.5;      // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;     // the same over the width of the stripe
@@ -244,8 +245,9 @@ private:
     const int fromA = std::min((a.span.first + a.span.last) / 2, mostA);
     const int fromB = std::max((b.span.first + b.span.last) / 2, leastB);
     if (fromA <= a.span.first || fromB >= b.span.last) return false;
-    a.span.last = walkToEnd(centres, a, layout.range(j), fromA, mostA, 1) + 1;
-    b.span.first = walkToEnd(centres, b, layout.range(j + 1), fromB, std::max(leastB, a.span.last), -1);
+    const double bow = kWalkBows[std::min(round, 1)];
+    a.span.last = walkToEnd(centres, a, layout.range(j), {fromA, mostA, 1, bow}) + 1;
+    b.span.first = walkToEnd(centres, b, layout.range(j + 1), {fromB, std::max(leastB, a.span.last), -1, bow});
     if (a.span.count() < 3 || b.span.count() < 3) return false;
     setSeenEnds(j);
     return true;
