@@ -25,5 +25,16 @@ TEST(Trace, RulesHoldAtTheirLimitsAndForWhatIsNoNumber) {
   }
 }
 
+TEST(Trace, CountsThePointsAndTheInliersOfAPiece) {
+  TStripePiece piece;
+  piece.pts.resize(3);
+  piece.fitPts.resize(2);
+  TFrameTrace frame;
+  TTrace(frame).beginAttempt(TSearchPath::first, TStripeExtraction::edgePairs);
+  TTrace(frame).setPieces({piece});
+  EXPECT_EQ(frame.attempts.at(0).pieces.at(0).points, 3);
+  EXPECT_EQ(frame.attempts.at(0).pieces.at(0).inliers, 2);
+}
+
 }  // namespace
 }  // namespace weld
