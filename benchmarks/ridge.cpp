@@ -1,7 +1,7 @@
 // Ridge extraction, measured in times of copying the same frame: copy and extraction take turns, so that whatever
 // else the machine does meets both. Prints the ratio of the medians as the counter `timesCopyTo` and the mean
 // distance to the true centres as `meanErrorPx`.
-#include "stripe/ridge.h"
+#include "stripe/ridge/ridge.h"
 #include "against_copy.h"
 
 #include "scenes/scene.h"
@@ -13,8 +13,7 @@
 
 namespace {
 
-constexpr double kMaxSigmaPx = 6.0;
-constexpr double kMinContrast = 30.0;
+constexpr weld::TRidgeSettings kSettings{6.0, 30.0};
 constexpr double kNearPx = 3.0;
 
 scenes::TScene render(scenes::TJoint joint, const scenes::TLook& look) {
@@ -59,7 +58,7 @@ TScore score(const scenes::TScene& scene) {
   TScore score;
   double sum = 0.0;
   for (const double y : scene.truth.centreY) score.visible += std::isnan(y) ? 0 : 1;
-  for (const weld::TRidgePoint& ridge : weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast)) {
+  for (const weld::TRidgePoint& ridge : weld::extractRidgeCentres(scene.image, kSettings, weld::heapMemory())) {
     const double truth = scene.truth.centreY[static_cast<std::size_t>(ridge.point.x)];
     const double error = std::abs(static_cast<double>(ridge.point.y) - truth);
     if (!(error <= kNearPx)) continue;
@@ -78,7 +77,7 @@ void ridgeCentres(benchmark::State& state, scenes::TJoint joint, const scenes::T
     return;
   }
   bench::runAgainstCopy(state, scene.image, [&] {
-    benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kMaxSigmaPx, kMinContrast));
+    benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kSettings, weld::heapMemory()));
   });
   state.counters["meanErrorPx"] = found.meanErrorPx;
 }

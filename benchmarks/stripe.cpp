@@ -6,8 +6,8 @@
 #include "against_copy.h"
 #include "plain_extraction.h"
 #include "scenes/scene.h"
-#include "stripe/candidates.h"
-#include "stripe/region_scan.h"
+#include "stripe/edge_pairs/candidates.h"
+#include "stripe/edge_pairs/region_scan.h"
 #include "stripe/regions.h"
 #include "zelWeldDetect.h"
 
@@ -58,7 +58,8 @@ TFrame makeFrame(const std::string& name, cv::Size size) {
   TFrame frame{name, scenes::renderScene(sceneOf(name, size)), {cv::Rect({0, 0}, size)}, {}, {}};
   frame.previous = detect(frame.scene.image, {});
   const std::vector<cv::Point> guide(frame.previous.stripePts.begin(), frame.previous.stripePts.end());
-  frame.bands = weld::buildStripeRegions(size, guide, kBandPx);
+  const auto bands = weld::buildStripeRegions(size, guide, kBandPx, weld::heapMemory());
+  frame.bands.assign(bands.begin(), bands.end());
   return frame;
 }
 
@@ -86,10 +87,11 @@ void runOnFrame(benchmark::State& state, const TFrame& frame, TWork work) {
 
 std::vector<cv::Point2f> extractWith(const weld::TEdgeKernels& kernels, const cv::Mat& image,
                                      const std::vector<cv::Rect>& regions) {
-  weld::TStripeScratch scratch;
-  weld::TRegionScanner scanner(image, kThreshold, scratch, kernels);
+  const TWeldParams params;
+  weld::TRegionScanner scanner(image, kThreshold, weld::heapMemory(), kernels);
   for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
-  return weld::reduceStripeCandidates(scanner.candidates, scratch).centres;
+  const auto reduced = weld::reduceStripeCandidates(weld::heapFrame(image, params), scanner.candidates);
+  return {reduced.centres.begin(), reduced.centres.end()};
 }
 
 void addFrame(const std::string& name, cv::Size size) {
@@ -108,8 +110,9 @@ void addFrame(const std::string& name, cv::Size size) {
   for (const bool isTracking : {false, true}) {
     const std::string suffix = isTracking ? "Bands" : "Whole";
     const std::vector<cv::Rect>& regions = isTracking ? frame->bands : frame->whole;
-    add("extract" + suffix + "Baseline", [=] { return extractWith(weld::kBaselineEdgeKernels, image, regions); });
-    add("extract" + suffix + "Chosen", [=] { return extractWith(weld::chooseEdgeKernels(), image, regions); });
+    add("extract" + suffix + "Baseline",
+        [=] { return extractWith(weld::kBaselineKernels.edges, image, regions); });
+    add("extract" + suffix + "Chosen", [=] { return extractWith(weld::kernels().edges, image, regions); });
     add("extract" + suffix + "Plain",
         [=] { return weld::plain::extractStripe(image, regions, kThreshold).centres; });
   }

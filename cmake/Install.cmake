@@ -4,7 +4,9 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zelWeldDetect)
 
 install(TARGETS zelWeldDetect EXPORT zelWeldDetectTargets)
-install(FILES include/zelWeldDetect.h include/zelWeldTypes.h include/zelWeldTracker.h include/zelFunctions.h ${PROJECT_BINARY_DIR}/include/zelWeldDetectExport.h
+file(GLOB public_headers CONFIGURE_DEPENDS include/*.h)
+install(FILES ${public_headers} ${PROJECT_BINARY_DIR}/include/zelWeldDetectExport.h
+              ${PROJECT_BINARY_DIR}/include/zelWeldDetectVersion.h
         TYPE INCLUDE)
 install(EXPORT zelWeldDetectTargets NAMESPACE zelWeldDetect:: DESTINATION ${package_dir})
 

@@ -1,4 +1,4 @@
-// One frame: which joint to look for, one call, and what comes back.
+// One frame: what to look for, a tracker, and what comes back.
 #include <zelWeldDetect.h>
 
 #include <opencv2/imgproc.hpp>
@@ -12,15 +12,15 @@ int main() {
   cv::line(frame, {340, 239}, {639, 229}, cv::Scalar(220), 7);
   cv::GaussianBlur(frame, frame, {7, 7}, 0);
 
-  TWeldParams params;
-  initWeldParameters(TWeldType::buttGap, params, TWeldPosType::centre);
-  params.dPara8 = 10.0;  // smallest gap width, px
+  TGapSettings settings;
+  settings.minGapPx = 20.0;
+  TWeldTracker tracker(settings.params());
 
-  const TWeldLineRes result = detectWeldLineViaTracking(frame, params, TWeldLineRes());
-  if (!result.isFound) {
+  const TTrackedSeam seam = tracker.track(frame);
+  if (seam.state != TSeamState::found) {
     std::cout << "no seam in this frame\n";
     return 1;
   }
-  std::cout << "seam at " << result.weldPos << ", " << result.stripePts.size() << " stripe points\n";
+  std::cout << "seam at " << seam.weldPos << ", " << seam.line.stripePts.size() << " stripe points\n";
   return 0;
 }

@@ -20,13 +20,12 @@ int main() {
 
   // A frame without a stripe: nothing is found, and nothing is an error.
   const cv::Mat frame(480, 640, CV_8UC1, cv::Scalar(0));
-  TWeldParams params;
-  initWeldParameters(TWeldType::plate, params, TWeldPosType::left);
-  const TWeldLineRes result = detectWeldLineViaTracking(frame, params, TWeldLineRes());
+  TWeldTracker tracker(TPlateSettings().params(TWeldPosType::left));
+  const TTrackedSeam seam = tracker.track(frame);
 
   // An empty function takes a plug out again.
   zel::setDebugStringSink({});
   zel::setMessageSink({});
   zel::setParamBoolSource({});
-  return result.isFound ? 1 : 0;
+  return seam.state == TSeamState::lost ? 0 : 1;
 }

@@ -40,13 +40,12 @@ cv::Mat grabFrame(int stepPx) {
 }  // namespace
 
 int main() {
-  TWeldParams params;
-  initWeldParameters(TWeldType::lap, params, TWeldPosType::centre);
-  params.dPara7 = 40.0;                                // the step must be higher
+  TLapSettings settings;
+  settings.minStepPx = 40.0;
   TTrackerOptions options = TTrackerOptions::exact();  // one search per frame
-  options.withTrace = true;
+  options.keepTrace = true;
   for (const int stepPx : {50, 30}) {
-    TWeldTracker tracker(params, options);
+    TWeldTracker tracker(settings.params(), options);
     tracker.track(grabFrame(stepPx));
     print(tracker.lastTrace());
   }

@@ -70,7 +70,7 @@ void compareTracker(fuzz::TInput& input) {
   forEachFrame(input, params, [&](const cv::Mat& image, TWeldParams& current) {
     tracker.setParams(current);
     const TWeldLineRes expected = detect(image, current, previous, false);
-    require(isSame(tracker.track(image), expected), "a tracker that repeats the entry point");
+    require(isSame(tracker.track(image).line, expected), "a tracker that repeats the entry point");
     previous = expected;
   });
 }
@@ -79,12 +79,12 @@ TTrackerOptions takeOptions(fuzz::TInput& input) {
   TTrackerOptions options;
   options.guideMarginPx = input.takeInt();
   options.extraction = static_cast<TStripeExtraction>(input.takeFlag() ? input.takeBelow(3) : input.takeInt());
-  options.rejectsImpossiblePoints = input.takeFlag();
+  options.rejectImpossiblePoints = input.takeFlag();
   options.maxJumpPx = input.takeDouble();
   options.acceptAfterFrames = input.takeInt();
   options.holdFrames = input.takeInt();
-  options.searchesWholeOnLoss = input.takeFlag();
-  options.withTrace = input.takeFlag();
+  options.searchWholeOnLoss = input.takeFlag();
+  options.keepTrace = input.takeFlag();
   return options;
 }
 
@@ -99,9 +99,9 @@ void runTracker(fuzz::TInput& input) {
   forEachFrame(input, params, [&](const cv::Mat& image, TWeldParams& current) {
     if (input.takeFlag()) tracker.setParams(current);
     if (input.takeFlag()) tracker.reset();
-    const TWeldLineRes result = tracker.track(image);
-    // A held result is an earlier frame's, which may have been larger.
-    if (!tracker.isHeld()) checkResult(result, image);
+    const TTrackedSeam seam = tracker.track(image);
+    checkResult(seam.line, image);
+    require(seam.line.isFound == (seam.state == TSeamState::found), "a state that fits the result");
     checkTrace(tracker.lastTrace());
   });
 }

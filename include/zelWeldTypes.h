@@ -1,4 +1,4 @@
-// Records and enumerations of zelWeldDetect. Include zelWeldDetect.h rather than this.
+// The joint, its parameters and the result of a frame. Include zelWeldDetect.h rather than this.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -111,68 +111,4 @@ struct TWeldLineRes {
   double auxVal3 = 0.0;
   double auxVal4 = 0.0;
   double trackVal = 0.0;  // corner: included angle, degrees. Others: 0.
-};
-
-// A seam measured once, before tracking.
-struct TWeldFeatures {
-  float leftVal = 0.0F;
-  float leftAg = 0.0F;  // angle of the left flank, degrees
-  std::int64_t leftReserved1 = 0;
-  std::int64_t leftReserved2 = 0;
-  float rightVal = 0.0F;
-  float rightAg = 0.0F;  // angle of the right flank, degrees
-  std::int64_t rightReserved1 = 0;
-  std::int64_t rightReserved2 = 0;
-  float intersecAg = 0.0F;  // angle between the flanks, degrees
-  cv::Point2f center{0.0F, 0.0F};
-  std::int64_t centerReserved = 0;
-  bool haveGap = false;
-  float score = 0.0F;  // confidence
-  bool featFlag1 = false;
-  bool featFlag2 = false;
-};
-
-// The line y = k * x + b through stripe points.
-struct TLinePara {
-  double k = 0.0;            // slope
-  double b = 0.0;            // intercept, px
-  bool isValid = false;      // the fit succeeded
-  double inlierRatio = 0.0;  // inliers / points handed in
-  std::vector<cv::Point2f> inlierPts;
-};
-
-// Why an image column gave a stripe centre or none.
-struct TWeldPointStatus {
-  std::int32_t pos = 0;     // image column
-  std::int32_t status = 0;  // 0 centre found, 1 no rising or no falling edge, 2 edges but no pair
-};
-
-// One straight piece of the stripe from splitting and merging.
-struct TSplitAtom {
-  std::vector<cv::Point2f> pts;  // stripe points strictly between startX and endX
-  std::int32_t startX = 0;       // first column
-  std::int32_t endX = 0;         // last column
-  TLinePara line;
-};
-
-// One straight piece of the stripe from segmentation.
-struct TStripePiece {
-  static constexpr float kUnset = 1e11F;  // not measured yet
-
-  std::vector<cv::Point2f> pts;     // stripe points of the piece, in stripe order
-  std::vector<cv::Point2f> fitPts;  // those nearer to the line than the fit tolerance
-  cv::Point startPt;                // first end
-  cv::Point endPt;                  // second end
-  std::int32_t lineState = 0;       // 0 not fitted, 1 the line below is there
-  float k = 0.0F;                   // slope
-  float b = 0.0F;                   // intercept, px
-  float maxDist = kUnset;   // largest distance of a point from the line, or from the chord before a fit, px
-  float meanDist = kUnset;  // mean distance of the points from the line, px
-  float aux1 = 0.0F;        // carried along
-  float aux2 = 0.0F;
-  float aux3 = 0.0F;
-  float auxDist1 = kUnset;
-  float auxDist2 = kUnset;
-  bool isFitted = false;  // the robust fit succeeded
-  bool auxFlag = false;   // carried along
 };

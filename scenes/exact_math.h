@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace scenes {
@@ -29,6 +30,20 @@ inline TSinCos sinCosDeg(double deg) {
 inline double tanDeg(double deg) {
   const TSinCos v = sinCosDeg(deg);
   return v.sin / v.cos;
+}
+
+// Angle of the direction (dx, dy), dx > 0, in -90..90: turned back step by step by the arc sine's first terms.
+inline double directionDeg(double dx, double dy) {
+  constexpr double kDegPerRad = 180.0 / 3.141592653589793;
+  constexpr int kSteps = 8;  // the error falls with its fifth power
+  const double length = std::sqrt(dx * dx + dy * dy);
+  double deg = 0.0;
+  for (int i = 0; i < kSteps; ++i) {
+    const TSinCos turn = sinCosDeg(deg);
+    const double rest = (dy * turn.cos - dx * turn.sin) / length;
+    deg += kDegPerRad * rest * (1.0 + rest * rest / 6.0);
+  }
+  return deg;
 }
 
 inline constexpr float kFadedOut = 14.0F;  // 2^-14 of the brightest ridge is below half a grey level

@@ -1,6 +1,7 @@
 #include "scenes/profile.h"
 
 #include "scenes/exact_math.h"
+#include "scenes/groove.h"
 
 #include <algorithm>
 #include <cmath>
@@ -229,12 +230,19 @@ void settleSeam(TJoint joint, TProfile& p) {
 double rowAt(const TProfile& profile, const TPiece& piece, double x) {
   const double tilt = profile.tiltSlope * (x - profile.pivotX);
   const double dx = x - piece.anchor.x;
+  if (piece.bowHalfPx > 0.0) {
+    const double share = dx / piece.bowHalfPx;
+    return piece.anchor.y + piece.slope * dx + piece.bowRows * (1.0 - share * share);
+  }
   if (piece.radiusXPx <= 0.0) return piece.anchor.y + piece.slope * dx + tilt;
   const double share = dx / piece.radiusXPx;
   return piece.anchor.y + piece.radiusYPx * std::sqrt(std::max(0.0, 1.0 - share * share)) + tilt;
 }
 
 double slopeAt(const TProfile& profile, const TPiece& piece, double x) {
+  if (piece.bowHalfPx > 0.0) {
+    return piece.slope - 2.0 * piece.bowRows * (x - piece.anchor.x) / (piece.bowHalfPx * piece.bowHalfPx);
+  }
   if (piece.radiusXPx <= 0.0) return piece.slope + profile.tiltSlope;
   const double share = (x - piece.anchor.x) / piece.radiusXPx;
   const double rest = 1.0 - share * share;
@@ -243,6 +251,7 @@ double slopeAt(const TProfile& profile, const TPiece& piece, double x) {
 }
 
 TProfile buildProfile(TJoint joint, const TGeometry& geometry, cv::Size size) {
+  if (geometry.groove && isGroove(joint)) return buildGroove(joint, geometry, size);
   TProfile p;
   p.seam = {geometry.seam.x * size.width, geometry.seam.y * size.height};
   p.pivotX = p.seam.x;

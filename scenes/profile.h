@@ -18,6 +18,8 @@ struct TPiece {
   double rootShareFirst = 0.0;  // 0: looks like the parent surface, 1: like the root; at firstX
   double rootShareLast = 0.0;   // the same at lastX
   bool isDark = false;          // belongs to the darker one of the two surfaces
+  double bowRows = 0.0;         // a line bows down by this many rows at the anchor ...
+  double bowHalfPx = 0.0;       // ... and by none this many columns left and right of it; 0: straight
 };
 
 struct TProfile {
@@ -27,6 +29,9 @@ struct TProfile {
   bool hasSeam = false;
   cv::Point2d seam;
   std::vector<TFeature> features;
+  TMeasures measures;
+  std::vector<TPiece> reflections;  // of the flanks on each other
+  double deeper = 1.0;              // grooves: +1 where depth grows down the image, -1 where it grows up
 };
 
 // Row and slope of the centre line of a piece at a column.

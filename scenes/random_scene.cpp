@@ -1,4 +1,6 @@
+#include "scenes/groove.h"
 #include "scenes/random.h"
+#include "scenes/random_groove.h"
 #include "scenes/scene.h"
 
 #include <algorithm>
@@ -33,11 +35,6 @@ void placeJoint(TJoint joint, double scale, TRandom& random, TGeometry& g) {
       g.seam.x = random.uniform(0.4, 0.6);
       g.tiltDeg = random.uniform(-3.0, 3.0);
       g.stepPx = random.uniform(60.0, 120.0) * scale;
-      break;
-    case TJoint::vGroove:
-    case TJoint::singleBevel:
-      g.leftFlankDeg = random.uniform(30.0, 50.0);
-      g.rightFlankDeg = -random.uniform(30.0, 50.0);
       break;
     default:
       break;
@@ -120,10 +117,13 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
   params.joint = joint;
   params.size = size;
   params.seed = seed;
-  placeJoint(joint, size.width / kDesignWidthPx, random, params.geometry);
+  const double scale = size.width / kDesignWidthPx;
+  placeJoint(joint, scale, random, params.geometry);
+  if (isGroove(joint)) placeGroove(joint, level, scale, random, params.geometry);
   lookClean(random, params.look);
   if (level != TLevel::clean) lookNoisy(random, params.look);
   if (level == TLevel::harsh) lookHarsh(params.geometry, random, params.look);
+  if (isGroove(joint)) lookGroove(level, random, params.look);
   return params;
 }
 

@@ -1,3 +1,4 @@
+#include "scenes/groove.h"
 #include "scenes/profile.h"
 #include "scenes/random.h"
 #include "scenes/scene.h"
@@ -17,6 +18,7 @@ TTruth writeTruth(const TSceneParams& params, const TProfile& profile, const std
       profile.hasSeam && cv::Rect2d(0.0, 0.0, params.size.width, params.size.height).contains(profile.seam);
   truth.seam = profile.seam;
   truth.features = profile.features;
+  truth.measures = profile.measures;
   truth.centreY.assign(params.size.width, std::numeric_limits<double>::quiet_NaN());
   truth.fwhmPx.assign(params.size.width, 0.0);
   for (const TStripeColumn& column : columns) {
@@ -32,6 +34,15 @@ cv::Point2d featureOr(const TTruth& truth, const char* name, cv::Point2d otherwi
     if (feature.name == name) return feature.point;
   }
   return otherwise;
+}
+
+cv::Point2d groovePoint(const TTruth& truth, TWeldPosType pos) {
+  const cv::Point2d left = featureOr(truth, "leftShoulder", truth.seam);
+  const cv::Point2d right = featureOr(truth, "rightShoulder", truth.seam);
+  if (pos == TWeldPosType::left) return left;
+  if (pos == TWeldPosType::right) return right;
+  const bool hasBoth = left != truth.seam && right != truth.seam;
+  return pos == TWeldPosType::upper && hasBoth ? (left + right) * 0.5 : truth.seam;
 }
 
 }  // namespace
@@ -50,6 +61,7 @@ TScene renderScene(const TSceneParams& params) {
 }
 
 cv::Point2d seamPoint(TJoint joint, const TTruth& truth, TWeldPosType pos) {
+  if (isGroove(joint)) return groovePoint(truth, pos);
   const bool isLeft = pos == TWeldPosType::left;
   if (joint == TJoint::lap && pos == TWeldPosType::upper) return featureOr(truth, "upperCorner", truth.seam);
   if (joint == TJoint::lap && pos == TWeldPosType::lower) return featureOr(truth, "lowerCorner", truth.seam);

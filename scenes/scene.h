@@ -7,12 +7,36 @@
 #include <opencv2/core.hpp>
 
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace scenes {
 
 enum class TJoint { buttGap, lap, corner, plate, vGroove, singleBevel, uGroove, flareV, flareBevel, plain, blank };
+
+// The five groove joints in full. Depth, root gap and flank angles are those of TGeometry; lengths are those of
+// the workpiece before the tilt turns it. "Deeper" is away from the shoulders.
+struct TGroove {
+  bool isRootUpper = false;  // the root is the upper end of the groove in the image
+  bool isMirrored = false;   // singleBevel: the bevel is on the left; flareBevel: the round side is on the right
+  bool isTube = false;       // flares: tubes instead of plates with a rounded edge
+  bool isLeftDark = false;   // the left surface is the darker one of the two
+  double mismatchPx =
+      0.0;               // the right plate lies so much deeper than the left one; not: closed uGroove, flareBevel
+  double bendDeg = 0.0;  // vGroove, singleBevel: angle between the plates; > 0: both fall away from the groove
+  double rootFacePx = 0.0;        // vGroove, singleBevel: the backing lies this much deeper than the flanks end
+  double backingShare = 0.0;      // vGroove, singleBevel: share of the root gap in which the backing is lit
+  double shoulderRadiusPx = 0.0;  // vGroove, singleBevel, uGroove: of the rounded edge between plate and flank
+  double leftBowPx = 0.0;         // vGroove, singleBevel: the flank's middle is this much deeper than its chord
+  double rightBowPx = 0.0;
+  double leftRadiusPx =
+      60.0;  // uGroove: between wall and bottom; flares: of the round side (flareBevel: of its only one)
+  double rightRadiusPx = 60.0;
+  double flatPx =
+      0.0;  // uGroove: flat bottom between the corner arcs, without the gap; 0 and equal radii: one arc
+};
 
 // What the joint looks like, in pixels of the frame.
 struct TGeometry {
@@ -25,6 +49,9 @@ struct TGeometry {
   double rightFlankDeg = -25.0;
   double depthPx = 120.0;       // grooves: depth below the shoulders
   double plateWidthPx = 500.0;  // plate: width
+  // The five groove joints: the tilt turns the whole groove, and the truth is complete. None: plain level grooves
+  // with sharp edges, sheared by the tilt, without measures.
+  std::optional<TGroove> groove = std::nullopt;
 };
 
 // How the stripe and its surroundings look.
@@ -52,6 +79,10 @@ struct TLook {
   double ghostTiltDeg = 0.0;      // its tilt against the first: not 0 gives a crossing ghost
   double ghostSpan = 1.0;         // share of the frame width that it covers, around the seam
   double doubleExposurePx = 0.0;  // shift of a second exposure of the same stripe; 0: none
+  double steepestSlope = 2.5;     // steeper walls send the stripe away from the camera
+  double slopeDimming = 0.0;      // share of the brightness that a surface loses as it turns upright, 0..1
+  double flankGhostShare =
+      0.0;  // grooves: brightness of each flank's reflection on the other, share of the flank; 0: none
 };
 
 struct TSceneParams {
@@ -68,12 +99,31 @@ struct TFeature {
   cv::Point2d point;
 };
 
+// What a gauge would read from the profile; NaN where the joint has no such measure. Angles are those of the
+// image, y down, left to right; lengths hold for the turned groove as it stands in the image.
+struct TMeasures {
+  static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  double widthPx = kNone;  // distance of the shoulders
+  double depthPx = kNone;  // of the root from the line through the shoulders
+  double gapPx = kNone;    // distance of the two root edges, or of the round sides
+  double mismatchPx =
+      kNone;  // row of the right plate minus row of the left one, both carried to the root's column
+  double leftAngleDeg = kNone;   // chord of the left flank
+  double rightAngleDeg = kNone;  // chord of the right flank
+  double includedAngleDeg =
+      kNone;                    // between the flanks; singleBevel: between the flank and the other plate's normal
+  double baseAngleDeg = kNone;  // mean of the two plates; flareBevel: the flat plate
+  double leftRadiusPx = kNone;  // of the round side; uGroove: between wall and bottom
+  double rightRadiusPx = kNone;
+};
+
 struct TTruth {
   bool hasSeam = false;
   cv::Point2d seam;             // centre of the seam
   std::vector<double> centreY;  // one per column: true stripe row, NaN where the stripe is not visible
   std::vector<double> fwhmPx;   // one per column, 0 where the stripe is not visible
   std::vector<TFeature> features;
+  TMeasures measures;  // of a groove described by TGroove
 };
 
 struct TScene {
@@ -83,7 +133,9 @@ struct TScene {
 
 TScene renderScene(const TSceneParams& params);
 
-// The seam point for a welding position, as the detector of that joint defines it.
+// The seam point for a welding position, as the detector of that joint defines it. Grooves: centre and lower give
+// the root, left and right the shoulders, upper the middle between these; a shoulder that the joint lacks gives
+// the root.
 cv::Point2d seamPoint(TJoint joint, const TTruth& truth, TWeldPosType pos);
 
 enum class TLevel { clean, noisy, harsh };

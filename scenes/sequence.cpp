@@ -15,6 +15,11 @@ void changeProfile(TGeometry& geometry) {
   geometry.plateWidthPx *= kPlateShrinking;
   geometry.leftFlankDeg *= kFlankFlattening;
   geometry.rightFlankDeg *= kFlankFlattening;
+  if (geometry.groove) {
+    geometry.groove->leftRadiusPx *= kProfileGrowth;
+    geometry.groove->rightRadiusPx *= kProfileGrowth;
+    geometry.groove->flatPx *= kProfileGrowth;
+  }
 }
 
 }  // namespace

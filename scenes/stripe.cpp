@@ -9,18 +9,28 @@
 namespace scenes {
 namespace {
 
-constexpr double kSteepestVisible = 2.5;  // slope; walls reflect the stripe away from the camera
-constexpr double kDarkestVisible = 10.0;  // grey level of the ridge
-constexpr double kKeepNearSeamPx = 30.0;  // no stripe is lost this near to a feature point
-constexpr int kShortestRunPx = 3;         // of a lost stretch
-constexpr int kBetweenRunsPx = 40;        // least distance of two lost stretches
-constexpr int kMostRuns = 1000;           // tries to place lost stretches
-constexpr double kFlareReachPx = 45.0;    // distance from the seam at which flare has half its effect
-constexpr double kFlareWidening = 1.5;    // a full flare adds this many widths
-constexpr double kHaloWidth = 4.0;        // width of the halo around a flare, stripe widths
-constexpr double kHaloLevel = 50.0;       // grey level of the halo at full flare
-constexpr double kSecondExposure = 0.6;   // brightness of the second exposure against the first
+constexpr double kDarkestVisible = 10.0;   // grey level of the ridge
+constexpr double kKeepNearSeamPx = 30.0;   // no stripe is lost this near to a feature point
+constexpr int kShortestRunPx = 3;          // of a lost stretch
+constexpr int kBetweenRunsPx = 40;         // least distance of two lost stretches
+constexpr int kMostRuns = 1000;            // tries to place lost stretches
+constexpr double kFlareReachPx = 45.0;     // distance from the seam at which flare has half its effect
+constexpr double kFlareWidening = 1.5;     // a full flare adds this many widths
+constexpr double kHaloWidth = 4.0;         // width of the halo around a flare, stripe widths
+constexpr double kHaloLevel = 50.0;        // grey level of the halo at full flare
+constexpr double kSecondExposure = 0.6;    // brightness of the second exposure against the first
+constexpr double kFlankGhostWidths = 2.0;  // a reflection keeps so many stripe widths from the flank
 constexpr double kWhite = 255.0;
+
+struct TColumns {
+  int first = 0;
+  int last = -1;
+};
+
+TColumns columnsOf(const TPiece& piece, int cols) {
+  return {static_cast<int>(std::ceil(std::max(piece.firstX, 0.0))),
+          static_cast<int>(std::floor(std::min(piece.lastX, cols - 1.0)))};
+}
 
 bool isNearFeature(const TProfile& profile, double fromX, double toX) {
   const auto isNear = [&](const cv::Point2d& p) {
@@ -74,13 +84,14 @@ TStripeColumn layOutColumn(const TSceneParams& params, const TProfile& profile, 
                   (1.0 + kFlareWidening * flareAt(params, profile, x));
   column.peak = (look.peak + (look.rootPeak - look.peak) * root) * (1.0 - look.fade * side * side) /
                 (piece.isDark ? look.brightnessRatio : 1.0);
+  column.peak *= 1.0 - look.slopeDimming * (1.0 - column.cosine);
   return column;
 }
 
 bool isVisible(const TSceneParams& params, const TStripeColumn& column) {
-  static const double kSmallestCosine = 1.0 / std::sqrt(1.0 + kSteepestVisible * kSteepestVisible);
-  return column.cosine >= kSmallestCosine && column.peak >= kDarkestVisible && column.row >= 0.0 &&
-         column.row <= params.size.height - 1.0;
+  const double steepest = params.look.steepestSlope;
+  return column.cosine >= 1.0 / std::sqrt(1.0 + steepest * steepest) && column.peak >= kDarkestVisible &&
+         column.row >= 0.0 && column.row <= params.size.height - 1.0;
 }
 
 // flatTop 0: a Gaussian; 1: steeper edges around a flat top. Both have their half height at the same width.
@@ -116,15 +127,29 @@ void drawGhost(const TSceneParams& params, const TProfile& profile, const TSpeck
   }
 }
 
+// The reflection of a flank starts clear of the flank that it lies on.
+void drawFlankGhosts(const TSceneParams& params, const TProfile& profile, const TSpeckle& speckle,
+                     cv::Mat1f& light) {
+  const TLook& look = params.look;
+  for (const TPiece& piece : profile.reflections) {
+    const TColumns range = columnsOf(piece, params.size.width);
+    for (int x = range.first; x <= range.last; ++x) {
+      TStripeColumn column = layOutColumn(params, profile, piece, x);
+      column.row += profile.deeper * kFlankGhostWidths * column.fwhmPx / column.cosine;
+      column.peak = look.flankGhostShare * std::min(column.peak, kWhite);
+      drawColumn(column, look.flatTop, speckle, light);
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<TStripeColumn> layOutStripe(const TSceneParams& params, const TProfile& profile) {
   const std::vector<char> isLost = loseStretches(params, profile);
   std::vector<TStripeColumn> columns;
   for (const TPiece& piece : profile.pieces) {
-    const int first = static_cast<int>(std::ceil(std::max(piece.firstX, 0.0)));
-    const int last = static_cast<int>(std::floor(std::min(piece.lastX, params.size.width - 1.0)));
-    for (int x = first; x <= last; ++x) {
+    const TColumns range = columnsOf(piece, params.size.width);
+    for (int x = range.first; x <= range.last; ++x) {
       const TStripeColumn column = layOutColumn(params, profile, piece, x);
       if (isLost[x] == 0 && isVisible(params, column)) columns.push_back(column);
     }
@@ -150,6 +175,7 @@ void drawStripe(const TSceneParams& params, const TProfile& profile, const std::
     drawColumn(column, look.flatTop, speckle, light);
   }
   if (look.ghostShare > 0.0) drawGhost(params, profile, speckle, light);
+  if (look.flankGhostShare > 0.0) drawFlankGhosts(params, profile, speckle, light);
 }
 
 }  // namespace scenes

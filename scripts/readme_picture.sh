@@ -1,12 +1,39 @@
 #!/usr/bin/env bash
-# Draws docs/images/seam.png anew: a simulated corner, tracked, with the overlay of `zelweld track --out`.
+# Draws the pictures of README.md and docs/lost-seam.md anew: the report's viewer on a simulated corner that is found,
+# and, beside that picture, on a simulated lap that is lost (report_lost.png). Needs the package chromium.
 #   readme_picture.sh ZELWELD OUT.png
 set -euo pipefail
-zelweld=$1 picture=$2
+zelweld=$(realpath "$1") found=$(realpath -m "$2")
+lost=$(dirname "$found")/report_lost.png
+command -v chromium >/dev/null || {
+  echo "readme_picture.sh: needs chromium: apt-get install chromium" >&2
+  exit 1
+}
 
 dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
-"$zelweld" simulate --type corner --frames 2 --seed 4 --size 800x360 --drift 1,0.5 --out "$dir/frames"
-"$zelweld" track --params "$dir/frames/params.json" --out "$dir/annotated" "$dir/frames"
-mkdir -p "$(dirname "$picture")"
-cp "$dir"/annotated/*frame_0001.png "$picture"
+cd "$dir"
+
+# Takes a picture of report.html with frame number $2 opened in the viewer.
+photograph() {
+  local picture=$1 frame=$2
+  {
+    cat report.html
+    echo "<script>addEventListener('load', () => {
+      document.querySelectorAll('.thumb')[$frame].click();
+      document.activeElement.blur();
+    });</script>"
+  } >opened.html
+  mkdir -p "$(dirname "$picture")"
+  timeout 120 chromium --headless=new --no-sandbox --disable-gpu --disable-dev-shm-usage --hide-scrollbars \
+    --force-device-scale-factor=1 --user-data-dir="$dir/browser" --window-size=1200,520 \
+    --virtual-time-budget=5000 --screenshot="$picture" "file://$dir/opened.html" >/dev/null 2>&1
+  echo "$picture: $(stat -c %s "$picture") bytes"
+}
+
+"$zelweld" simulate --type corner --frames 3 --seed 4 --size 800x480 --drift 1,0.5 --out corner
+"$zelweld" report --params corner/params.json --out report.html corner
+photograph "$found" 2
+"$zelweld" simulate --type lap --frames 3 --seed 3 --size 800x480 --out lap
+"$zelweld" report --params lap/params.json --set dPara7=60 --out report.html lap
+photograph "$lost" 2

@@ -108,8 +108,8 @@ void printDifference(const TDifference& only, const std::string& lost, const std
     printLine("  frames " + stretchesOf(only.frames));
   }
   for (const TReasonTally::TRow& reason : only.reasons.rows()) {
-    printLine("  " + padded(std::to_string(reason.frames) + " x", 8) + weldOutcomeText(reason.reason) +
-              ", frame " + std::to_string(reason.firstFrame) + ": " + reason.sentence);
+    printLine("  " + padded(std::to_string(reason.frames) + " x", 8) + reason.reason + ", frame " +
+              std::to_string(reason.firstFrame) + ": " + reason.sentence);
   }
 }
 
@@ -121,8 +121,8 @@ void printReasons(const TComparison& both) {
     return;
   }
   printLine("\nReasons for all frames not found\n" + padded("A", 8) + padded("B", 8) + "reason");
-  const auto line = [](int countA, int countB, TWeldOutcome reason) {
-    printLine(padded(std::to_string(countA), 8) + padded(std::to_string(countB), 8) + weldOutcomeText(reason));
+  const auto line = [](int countA, int countB, const std::string& reason) {
+    printLine(padded(std::to_string(countA), 8) + padded(std::to_string(countB), 8) + reason);
   };
   for (const TReasonTally::TRow& rowA : ofA) {
     const auto rowB = std::find_if(ofB.begin(), ofB.end(), [&](const auto& r) { return r.reason == rowA.reason; });

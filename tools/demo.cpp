@@ -117,20 +117,20 @@ void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& ro
   const scenes::TSceneParams first = scenes::randomScene(joint, level, static_cast<std::uint64_t>(sequence) + 1);
   const TWeldParams params = scenes::weldParamsFor(joint, jointRow.pos);
   TTrackerOptions options;
-  options.withTrace = true;
+  options.keepTrace = true;
   TWeldTracker tracker(params, options);
   for (int n = 0; n < kFrames; ++n) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
-    const tool::TTimedResult timed = tool::trackTimed(tracker, scene.image);
+    const tool::TTimedSeam timed = tool::trackTimed(tracker, scene.image);
     if (n == 0 && params.weldType == TWeldType::stripePresence) {
       continue;  // presence compares with the frame before, so the first frame never counts as found
     }
-    row.stats.add(timed.state, timed.ms);
-    if (timed.state == tool::TSeamState::found) {
-      row.errorsPx.push_back(errorOf(jointRow, scene.truth, timed.result));
+    row.stats.add(timed.seam.state, timed.ms);
+    if (timed.seam.state == TSeamState::found) {
+      row.errorsPx.push_back(errorOf(jointRow, scene.truth, timed.seam.line));
     }
     if (n % kAnnotateEvery == kAnnotateEvery - 1) {
-      TOverlay overlay = tool::overlayOf(params, timed.result, timed.state, tracker.lastTrace(), scene.image.cols);
+      TOverlay overlay = tool::overlayOf(params, timed.seam, tracker.lastTrace(), scene.image.cols);
       if (overlay.seam) {
         overlay.trueSeam = scenes::seamPoint(joint, scene.truth, jointRow.pos);
       }

@@ -51,7 +51,7 @@ scenes::TSceneParams sceneOf(int frame) {
 void writeDemoReport(const std::filesystem::path& page) {
   TTracking tracking;
   tracking.params = scenes::weldParamsFor(scenes::TJoint::lap, TWeldPosType::centre);
-  tracking.tracker.withTrace = true;
+  tracking.tracker.keepTrace = true;
   TFrameTracker tracker(tracking);
   TReport report(tracking.params, tracking.tracker);
   for (int n = 0; n < kFrames; ++n) {

@@ -7,12 +7,6 @@
 
 namespace tool {
 
-enum class TSeamState {
-  found,
-  held,  // not found; the last good seam is repeated
-  lost
-};
-
 // "found", "held", "lost".
 inline const char* nameOf(TSeamState state) {
   switch (state) {
@@ -26,19 +20,17 @@ inline const char* nameOf(TSeamState state) {
   return "lost";
 }
 
-struct TTimedResult {
-  TWeldLineRes result;
-  TSeamState state = TSeamState::lost;
+struct TTimedSeam {
+  TTrackedSeam seam;
   double ms = 0.0;
 };
 
-inline TTimedResult trackTimed(TWeldTracker& tracker, const cv::Mat& image) {
+inline TTimedSeam trackTimed(TWeldTracker& tracker, const cv::Mat& image) {
   using TClock = std::chrono::steady_clock;
   const auto start = TClock::now();
-  TWeldLineRes result = tracker.track(image);
+  TTrackedSeam seam = tracker.track(image);
   const std::chrono::duration<double, std::milli> elapsed = TClock::now() - start;
-  const TSeamState seen = result.isFound ? TSeamState::found : TSeamState::lost;
-  return {std::move(result), tracker.isHeld() ? TSeamState::held : seen, elapsed.count()};
+  return {std::move(seam), elapsed.count()};
 }
 
 }  // namespace tool

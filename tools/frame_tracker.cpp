@@ -22,23 +22,22 @@ TTrackedFrame TFrameTracker::track(const TFrame& frame) {
     tracker.reset();
   }
   TTrackedFrame tracked{prepareImage(frame.image, how.preparation, frame.name), {}};
-  TTimedResult timed = trackTimed(tracker, tracked.image);
+  TTimedSeam timed = trackTimed(tracker, tracked.image);
   const auto stored = [&](cv::Point2d point) { return toStored(point, how.preparation, frame.image.size()); };
   TFrameRecord& record = tracked.record;
   record.frame = frame.index;
   record.file = frame.name;
   record.startsSequence = frame.startsSequence;
-  record.state = timed.state;
   record.ms = timed.ms;
-  record.result = std::move(timed.result);
-  record.seam = seamOf(how.params, record.result);
+  record.tracked = std::move(timed.seam);
+  record.seam = seamOf(how.params, record.tracked);
   if (record.seam) {
     record.storedSeam = stored(*record.seam);
   }
-  for (const cv::Point2f& point : record.result.stripePts) {
+  for (const cv::Point2f& point : record.tracked.line.stripePts) {
     record.storedStripePts.push_back(stored(point));
   }
-  if (how.tracker.withTrace) {
+  if (how.tracker.keepTrace) {
     record.trace = &tracker.lastTrace();
   }
   return tracked;

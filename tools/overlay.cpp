@@ -148,17 +148,17 @@ std::string hexOf(const cv::Scalar& colour) {
 
 }  // namespace
 
-std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TWeldLineRes& result) {
-  const bool hasSeamPoint = result.isFound && params.weldType != TWeldType::stripePresence;
-  return hasSeamPoint ? std::make_optional(cv::Point2d(result.weldPos)) : std::nullopt;
+std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TTrackedSeam& seam) {
+  const TWeldJoint* const joint = findWeldJoint(params.weldType);
+  const bool hasSeamPoint = seam.state != TSeamState::lost && joint != nullptr && !joint->features.empty();
+  return hasSeamPoint ? std::make_optional(cv::Point2d(seam.weldPos)) : std::nullopt;
 }
 
-TOverlay overlayOf(const TWeldParams& params, const TWeldLineRes& result, TSeamState state,
-                   const TFrameTrace& trace, int imageWidth) {
+TOverlay overlayOf(const TWeldParams& params, const TTrackedSeam& seam, const TFrameTrace& trace, int imageWidth) {
   TOverlay overlay;
-  overlay.state = state;
-  overlay.seam = seamOf(params, result);
-  overlay.centres = result.stripePts;
+  overlay.state = seam.state;
+  overlay.seam = seamOf(params, seam);
+  overlay.centres = seam.line.stripePts;
   const TTraceAttempt* const attempt = decisiveAttempt(trace);
   if (attempt == nullptr) {
     return overlay;

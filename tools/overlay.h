@@ -31,11 +31,10 @@ struct TOverlay {
 
 // What a frame showed and how the search went: the trace's decisive attempt, if the tracker kept a trace.
 //   imageWidth  px; the lines are drawn across the whole image.
-TOverlay overlayOf(const TWeldParams& params, const TWeldLineRes& result, TSeamState state,
-                   const TFrameTrace& trace, int imageWidth);
+TOverlay overlayOf(const TWeldParams& params, const TTrackedSeam& seam, const TFrameTrace& trace, int imageWidth);
 
 // The seam point of a result; none when it was not found or the joint has no seam point.
-std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TWeldLineRes& result);
+std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TTrackedSeam& seam);
 
 // A colour copy of the image with the overlay in it.
 cv::Mat drawOverlay(const cv::Mat& image, const TOverlay& overlay);

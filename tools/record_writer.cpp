@@ -48,10 +48,10 @@ std::string tableLine(const TFrameRecord& record, bool hasTrace) {
   const std::string y = record.seam ? fixed(record.seam->y, 2) : "-";
   std::ostringstream line;
   line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(kFileWidth)
-       << shortened(record.file) << std::right << std::setw(7) << foundWord(record.state) << std::setw(10) << x
-       << std::setw(10) << y << std::setw(8) << record.result.stripePts.size() << std::setw(10)
-       << fixed(record.result.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
-  if (hasTrace && record.state != TSeamState::found) {
+       << shortened(record.file) << std::right << std::setw(7) << foundWord(record.tracked.state) << std::setw(10)
+       << x << std::setw(10) << y << std::setw(8) << record.tracked.line.stripePts.size() << std::setw(10)
+       << fixed(record.tracked.line.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+  if (hasTrace && record.tracked.state != TSeamState::found) {
     line << "  " << record.trace->sentence;
   }
   return line.str();
@@ -71,12 +71,12 @@ ordered_json pointList(const std::vector<TPoint>& points) {
 }
 
 std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) {
-  const TWeldLineRes& result = record.result;
+  const TWeldLineRes& result = record.tracked.line;
   ordered_json line;
   line["frame"] = record.frame;
   line["file"] = record.file;
-  line["found"] = record.state == TSeamState::found;
-  line["held"] = record.state == TSeamState::held;
+  line["found"] = record.tracked.state == TSeamState::found;
+  line["held"] = record.tracked.state == TSeamState::held;
   line["x"] = numberOrNull(record.seam, &cv::Point2d::x);
   line["y"] = numberOrNull(record.seam, &cv::Point2d::y);
   line["storedX"] = numberOrNull(record.storedSeam, &cv::Point2d::x);
@@ -114,12 +114,12 @@ std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2
 }
 
 std::string csvTrace(const TFrameTrace& trace) {
-  return "," + csvText(weldOutcomeText(reasonOf(trace))) + "," + csvText(trace.sentence);
+  return "," + csvText(trace.reason) + "," + csvText(trace.sentence);
 }
 
 std::string csvLine(const TFrameRecord& record, bool hasTrace) {
-  const TWeldLineRes& result = record.result;
-  const auto flag = [&](TSeamState state) { return record.state == state ? "1" : "0"; };
+  const TWeldLineRes& result = record.tracked.line;
+  const auto flag = [&](TSeamState state) { return record.tracked.state == state ? "1" : "0"; };
   return join({std::to_string(record.frame), csvText(record.file), flag(TSeamState::found), flag(TSeamState::held),
                csvNumber(record.seam, &cv::Point2d::x), csvNumber(record.seam, &cv::Point2d::y),
                csvNumber(record.storedSeam, &cv::Point2d::x), csvNumber(record.storedSeam, &cv::Point2d::y),
@@ -138,8 +138,8 @@ TFormat parseFormat(const std::string& text) {
   throw usageError("--format: unknown format '" + text + "': use table, jsonl, csv");
 }
 
-TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool withTrace)
-    : out(stream), format(recordFormat), hasPoints(withPoints), hasTrace(withTrace) {
+TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool keepTrace)
+    : out(stream), format(recordFormat), hasPoints(withPoints), hasTrace(keepTrace) {
   if (format == TFormat::table) {
     writeLine(tableHeading());
   } else if (format == TFormat::csv) {

@@ -23,20 +23,19 @@ struct TFrameRecord {
   int frame = 0;
   std::string file;
   bool startsSequence = false;
-  TWeldLineRes result;  // in the prepared image
-  TSeamState state = TSeamState::lost;
+  TTrackedSeam tracked;                      // in the prepared image
   std::optional<cv::Point2d> seam;           // the seam point there; none when lost or the joint has none
   std::optional<cv::Point2d> storedSeam;     // the same in the stored image
-  std::vector<cv::Point2d> storedStripePts;  // result.stripePts in the stored image
+  std::vector<cv::Point2d> storedStripePts;  // tracked.line.stripePts in the stored image
   double ms = 0.0;                           // time of the detection alone
   const TFrameTrace* trace = nullptr;        // what happened; good until the tracker's next frame
 };
 
 class TRecordWriter {
 public:
-  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines, `withTrace` the
+  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines, `keepTrace` the
   // trace to JSON lines, reason and sentence to CSV, and the sentence of frames not found to the table.
-  TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool withTrace);
+  TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool keepTrace);
 
   // Writes and flushes one record. Throws when the stream takes no more.
   void write(const TFrameRecord& record);

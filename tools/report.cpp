@@ -47,18 +47,18 @@ ordered_json frameJson(const TFrameRecord& record) {
   const TFrameTrace& trace = *record.trace;
   const TTraceAttempt* const attempt = decisiveAttempt(trace);
   return {{"file", record.file},
-          {"state", nameOf(record.state)},
+          {"state", nameOf(record.tracked.state)},
           {"x", coordinate(&cv::Point2d::x)},
           {"y", coordinate(&cv::Point2d::y)},
           {"points", attempt == nullptr ? 0 : attempt->centres.size()},
           {"ms", rounded(record.ms)},
-          {"reason", weldOutcomeText(reasonOf(trace))},
+          {"reason", trace.reason},
           {"sentence", trace.sentence},
           {"startsSequence", record.startsSequence}};
 }
 
 std::string detailJson(const TFrameRecord& record, const cv::Mat& image, const TWeldParams& params) {
-  const TOverlay overlay = overlayOf(params, record.result, record.state, *record.trace, image.cols);
+  const TOverlay overlay = overlayOf(params, record.tracked, *record.trace, image.cols);
   return dump({{"picture", drawnAt(image, overlay, kPictureWidthPx, kPictureQuality)},
                {"thumbnail", drawnAt(image, overlay, kThumbnailWidthPx, kThumbnailQuality)},
                {"trace", traceJson(*record.trace, false)}});
@@ -107,9 +107,9 @@ TReport::TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOp
     : params(weldParams), options(trackerOptions), shelf(kMaxPictureBytes) {}
 
 void TReport::add(const TFrameRecord& record, const cv::Mat& image) {
-  counts.add(record.state, record.ms);
+  counts.add(record.tracked.state, record.ms);
   frameLines += (frameLines.empty() ? "" : ",\n") + dump(frameJson(record));
-  if (shelf.wantsNext(record.state != TSeamState::found)) {
+  if (shelf.wantsNext(record.tracked.state != TSeamState::found)) {
     shelf.put(counts.frames() - 1, detailJson(record, image, params));
   }
 }

@@ -51,7 +51,7 @@ void writePage(const TReport& report, const fs::path& page) {
 
 void run(const TOptions& options) {
   TTracking tracking = trackingOf(options.tracking);
-  tracking.tracker.withTrace = true;
+  tracking.tracker.keepTrace = true;
   TFrameSource source(listInputs(options.tracking.frames.inputs));
   preparePlace(options.page);
   TReport report(tracking.params, tracking.tracker);

@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 TTrackerOptions traced(TTrackerOptions options) {
-  options.withTrace = true;
+  options.keepTrace = true;
   return options;
 }
 
@@ -56,12 +56,12 @@ TSeamFrame TSeamRun::next(const TFrame& frame) {
     seamJitter.startSequence();
     lossRun = 0;
   }
-  const TWeldLineRes result = tracker.track(frame.image);
+  const TTrackedSeam seam = tracker.track(frame.image);
   const TFrameTrace& trace = tracker.lastTrace();
   TSeamFrame seen;
-  seen.isFound = result.isFound && !tracker.isHeld();
-  seen.seam = seen.isFound ? seamOf(params, result) : std::nullopt;
-  seen.reason = reasonOf(trace);
+  seen.isFound = seam.state == TSeamState::found;
+  seen.seam = seen.isFound ? seamOf(params, seam) : std::nullopt;
+  seen.reason = trace.reason;
   seen.sentence = trace.sentence;
   seamJitter.add(seen.seam);
   count(seen.isFound);

@@ -36,7 +36,7 @@ private:
 struct TSeamFrame {
   bool isFound = false;             // in this very frame; a repeated seam does not count
   std::optional<cv::Point2d> seam;  // none when not found or the joint has no seam point
-  TWeldOutcome reason = TWeldOutcome::found;
+  std::string reason;
   std::string sentence;
 };
 
@@ -44,7 +44,7 @@ struct TSeamFrame {
 class TReasonTally {
 public:
   struct TRow {
-    TWeldOutcome reason;
+    std::string reason;
     int frames = 0;
     int firstFrame = 0;
     std::string sentence;  // of the first frame

@@ -66,7 +66,7 @@ TSweepRow rowOf(double value, const TSeamRun& run) {
   return {{value, run.foundShare(), run.jitter().medianPx()},
           false,
           run.longestLoss(),
-          reasons.empty() ? "-" : weldOutcomeText(reasons.front().reason)};
+          reasons.empty() ? "-" : reasons.front().reason};
 }
 
 TSweepResult judge(const TSweep& sweep) {

@@ -98,7 +98,7 @@ ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
   ordered_json json = {
       {"path", nameOf(attempt.path)},
       {"extraction", tool::nameOf(attempt.extraction)},
-      {"outcome", weldOutcomeText(attempt.outcome)},
+      {"outcome", attempt.reason},
       {"sentence", attempt.sentence},
       {"decisive", attempt.decisive},
       {"regions", listOf(attempt.regions, regionJson)},
@@ -139,22 +139,9 @@ const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace) {
   return trace.decisive < 0 ? nullptr : &trace.attempts[static_cast<std::size_t>(trace.decisive)];
 }
 
-TWeldOutcome reasonOf(const TFrameTrace& trace) {
-  if (trace.outcome != TWeldOutcome::held) {
-    return trace.outcome;
-  }
-  const auto refused =
-      std::find_if(trace.gate.begin(), trace.gate.end(), [](const TTraceCheck& check) { return !check.passed; });
-  if (refused != trace.gate.end()) {
-    return refused->failure;
-  }
-  const TTraceAttempt* const attempt = decisiveAttempt(trace);
-  return attempt == nullptr ? trace.outcome : attempt->outcome;
-}
-
 ordered_json traceJson(const TFrameTrace& trace, bool withPoints) {
   return {{"outcome", weldOutcomeText(trace.outcome)},
-          {"reason", weldOutcomeText(reasonOf(trace))},
+          {"reason", trace.reason},
           {"sentence", trace.sentence},
           {"decisive", trace.decisive},
           {"attempts",

@@ -9,9 +9,6 @@
 
 namespace tool {
 
-// Why the frame ended as it did; for a frame whose seam is repeated, why it was not found.
-TWeldOutcome reasonOf(const TFrameTrace& trace);
-
 // What the decisive attempt had to work on: "1200 stripe points, tracking search, edgePairs"; empty without
 // attempts.
 std::string searchWords(const TFrameTrace& trace);

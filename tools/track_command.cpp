@@ -28,7 +28,7 @@ struct TOptions {
   std::string outFolder;
   std::string format = "table";
   bool withPoints = false;
-  bool withTrace = false;
+  bool keepTrace = false;
 };
 
 // As understood.
@@ -37,7 +37,7 @@ struct TJob {
   TTracking tracking;
   TFormat format = TFormat::table;
   bool withPoints = false;
-  bool withTrace = false;
+  bool keepTrace = false;
   fs::path outFolder;  // empty: no annotated frames
 };
 
@@ -67,16 +67,17 @@ TJob jobOf(const TOptions& options) {
   }
   job.files = listInputs(options.tracking.frames.inputs);
   job.outFolder = outFolderOf(options, job.files);
-  job.withTrace = options.withTrace;
-  job.tracking.tracker.withTrace = job.withTrace || !job.outFolder.empty();
+  job.keepTrace = options.keepTrace;
+  job.tracking.tracker.keepTrace = job.keepTrace || !job.outFolder.empty();
   return job;
 }
 
 std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
   const std::string place =
       record.seam ? "  x " + fixed(record.seam->x, 1) + "  y " + fixed(record.seam->y, 1) : std::string();
-  std::vector<std::string> lines = {nameOf(job.tracking.params.weldType) + ": " + nameOf(record.state) + place};
-  if (record.state != TSeamState::found) {
+  std::vector<std::string> lines = {nameOf(job.tracking.params.weldType) + ": " + nameOf(record.tracked.state) +
+                                    place};
+  if (record.tracked.state != TSeamState::found) {
     lines.push_back(record.trace->sentence);
   }
   lines.push_back(searchWords(*record.trace));
@@ -86,9 +87,9 @@ std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
 
 void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
   const TFrameRecord& record = frame.record;
-  cv::Mat drawn = drawOverlay(
-      frame.image, overlayOf(job.tracking.params, record.result, record.state, *record.trace, frame.image.cols));
-  drawLabel(drawn, labelOf(job, record), record.state);
+  cv::Mat drawn =
+      drawOverlay(frame.image, overlayOf(job.tracking.params, record.tracked, *record.trace, frame.image.cols));
+  drawLabel(drawn, labelOf(job, record), record.tracked.state);
   char number[16];
   static_cast<void>(std::snprintf(number, sizeof number, "%06d_", record.frame));
   writeImage(job.outFolder / (number + fs::path(record.file).stem().string() + ".png"), drawn);
@@ -98,14 +99,14 @@ void run(const TOptions& options) {
   const TJob job = jobOf(options);
   TFrameSource source(job.files);
   TFrameTracker tracker(job.tracking);
-  TRecordWriter writer(std::cout, job.format, job.withPoints, job.withTrace);
+  TRecordWriter writer(std::cout, job.format, job.withPoints, job.keepTrace);
   TProgress progress(source.frameCount());
   TRunStats stats;
   while (const auto frame = source.next()) {
     const TTrackedFrame tracked = tracker.track(*frame);
     progress.clear();
     writer.write(tracked.record);
-    stats.add(tracked.record.state, tracked.record.ms);
+    stats.add(tracked.record.tracked.state, tracked.record.ms);
     progress.draw(stats.frames());
     if (!job.outFolder.empty()) {
       writeAnnotated(job, tracked);
@@ -124,7 +125,7 @@ void addTrackCommand(CLI::App& program) {
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
   command->add_option("--format", options->format, "Records as table, jsonl or csv")->capture_default_str();
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");
-  command->add_flag("--explain", options->withTrace, "Add why frames are not found; to jsonl the whole trace");
+  command->add_flag("--explain", options->keepTrace, "Add why frames are not found; to jsonl the whole trace");
   command->footer(
       "Coordinates are those of the cut and turned image; storedX and storedY those of the stored one.\n"
       "Exit codes: 0 done, 1 output failed, 2 wrong usage, 3 input that cannot be read, 130 Ctrl-C.\n"

@@ -88,7 +88,7 @@ ordered_json describeTracker(const TTrackerOptions& options) {
            "the search reaches so far beyond the ends of the previous stripe"),
        row("extraction", nameOf(options.extraction), nameOf(plain.extraction), "", "edgePairs, ridge, automatic",
            "how the stripe is extracted from the image"),
-       row("rejectsImpossiblePoints", options.rejectsImpossiblePoints, plain.rejectsImpossiblePoints, "",
+       row("rejectImpossiblePoints", options.rejectImpossiblePoints, plain.rejectImpossiblePoints, "",
            "true or false", "seam points that no image can show count as not found"),
        row("maxJumpPx", numberOf(options.maxJumpPx), numberOf(plain.maxJumpPx), "px", "above 0",
            "a seam farther than this from the last one waits until it repeats"),
@@ -96,7 +96,7 @@ ordered_json describeTracker(const TTrackerOptions& options) {
            "so many frames in a row must show the seam at its new place"),
        row("holdFrames", options.holdFrames, plain.holdFrames, "frames", "from 0",
            "lost frames in a row for which the last good seam is repeated"),
-       row("searchesWholeOnLoss", options.searchesWholeOnLoss, plain.searchesWholeOnLoss, "", "true or false",
+       row("searchWholeOnLoss", options.searchWholeOnLoss, plain.searchWholeOnLoss, "", "true or false",
            "a frame in which tracking fails is searched as a whole at once")});
 }
 

@@ -173,7 +173,7 @@ void printSeamRun(const fs::path& root, const TSeamRun& run, const TTrackerOptio
   std::vector<double> distances;
   for (const fs::path& file : accuracy::listFrames(folder)) {
     const cv::Mat frame = accuracy::readFrame(file, run.folder.preparation);
-    const TWeldLineRes result = TWeldTracker(params, options).track(frame);
+    const TWeldLineRes result = TWeldTracker(params, options).track(frame).line;
     ++frames;
     found += result.isFound ? 1 : 0;
     const auto seam = run.seamOf(labelsOf(labels, file));

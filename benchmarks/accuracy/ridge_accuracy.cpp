@@ -146,8 +146,7 @@ ridge_accuracy::TCentreLine trueLine(const scenes::TTruth& truth) {
 
 void scoreScene(const scenes::TSceneParams& params, TTally& tally) {
   const scenes::TScene scene = scenes::renderScene(params);
-  const auto found =
-      weld::extractRidgeCentres(scene.image, ridge_accuracy::kMaxSigmaPx, ridge_accuracy::kMinContrast);
+  const auto found = weld::extractRidgeCentres(scene.image, ridge_accuracy::kSettings, weld::heapMemory());
   ridge_accuracy::addFrame(found, trueLine(scene.truth), scene.image.cols, tally);
 }
 

@@ -1,7 +1,7 @@
 // Comparison of ridge centres with a known or second-opinion centre line.
 #pragma once
 
-#include "stripe/ridge.h"
+#include "stripe/ridge/ridge.h"
 
 #include <cmath>
 #include <map>
@@ -10,8 +10,7 @@
 
 namespace ridge_accuracy {
 
-inline constexpr double kMaxSigmaPx = 6.0;
-inline constexpr double kMinContrast = 30.0;
+inline constexpr weld::TRidgeSettings kSettings{6.0, 30.0};
 inline constexpr double kNearPx = 3.0;
 
 // Rows of the reference line per image column; a column may hold several.
@@ -36,7 +35,7 @@ inline double distanceTo(const std::vector<double>& rows, double y) {
   return best;
 }
 
-inline void addFrame(const std::vector<weld::TRidgePoint>& found, const TCentreLine& reference, int imageColumns,
+inline void addFrame(const weld::TRidgePoints& found, const TCentreLine& reference, int imageColumns,
                      TTally& tally) {
   tally.scored += imageColumns;
   tally.columns += static_cast<int>(reference.size());

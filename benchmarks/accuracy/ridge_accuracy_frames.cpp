@@ -74,7 +74,7 @@ struct TFrameTally : TTally {
 };
 
 void score(const cv::Mat& grey, const TCentreLine& line, TFrameTally& tally) {
-  const auto found = weld::extractRidgeCentres(grey, kMaxSigmaPx, kMinContrast);
+  const auto found = weld::extractRidgeCentres(grey, kSettings, weld::heapMemory());
   addFrame(found, line, grey.cols, tally);
   cv::Mat smooth;
   cv::blur(grey, smooth, cv::Size(1, 5));
@@ -114,7 +114,7 @@ TCentreLine turn(const TCentreLine& line, double angleDeg, cv::Size size) {
 
 // The overlay of a still may have been drawn on a frame levelled by a small turn: the turn that fits best.
 double findTurnDeg(const cv::Mat& grey, const TCentreLine& line) {
-  const auto found = weld::extractRidgeCentres(grey, kMaxSigmaPx, kMinContrast);
+  const auto found = weld::extractRidgeCentres(grey, kSettings, weld::heapMemory());
   double best = 0.0;
   double bestPercent = -1.0;
   for (int step = -kTurnSteps; step <= kTurnSteps; ++step) {

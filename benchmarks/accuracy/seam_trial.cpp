@@ -23,9 +23,7 @@ TWeldTracker trackerFor(const TCase& trial, const TTrackerOptions& options) {
 
 // The seam as the frame shows it: a held one was not found.
 TWeldLineRes findSeam(TWeldTracker& tracker, const scenes::TScene& scene) {
-  TWeldLineRes result = tracker.track(scene.image);
-  result.isFound = result.isFound && !tracker.isHeld();
-  return result;
+  return tracker.track(scene.image).line;
 }
 
 void addFrame(const TCase& trial, const scenes::TScene& scene, const TWeldLineRes& result, TScore& score) {

@@ -6,8 +6,8 @@
 #include "frames.h"
 #include "peers.h"
 #include "plain_way.h"
-#include "stripe/edge_kernels.h"
 #include "support/heap.h"
+#include "support/kernels/kernels.h"
 #include "timing.h"
 #include "trace_cost.h"
 #include "worst_case.h"
@@ -241,7 +241,7 @@ void reportAllocations() {
 
 bool usesBaseline(TKernels kernels) {
   cv::setUseOptimized(kernels == TKernels::chosen);
-  const bool isBaseline = &weld::chooseEdgeKernels() == &weld::kBaselineEdgeKernels;
+  const bool isBaseline = &weld::kernels() == &weld::kBaselineKernels;
   cv::setUseOptimized(true);
   return isBaseline;
 }

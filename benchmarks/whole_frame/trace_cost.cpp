@@ -11,9 +11,9 @@ namespace bench {
 
 namespace {
 
-TWeldTracker makeTracker(const TWeldParams& params, bool withTrace) {
+TWeldTracker makeTracker(const TWeldParams& params, bool keepTrace) {
   TTrackerOptions options = TTrackerOptions::exact();
-  options.withTrace = withTrace;
+  options.keepTrace = keepTrace;
   return TWeldTracker(params, options);
 }
 

@@ -1,7 +1,7 @@
 // Measurement of a seam before tracking, and what it changes in the parameters.
 #include "api/image_check.h"
 #include "support/zel_functions.h"
-#include "zelWeldDetect.h"
+#include "zelWeldJoint.h"
 
 #include <string>
 

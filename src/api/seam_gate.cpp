@@ -1,48 +1,34 @@
 #include "api/seam_gate.h"
 
+#include "support/image_test.h"
+
 #include <cmath>
-#include <utility>
 
 namespace weld {
 
 namespace {
 
-// Where the refinement of a plate's end puts an end without support.
-const cv::Point2d kMarker{-1.0, -1.0};
-constexpr double kOnMarkerPx = 1e-3;  // single precision of the ends moves the line by less
-
-constexpr TCheck kNumber{TWeldOutcome::pointNotFinite, "seam point is a number"};
-constexpr TCheck kSupport{TWeldOutcome::markerPoint, "support of both ends"};
-constexpr TCheck kInside{TWeldOutcome::pointOutside, "seam point in the image"};
-constexpr TCheck kJump{TWeldOutcome::jumpHeldBack, "jump of the seam", TRule::notAbove, "px", "maxJumpPx"};
-constexpr TCheck kRepeats =
-    countCheck(TWeldOutcome::jumpHeldBack, "frames at the new place", TRule::atLeast, "acceptAfterFrames");
-
-// A plate's line runs through both its ends, so that it shows a marker that the mean of the ends hides.
-bool hasMarkerEnd(const TWeldLineRes& plate) {
-  const double slope = plate.auxVal1;
-  const double intercept = plate.auxVal2;
-  return std::abs(slope * kMarker.x + intercept - kMarker.y) < kOnMarkerPx;
-}
-
-bool isInside(cv::Point2f p, cv::Size imageSize) {
-  return p.x >= 0.0F && p.y >= 0.0F && p.x <= static_cast<float>(imageSize.width - 1) &&
-         p.y <= static_cast<float>(imageSize.height - 1);
-}
+constexpr TCheck kNumber{{50, TWeldOutcome::seamOutside, "seam", "seam point is not a number"},
+                         "seam point is a number"};
+constexpr TCheck kSupport{{51, TWeldOutcome::fitTooWeak, "end of a piece", "corner without support"},
+                          "support of both ends"};
+constexpr TCheck kInside{{52, TWeldOutcome::seamOutside, "seam", "seam point outside the image"},
+                         "seam point in the image"};
+constexpr TCheck kJump{{53, TWeldOutcome::jumpHeldBack, "seam", "seam too far from the last one"},
+                       "jump of the seam",
+                       TRule::notAbove,
+                       "px",
+                       "maxJumpPx"};
+constexpr TCheck kRepeats = countCheck({53, TWeldOutcome::jumpHeldBack, "seam", "seam too far from the last one"},
+                                       "frames at the new place", TRule::atLeast, "acceptAfterFrames");
 
 }  // namespace
 
-bool isSeamPointPossible(const TWeldLineRes& seam, TWeldType type, cv::Size imageSize, const TTrace& trace) {
-  const cv::Point2f p = seam.weldPos;
-  return trace.holds(kNumber, std::isfinite(p.x) && std::isfinite(p.y)) &&
-         trace.holds(kSupport, type != TWeldType::plate || !hasMarkerEnd(seam)) &&
-         trace.holds(kInside, isInside(p, imageSize));
-}
-
-TWeldLineRes withoutSeam(TWeldLineRes refused) {
-  TWeldLineRes result;
-  result.stripePts = std::move(refused.stripePts);
-  return result;
+bool isSeamPointPossible(const TFrame& frame, const TSeam& seam, const TJointRules& rules) {
+  const TTrace& trace = frame.trace;
+  return trace.holds(kNumber, std::isfinite(seam.pos.x) && std::isfinite(seam.pos.y)) &&
+         trace.holds(kSupport, rules.hasSupport == nullptr || rules.hasSupport(seam)) &&
+         trace.holds(kInside, isOnPixels(frame.image.size(), seam.pos));
 }
 
 double seamDistance(cv::Point2f a, cv::Point2f b) {
@@ -50,8 +36,10 @@ double seamDistance(cv::Point2f a, cv::Point2f b) {
   return std::sqrt(d.dot(d));
 }
 
-bool passesJumpTest(cv::Point2f seam, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace) {
-  if (std::isinf(options.maxJumpPx)) return true;
+bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace) {
+  if (!found.isFound) memory.pendingFrames = 0;
+  if (!found.isFound || std::isinf(options.maxJumpPx)) return true;
+  const cv::Point2f seam = found.pos;
   const double jumpPx = memory.hasSeam ? seamDistance(seam, memory.seam) : 0.0;
   const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;
   const int frames = repeats ? memory.pendingFrames + 1 : 1;

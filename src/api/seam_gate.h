@@ -1,18 +1,16 @@
 // What a tracker lets through of the seams that its detector finds.
 #pragma once
 
-#include "support/trace.h"
-#include "zelWeldDetect.h"
+#include "api/joints.h"
+#include "trace/frame.h"
+#include "zelWeldTracker.h"
 
 #include <opencv2/core.hpp>
 
 namespace weld {
 
 // True when the point of a found seam is one of the image: a number, inside, and not derived from a marker.
-bool isSeamPointPossible(const TWeldLineRes& seam, TWeldType type, cv::Size imageSize, const TTrace& trace);
-
-// What a refused seam leaves: its stripe points.
-TWeldLineRes withoutSeam(TWeldLineRes refused);
+bool isSeamPointPossible(const TFrame& frame, const TSeam& seam, const TJointRules& rules);
 
 // px.
 double seamDistance(cv::Point2f a, cv::Point2f b);
@@ -25,8 +23,9 @@ struct TJumpMemory {
   cv::Point2f pending;    // that place in the last of them
 };
 
-// Takes note of a frame's seam. True when it may be reported: it lies within maxJumpPx of the last one, or
-// acceptAfterFrames frames in a row showed it at its new place, each within maxJumpPx of the one before.
-bool passesJumpTest(cv::Point2f seam, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace);
+// Takes note of what a frame found. False for a seam that may not be reported: one farther than maxJumpPx from the
+// last one, until acceptAfterFrames frames in a row showed it at its new place, each within maxJumpPx of the one
+// before.
+bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace);
 
 }  // namespace weld

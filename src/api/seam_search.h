@@ -1,28 +1,21 @@
-// One frame: near the previous stripe or in the whole image, on edge pairs or on ridges. The order of the
-// attempts.
+// One frame of a tracker: near the previous stripe or in the whole image, on edge pairs or on ridges. The order of
+// the attempts.
 #pragma once
 
-#include "detectors/plate.h"
-#include "zelWeldDetect.h"
-
-#include <opencv2/core.hpp>
-
-#include <vector>
+#include "api/attempt.h"
+#include "zelWeldTracker.h"
 
 namespace weld {
 
-// What an attempt found, and the stripe that it found it on.
-struct TFoundSeam {
-  TWeldLineRes line;
-  TStripeMeasure stripe;
+// What the search knows of the frames before.
+struct TSearchMemory {
+  TPrevious last;       // a found one guides the search
+  int columns = 0;      // with a centre on its stripe
+  bool isHeld = false;  // it is of an earlier frame, and the last frame found none
 };
 
-// Runs the detector of the object's joint as often as the frame needs it. The seam, or what the last attempt gave.
-//   previous  of the frame before; a found one guides the search.
-//   isHeld    the previous seam is of an earlier frame, and the last frame found none.
-//   options   in range.
-//   guide     working memory.
-TFoundSeam searchSeam(TPlateDetector& detector, const cv::Mat& image, const TFoundSeam& previous, bool isHeld,
-                      const TTrackerOptions& options, std::vector<cv::Point2f>& guide);
+// Runs the rules of the joint as often as the frame needs it. The seam, or what the last attempt gave.
+//   options  in range.
+TFound searchSeam(const TQuest& quest, const TTrackerOptions& options, const TSearchMemory& memory);
 
 }  // namespace weld

@@ -16,8 +16,6 @@ constexpr int kMaxStretchPx = 150;  // a region ends where the guide has come fa
 constexpr int kMinStretches = 2;
 constexpr double kSteepest = 2.0;  // slope of a continuation
 
-using TPoints = std::vector<cv::Point2f>;
-
 // A straight continuation at one end of the guide.
 struct TRay {
   double slope = 0.0;
@@ -82,9 +80,11 @@ bool hasEnoughStretches(const TPoints& guide) {
 
 }  // namespace
 
-void extendGuide(const TPoints& stripe, int marginPx, cv::Size imageSize, TPoints& guide) {
-  guide.assign(stripe.begin(), stripe.end());
-  if (guide.size() < kMinPoints) return guide.clear();
+TPoints extendGuide(const TFrame& frame, TPointView stripe, int marginPx) {
+  const cv::Size imageSize = frame.image.size();
+  TPoints none(frame.memory);
+  TPoints guide(stripe.begin(), stripe.end(), frame.memory);
+  if (guide.size() < kMinPoints) return none;
   // A total order, so that the result is the same whatever the sort does with points of one column.
   const auto isBefore = [](cv::Point2f a, cv::Point2f b) { return a.x != b.x ? a.x < b.x : a.y < b.y; };
   if (!std::is_sorted(guide.begin(), guide.end(), isBefore)) std::sort(guide.begin(), guide.end(), isBefore);
@@ -95,7 +95,8 @@ void extendGuide(const TPoints& stripe, int marginPx, cv::Size imageSize, TPoint
   bool hasGrown = growGuide(left, right, marginPx, imageSize, guide);
   while (hasGrown && !hasEnoughStretches(guide))
     hasGrown = growGuide(left, right, kMaxStretchPx, imageSize, guide);
-  if (!hasEnoughStretches(guide)) guide.clear();
+  if (!hasEnoughStretches(guide)) return none;
+  return guide;
 }
 
 }  // namespace weld

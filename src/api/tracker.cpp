@@ -1,18 +1,20 @@
 #include "zelWeldTracker.h"
 
-#include "api/dispatch.h"
 #include "api/seam_gate.h"
 #include "api/seam_search.h"
+#include "support/arena.h"
+#include "support/grey_image.h"
 #include "support/image_test.h"
-#include "support/trace.h"
-#include "support/trace_conclusion.h"
+#include "trace/trace_conclusion.h"
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 #include <utility>
 
 namespace {
+
+constexpr std::size_t kBytesPerColumn = 512;  // of the lists of a frame
+constexpr std::size_t kBytesPerRow = 64;
 
 // A limit of jumps that is not a number sets none.
 TTrackerOptions inRange(TTrackerOptions options) {
@@ -26,103 +28,132 @@ TTrackerOptions inRange(TTrackerOptions options) {
   return options;
 }
 
+// What whole frames of this size need, in grey or in colour, so that no later frame waits for memory.
+std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options) {
+  const std::size_t lists = static_cast<std::size_t>(image.cols) * kBytesPerColumn +
+                            static_cast<std::size_t>(image.rows) * kBytesPerRow + image.total();
+  const bool asksRidges = options.extraction != TStripeExtraction::edgePairs;
+  return asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
+}
+
 }  // namespace
 
 struct TWeldTracker::TState {
   TTrackerOptions options;
-  weld::TPlateDetector detector;
+  TWeldParams params;
 
   // What a frame leaves to the next one.
-  weld::TFoundSeam last;  // the last good seam as long as it is held, else the last result
+  TWeldLineRes last;  // the last good seam as long as it is held, else the last result
+  int lastColumns = 0;
   weld::TJumpMemory jumps;
   int heldFrames = 0;  // that repeated the last good seam
+  int announcedFrames = 0;
   TFrameTrace trace;
 
   // Working memory.
-  weld::TFoundSeam spare;
-  std::vector<cv::Point2f> guide;
+  weld::TArena memory;
+  TWeldLineRes spare;
 
-  bool hasSeamPoint() const { return detector.getWeldParameters().weldType != TWeldType::stripePresence; }
-  bool canHold() const { return hasSeamPoint() && last.line.isFound && heldFrames < options.holdFrames; }
-  weld::TFoundSeam search(const cv::Mat& image);
-  void applyGate(TWeldLineRes& line, weld::TJumpMemory& jumpsAfter) const;
-  void concludeTrace(const weld::TTraceClock& clock, bool hasImage, bool isHeld) const;
+  weld::TMemory* beginFrame(const cv::Mat& image);
+  weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
+  TTrackedSeam judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) const;
+  void remember(const TTrackedSeam& seam, std::size_t columns);
 };
 
+// Ends the life of the lists of the frame before.
+weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image) {
+  memory.restart();
+  if (image.dims == 2) memory.reserve(bytesFor(image, options));
+  return &memory;
+}
+
 // A held seam guides the search like a new one, unless a lost frame's search is left to the next frame.
-weld::TFoundSeam TWeldTracker::TState::search(const cv::Mat& image) {
-  if (!weld::hasPixels(image)) return {};
-  if (image.dims == 2) detector.scratch.reserveFor(image, options.extraction != TStripeExtraction::edgePairs);
-  const bool guides = heldFrames == 0 || options.searchesWholeOnLoss;
-  const weld::TFoundSeam none;
-  return weld::searchSeam(detector, image, guides ? last : none, heldFrames > 0, options, guide);
+weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld::TJoint* joint) const {
+  if (joint == nullptr || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
+  weld::requireReadable(frame.image);
+  weld::TRidgeSearch ridges(frame.memory);
+  const weld::TQuest quest{frame, *joint, ridges, options.extraction == TStripeExtraction::edgePairs,
+                           options.rejectImpossiblePoints && joint->rules.hasSeamPoint};
+  const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
+  const weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
+  return searchSeam(quest, options, {previous, lastColumns, heldFrames > 0});
 }
 
 // A seam that is held back counts as not found.
-void TWeldTracker::TState::applyGate(TWeldLineRes& line, weld::TJumpMemory& jumpsAfter) const {
-  if (!line.isFound) jumpsAfter.pendingFrames = 0;
-  if (!line.isFound || !hasSeamPoint()) return;
-  if (weld::passesJumpTest(line.weldPos, options, jumpsAfter, detector.trace.atGate())) return;
-  line = weld::withoutSeam(std::move(line));
+TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) const {
+  TTrackedSeam seam;
+  if (isLetThrough) {
+    seam.line = toLineRes(found.seam);
+  } else {
+    seam.line.stripePts.assign(found.seam.stripePts.begin(), found.seam.stripePts.end());
+  }
+  const bool isHeld = !seam.line.isFound && canBeHeld && last.isFound && heldFrames < options.holdFrames;
+  seam.state = seam.line.isFound ? TSeamState::found : isHeld ? TSeamState::held : TSeamState::lost;
+  seam.weldPos = isHeld ? last.weldPos : seam.line.weldPos;
+  return seam;
 }
 
-void TWeldTracker::TState::concludeTrace(const weld::TTraceClock& clock, bool hasImage, bool isHeld) const {
-  if (!detector.trace) return;
-  TFrameTrace& record = detector.trace.record();
-  weld::concludeFrame(record, hasImage, isHeld ? std::optional(last.line.weldPos) : std::nullopt);
-  record.totalUs = clock.elapsedUs();
+// Copies, so that the memory of the next frames is there already: the most points that there can be.
+void TWeldTracker::TState::remember(const TTrackedSeam& seam, std::size_t columns) {
+  spare.stripePts.reserve(columns);
+  spare = seam.line;
 }
 
 TWeldTracker::TWeldTracker(const TWeldParams& params, const TTrackerOptions& options)
     : state(std::make_unique<TState>()) {
   state->options = inRange(options);
-  state->detector.setWeldParameters(params);
+  state->params = params;
 }
 
 TWeldTracker::TWeldTracker(TWeldTracker&& other) noexcept = default;
 TWeldTracker& TWeldTracker::operator=(TWeldTracker&& other) noexcept = default;
 TWeldTracker::~TWeldTracker() = default;
 
-TWeldLineRes TWeldTracker::track(const cv::Mat& image) {
+TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   TFrameTrace trace;
-  state->detector.trace = state->options.withTrace ? weld::TTrace(trace) : weld::TTrace();
-  const weld::TTraceClock clock(state->detector.trace);
+  const weld::TTrace seen = state->options.keepTrace ? weld::TTrace(trace) : weld::TTrace();
+  const weld::TTraceClock clock(seen);
+  const weld::TJoint* const joint = weld::findDetectedJoint(state->params.weldType);
+  const bool hasSeamPoint = joint == nullptr || joint->rules.hasSeamPoint;
 
-  weld::TFoundSeam seam = state->search(image);
+  const weld::TFrame frame{image, state->params, state->beginFrame(image), seen};
+  const weld::TFound found = state->search(frame, joint);
   weld::TJumpMemory jumps = state->jumps;
-  state->applyGate(seam.line, jumps);
-  const bool isHeld = !seam.line.isFound && state->canHold();
-  // A copy, so that the working memory keeps the list that the stripe points came in.
-  TWeldLineRes result = isHeld ? state->last.line : seam.line;
-  state->spare.line.stripePts.reserve(static_cast<std::size_t>(std::max(image.cols, 0)));  // the most there can be
-  state->spare = seam;
-  state->concludeTrace(clock, weld::hasPixels(image), isHeld);
-  weld::announceSeam(state->detector, seam.line, seam.stripe.widthPx);
+  const bool isLetThrough =
+      !hasSeamPoint || weld::passesJumpTest(found.seam, state->options, jumps, seen.atGate());
+  TTrackedSeam seam = state->judge(found, isLetThrough, hasSeamPoint);
+  state->remember(seam, static_cast<std::size_t>(std::max(image.cols, 0)));
+  int announced = state->announcedFrames;
+  if (seam.state == TSeamState::found && joint->rules.announce != nullptr)
+    joint->rules.announce(announced, found.seam, found.widthPx);
+  if (seen) {
+    weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos},
+                        findWeldJoint(state->params.weldType));
+    trace.totalUs = clock.elapsedUs();
+  }
 
   // Nothing below throws, so that an exception leaves everything as it was.
-  state->detector.trace = {};
+  const bool isHeld = seam.state == TSeamState::held;
   std::swap(state->trace, trace);
   state->jumps = jumps;
+  state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) std::swap(state->last, state->spare);
-  state->detector.scratch.give(seam.line.stripePts);
-  return result;
-}
-
-bool TWeldTracker::isHeld() const {
-  return state->heldFrames > 0;
+  if (!isHeld) state->lastColumns = found.columns;
+  return seam;
 }
 
 void TWeldTracker::reset() {
   state->last = {};
+  state->lastColumns = 0;
   state->jumps = {};
   state->heldFrames = 0;
+  state->announcedFrames = 0;
   state->trace = {};
-  state->detector.plateInfoFrameCounter = 0;
 }
 
 void TWeldTracker::setParams(const TWeldParams& params) {
-  state->detector.setWeldParameters(params);
+  state->params = params;
 }
 
 const TFrameTrace& TWeldTracker::lastTrace() const {

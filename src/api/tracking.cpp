@@ -1,14 +1,29 @@
 // The per-frame entry point.
 #include "zelWeldDetect.h"
 
-#include "api/dispatch.h"
+#include "api/attempt.h"
+#include "support/arena.h"
+#include "support/grey_image.h"
 #include "support/image_test.h"
 
+#include <array>
+
+namespace {
+
+constexpr std::size_t kStackBytes = 16384;  // for the small lists of a frame; the others come from the heap
+
+}  // namespace
+
 TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLineRes prevRes) {
-  if (!weld::hasPixels(img)) return {};
-  weld::TPlateDetector object;
-  object.setWeldParameters(params);
-  TWeldLineRes result = weld::detectSeam(object, img, prevRes);
-  weld::announceSeam(object, result, object.stripe.widthPx);
-  return result;
+  const weld::TJoint* const joint = weld::findDetectedJoint(params.weldType);
+  if (!weld::hasPixels(img) || joint == nullptr) return {};
+  weld::requireReadable(img);
+  alignas(64) std::array<std::byte, kStackBytes> stack;
+  weld::TArena memory(stack.data(), stack.size());
+  const weld::TFrame frame{img, params, &memory, {}};
+  weld::TRidgeSearch ridges(&memory);
+  const weld::TFound found = attemptByRule({frame, *joint, ridges}, {}, weld::TPrevious(prevRes));
+  int frames = 0;
+  if (joint->rules.announce != nullptr) joint->rules.announce(frames, found.seam, found.widthPx);
+  return toLineRes(found.seam);
 }

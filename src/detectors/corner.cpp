@@ -1,123 +1,96 @@
 #include "detectors/corner.h"
 
+#include "detectors/common_checks.h"
 #include "detectors/corner_check.h"
 #include "detectors/corner_flanks.h"
-#include "detectors/corner_params.h"
-#include "detectors/stripe_front_end.h"
 #include "geometry/line_fitting.h"
 #include "geometry/piece_fit.h"
+#include "support/image_test.h"
 
 #include <cmath>
 #include <optional>
-#include <vector>
 
 namespace weld {
 
 namespace {
 
-constexpr std::size_t kMinRidgePoints = 10;
 constexpr double kMaxAngleChangeDeg = 10.0;  // included angle from frame to frame
 
-constexpr TCheck kStripePoints = countCheck(TWeldOutcome::tooFewCentres, "stripe points", TRule::atLeast);
-constexpr TCheck kRidgePoints = countCheck(TWeldOutcome::tooFewRidgePoints, "ridge points", TRule::atLeast);
-constexpr TCheck kInside{TWeldOutcome::cornerOutside, "corner inside the image"};
-constexpr TCheck kAngleChange{TWeldOutcome::includedAngleChanged, "change of the included angle", TRule::notAbove,
-                              "deg"};
+constexpr TCheck kInside{{23, TWeldOutcome::seamOutside, "corner", "flanks meet outside the image"},
+                         "corner inside the image"};
+constexpr TCheck kAngleChange{
+    {39, TWeldOutcome::changedTooMuch, "corner", "included angle changed too much since the last frame"},
+    "change of the included angle",
+    TRule::notAbove,
+    "deg"};
 
-// What every stage of one way to find the corner needs.
-struct TCornerFrame {
-  const TDetectorObject& object;  // holds the column status of the frame
-  cv::Size imageSize;
-  TCornerParams params;
-  TTrace trace;
-  TScratch* scratch;
-
-  TCornerFrame inWay(const char* name) const { return {object, imageSize, params, trace.inWay(name), scratch}; }
-};
-
-std::optional<cv::Point2f> intersectFlanks(const TCornerFrame& frame, const TFlankPair& flanks) {
-  const TTrace& trace = frame.trace;
-  if (!areFlanksValid(flanks, frame.params, trace)) return std::nullopt;
-  const cv::Point2f corner = intersectionOf(flanks);
-  trace.addTestedPoint(corner);
-  if (!trace.holds(kInside, isStrictlyInside(frame.imageSize, corner))) return std::nullopt;
-  const bool isPlausible =
-      checkCornerPlausible(frame.object, corner, flanks, frame.imageSize, frame.params, trace);
-  if (!isPlausible) return std::nullopt;
-  return corner;
+std::optional<cv::Point2f> intersectFlanks(const TCornerCase& corner, const TFlankPair& flanks) {
+  const TTrace& trace = corner.frame.trace;
+  const cv::Size imageSize = corner.frame.image.size();
+  if (!areFlanksValid(corner, flanks)) return std::nullopt;
+  const cv::Point2f pos = crossingOf(flanks);
+  trace.addTestedPoint(pos);
+  if (!trace.holds(kInside, isStrictlyInside(imageSize, pos))) return std::nullopt;
+  if (!checkCornerPlausible(corner, pos, flanks)) return std::nullopt;
+  // Deliberate: the test above excludes the first row and column and lets the last pixel row and column reach up
+  // to the image size; this one lets the former pass and ends one pixel before.
+  if (!trace.holds(kInside, isOnPixels(imageSize, pos))) return std::nullopt;
+  return pos;
 }
 
-// Deliberate: intersectFlanks excludes the first row and column and lets the last pixel row and column reach up to
-// the image size; this test lets the former pass and ends one pixel before.
-bool isInsideFrame(cv::Size imageSize, cv::Point2f p) {
-  return p.x >= 0.0F && p.x <= static_cast<float>(imageSize.width - 1) && p.y >= 0.0F &&
-         p.y <= static_cast<float>(imageSize.height - 1);
+TSeam buildSeam(const TCornerCase& corner, const TFlankPair& flanks) {
+  if (!haveFlanksPoints(flanks, 1, corner.frame.trace)) return TSeam(corner.frame.memory);
+  TSeam seam(joinPoints(flanks.left.inliers, flanks.right.inliers, corner.frame.memory));
+  const std::optional<cv::Point2f> pos = intersectFlanks(corner, flanks);
+  if (!pos) return seam;
+  seam.isFound = true;
+  seam.pos = *pos;
+  seam.auxVal1 = flanks.left.k;
+  seam.auxVal2 = flanks.left.b;
+  seam.auxVal3 = flanks.right.k;
+  seam.auxVal4 = flanks.right.b;
+  seam.trackVal = calcIntersecAngle(flanks, *pos);
+  return seam;
 }
 
-TWeldLineRes buildCornerResult(const TCornerFrame& frame, const TFlankPair& flanks) {
-  TWeldLineRes result;
-  if (!haveFlanksPoints(flanks, 1, frame.trace)) return result;
-  result.stripePts = joinPoints(flanks.left.inlierPts, flanks.right.inlierPts, frame.scratch);
-  const std::optional<cv::Point2f> corner = intersectFlanks(frame, flanks);
-  if (!corner || !frame.trace.holds(kInside, isInsideFrame(frame.imageSize, *corner))) return result;
-  result.isFound = true;
-  result.weldPos = *corner;
-  result.auxVal1 = flanks.left.k;
-  result.auxVal2 = flanks.left.b;
-  result.auxVal3 = flanks.right.k;
-  result.auxVal4 = flanks.right.b;
-  result.trackVal = calcIntersecAngle(flanks, *corner);
-  return result;
+TSeam findByConsensus(const TCornerCase& corner, TPointView points) {
+  const TStageTimer timer(corner.frame.trace, "consensus lines");
+  std::optional<TFlankPair> flanks = findFlankPairRansac(corner, points);
+  if (!flanks) return TSeam(corner.frame.memory);
+  trimFlankOverlap(corner, *flanks);
+  return buildSeam(corner, *flanks);
 }
 
-TWeldLineRes findByConsensus(const TCornerFrame& frame, const std::vector<cv::Point2f>& points) {
-  const TStageTimer timer(frame.trace, "consensus lines");
-  std::optional<TFlankPair> flanks = findFlankPairRansac(points, frame.params, frame.trace, frame.scratch);
-  if (!flanks) return {};
-  trimFlankOverlap(*flanks, frame.imageSize, frame.params, frame.trace, frame.scratch);
-  return buildCornerResult(frame, *flanks);
-}
-
-TWeldLineRes findCornerSeamFromPts(const TCornerFrame& frame, const std::vector<cv::Point2f>& points) {
-  if (!frame.trace.passes(kStripePoints, points.size(), kMinFitPoints)) return {};
-  TWeldLineRes result = findByConsensus(frame.inWay("consensus lines"), points);
-  if (result.isFound) return result;
-  const TCornerFrame pieceFrame = frame.inWay("longest pieces");
+TSeam findFirst(const TCornerCase& corner, TPointView points) {
+  const TFrame& frame = corner.frame;
+  if (!frame.trace.passes(kStripePoints, points.size(), kMinFitPoints)) return TSeam(frame.memory);
+  const TFrame consensusFrame = frame.inWay("consensus lines");
+  TSeam seam = findByConsensus({consensusFrame, corner.status, corner.params}, points);
+  if (seam.isFound) return seam;
+  const TFrame pieceFrame = frame.inWay("longest pieces");
+  const TCornerCase pieceCase{pieceFrame, corner.status, corner.params};
   const TStageTimer timer(frame.trace, "longest pieces");
-  if (const auto flanks = findFlankPairByPolyline(points, frame.params, pieceFrame.trace, frame.scratch)) {
-    frame.scratch->give(result.stripePts);
-    result = buildCornerResult(pieceFrame, *flanks);
-  }
-  return result;
+  if (const auto flanks = findFlankPairByPolyline(pieceCase, points)) return buildSeam(pieceCase, *flanks);
+  return seam;
 }
 
-TWeldLineRes trackCornerSeamFromPts(const TCornerFrame& frame, const std::vector<cv::Point2f>& points,
-                                    const TWeldLineRes& prevRes) {
-  const TStageTimer timer(frame.trace, "pieces like the last flanks");
-  const std::optional<TFlankPair> flanks =
-      findFlankPairNear(points, prevRes.auxVal1, prevRes.auxVal3, frame.params, frame.trace, frame.scratch);
-  if (!flanks) return {};
-  TWeldLineRes result = buildCornerResult(frame, *flanks);
-  if (!result.isFound) return result;
-  const double angleChangeDeg = std::abs(result.trackVal - prevRes.trackVal);
-  result.isFound = frame.trace.passes(kAngleChange, angleChangeDeg, kMaxAngleChangeDeg);
-  return result;
+TSeam track(const TCornerCase& corner, TPointView points, const TPrevious& previous) {
+  const TStageTimer timer(corner.frame.trace, "pieces like the last flanks");
+  const std::optional<TFlankPair> flanks = findFlankPairNear(corner, points, {previous.auxVal1, previous.auxVal3});
+  if (!flanks) return TSeam(corner.frame.memory);
+  TSeam seam = buildSeam(corner, *flanks);
+  if (!seam.isFound) return seam;
+  const double angleChangeDeg = std::abs(seam.trackVal - previous.trackVal);
+  seam.isFound = corner.frame.trace.passes(kAngleChange, angleChangeDeg, kMaxAngleChangeDeg);
+  return seam;
 }
 
 }  // namespace
 
-TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                              const cv::Mat& searchMask) {
-  const TTrace& trace = object.trace;
-  const TCornerFrame frame{object, image.size(), cornerParams(object.getWeldParameters()), trace, &object.scratch};
-  const TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask);
-  TWeldLineRes result =
-      prevRes.isFound ? trackCornerSeamFromPts(frame, centres, prevRes) : findCornerSeamFromPts(frame, centres);
-  if (result.isFound || !object.search.hasSecondChance) return result;
-  object.scratch.give(result.stripePts);
-  const TLentList<cv::Point2f> ridge = extractRidgeStripe(object, image, TSearchPath::fallback);
-  if (!trace.passes(kRidgePoints, ridge.size(), kMinRidgePoints)) return {};
-  return findCornerSeamFromPts(frame, ridge);
+TSeam findCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  const TCornerParams params(frame.params);
+  const TCornerCase corner{frame, stripe.status, params};
+  return previous.isFound ? track(corner, stripe.points, previous) : findFirst(corner, stripe.points);
 }
 
 }  // namespace weld

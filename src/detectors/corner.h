@@ -1,15 +1,12 @@
 // Corner: two straight flanks that meet.
 #pragma once
 
-#include "detectors/detector_object.h"
-
-#include <opencv2/core.hpp>
+#include "detectors/seam.h"
 
 namespace weld {
 
-// The intersection of a left and a right flank, their lines and the included angle. Falls back to ridge extraction
-// when edge pairs yield no corner. Not found: isFound false with the points of the last attempt.
-TWeldLineRes detectCornerSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                              const cv::Mat& searchMask);
+// The intersection of a left and a right flank, their lines and the included angle. Not found: isFound false with
+// the points of the last flanks.
+TSeam findCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
 
 }  // namespace weld

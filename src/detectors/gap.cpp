@@ -1,8 +1,9 @@
 #include "detectors/gap.h"
 
-#include "detectors/stripe_front_end.h"
+#include "detectors/common_checks.h"
 #include "geometry/line_fitting.h"
 #include "support/line_math.h"
+#include "zelWeldSettings.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -13,14 +14,27 @@ namespace weld {
 
 namespace {
 
-constexpr TCheck kStripePoints = countCheck(TWeldOutcome::tooFewCentres, "stripe points", TRule::atLeast);
-constexpr TCheck kLine{TWeldOutcome::noLine, "line through the stripe points"};
-constexpr TCheck kLineShare{TWeldOutcome::lineShareTooLow, "share of stripe points on the line", TRule::notBelow,
-                            "", "dPara3"};
-constexpr TCheck kGap{TWeldOutcome::noGap, "two stripe points on the line"};
-constexpr TCheck kGapWidth{TWeldOutcome::gapTooNarrow, "gap", TRule::notBelow, "px", "dPara8"};
-constexpr TCheck kSeamColumn{TWeldOutcome::seamOnBorder, "seam column", TRule::above, "px"};
-constexpr TCheck kSeamRow{TWeldOutcome::seamOnBorder, "seam row", TRule::above, "px"};
+constexpr TCheck kLine{{10, TWeldOutcome::elementMissing, "line", "no line through the stripe points"},
+                       "line through the stripe points"};
+constexpr TCheck kLineShare{{11, TWeldOutcome::fitTooWeak, "line", "too few stripe points on the line"},
+                            "share of stripe points on the line",
+                            TRule::notBelow,
+                            "",
+                            "minLineShare"};
+constexpr TCheck kGap{{13, TWeldOutcome::elementMissing, "gap", "fewer than two stripe points on the line"},
+                      "two stripe points on the line"};
+constexpr TCheck kGapWidth{
+    {14, TWeldOutcome::gapOutOfRange, "gap", "gap too narrow"}, "gap", TRule::notBelow, "px", "minGapPx"};
+constexpr TCheck kSeamColumn{
+    {15, TWeldOutcome::seamOutside, "seam", "seam in the first row or column of the image or outside"},
+    "seam column",
+    TRule::above,
+    "px"};
+constexpr TCheck kSeamRow{
+    {15, TWeldOutcome::seamOutside, "seam", "seam in the first row or column of the image or outside"},
+    "seam row",
+    TRule::above,
+    "px"};
 
 struct TGap {
   int leftX = 0;
@@ -32,8 +46,7 @@ int widthOf(const TGap& gap) {
 }
 
 // The widest step between neighbouring points of the line, in whole pixels; the first of equally wide ones.
-std::optional<TGap> findWidestGap(const zelFit::TLineFitResult& line, double inlierTolPx,
-                                  const std::vector<cv::Point2f>& stripePts) {
+std::optional<TGap> findWidestGap(const zelFit::TLineFitResult& line, double inlierTolPx, TPointView stripePts) {
   std::optional<TGap> widest;
   std::optional<int> previousX;
   for (const cv::Point2f stripePt : stripePts) {
@@ -57,26 +70,31 @@ float seamX(const TGap& gap, TWeldPosType pos) {
   }
 }
 
-std::optional<cv::Point2f> locateLineGap(const zelFit::TLineFitResult& line,
-                                         const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
-                                         const TTrace& trace) {
-  const double inlierTolPx = params.dPara2;
-  const auto minGapPx = static_cast<float>(params.dPara8);
-  const std::optional<TGap> gap = findWidestGap(line, inlierTolPx, stripePts);
+// What every stage needs.
+struct TGapCase {
+  const TFrame& frame;
+  TPointView stripePts;
+  TGapSettings settings;
+};
+
+std::optional<cv::Point2f> locateLineGap(const TGapCase& c, const zelFit::TLineFitResult& line) {
+  const TTrace& trace = c.frame.trace;
+  const std::optional<TGap> gap = findWidestGap(line, c.settings.lineTolerancePx, c.stripePts);
   if (!trace.holds(kGap, gap.has_value())) return std::nullopt;
-  if (!trace.passes(kGapWidth, static_cast<float>(widthOf(*gap)), minGapPx)) return std::nullopt;
+  if (!trace.passes(kGapWidth, static_cast<float>(widthOf(*gap)), static_cast<float>(c.settings.minGapPx)))
+    return std::nullopt;
   // Deliberate: the row is the line's at the left edge, whatever point of the gap is returned.
   const auto y = static_cast<float>(line.slope * gap->leftX + line.intercept);
-  return cv::Point2f{seamX(*gap, params.weldPosType), y};
+  return cv::Point2f{seamX(*gap, c.frame.params.weldPosType), y};
 }
 
 // The line of a tracked stripe, which is trusted.
-std::optional<zelFit::TLineFitResult> fitTrackedLine(const std::vector<cv::Point2f>& stripePts,
-                                                     const TWeldParams& params, const TTrace& trace,
-                                                     TScratch& scratch) {
-  const zelFit::TLineFitResult line = fitStripePoints(stripePts, params.dPara4, &scratch);
+std::optional<zelFit::TLineFitResult> fitTrackedLine(const TGapCase& c) {
+  const TTrace& trace = c.frame.trace;
+  const double scalePx = c.settings.fitScalePx;
+  const zelFit::TLineFitResult line = fitStripePoints(c.stripePts, scalePx, c.frame.memory);
   if (trace && line.success) {
-    const double share = lineShare(line.slope, line.intercept, params.dPara4, toIntPoints(stripePts));
+    const double share = lineShare(line.slope, line.intercept, scalePx, toIntPoints(c.stripePts, c.frame.memory));
     trace.addLine({"stripe", line.slope, line.intercept, share, {-90.0, 90.0}, true});
   }
   if (!trace.holds(kLine, line.success)) return std::nullopt;
@@ -84,27 +102,25 @@ std::optional<zelFit::TLineFitResult> fitTrackedLine(const std::vector<cv::Point
 }
 
 // The line of a first detection: its angle is bounded, and enough points must lie on it.
-std::optional<zelFit::TLineFitResult> fitFirstLine(const std::vector<cv::Point2f>& stripePts,
-                                                   const TWeldParams& params, const TTrace& trace,
-                                                   TScratch& scratch) {
-  const TAngleRange allowedDeg = params.angleRange4;
-  const double minShare = params.dPara3;
-  const TLent<TLinePara> line =
-      fitLineRansac(allowedDeg.min, allowedDeg.max, params.dPara2, minShare, stripePts, &scratch);
+std::optional<zelFit::TLineFitResult> fitFirstLine(const TGapCase& c) {
+  const TTrace& trace = c.frame.trace;
+  const TAngleRange allowedDeg = c.settings.stripeAngleDeg;
+  const double minShare = c.settings.minLineShare;
+  const TFittedLine line = fitLineRansac(
+      c.stripePts, {allowedDeg.min, allowedDeg.max, c.settings.lineTolerancePx, minShare}, c.frame.memory);
   trace.addLine({"stripe", line.k, line.b, line.inlierRatio, allowedDeg, line.isValid});
   if (!trace.holds(kLine, hasLine(line))) return std::nullopt;
   if (!trace.note(kLineShare, line.inlierRatio, minShare, line.isValid)) return std::nullopt;
   return zelFit::TLineFitResult{line.k, line.b, true};
 }
 
-std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, const TWeldParams& params,
-                                    bool isTracking, const TTrace& trace, TScratch& scratch) {
+std::optional<cv::Point2f> findSeam(const TGapCase& c, bool isTracking) {
+  const TTrace& trace = c.frame.trace;
   const TStageTimer timer(trace, "seam");
-  if (!trace.passes(kStripePoints, stripePts.size(), kMinFitPoints)) return std::nullopt;
-  const auto line = isTracking ? fitTrackedLine(stripePts, params, trace, scratch)
-                               : fitFirstLine(stripePts, params, trace, scratch);
+  if (!trace.passes(kStripePoints, c.stripePts.size(), kMinFitPoints)) return std::nullopt;
+  const auto line = isTracking ? fitTrackedLine(c) : fitFirstLine(c);
   if (!line) return std::nullopt;
-  const std::optional<cv::Point2f> seam = locateLineGap(*line, stripePts, params, trace);
+  const std::optional<cv::Point2f> seam = locateLineGap(c, *line);
   if (!seam) return std::nullopt;
   trace.addTestedPoint(*seam);
   // Deliberate: a seam in the first row or column counts as not found.
@@ -114,18 +130,13 @@ std::optional<cv::Point2f> findSeam(const std::vector<cv::Point2f>& stripePts, c
 
 }  // namespace
 
-TWeldLineRes detectGapSeam(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                           const cv::Mat& searchMask) {
-  const TWeldParams params = object.getWeldParameters();
-  TLentList<cv::Point2f> centres = extractStripe(object, image, prevRes, searchMask);
-  const auto seam = findSeam(centres, params, prevRes.isFound, object.trace, object.scratch);
-  TWeldLineRes result;
-  result.stripePts = std::move(centres);
-  if (seam) {
-    result.isFound = true;
-    result.weldPos = *seam;
-  }
-  return result;
+TSeam findGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  const TGapCase gapCase{frame, stripe.points, TGapSettings::of(frame.params)};
+  const auto found = findSeam(gapCase, previous.isFound);
+  TSeam seam(TPoints(stripe.points, frame.memory));
+  seam.isFound = found.has_value();
+  if (found) seam.pos = *found;
+  return seam;
 }
 
 }  // namespace weld

@@ -1,10 +1,8 @@
 #include "detectors/piece_end.h"
 
-#include "geometry/groove.h"
 #include "geometry/piece_fit.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace weld {
 
@@ -14,13 +12,15 @@ constexpr std::size_t kPointsNearEnd = 100;
 constexpr double kBandTop = 0.3;  // share of the image height
 constexpr double kBandBottom = 0.7;
 
-constexpr TCheck kRefit{TWeldOutcome::endNotRefitted, "line near the end of the piece"};
+constexpr TCheck kRefit{
+    {25, TWeldOutcome::fitTooWeak, "end of a piece", "no line through the points near the end of a piece"},
+    "line near the end of the piece"};
 
 bool isOutsideMiddleBand(int row, int rows) {
   return rows * kBandTop > row || row > rows * kBandBottom;
 }
 
-void reportRefit(const TPieceEnd& end, const TStripePiece& refitted, const TTrace& trace) {
+void reportRefit(const TPieceEnd& end, const TPiece& refitted, const TTrace& trace) {
   if (!trace) return;
   const double share = static_cast<double>(refitted.fitPts.size()) / static_cast<double>(refitted.pts.size());
   trace.addLine(
@@ -29,34 +29,28 @@ void reportRefit(const TPieceEnd& end, const TStripePiece& refitted, const TTrac
 
 }  // namespace
 
-TLentList<cv::Point2f> lastPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  TLentList<cv::Point2f> last(scratch, kPointsNearEnd);
-  last.assign(points.end() - static_cast<std::ptrdiff_t>(std::min(points.size(), kPointsNearEnd)), points.end());
-  return last;
+TPointView lastPoints(TPointView points) {
+  const std::size_t count = std::min(points.size(), kPointsNearEnd);
+  return points.part(points.size() - count, count);
 }
 
 // Deliberate: the last point is left out of a short list, unlike in lastPoints.
-TLentList<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  const std::size_t count = points.empty() ? 0 : std::min(points.size() - 1, kPointsNearEnd);
-  TLentList<cv::Point2f> first(scratch, kPointsNearEnd);
-  first.assign(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(count));
-  return first;
+TPointView firstPoints(TPointView points) {
+  return points.part(0, points.empty() ? 0 : std::min(points.size() - 1, kPointsNearEnd));
 }
 
-std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, TPieceEnd end,
-                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
-                                          const TWeldParams& params, const TTrace& trace, TScratch* scratch) {
-  float k = piece.k;
-  float b = piece.b;
-  if (isOutsideMiddleBand(end.bandRow, image.rows)) {
-    const TLent<TStripePiece> refitted = fitPiece(std::move(end.pointsNearEnd), kPieceFitTolPx, scratch);
-    if (!trace.holds(kRefit, refitted.isFitted)) return std::nullopt;
-    k = refitted.k;
-    b = refitted.b;
-    reportRefit(end, refitted, trace);
+std::optional<cv::Point2f> refinePieceEnd(const TFrame& frame, const TPiece& piece, const TPieceEnd& end,
+                                          TPointView supportPts, const TGrooveRule& rule) {
+  TRoughPos rough{cv::Point2f(end.roughPos), piece.k, piece.b};
+  if (isOutsideMiddleBand(end.bandRow, frame.image.rows)) {
+    TPoints nearEnd(end.pointsNearEnd.begin(), end.pointsNearEnd.end(), frame.memory);
+    const TPiece refitted = fitPiece(std::move(nearEnd), kPieceFitTolPx, frame.memory);
+    if (!frame.trace.holds(kRefit, refitted.isFitted)) return std::nullopt;
+    rough.k = refitted.k;
+    rough.b = refitted.b;
+    reportRefit(end, refitted, frame.trace);
   }
-  return refineGroovePos(supportPts, cv::Point2f(end.roughPos), k, b, image, params.dPara2, params.dPara1,
-                         scratch);
+  return refineGroovePos(frame, supportPts, rough, rule);
 }
 
 }  // namespace weld

@@ -1,14 +1,11 @@
 // What lap and plate share: their segmentation, and the corner at the end of a straight piece.
 #pragma once
 
-#include "zelWeldDetect.h"
-
+#include "geometry/groove.h"
+#include "geometry/piece.h"
 #include "geometry/segmentation.h"
 
-#include <opencv2/core.hpp>
-
 #include <optional>
-#include <vector>
 
 namespace weld {
 
@@ -16,22 +13,21 @@ inline constexpr TMergeLimits kPlateMergeLimits{10.0F, 200.0F, 20.0F};
 
 // One end of a straight piece, and what its corner is found with.
 struct TPieceEnd {
-  const char* name = "";                 // in traces
-  cv::Point roughPos;                    // where the piece ends
-  int bandRow = 0;                       // outside the middle of the image the line is refitted near the end
-  TLentList<cv::Point2f> pointsNearEnd;  // what it is refitted from
+  const char* name = "";     // in traces
+  cv::Point roughPos;        // where the piece ends
+  int bandRow = 0;           // outside the middle of the image the line is refitted near the end
+  TPointView pointsNearEnd;  // what it is refitted from
 };
 
 // The last points of a list, at most 100.
-TLentList<cv::Point2f> lastPoints(const std::vector<cv::Point2f>& points, TScratch* scratch = nullptr);
+TPointView lastPoints(TPointView points);
 
 // The first points of a list, at most 100 and never the last one.
-TLentList<cv::Point2f> firstPoints(const std::vector<cv::Point2f>& points, TScratch* scratch = nullptr);
+TPointView firstPoints(TPointView points);
 
 // Corner of the piece at that end: the end moved along the line to where the lit stripe stops. Nothing when the
 // refit fails; the marker (-1, -1) when the line has too little support.
-std::optional<cv::Point2f> refinePieceEnd(const TStripePiece& piece, TPieceEnd end,
-                                          const std::vector<cv::Point2f>& supportPts, const cv::Mat& image,
-                                          const TWeldParams& params, const TTrace& trace, TScratch* scratch);
+std::optional<cv::Point2f> refinePieceEnd(const TFrame& frame, const TPiece& piece, const TPieceEnd& end,
+                                          TPointView supportPts, const TGrooveRule& rule);
 
 }  // namespace weld

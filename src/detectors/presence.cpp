@@ -1,7 +1,5 @@
 #include "detectors/presence.h"
 
-#include "detectors/stripe_front_end.h"
-
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -12,10 +10,15 @@ namespace {
 
 constexpr float kMinChange = 0.2F;
 
-constexpr TCheck kStripePoints = countCheck(TWeldOutcome::noStripe, "stripe points", TRule::atLeast);
+constexpr TCheck kAnyPoints =
+    countCheck({6, TWeldOutcome::noStripe, "stripe", "no stripe"}, "stripe points", TRule::atLeast);
 constexpr TCheck kPointsBefore =
-    countCheck(TWeldOutcome::stripeChanged, "stripe points in the last frame", TRule::atLeast);
-constexpr TCheck kSteadyCount{TWeldOutcome::stripeChanged, "steady number of stripe points"};
+    countCheck({7, TWeldOutcome::changedTooMuch, "stripe",
+                "a half to two thirds of the stripe points gone since the last frame"},
+               "stripe points in the last frame", TRule::atLeast);
+constexpr TCheck kSteadyCount{{7, TWeldOutcome::changedTooMuch, "stripe",
+                               "a half to two thirds of the stripe points gone since the last frame"},
+                              "steady number of stripe points"};
 
 // Deliberate: the quotient of the counts is an integer, truncated toward zero.
 bool isCountSteady(std::size_t countNow, std::size_t countBefore) {
@@ -25,29 +28,17 @@ bool isCountSteady(std::size_t countNow, std::size_t countBefore) {
   return std::abs(static_cast<float>(std::abs(quotient)) - 1.0F) > kMinChange;
 }
 
-TLentList<cv::Point2f> extractPoints(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                                     const cv::Mat& searchMask) {
-  const TWeldParams params = object.getWeldParameters();
-  const bool usesRidges = params.flagPara1;
-  const bool searchesNearPrevious = params.flagPara2;
-  if (usesRidges) return extractRidgeStripe(object, image, TSearchPath::first);
-  if (searchesNearPrevious) return extractStripe(object, image, prevRes, searchMask);
-  return extractWholeStripe(object, image, searchMask);
-}
-
 }  // namespace
 
-TWeldLineRes checkStripePresence(TDetectorObject& object, const cv::Mat& image, const TWeldLineRes& prevRes,
-                                 const cv::Mat& searchMask) {
-  TWeldLineRes result;
-  result.stripePts = extractPoints(object, image, prevRes, searchMask);
-  const TTrace& trace = object.trace;
-  const std::size_t now = result.stripePts.size();
-  const std::size_t before = prevRes.stripePts.size();
-  result.isFound = trace.passes(kStripePoints, now, std::size_t{1}) &&
-                   trace.passes(kPointsBefore, before, std::size_t{1}) &&
-                   trace.holds(kSteadyCount, isCountSteady(now, before));
-  return result;
+TSeam findPresence(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  const TTrace& trace = frame.trace;
+  const std::size_t now = stripe.points.size();
+  const std::size_t before = previous.stripePts.size();
+  TSeam seam(TPoints(stripe.points, frame.memory));
+  seam.isFound = trace.passes(kAnyPoints, now, std::size_t{1}) &&
+                 trace.passes(kPointsBefore, before, std::size_t{1}) &&
+                 trace.holds(kSteadyCount, isCountSteady(now, before));
+  return seam;
 }
 
 }  // namespace weld

@@ -1,6 +1,7 @@
 #include "geometry/groove.h"
 
 #include "geometry/line_fitting.h"
+#include "support/arena.h"
 #include "support/grey_image.h"
 #include "support/image_test.h"
 #include "support/line_math.h"
@@ -30,7 +31,7 @@ struct TDrop {
   int grey = 0;
 };
 
-int anchorIndex(const std::vector<cv::Point2f>& support, float roughX) {
+int anchorIndex(TPointView support, float roughX) {
   const int last = static_cast<int>(support.size()) - 1;
   for (int i = 0; i < last; ++i) {
     if (support[i].x <= roughX && roughX <= support[i + 1].x) return i;
@@ -43,7 +44,7 @@ int columnsBetween(int lo, int hi) {
 }
 
 // From the position across the nearer end of the support.
-TProfileRange profileRange(const std::vector<cv::Point2f>& support, float roughX, int cols) {
+TProfileRange profileRange(TPointView support, float roughX, int cols) {
   const int anchor = anchorIndex(support, roughX);
   const bool runsToFirst = anchor < static_cast<int>(support.size()) - anchor;
   if (runsToFirst) {
@@ -60,15 +61,14 @@ float lineRow(float k, float b, int x) {
   return k * static_cast<float>(x) + b;
 }
 
-// Pixels along the line, in one row whose memory is the list.
-cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, float k, float b,
-                      std::vector<unsigned char>& memory) {
-  memory.resize(static_cast<std::size_t>(range.count) * image.elemSize());
-  cv::Mat pixels(1, range.count, image.type(), memory.data());
+// Pixels along the line, in one row that lies in the buffer.
+cv::Mat sampleProfile(const cv::Mat& image, const TProfileRange& range, const TRoughPos& line,
+                      const TBuffer<unsigned char>& row) {
+  cv::Mat pixels(1, range.count, image.type(), row.data());
   for (int i = 0; i < range.count; ++i) {
     const int x = range.firstX + i * range.step;
-    const int row = std::clamp(truncToInt(lineRow(k, b, x)), 0, image.rows - 1);
-    std::memcpy(pixels.ptr(0, i), image.ptr(row, x), image.elemSize());
+    const int y = std::clamp(truncToInt(lineRow(line.k, line.b, x)), 0, image.rows - 1);
+    std::memcpy(pixels.ptr(0, i), image.ptr(y, x), image.elemSize());
   }
   return pixels;
 }
@@ -87,20 +87,22 @@ TDrop steepestDrop(const cv::Mat& profile) {
 
 }  // namespace
 
-cv::Point2f refineGroovePos(const std::vector<cv::Point2f>& stripePts, cv::Point2f roughPos, float k, float b,
-                            const cv::Mat& image, double supportDistPx, double minDrop, TScratch* scratch) {
-  const TLentList<cv::Point2f> support =
-      selectLineInliers(static_cast<double>(k), static_cast<double>(b), supportDistPx, stripePts, scratch);
+cv::Point2f refineGroovePos(const TFrame& frame, TPointView stripePts, const TRoughPos& rough,
+                            const TGrooveRule& rule) {
+  const cv::Mat& image = frame.image;
+  const TPoints support = selectLineInliers(static_cast<double>(rough.k), static_cast<double>(rough.b),
+                                            rule.supportDistPx, stripePts, frame.memory);
   if (support.size() < kMinSupport || !hasPixels(image)) return kNoGroovePos;
   requireReadable(image);
-  const TProfileRange range = profileRange(support, roughPos.x, image.cols);
+  const TProfileRange range = profileRange(support, rough.pos.x, image.cols);
   if (range.count < kMinSamples) return kNoGroovePos;
-  TLentList<unsigned char> pixelMemory(scratch, 0);
-  TLentList<unsigned char> greyMemory(scratch, 0);
-  const TDrop drop = steepestDrop(toGrey(sampleProfile(image, range, k, b, pixelMemory), greyMemory));
-  if (!(static_cast<double>(drop.grey) > minDrop)) return roughPos;
+  const auto samples = static_cast<std::size_t>(range.count);
+  const TBuffer<unsigned char> pixels(frame.memory, samples * image.elemSize());
+  const TBuffer<unsigned char> greys(frame.memory, samples);
+  const TDrop drop = steepestDrop(toGrey(sampleProfile(image, range, rough, pixels), greys));
+  if (!(static_cast<double>(drop.grey) > rule.minDrop)) return rough.pos;
   const int x = range.firstX + drop.index * range.step;
-  return {static_cast<float>(x), lineRow(k, b, x)};
+  return {static_cast<float>(x), lineRow(rough.k, rough.b, x)};
 }
 
 }  // namespace weld

@@ -24,69 +24,66 @@ double distanceTo(double k, double b, const TPoint& p) {
 }
 
 template <typename TPoint>
-void appendNear(double k, double b, double distTolPx, const std::vector<TPoint>& points,
-                std::vector<TPoint>& inliers) {
+void appendNear(double k, double b, double distTolPx, TView<TPoint> points, TList<TPoint>& inliers) {
+  inliers.reserve(points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(inliers),
                [&](const TPoint& p) { return distanceTo(k, b, p) < distTolPx; });
 }
 
-double ratioOf(const std::vector<cv::Point2f>& part, const std::vector<cv::Point2f>& whole) {
+double ratioOf(TPointView part, TPointView whole) {
   return static_cast<double>(part.size()) / static_cast<double>(whole.size());
 }
 
-std::vector<cv::Point> roundPoints(const std::vector<cv::Point2f>& points, int startIdx, int endIdx) {
-  std::vector<cv::Point> rounded;
-  rounded.reserve(static_cast<std::size_t>(endIdx - startIdx));
-  std::transform(points.begin() + startIdx, points.begin() + endIdx, std::back_inserter(rounded), roundPoint);
+TList<cv::Point> roundPoints(TPointView points, TMemory* memory) {
+  TList<cv::Point> rounded(points.size(), memory);
+  std::transform(points.begin(), points.end(), rounded.begin(), roundPoint);
   return rounded;
 }
 
 }  // namespace
 
-zelFit::TLineFitResult fitRobust(const std::vector<cv::Point>& points, double tolPx, TScratch* scratch) {
-  zelFit::TLineFitFactory factory(scratch);
+zelFit::TLineFitResult fitRobust(TIntPointView points, double tolPx, TMemory* memory) {
+  zelFit::TLineFitFactory factory(memory);
   factory.createFitType_robustLine(points, kRobustMethod, tolPx);
   return factory.result();
 }
 
-TLentList<cv::Point> toIntPoints(const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  TLentList<cv::Point> truncated(scratch, points.size());
-  truncated.resize(points.size());
+TList<cv::Point> toIntPoints(TPointView points, TMemory* memory) {
+  TList<cv::Point> truncated(points.size(), memory);
   std::transform(points.begin(), points.end(), truncated.begin(), truncPoint);
   return truncated;
 }
 
-TLentList<cv::Point2f> selectLineInliers(double k, double b, double distTolPx,
-                                         const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  TLentList<cv::Point2f> inliers(scratch, points.size());
+TPoints selectLineInliers(double k, double b, double distTolPx, TPointView points, TMemory* memory) {
+  TPoints inliers(memory);
   appendNear(k, b, distTolPx, points, inliers);
   return inliers;
 }
 
-TLentList<cv::Point> selectLineInliers(double k, double b, double distTolPx, const std::vector<cv::Point>& points,
-                                       TScratch* scratch) {
-  TLentList<cv::Point> inliers(scratch, points.size());
+TList<cv::Point> selectLineInliers(double k, double b, double distTolPx, TIntPointView points, TMemory* memory) {
+  TList<cv::Point> inliers(memory);
   appendNear(k, b, distTolPx, points, inliers);
   return inliers;
 }
 
-TLentList<cv::Point2f> selectLineOutliers(double k, double b, double distTolPx,
-                                          const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  TLentList<cv::Point2f> outliers(scratch, points.size());
+TPoints selectLineOutliers(double k, double b, double distTolPx, TPointView points, TMemory* memory) {
+  TPoints outliers(memory);
+  outliers.reserve(points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(outliers),
                [&](cv::Point2f p) { return distanceTo(k, b, p) > distTolPx; });
   return outliers;
 }
 
-double lineShare(double k, double b, double distTolPx, const std::vector<cv::Point>& points) {
+double lineShare(double k, double b, double distTolPx, TIntPointView points) {
   if (points.empty()) return 0.0;
   const auto near =
       std::count_if(points.begin(), points.end(), [&](cv::Point p) { return distanceTo(k, b, p) < distTolPx; });
   return static_cast<double>(near) / static_cast<double>(points.size());
 }
 
-TLentList<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  TLentList<cv::Point2f> thinned(scratch, kMaxThinnedPoints + 1);
+TPoints thinPointsByX(TPointView points, TMemory* memory) {
+  TPoints thinned(memory);
+  thinned.reserve(kMaxThinnedPoints + 1);
   if (points.size() < kThinFrom) {
     thinned.assign(points.begin(), points.end());
     return thinned;
@@ -100,65 +97,66 @@ TLentList<cv::Point2f> thinPointsByX(const std::vector<cv::Point2f>& points, TSc
   return thinned;
 }
 
-zelFit::TLineFitResult fitStripePoints(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
+zelFit::TLineFitResult fitStripePoints(TPointView points, double tolPx, TMemory* memory) {
   if (points.size() < kMinFitPoints) return {};
-  return fitRobust(toIntPoints(points, scratch), tolPx, scratch);
+  return fitRobust(toIntPoints(points, memory), tolPx, memory);
 }
 
-bool isSureToFit(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
+bool isSureToFit(TPointView points, double tolPx, TMemory* memory) {
   using zelFit::TLineFitFactory;
   if (points.size() < kMinFitPoints) return false;
-  const auto few = zelFit::pickEvenly(points, TLineFitFactory::kFewPoints, scratch);
-  return TLineFitFactory(scratch).isSureOfRobustLine(toIntPoints(few, scratch), tolPx);
+  const TPoints few = zelFit::pickEvenly(points, TLineFitFactory::kFewPoints, memory);
+  return TLineFitFactory(memory).isSureOfRobustLine(toIntPoints(few, memory), tolPx);
 }
 
-TLent<TLinePara> fitLine(const std::vector<cv::Point2f>& points, double tolPx, TScratch* scratch) {
-  const zelFit::TLineFitResult fit = fitStripePoints(points, tolPx, scratch);
-  TLent<TLinePara> line(scratch, points.size());
+TFittedLine fitLine(TPointView points, double tolPx, TMemory* memory) {
+  const zelFit::TLineFitResult fit = fitStripePoints(points, tolPx, memory);
+  TFittedLine line(memory);
   if (!fit.success) {
-    line.inlierPts.assign(points.begin(), points.end());
+    line.inliers.assign(points.begin(), points.end());
     return line;
   }
   line.k = fit.slope;
   line.b = fit.intercept;
   line.isValid = true;
-  appendNear(line.k, line.b, tolPx, points, line.inlierPts);
-  line.inlierRatio = ratioOf(line.inlierPts, points);
+  appendNear(line.k, line.b, tolPx, points, line.inliers);
+  line.inlierRatio = ratioOf(line.inliers, points);
   return line;
 }
 
 // Deliberate: the range is rounded, while the refit and the whole-list form truncate.
-TLinePara fitLineRange(const std::vector<cv::Point2f>& points, int startIdx, int endIdx, double tolPx) {
-  const bool isInside = startIdx >= 0 && endIdx >= 0 && static_cast<std::size_t>(endIdx) <= points.size();
-  if (!isInside || endIdx - startIdx < static_cast<int>(kMinFitPoints)) return {};
-  const zelFit::TLineFitResult first = fitRobust(roundPoints(points, startIdx, endIdx), tolPx);
-  if (!first.success) return {};
-  TLinePara line;
-  line.inlierPts = selectLineInliers(first.slope, first.intercept, tolPx, points);
-  line.inlierRatio = ratioOf(line.inlierPts, points);
-  const zelFit::TLineFitResult second = fitRobust(toIntPoints(line.inlierPts), tolPx);
+TFittedLine fitLineRange(TPointView points, cv::Range range, double tolPx, TMemory* memory) {
+  TFittedLine line(memory);
+  const bool isInside = range.start >= 0 && range.end >= 0 && static_cast<std::size_t>(range.end) <= points.size();
+  if (!isInside || range.end - range.start < static_cast<int>(kMinFitPoints)) return line;
+  const TPointView part =
+      points.part(static_cast<std::size_t>(range.start), static_cast<std::size_t>(range.size()));
+  const zelFit::TLineFitResult first = fitRobust(roundPoints(part, memory), tolPx, memory);
+  if (!first.success) return line;
+  line.inliers = selectLineInliers(first.slope, first.intercept, tolPx, points, memory);
+  line.inlierRatio = ratioOf(line.inliers, points);
+  const zelFit::TLineFitResult second = fitRobust(toIntPoints(line.inliers, memory), tolPx, memory);
   line.k = second.slope;
   line.b = second.intercept;
   line.isValid = second.success;
   return line;
 }
 
-TLent<TLinePara> fitLineRansac(double angleFromDeg, double angleToDeg, double distTolPx, double minFitRatio,
-                               const std::vector<cv::Point2f>& points, TScratch* scratch) {
-  if (points.size() < kMinFitPoints) return {};
-  const double angleCentre = (angleFromDeg + angleToDeg) / 2.0;
-  const double angleHalfRange = std::abs(angleCentre - angleFromDeg);
-  zelFit::TLineFitFactory factory(scratch);
-  factory.createFitType_ransacLine(toIntPoints(thinPointsByX(points, scratch), scratch), angleCentre, distTolPx,
+TFittedLine fitLineRansac(TPointView points, const TConsensusRule& rule, TMemory* memory) {
+  TFittedLine line(memory);
+  if (points.size() < kMinFitPoints) return line;
+  const double angleCentre = (rule.angleFromDeg + rule.angleToDeg) / 2.0;
+  const double angleHalfRange = std::abs(angleCentre - rule.angleFromDeg);
+  zelFit::TLineFitFactory factory(memory);
+  factory.createFitType_ransacLine(toIntPoints(thinPointsByX(points, memory), memory), angleCentre, rule.distTolPx,
                                    kRansacFactor, angleHalfRange, true);
-  TLent<TLinePara> line(scratch, points.size());
   line.k = factory.result().slope;
   line.b = factory.result().intercept;
   if (!factory.result().success) return line;
-  appendNear(line.k, line.b, distTolPx, points, line.inlierPts);
-  line.inlierRatio = ratioOf(line.inlierPts, points);
+  appendNear(line.k, line.b, rule.distTolPx, points, line.inliers);
+  line.inlierRatio = ratioOf(line.inliers, points);
   // Deliberate: a line with too small a share is still returned, only marked invalid.
-  line.isValid = !(minFitRatio > line.inlierRatio);
+  line.isValid = !(rule.minFitRatio > line.inlierRatio);
   return line;
 }
 

@@ -13,15 +13,14 @@ namespace weld {
 
 namespace {
 
-void setEnds(TStripePiece& piece) {
+void setEnds(TPiece& piece) {
   piece.isFitted = true;
-  piece.lineState = 1;
   piece.startPt = roundPoint(piece.pts.front());
   piece.endPt = roundPoint(piece.pts.back());
 }
 
 // Mean and largest distance of all points, and the points nearer than the tolerance.
-void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
+void measureResiduals(double k, double b, float fitTolPx, TPiece& piece) {
   double sum = 0.0;
   piece.maxDist = 0.0F;
   piece.fitPts.reserve(piece.pts.size());
@@ -37,15 +36,14 @@ void measureResiduals(double k, double b, float fitTolPx, TStripePiece& piece) {
 
 }  // namespace
 
-TLent<TStripePiece> fitPiece(TLentList<cv::Point2f> points, float fitTolPx, TScratch* scratch) {
-  TLent<TStripePiece> piece(scratch, 0);
-  piece.pts.swap(points);
-  completePiece(fitTolPx, piece, scratch);
+TPiece fitPiece(TPoints points, float fitTolPx, TMemory* memory) {
+  TPiece piece(std::move(points));
+  completePiece(fitTolPx, piece, memory);
   return piece;
 }
 
-void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch) {
-  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx), scratch);
+void completePiece(float fitTolPx, TPiece& piece, TMemory* memory) {
+  const zelFit::TLineFitResult fit = fitStripePoints(piece.pts, static_cast<double>(fitTolPx), memory);
   if (!fit.success) return;
   measureResiduals(fit.slope, fit.intercept, fitTolPx, piece);
   piece.k = static_cast<float>(fit.slope);
@@ -53,40 +51,30 @@ void completePiece(float fitTolPx, TStripePiece& piece, TScratch* scratch) {
   setEnds(piece);
 }
 
-void absorbPiece(const std::vector<cv::Point2f>& points, float fitTolPx, TStripePiece& piece, TScratch* scratch) {
-  TStripePiece joined;
-  joined.pts.swap(piece.pts);
-  joined.pts.insert(joined.pts.end(), points.begin(), points.end());
-  joined.fitPts.swap(piece.fitPts);
-  joined.fitPts.clear();
-  std::swap(piece, joined);
-  if (isSureToFit(piece.pts, static_cast<double>(fitTolPx), scratch)) setEnds(piece);
+void absorbPiece(TPointView points, float fitTolPx, TPiece& piece, TMemory* memory) {
+  TPoints joined = std::move(piece.pts);
+  joined.insert(joined.end(), points.begin(), points.end());
+  piece = TPiece(std::move(joined));
+  if (isSureToFit(piece.pts, static_cast<double>(fitTolPx), memory)) setEnds(piece);
 }
 
-double pieceLength(const TStripePiece& piece) {
+double pieceLength(const TPiece& piece) {
   const double dx = static_cast<double>(piece.endPt.x) - piece.startPt.x;
   const double dy = static_cast<double>(piece.endPt.y) - piece.startPt.y;
   return std::sqrt(dx * dx + dy * dy);
 }
 
-double pieceAngleDeg(const TStripePiece& piece) {
+double pieceAngleDeg(const TPiece& piece) {
   const auto angle = static_cast<float>(arcTangent(static_cast<double>(piece.k)));
   return static_cast<double>(angle) * kDegPerRad;
 }
 
-TLentList<cv::Point2f> joinPoints(const std::vector<cv::Point2f>& first, const std::vector<cv::Point2f>& second,
-                                  TScratch* scratch) {
-  TLentList<cv::Point2f> joined(scratch, first.size() + second.size());
+TPoints joinPoints(TPointView first, TPointView second, TMemory* memory) {
+  TPoints joined(memory);
+  joined.reserve(first.size() + second.size());
   joined.insert(joined.end(), first.begin(), first.end());
   joined.insert(joined.end(), second.begin(), second.end());
   return joined;
-}
-
-void removePiece(std::vector<TStripePiece>& pieces, std::size_t index, TScratch* scratch) {
-  const auto removed = pieces.begin() + static_cast<std::ptrdiff_t>(index);
-  std::rotate(removed, removed + 1, pieces.end());
-  if (scratch != nullptr) scratch->give(pieces.back());
-  pieces.pop_back();
 }
 
 }  // namespace weld

@@ -23,13 +23,13 @@ double doubleArea(cv::Point2f from, cv::Point2f p, double dx, double dy) {
 // began.
 class TRing {
 public:
-  explicit TRing(const std::vector<cv::Point2f>& ringPoints) : points(ringPoints) {}
+  explicit TRing(TPointView ringPoints) : points(ringPoints) {}
 
   int count() const { return static_cast<int>(points.size()); }
   cv::Point2f operator[](int i) const { return points[i < count() ? static_cast<std::size_t>(i) : 0]; }
 
 private:
-  const std::vector<cv::Point2f>& points;
+  TPointView points;
 };
 
 // The point between the two that is farthest from their chord, the first of equally far ones; none when it is
@@ -69,8 +69,7 @@ std::optional<int> farthestFromStart(const TRing& ring, double squaredTol) {
 
 // Splits stretches at their farthest points, left to right. Ends holds where the stretches to come end, the next
 // one last.
-void splitStretches(const TRing& ring, double squaredTol, std::vector<int>& ends,
-                    std::vector<cv::Point2f>& vertices) {
+void splitStretches(const TRing& ring, double squaredTol, TList<int>& ends, TPoints& vertices) {
   int first = 0;
   while (!ends.empty()) {
     const int last = ends.back();
@@ -97,7 +96,7 @@ bool isNearlyStraight(cv::Point2f before, cv::Point2f p, cv::Point2f after, doub
 }
 
 // Of two flat vertices in a row the second one stays.
-void dropFlatVertices(std::vector<cv::Point2f>& vertices, double squaredTol) {
+void dropFlatVertices(TPoints& vertices, double squaredTol) {
   const std::size_t count = vertices.size();
   std::size_t kept = 1;
   std::size_t i = 1;
@@ -111,15 +110,16 @@ void dropFlatVertices(std::vector<cv::Point2f>& vertices, double squaredTol) {
 
 }  // namespace
 
-TLentList<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx,
-                                        TScratch* scratch) {
-  TLentList<cv::Point> rounded(scratch, kUsualVertices);
+TList<cv::Point> approximatePolygon(TPointView points, double epsilonPx, TMemory* memory) {
+  TList<cv::Point> rounded(memory);
   const bool isUsableEpsilon = epsilonPx >= 0.0 && epsilonPx < kLargestEpsilonPx;
   if (points.empty() || !isUsableEpsilon) return rounded;
   const TRing ring(points);
   const double squaredTol = epsilonPx * epsilonPx;
-  TLentList<int> ends(scratch, kUsualVertices);
-  TLentList<cv::Point2f> vertices(scratch, kUsualVertices);
+  TList<int> ends(memory);
+  TPoints vertices(memory);
+  ends.reserve(kUsualVertices);
+  vertices.reserve(kUsualVertices);
   if (ring[0] != ring[ring.count() - 1]) {
     ends.push_back(ring.count() - 1);
     splitStretches(ring, squaredTol, ends, vertices);
@@ -132,7 +132,8 @@ TLentList<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, 
     vertices.push_back(points.front());
   }
   dropFlatVertices(vertices, squaredTol);
-  std::transform(vertices.begin(), vertices.end(), std::back_inserter(rounded), roundPoint);
+  rounded.resize(vertices.size());
+  std::transform(vertices.begin(), vertices.end(), rounded.begin(), roundPoint);
   return rounded;
 }
 

@@ -1,11 +1,7 @@
 // The stripe as a polygon of few vertices.
 #pragma once
 
-#include "support/scratch.h"
-
-#include <opencv2/core.hpp>
-
-#include <vector>
+#include "support/list.h"
 
 namespace weld {
 
@@ -13,7 +9,6 @@ namespace weld {
 // 1973), rounded to the nearest pixel, less those nearly on the line of their neighbours. Bit for bit those of
 // cv::approxPolyDP, which takes its memory anew every time. The points must be finite. Empty when there is no
 // point or epsilonPx is outside 0 .. 1e9; a stretch whose ends coincide counts as straight.
-TLentList<cv::Point> approximatePolygon(const std::vector<cv::Point2f>& points, double epsilonPx,
-                                        TScratch* scratch = nullptr);
+TList<cv::Point> approximatePolygon(TPointView points, double epsilonPx, TMemory* memory);
 
 }  // namespace weld

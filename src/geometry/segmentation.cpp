@@ -18,44 +18,46 @@ constexpr std::size_t kMinStripePoints = 20;
 constexpr std::size_t kMinPieceInliers = 10;  // a piece needs more
 constexpr int kMaxMergePasses = 101;
 
-constexpr std::size_t kUsualPieces = 8;
-
-constexpr TCheck kEnoughPoints = countCheck(TWeldOutcome::tooFewCentres, "smoothed stripe points", TRule::atLeast);
+constexpr TCheck kEnoughPoints = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
+                                            "smoothed stripe points", TRule::atLeast);
 
 // Deliberate: a point in a vertex's column belongs to neither neighbour.
-TLentList<TStripePiece> fitBetweenPolygonVertices(const std::vector<cv::Point2f>& points, float polyEpsilonPx,
-                                                  TScratch* scratch) {
-  const TLentList<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx), scratch);
-  TLentList<TStripePiece> pieces(scratch, kUsualPieces);
+TPieces fitBetweenPolygonVertices(TPointView points, float polyEpsilonPx, TMemory* memory) {
+  const TList<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx), memory);
+  TPieces pieces(memory);
+  pieces.reserve(std::max<std::size_t>(vertices.size(), 1) - 1);
   const bool doColumnsAscend =
       std::is_sorted(points.begin(), points.end(), [](auto a, auto b) { return a.x < b.x; });
   for (std::size_t j = 0; j + 1 < vertices.size(); ++j) {
-    TLent<TStripePiece> piece =
-        fitPiece(pointsBetween(points, vertices[j].x, vertices[j + 1].x, scratch, doColumnsAscend), kPieceFitTolPx,
-                 scratch);
+    const TColumnRange columns{vertices[j].x, vertices[j + 1].x};
+    TPiece piece = fitPiece(pointsBetween(points, columns, doColumnsAscend, memory), kPieceFitTolPx, memory);
     if (piece.isFitted && piece.fitPts.size() > kMinPieceInliers) pieces.push_back(std::move(piece));
   }
   return pieces;
 }
 
 // Height of the higher of the two inner ends over the chord from the first start to the second end.
-float jointHeight(const TStripePiece& first, const TStripePiece& second) {
+float jointHeight(const TPiece& first, const TPiece& second) {
   return std::max(heightOverChord(first.startPt, second.endPt, first.endPt),
                   heightOverChord(first.startPt, second.endPt, second.startPt));
 }
 
-bool areOne(const TStripePiece& first, const TStripePiece& second, const TMergeLimits& limits) {
-  if (!first.isFitted || !second.isFitted) return false;
-  const cv::Point2f gap = cv::Point2f(first.endPt) - cv::Point2f(second.startPt);
-  const bool isNear = std::abs(gap.x) < limits.gapXPx && std::abs(gap.y) < limits.gapYPx;
-  return isNear && jointHeight(first, second) < limits.heightPx;
+void reportPieces(const TPieces& pieces, const TTrace& trace) {
+  if (!trace) return;
+  trace.attempt().pieces.clear();
+  for (const TPiece& p : pieces) {
+    trace.attempt().pieces.push_back({p.startPt, p.endPt, static_cast<double>(p.k), static_cast<double>(p.b),
+                                      static_cast<std::int32_t>(p.pts.size()),
+                                      static_cast<std::int32_t>(p.fitPts.size()), static_cast<double>(p.meanDist),
+                                      static_cast<double>(p.maxDist), p.isFitted});
+  }
 }
 
 // Merges neighbours. Whether pieces are one depends on their ends alone, so that the line of a merged piece can
 // wait until it merges no further: at most one piece is but an outline so far, the one merged last.
 class TMerger {
 public:
-  TMerger(std::vector<TStripePiece>& stripePieces, TScratch* memory) : pieces(stripePieces), scratch(memory) {}
+  explicit TMerger(TPieces& stripePieces) : pieces(stripePieces), memory(pieces.get_allocator().resource()) {}
 
   // One merge per pass, found from the left. Pairs left of the last merge have not changed and would fail again,
   // so that a pass begins at the piece before the merged one. Pieces up to `last` are done with for now.
@@ -64,12 +66,12 @@ public:
     bool hasMerged = false;
     int merges = 0;
     while (merges < kMaxMergePasses) {
-      if (hasMerged && last > 0 && areOne(pieces[last - 1], pieces[last], limits)) {
+      if (hasMerged && last > 0 && areOnePiece(pieces[last - 1], pieces[last], limits)) {
         merge(last - 1, last);
         --last;
       } else if (next == pieces.size()) {
         break;
-      } else if (areOne(pieces[last], pieces[next], limits)) {
+      } else if (areOnePiece(pieces[last], pieces[next], limits)) {
         merge(last, next++);
         hasMerged = true;
       } else {
@@ -81,14 +83,14 @@ public:
     }
     while (next < pieces.size()) advance();
     complete();
-    dropMerged();
+    pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(last) + 1, pieces.end());
   }
 
 private:
   static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
   void merge(std::size_t first, std::size_t second) {
-    absorbPiece(pieces[second].pts, kPieceFitTolPx, pieces[first], scratch);
+    absorbPiece(pieces[second].pts, kPieceFitTolPx, pieces[first], memory);
     outline = first;
     if (!pieces[first].isFitted) complete();
   }
@@ -100,17 +102,12 @@ private:
   }
 
   void complete() {
-    if (outline != kNone) completePiece(kPieceFitTolPx, pieces[outline], scratch);
+    if (outline != kNone) completePiece(kPieceFitTolPx, pieces[outline], memory);
     outline = kNone;
   }
 
-  void dropMerged() {
-    for (std::size_t i = last + 1; i < pieces.size() && scratch != nullptr; ++i) scratch->give(pieces[i]);
-    pieces.resize(last + 1);
-  }
-
-  std::vector<TStripePiece>& pieces;
-  TScratch* scratch;
+  TPieces& pieces;
+  TMemory* memory;
   std::size_t last = 0;
   std::size_t next = 1;         // the piece behind it; those between have gone into others
   std::size_t outline = kNone;  // index of the piece
@@ -118,22 +115,20 @@ private:
 
 }  // namespace
 
-TLentList<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
-                                      float polyEpsilonPx, const TTrace& trace, TScratch* scratch) {
-  const TLentList<cv::Point2f> smoothed = cleanStripe(stripePts, trace, scratch);
-  if (!trace.passes(kEnoughPoints, smoothed.size(), kMinStripePoints)) return {};
-  TLentList<TStripePiece> pieces = fitBetweenPolygonVertices(smoothed, polyEpsilonPx, scratch);
-  TMerger(pieces, scratch).run(limits);
-  trace.setPieces(pieces);
-  return pieces;
+bool areOnePiece(const TPiece& first, const TPiece& second, const TMergeLimits& limits) {
+  if (!first.isFitted || !second.isFitted) return false;
+  const cv::Point2f gap = cv::Point2f(first.endPt) - cv::Point2f(second.startPt);
+  const bool isNear = std::abs(gap.x) < limits.gapXPx && std::abs(gap.y) < limits.gapYPx;
+  return isNear && jointHeight(first, second) < limits.heightPx;
 }
 
-bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,
-                    const TMergeLimits& limits, TScratch* scratch) {
-  if (!areOne(first, second, limits)) return false;
-  TLent<TStripePiece> joined = fitPiece(joinPoints(first.pts, second.pts, scratch), kPieceFitTolPx, scratch);
-  std::swap(merged, static_cast<TStripePiece&>(joined));
-  return true;
+TPieces segmentStripe(const TFrame& frame, TPointView stripePts, const TMergeLimits& limits, float polyEpsilonPx) {
+  const TPoints smoothed = cleanStripe(frame, stripePts);
+  if (!frame.trace.passes(kEnoughPoints, smoothed.size(), kMinStripePoints)) return TPieces(frame.memory);
+  TPieces pieces = fitBetweenPolygonVertices(smoothed, polyEpsilonPx, frame.memory);
+  TMerger(pieces).run(limits);
+  reportPieces(pieces, frame.trace);
+  return pieces;
 }
 
 }  // namespace weld

@@ -1,14 +1,8 @@
 // The stripe as a short list of straight pieces.
 #pragma once
 
-#include "zelWeldDetect.h"
-
-#include "support/scratch.h"
-#include "support/trace.h"
-
-#include <opencv2/core.hpp>
-
-#include <vector>
+#include "geometry/piece.h"
+#include "trace/frame.h"
 
 namespace weld {
 
@@ -22,12 +16,10 @@ struct TMergeLimits {
 inline constexpr float kPolygonEpsilonPx = 3.0F;
 
 // See TBaseWeld::segmentStripe.
-TLentList<TStripePiece> segmentStripe(const std::vector<cv::Point2f>& stripePts, const TMergeLimits& limits,
-                                      float polyEpsilonPx = kPolygonEpsilonPx, const TTrace& trace = {},
-                                      TScratch* scratch = nullptr);
+TPieces segmentStripe(const TFrame& frame, TPointView stripePts, const TMergeLimits& limits,
+                      float polyEpsilonPx = kPolygonEpsilonPx);
 
-// The two pieces as one, fitted anew; false leaves `merged` alone. A joint fit that fails still merges.
-bool tryMergePieces(const TStripePiece& first, const TStripePiece& second, TStripePiece& merged,
-                    const TMergeLimits& limits, TScratch* scratch = nullptr);
+// Whether two fitted neighbours are one piece.
+bool areOnePiece(const TPiece& first, const TPiece& second, const TMergeLimits& limits);
 
 }  // namespace weld

@@ -4,6 +4,7 @@
 #include "geometry/piece_fit.h"
 #include "geometry/polygon.h"
 #include "geometry/stripe_smoothing.h"
+#include "geometry/toolkit_records.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ constexpr float kMaxJointHeightPx = 6.0F;  // exclusive
 constexpr std::size_t kMinJumpPoints = 3;
 
 // Deliberate: an inner vertex is measured against the vertex before it, whether that one was kept or not.
-std::vector<int> selectVertexColumns(const std::vector<cv::Point>& vertices) {
+std::vector<int> selectVertexColumns(TIntPointView vertices) {
   std::vector<int> columns{vertices.front().x};
   for (std::size_t i = 1; i + 1 < vertices.size(); ++i) {
     const std::int64_t step = static_cast<std::int64_t>(vertices[i].x) - vertices[i - 1].x;
@@ -34,10 +35,10 @@ std::vector<int> selectVertexColumns(const std::vector<cv::Point>& vertices) {
   return columns;
 }
 
-cv::Point2f intersectionOf(const TLinePara& first, const TLinePara& second) {
-  const double dk = guardDivisor(static_cast<double>(static_cast<float>(second.k - first.k)));
-  const double x = (first.b - second.b) / dk;
-  return {static_cast<float>(x), static_cast<float>(first.k * x + first.b)};
+// Deliberate: the difference of the slopes is rounded to single precision.
+cv::Point2f crossingOf(const TLinePara& first, const TLinePara& second) {
+  const auto slopeStep = static_cast<double>(static_cast<float>(second.k - first.k));
+  return weld::crossingOf(TSlopeLine{first.k, first.b}, TSlopeLine{second.k, second.b}, slopeStep);
 }
 
 // Joins the first neighbours that are one line; false when there are none.
@@ -48,7 +49,7 @@ bool mergeFirstPair(std::vector<TSplitAtom>& atoms, double tolPx) {
     TLinePara line = combineLines(atom.line, next.line, atom.pts, next.pts, tolPx);
     if (!line.isValid) continue;
     atom.line = std::move(line);
-    atom.pts = joinPoints(atom.pts, next.pts);
+    atom.pts.insert(atom.pts.end(), next.pts.begin(), next.pts.end());
     atom.endX = next.endX;
     atoms.erase(atoms.begin() + static_cast<std::ptrdiff_t>(i) + 1);
     return true;
@@ -58,8 +59,8 @@ bool mergeFirstPair(std::vector<TSplitAtom>& atoms, double tolPx) {
 
 }  // namespace
 
-std::vector<TSplitAtom> splitWeldLine(const std::vector<cv::Point2f>& stripePts, double tolPx) {
-  std::vector<TSplitAtom> atoms = cutIntoSplitAtoms(stripePts);
+std::vector<TSplitAtom> splitWeldLine(const TFrame& frame, TPointView stripePts, double tolPx) {
+  std::vector<TSplitAtom> atoms = cutIntoSplitAtoms(frame, stripePts);
   if (atoms.size() < 2) return atoms;
   fuseSplitAtoms(atoms, tolPx);
   const auto isWeak = [](const TSplitAtom& atom) {
@@ -69,21 +70,22 @@ std::vector<TSplitAtom> splitWeldLine(const std::vector<cv::Point2f>& stripePts,
   return atoms;
 }
 
-std::vector<TSplitAtom> cutIntoSplitAtoms(const std::vector<cv::Point2f>& stripePts) {
+std::vector<TSplitAtom> cutIntoSplitAtoms(const TFrame& frame, TPointView stripePts) {
   std::vector<TSplitAtom> atoms;
-  const std::vector<cv::Point2f> smoothed = cleanStripe(stripePts);
-  const std::vector<cv::Point> vertices = approximatePolygon(smoothed, kPolygonEpsilonPx);
+  const TPoints smoothed = cleanStripe(frame, stripePts);
+  const TList<cv::Point> vertices = approximatePolygon(smoothed, kPolygonEpsilonPx, frame.memory);
   if (vertices.size() < kMinVertices) return atoms;
   const std::vector<int> columns = selectVertexColumns(vertices);
   if (columns.size() < kMinVertices) return atoms;
   for (std::size_t i = 0; i + 1 < columns.size(); ++i) {
-    atoms.push_back({pointsBetween(smoothed, columns[i], columns[i + 1]), columns[i], columns[i + 1], {}});
+    const TPoints pts = pointsBetween(smoothed, {columns[i], columns[i + 1]}, false, frame.memory);
+    atoms.push_back({toVector(pts), columns[i], columns[i + 1], TLinePara()});
   }
   return atoms;
 }
 
 void fuseSplitAtoms(std::vector<TSplitAtom>& atoms, double tolPx) {
-  for (TSplitAtom& atom : atoms) atom.line = fitLine(atom.pts, tolPx);
+  for (TSplitAtom& atom : atoms) atom.line = toLinePara(fitLine(atom.pts, tolPx, heapMemory()));
   if (atoms.size() == 1) return;
   const auto isEmpty = [](const TSplitAtom& atom) { return atom.pts.empty(); };
   atoms.erase(std::remove_if(atoms.begin(), atoms.end(), isEmpty), atoms.end());
@@ -95,9 +97,9 @@ TLinePara combineLines(const TLinePara& first, const TLinePara& second, const st
                        const std::vector<cv::Point2f>& secondPts, double tolPx) {
   if (!first.isValid || !second.isValid || first.inlierPts.empty() || second.inlierPts.empty()) return {};
   const float height =
-      heightOverChord(first.inlierPts.front(), second.inlierPts.back(), intersectionOf(first, second));
+      heightOverChord(first.inlierPts.front(), second.inlierPts.back(), crossingOf(first, second));
   if (!(height < kMaxJointHeightPx)) return {};
-  return fitLine(joinPoints(firstPts, secondPts), tolPx);
+  return toLinePara(fitLine(joinPoints(firstPts, secondPts, heapMemory()), tolPx, heapMemory()));
 }
 
 // Deliberate: the first point and the last two are never kept.

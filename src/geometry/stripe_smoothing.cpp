@@ -22,9 +22,9 @@ bool isUsable(cv::Point2f p) {
 
 }  // namespace
 
-TLentList<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, float slopeFactor,
-                                      TScratch* scratch) {
-  TLentList<cv::Point2f> kept(scratch, points.size());
+TPoints dropSteepJumps(TPointView points, float slopeFactor, TMemory* memory) {
+  TPoints kept(memory);
+  kept.reserve(points.size());
   if (points.empty()) return kept;
   kept.push_back(points.front());
   for (std::size_t i = 1; i < points.size(); ++i) {
@@ -35,11 +35,10 @@ TLentList<cv::Point2f> dropSteepJumps(const std::vector<cv::Point2f>& points, fl
 }
 
 // Deliberate: the window reaches three points back but only two ahead.
-TLentList<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points, TScratch* scratch) {
+TPoints smoothStripe(TPointView points, TMemory* memory) {
   const std::size_t count = points.size();
-  if (count >= kMinSmoothed && count < kMinAveraged) return {};
-  TLentList<cv::Point2f> smoothed(scratch, count);
-  smoothed.assign(points.begin(), points.end());
+  if (count >= kMinSmoothed && count < kMinAveraged) return TPoints(memory);
+  TPoints smoothed(points.begin(), points.end(), memory);
   for (std::size_t i = kWindowBefore; i + kWindowAfter < count; ++i) {
     cv::Point2f sum;
     for (std::size_t j = i - kWindowBefore; j <= i + kWindowAfter; ++j) sum += points[j];
@@ -48,27 +47,26 @@ TLentList<cv::Point2f> smoothStripe(const std::vector<cv::Point2f>& points, TScr
   return smoothed;
 }
 
-TLentList<cv::Point2f> cleanStripe(const std::vector<cv::Point2f>& points, const TTrace& trace,
-                                   TScratch* scratch) {
-  if (!std::all_of(points.begin(), points.end(), isUsable)) return {};
-  const TLentList<cv::Point2f> kept = dropSteepJumps(points, kJumpSlopeFactor, scratch);
-  trace.addFilter("steep jumps", points.size(), kept.size());
-  TLentList<cv::Point2f> smoothed = smoothStripe(kept, scratch);
-  trace.addFilter("smoothing", kept.size(), smoothed.size());
+TPoints cleanStripe(const TFrame& frame, TPointView points) {
+  if (!std::all_of(points.begin(), points.end(), isUsable)) return TPoints(frame.memory);
+  const TPoints kept = dropSteepJumps(points, kJumpSlopeFactor, frame.memory);
+  frame.trace.addFilter("steep jumps", points.size(), kept.size());
+  TPoints smoothed = smoothStripe(kept, frame.memory);
+  frame.trace.addFilter("smoothing", kept.size(), smoothed.size());
   return smoothed;
 }
 
-TLentList<cv::Point2f> pointsBetween(const std::vector<cv::Point2f>& points, int fromX, int toX, TScratch* scratch,
-                                     bool doColumnsAscend) {
-  const auto from = static_cast<float>(fromX);
-  const auto to = static_cast<float>(toX);
-  TLentList<cv::Point2f> between(scratch, points.size());
-  auto begin = points.begin();
-  auto end = points.end();
+TPoints pointsBetween(TPointView points, const TColumnRange& columns, bool doColumnsAscend, TMemory* memory) {
+  const auto from = static_cast<float>(columns.from);
+  const auto to = static_cast<float>(columns.to);
+  TPoints between(memory);
+  const cv::Point2f* begin = points.begin();
+  const cv::Point2f* end = points.end();
   if (doColumnsAscend) {
     begin = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x <= from; });
     end = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x < to; });
   }
+  between.reserve(static_cast<std::size_t>(end - begin));
   std::copy_if(begin, end, std::back_inserter(between), [&](cv::Point2f p) { return from < p.x && p.x < to; });
   return between;
 }

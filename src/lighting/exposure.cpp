@@ -1,6 +1,6 @@
 #include "lighting/bit_image.h"
 #include "lighting/weighted_sums.h"
-#include "zelWeldDetect.h"
+#include "zelLighting.h"
 
 #include <opencv2/imgproc.hpp>
 

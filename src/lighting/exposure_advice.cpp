@@ -1,5 +1,5 @@
 // What to do with the exposure, given the figures of a frame.
-#include "zelWeldDetect.h"
+#include "zelLighting.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -12,7 +12,7 @@ bool isLeftOf(cv::Point a, cv::Point b) {
 }
 
 // The usual guide, which is a previous result: nothing to exchange.
-void findBreaksInOrder(const std::vector<cv::Point>& guide, int maxStretchPx, std::vector<TGuideBreak>& breaks) {
+void findBreaksInOrder(TIntPointView guide, int maxStretchPx, TList<TGuideBreak>& breaks) {
   breaks.push_back({guide.front(), 0});
   for (std::size_t i = 1; i < guide.size(); ++i) {
     if (guide[i].x - breaks.back().point.x > maxStretchPx) breaks.push_back({guide[i], static_cast<int>(i)});
@@ -20,8 +20,8 @@ void findBreaksInOrder(const std::vector<cv::Point>& guide, int maxStretchPx, st
 }
 
 // How many points lie left of every column, and of the end of the last one.
-std::vector<int> countPointsBefore(const std::vector<cv::Point>& guide, int columns) {
-  std::vector<int> before(static_cast<std::size_t>(columns) + 1);
+TList<int> countPointsBefore(TIntPointView guide, int columns, TMemory* memory) {
+  TList<int> before(static_cast<std::size_t>(columns) + 1, memory);
   for (const cv::Point p : guide) ++before[static_cast<std::size_t>(p.x) + 1];
   std::partial_sum(before.begin(), before.end(), before.begin());
   return before;
@@ -48,11 +48,12 @@ struct TBreakQueue {
 };
 
 // One pass for all breaks, which counts the points between them.
-void findFrontPoints(const std::vector<cv::Point>& guide, const std::vector<int>& breakOfColumn,
-                     std::vector<TBreakQueue>& queues, std::vector<TGuideBreak>& breaks) {
-  std::vector<int> pointsFrom(breaks.size());  // in the columns from a break on up to the next one
+void findFrontPoints(TIntPointView guide, TView<int> breakOfColumn, TList<TBreakQueue>& queues,
+                     TList<TGuideBreak>& breaks) {
+  TList<int> pointsFrom(breaks.size(),
+                        breaks.get_allocator().resource());  // in the columns from a break on up to the next one
   std::size_t missing = breaks.size();
-  for (auto p = guide.rbegin(); missing > 0; ++p) {
+  for (const cv::Point* p = guide.end() - 1; missing > 0; --p) {
     const auto i = static_cast<std::size_t>(breakOfColumn[static_cast<std::size_t>(p->x)]);
     ++pointsFrom[i];
     TBreakQueue& queue = queues[i];
@@ -65,12 +66,12 @@ void findFrontPoints(const std::vector<cv::Point>& guide, const std::vector<int>
   }
 }
 
-void findBreaksInAnyOrder(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
-                          std::vector<TGuideBreak>& breaks) {
-  const std::vector<int> before = countPointsBefore(guide, columns);
-  std::vector<TBreakQueue> queues;
+void findBreaksInAnyOrder(TIntPointView guide, int columns, int maxStretchPx, TList<TGuideBreak>& breaks) {
+  TMemory* const memory = breaks.get_allocator().resource();
+  const TList<int> before = countPointsBefore(guide, columns, memory);
+  TList<TBreakQueue> queues(memory);
   queues.reserve(breaks.capacity());
-  std::vector<int> breakOfColumn(static_cast<std::size_t>(columns));  // the last one at or left of it
+  TList<int> breakOfColumn(static_cast<std::size_t>(columns), memory);  // the last one at or left of it
   for (int x = 0; x < columns; ++x) {
     const int first = before[static_cast<std::size_t>(x)];
     const int count = before[static_cast<std::size_t>(x) + 1] - first;
@@ -86,15 +87,15 @@ void findBreaksInAnyOrder(const std::vector<cv::Point>& guide, int columns, int 
 
 }  // namespace
 
-void findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
-                     std::vector<TGuideBreak>& breaks) {
-  breaks.clear();
+TList<TGuideBreak> findGuideBreaks(TIntPointView guide, int columns, int maxStretchPx, TMemory* memory) {
+  TList<TGuideBreak> breaks(memory);
   breaks.reserve(static_cast<std::size_t>(columns / maxStretchPx) + 1);
   if (std::is_sorted(guide.begin(), guide.end(), isLeftOf)) {
     findBreaksInOrder(guide, maxStretchPx, breaks);
   } else {
     findBreaksInAnyOrder(guide, columns, maxStretchPx, breaks);
   }
+  return breaks;
 }
 
 }  // namespace weld

@@ -1,9 +1,9 @@
 // Where the stretches of a guide start. Internal to the search regions.
 #pragma once
 
-#include <opencv2/core.hpp>
+#include "support/list.h"
 
-#include <vector>
+#include <opencv2/core.hpp>
 
 namespace weld {
 
@@ -16,9 +16,7 @@ struct TGuideBreak {
 // The breaks of a guide, left to right: its leftmost point, and every point farther than maxStretchPx right of the
 // last break. Of several points in a break's column, the one that plain exchanges would bring to the front: for
 // every point i and every later one j, swap them when j lies left of i.
-//   guide   at least one point, any order, all with 0 <= x < columns.
-//   breaks  receives them and nothing else.
-void findGuideBreaks(const std::vector<cv::Point>& guide, int columns, int maxStretchPx,
-                     std::vector<TGuideBreak>& breaks);
+//   guide  at least one point, any order, all with 0 <= x < columns.
+TList<TGuideBreak> findGuideBreaks(TIntPointView guide, int columns, int maxStretchPx, TMemory* memory);
 
 }  // namespace weld

@@ -15,7 +15,7 @@ constexpr int kMaxStretchPx = 150;         // a guide point farther than this fr
 constexpr double kMinGuideDensity = 0.3;   // guide points per px of stretch below which the guide is sparse
 constexpr double kSparseBandFactor = 1.5;  // the band is this much higher where the guide is sparse
 
-bool canGuide(const std::vector<cv::Point>& guide, cv::Size imageSize) {
+bool canGuide(TIntPointView guide, cv::Size imageSize) {
   return guide.size() >= kMinGuidePoints && std::all_of(guide.begin(), guide.end(), [&](cv::Point p) {
            return p.x >= 0 && p.y >= 0 && p.x < imageSize.width && p.y < imageSize.height;
          });
@@ -43,26 +43,17 @@ cv::Rect stretchRegion(const TGuideBreak& a, const TGuideBreak& b, cv::Size imag
 
 }  // namespace
 
-cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask) {
-  if (grey.empty() || mask.empty()) return grey;
-  cv::Mat masked = cv::Mat::zeros(grey.size(), grey.type());
-  grey.copyTo(masked, mask);
-  return masked;
-}
-
-TLentList<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx,
-                                       TStripeScratch* scratch) {
-  if (imageSize.empty()) return {};
-  TLentList<cv::Rect> regions(scratch, static_cast<std::size_t>(imageSize.width / kMaxStretchPx + 1));
+TList<cv::Rect> buildStripeRegions(cv::Size imageSize, TIntPointView guide, int bandPx, TMemory* memory) {
+  TList<cv::Rect> regions(memory);
+  if (imageSize.empty()) return regions;
+  regions.reserve(static_cast<std::size_t>(imageSize.width / kMaxStretchPx + 1));
   if (!canGuide(guide, imageSize)) {
     regions.push_back(cv::Rect({0, 0}, imageSize));
     return regions;
   }
 
   // Deliberate: one break alone gives no regions, so a very short previous stripe finds nothing.
-  std::vector<TGuideBreak> newBreaks;
-  std::vector<TGuideBreak>& breaks = scratch != nullptr ? scratch->breaks : newBreaks;
-  findGuideBreaks(guide, imageSize.width, kMaxStretchPx, breaks);
+  TList<TGuideBreak> breaks = findGuideBreaks(guide, imageSize.width, kMaxStretchPx, memory);
   // Deliberate: a single region ends at its break's own column, the last of several at the right border.
   if (breaks.size() > 2) breaks.back().point.x = imageSize.width - 1;
   for (std::size_t i = 1; i < breaks.size(); ++i) {

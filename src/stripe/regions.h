@@ -2,23 +2,17 @@
 // when tracking.
 #pragma once
 
-#include "stripe/stripe_scratch.h"
+#include "support/list.h"
 
 #include <opencv2/core.hpp>
 
-#include <vector>
-
 namespace weld {
-
-// The image with everything outside the mask set to 0; the image itself, uncopied, when the mask is empty.
-cv::Mat prepareSearchImage(const cv::Mat& grey, const cv::Mat& mask);
 
 // Search regions for an image, left to right, in image coordinates.
 //   guide   the previous stripe, any order.
 //   bandPx  half height of the band around the guide; 1.5 times as much where the guide is sparse.
 // Fewer than 10 guide points, or any outside the image: one region, the whole image. A guide that spans
 // 150 px or less in x: no regions. A region may be the empty rectangle. An empty image: no regions.
-TLentList<cv::Rect> buildStripeRegions(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx,
-                                       TStripeScratch* scratch = nullptr);
+TList<cv::Rect> buildStripeRegions(cv::Size imageSize, TIntPointView guide, int bandPx, TMemory* memory);
 
 }  // namespace weld

@@ -1,21 +1,12 @@
 // The stripe of a frame: what passes from extraction to the joints.
 #pragma once
 
-#include "support/view.h"
-#include "zelWeldTypes.h"
-
-#include <opencv2/core.hpp>
+#include "support/list.h"
+#include "zelWeldToolkit.h"
 
 #include <cstdint>
-#include <memory_resource>
-#include <vector>
 
 namespace weld {
-
-template <typename T>
-using TList = std::pmr::vector<T>;  // in the memory of a frame
-using TPoints = TList<cv::Point2f>;
-using TPointView = TView<cv::Point2f>;
 
 // What a centre was measured with, and how sure it is.
 enum class TCentreOrigin : std::int32_t { edgePair = 0, ridge = 1 };
@@ -26,7 +17,7 @@ struct TCentreSource {
 };
 
 struct TStripe {
-  explicit TStripe(std::pmr::memory_resource* memory) : points(memory), sources(memory), status(memory) {}
+  explicit TStripe(TMemory* memory) : points(memory), sources(memory), status(memory) {}
 
   TPoints points;                  // centres, one per column, left to right
   TList<TCentreSource> sources;    // one per centre

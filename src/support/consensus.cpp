@@ -1,7 +1,7 @@
 // Vectors of four lanes on every processor, multiplications and additions kept apart: the same bits everywhere.
 #include "support/consensus.h"
 
-#include "support/line_rating.h"
+#include "support/kernels/kernels.h"
 
 #include <opencv2/core/hal/intrin.hpp>
 
@@ -86,7 +86,7 @@ TNormalSums weighPoints(const TFitPoints& points, const TScaledLine& line, float
 
 std::optional<TScaledLine> findConsensusLine(const TFitPoints& sample, const TFitPoints& scored, double tolPx,
                                              const TSlopeInterval& interval) {
-  const TLineRating& rating = chooseLineRating();
+  const TLineRating& rating = weld::kernels().lineRating;
   const TRatedPoints rated{scored.x(), scored.y(), scored.count()};
   const float tol = static_cast<float>(tolPx);
   std::optional<TScaledLine> best;
@@ -113,12 +113,13 @@ std::optional<TScaledLine> findLineAcross(const TFitPoints& points, double tolPx
   if (lastBatch < kRatedLines) return std::nullopt;
   const float squaredTol = static_cast<float>(tolPx) * static_cast<float>(tolPx);
   const TRatedPoints rated{points.x(), points.y(), points.count()};
+  const TLineRating& rating = weld::kernels().lineRating;
   std::optional<TScaledLine> best;
   float bestSum = squaredTol * static_cast<float>(points.count());
   for (int i = 0; i < kRatedLines; i += kAcrossStep) {
     const TLineBatch lines = linesThrough(points, i, lastBatch);
     float sums[kRatedLines];
-    if (!chooseLineRating().sumTruncatedQuadratics(rated, lines, squaredTol, bestSum, sums)) continue;
+    if (!rating.sumTruncatedQuadratics(rated, lines, squaredTol, bestSum, sums)) continue;
     for (int lane = 0; lane < kRatedLines; ++lane) {
       if (points.x()[i] == points.x()[lastBatch + lane] || !(sums[lane] < bestSum)) continue;
       best = TScaledLine{lines.slope[lane], lines.intercept[lane]};

@@ -24,7 +24,7 @@ struct TFitPoints::TExtent {
   int top = std::numeric_limits<int>::max();
   int bottom = std::numeric_limits<int>::min();
 
-  explicit TExtent(const std::vector<cv::Point>& points) {
+  explicit TExtent(weld::TIntPointView points) {
     for (const cv::Point p : points) {
       left = std::min(left, p.x);
       right = std::max(right, p.x);
@@ -35,23 +35,24 @@ struct TFitPoints::TExtent {
   bool isNear() const { return left >= -kFarPx && right <= kFarPx && top >= -kFarPx && bottom <= kFarPx; }
 };
 
-TFitPoints::TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch) {
+TFitPoints::TFitPoints(weld::TIntPointView points, weld::TMemory* memory) : coordinates(memory) {
   const TExtent extent(points);
   if (extent.isNear()) {
-    scale(points, extent, scratch);
+    scale(points, extent);
     return;
   }
-  weld::TLentList<cv::Point> near(scratch, points.size());
+  weld::TList<cv::Point> near(memory);
+  near.reserve(points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(near), isNear);
-  scale(near, TExtent(near), scratch);
+  scale(near, TExtent(near));
 }
 
-void TFitPoints::scale(const std::vector<cv::Point>& points, const TExtent& extent, weld::TScratch* scratch) {
+void TFitPoints::scale(weld::TIntPointView points, const TExtent& extent) {
   if (extent.left >= extent.right) return;
   centreX = 0.5 * (extent.left + extent.right);
   centreY = 0.5 * (extent.top + extent.bottom);
   scaleX = 0.5 * (extent.right - extent.left);
-  resize(static_cast<int>(points.size()), scratch);
+  resize(static_cast<int>(points.size()));
   const auto middleX = static_cast<float>(centreX);
   const auto middleY = static_cast<float>(centreY);
   const float factor = perScale();
@@ -63,13 +64,13 @@ void TFitPoints::scale(const std::vector<cv::Point>& points, const TExtent& exte
   }
 }
 
-TFitPoints TFitPoints::subsample(int maxCount, weld::TScratch* scratch) const {
+TFitPoints TFitPoints::subsample(int maxCount) const {
   const int count = std::min(maxCount, pointCount);
-  TFitPoints part;
+  TFitPoints part(coordinates.get_allocator().resource());
   part.centreX = centreX;
   part.centreY = centreY;
   part.scaleX = scaleX;
-  part.resize(count, scratch);
+  part.resize(count);
   float* const xs = part.coordinates.data();
   float* const ys = xs + stride(count);
   for (int i = 0; i < count; ++i) {
@@ -81,10 +82,9 @@ TFitPoints TFitPoints::subsample(int maxCount, weld::TScratch* scratch) const {
 }
 
 // The points are for the caller to fill.
-void TFitPoints::resize(int count, weld::TScratch* scratch) {
+void TFitPoints::resize(int count) {
   pointCount = count;
   const auto padded = static_cast<std::size_t>(stride(count));
-  coordinates = weld::TLentList<float>(scratch, 2 * padded);
   coordinates.resize(2 * padded);
   float* const xs = coordinates.data();
   std::fill(xs + count, xs + padded, 0.0F);

@@ -2,14 +2,13 @@
 // to whole vectors. Single precision is enough because the fits only compute corrections to a line.
 #pragma once
 
-#include "support/line_rating.h"
-#include "support/scratch.h"
+#include "support/kernels/line_rating.h"
+#include "support/list.h"
 
 #include <opencv2/core.hpp>
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
 namespace zelFit {
 
@@ -21,9 +20,10 @@ struct TScaledLine {
 
 // Every n-th point so that at most maxCount >= 2 remain, the first and the last among them.
 template <typename TPoint>
-weld::TLentList<TPoint> pickEvenly(const std::vector<TPoint>& points, int maxCount, weld::TScratch* scratch) {
+weld::TList<TPoint> pickEvenly(weld::TView<TPoint> points, int maxCount, weld::TMemory* memory) {
   const auto count = std::min(points.size(), static_cast<std::size_t>(maxCount));
-  weld::TLentList<TPoint> picked(scratch, count);
+  weld::TList<TPoint> picked(memory);
+  picked.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     picked.push_back(points[count < 2 ? 0 : i * (points.size() - 1) / (count - 1)]);
   }
@@ -36,7 +36,7 @@ public:
 
   // Leaves out points more than 65536 px from the origin, which no image holds. Empty when the others have fewer
   // than two distinct columns.
-  TFitPoints(const std::vector<cv::Point>& points, weld::TScratch* scratch);
+  TFitPoints(weld::TIntPointView points, weld::TMemory* memory);
 
   bool isEmpty() const { return pointCount == 0; }
   int count() const { return pointCount; }
@@ -56,19 +56,19 @@ public:
   }
 
   // Every n-th point so that at most maxCount remain, in the same scale.
-  TFitPoints subsample(int maxCount, weld::TScratch* scratch) const;
+  TFitPoints subsample(int maxCount) const;
 
 private:
   struct TExtent;
 
-  TFitPoints() = default;
-  void scale(const std::vector<cv::Point>& points, const TExtent& extent, weld::TScratch* scratch);
-  void resize(int count, weld::TScratch* scratch);
+  explicit TFitPoints(weld::TMemory* memory) : coordinates(memory) {}
+  void scale(weld::TIntPointView points, const TExtent& extent);
+  void resize(int count);
 
   // Room for a batch that begins at the last point.
   static int stride(int count) { return count + kRatedLines - 1; }
 
-  weld::TLentList<float> coordinates;  // all x, then all y
+  weld::TList<float> coordinates;  // all x, then all y
   int pointCount = 0;
   double centreX = 0.0;
   double centreY = 0.0;

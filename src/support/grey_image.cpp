@@ -6,10 +6,6 @@ namespace weld {
 
 namespace {
 
-bool isColour(const cv::Mat& image) {
-  return image.channels() == 3 || image.channels() == 4;
-}
-
 void convertToGrey(const cv::Mat& image, cv::Mat& grey) {
   // cv::cvtColor takes more dimensions than two without complaint and reads the wrong pixels.
   CV_Assert(image.dims == 2);
@@ -18,6 +14,10 @@ void convertToGrey(const cv::Mat& image, cv::Mat& grey) {
 
 }  // namespace
 
+bool isColour(const cv::Mat& image) {
+  return image.channels() == 3 || image.channels() == 4;
+}
+
 cv::Mat toGrey(const cv::Mat& image) {
   if (!isColour(image)) return image;
   cv::Mat grey;
@@ -25,11 +25,13 @@ cv::Mat toGrey(const cv::Mat& image) {
   return grey;
 }
 
-cv::Mat toGrey(const cv::Mat& image, std::vector<unsigned char>& memory) {
+std::size_t greyBytes(const cv::Mat& image) {
+  return isColour(image) ? image.total() * image.elemSize1() : 0;
+}
+
+cv::Mat toGrey(const cv::Mat& image, const TBuffer<unsigned char>& pixels) {
   if (!isColour(image)) return image;
-  const std::size_t bytes = image.total() * image.elemSize1();
-  if (memory.size() < bytes) memory.resize(bytes);
-  cv::Mat grey(image.rows, image.cols, image.depth(), memory.data());
+  cv::Mat grey(image.rows, image.cols, image.depth(), pixels.data());
   convertToGrey(image, grey);
   return grey;
 }

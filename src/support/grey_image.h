@@ -2,9 +2,9 @@
 // converts those and no others.
 #pragma once
 
-#include <opencv2/core.hpp>
+#include "support/arena.h"
 
-#include <vector>
+#include <opencv2/core.hpp>
 
 namespace weld {
 
@@ -12,8 +12,12 @@ namespace weld {
 // be converted, and colour in more than two dimensions, raise cv::Exception.
 cv::Mat toGrey(const cv::Mat& image);
 
-// The same; converted pixels lie in `memory`, which must outlive the result.
-cv::Mat toGrey(const cv::Mat& image, std::vector<unsigned char>& memory);
+// True when toGrey converts.
+bool isColour(const cv::Mat& image);
+
+// The same; converted pixels lie in the buffer, which must outlive the result and hold at least greyBytes of it.
+cv::Mat toGrey(const cv::Mat& image, const TBuffer<unsigned char>& pixels);
+std::size_t greyBytes(const cv::Mat& image);  // 0 where nothing is converted
 
 // Raises cv::Exception unless the image has two dimensions, 8 bits, and one, 3 or 4 channels.
 void requireReadable(const cv::Mat& image);

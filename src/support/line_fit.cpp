@@ -57,20 +57,20 @@ TScaledLine reweight(const TFitPoints& points, TScaledLine line, double firstCut
 
 // Through the points or, of more, kFewPoints evenly chosen ones: the best line from one of the first to one of the
 // last, where it is acceptable.
-TLineFitResult fitLongLine(const std::vector<cv::Point>& points, double scalePx, weld::TScratch* memory) {
+TLineFitResult fitLongLine(weld::TIntPointView points, double scalePx, weld::TMemory* memory) {
   const TFitPoints few(pickEvenly(points, TLineFitFactory::kFewPoints, memory), memory);
   if (few.isEmpty()) return {};
-  const std::optional<TScaledLine> line = findLineAcross(few.subsample(kRobustSample, memory), scalePx);
+  const std::optional<TScaledLine> line = findLineAcross(few.subsample(kRobustSample), scalePx);
   if (!line || !isAcceptable(few, *line, scalePx)) return {};
   return resultOf(few, *line, TSlopeInterval::all());
 }
 
 // From the line that explains most of a subsample.
-TLineFitResult refineConsensus(const std::vector<cv::Point>& points, double scalePx, weld::TScratch* memory) {
+TLineFitResult refineConsensus(weld::TIntPointView points, double scalePx, weld::TMemory* memory) {
   const TSlopeInterval any = TSlopeInterval::all();
   const TFitPoints scaled(points, memory);
   if (scaled.isEmpty()) return {};
-  const TFitPoints sample = scaled.subsample(kRobustSample, memory);
+  const TFitPoints sample = scaled.subsample(kRobustSample);
   const std::optional<TScaledLine> start = findConsensusLine(sample, sample, scalePx, any);
   if (!start) return {};
   const TScaledLine line = reweight(scaled, *start, kFirstCutOff * scalePx, kLastCutOff * scalePx, any);
@@ -79,8 +79,7 @@ TLineFitResult refineConsensus(const std::vector<cv::Point>& points, double scal
 
 }  // namespace
 
-bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& points, int /*method*/,
-                                               double scalePx) {
+bool TLineFitFactory::createFitType_robustLine(weld::TIntPointView points, int /*method*/, double scalePx) {
   fit = {};
   const std::optional<double> scale = usableTolerance(scalePx);
   if (!scale) return false;
@@ -89,12 +88,12 @@ bool TLineFitFactory::createFitType_robustLine(const std::vector<cv::Point>& poi
   return fit.success;
 }
 
-bool TLineFitFactory::isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const {
+bool TLineFitFactory::isSureOfRobustLine(weld::TIntPointView points, double scalePx) const {
   const std::optional<double> scale = usableTolerance(scalePx);
   return scale && fitLongLine(points, *scale, memory).success;
 }
 
-bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,
+bool TLineFitFactory::createFitType_ransacLine(weld::TIntPointView points, double angleCentreDeg,
                                                double distTolerancePx, double /*factor*/, double angleHalfRangeDeg,
                                                bool /*flag*/) {
   fit = {};
@@ -102,9 +101,9 @@ bool TLineFitFactory::createFitType_ransacLine(const std::vector<cv::Point>& poi
   const std::optional<TSlopeInterval> interval = TSlopeInterval::around(angleCentreDeg, angleHalfRangeDeg);
   const TFitPoints scaled(points, memory);
   if (!tol || !interval || scaled.isEmpty()) return false;
-  const TFitPoints sample = scaled.subsample(kConsensusSample, memory);
+  const TFitPoints sample = scaled.subsample(kConsensusSample);
   const std::optional<TScaledLine> start =
-      findConsensusLine(sample, scaled.subsample(kMaxScored, memory), *tol, *interval);
+      findConsensusLine(sample, scaled.subsample(kMaxScored), *tol, *interval);
   if (!start) return false;
   fit = resultOf(scaled, reweight(scaled, *start, *tol, *tol, *interval), *interval);
   return true;

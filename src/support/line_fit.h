@@ -1,11 +1,9 @@
 // Line fits over integer points.
 #pragma once
 
-#include "support/scratch.h"
+#include "support/list.h"
 
 #include <opencv2/core.hpp>
-
-#include <vector>
 
 namespace zelFit {
 
@@ -21,8 +19,8 @@ struct TLineFitResult {
 // Each operation returns whether it succeeded; without success the result is all zero.
 class TLineFitFactory {
 public:
-  // scratch: where the working memory comes from; new without.
-  explicit TLineFitFactory(weld::TScratch* scratch = nullptr) : memory(scratch) {}
+  explicit TLineFitFactory(weld::TMemory* workingMemory = std::pmr::new_delete_resource())
+      : memory(workingMemory) {}
 
   // The line of the flank that holds most points; a second flank with up to 40 % of the points does not bend it.
   // The best line through two points of a subsample is refined by Tukey's reweighted least squares on all points.
@@ -33,12 +31,12 @@ public:
   // No success: scale not above 0; fewer than two points, or all in one column; no consensus, that is, less than a
   // tenth of the points, or fewer than three where there are three, nearer to the line than the scale; a vertical
   // set, that is, those near points span more rows than columns and no more columns than two scales.
-  bool createFitType_robustLine(const std::vector<cv::Point>& points, int method, double scalePx);
+  bool createFitType_robustLine(weld::TIntPointView points, int method, double scalePx);
 
   // At a fraction of the cost: true only where the robust line succeeds. False tells nothing. The same for the
   // points and for kFewPoints of them picked evenly.
   static constexpr int kFewPoints = 128;
-  bool isSureOfRobustLine(const std::vector<cv::Point>& points, double scalePx) const;
+  bool isSureOfRobustLine(weld::TIntPointView points, double scalePx) const;
 
   // The line that explains most points among those whose angle, degrees of atan(slope), lies in
   // angleCentreDeg +- angleHalfRangeDeg modulo 180, borders included; the line returned always lies inside. Angles
@@ -50,13 +48,13 @@ public:
   // No success: tolerance not above 0; half range negative; an angle that is not a number; fewer than two points,
   // or all in one column; no two of 32 evenly chosen points whose line lies in the interval. How many points must
   // lie on the line is for the caller to judge.
-  bool createFitType_ransacLine(const std::vector<cv::Point>& points, double angleCentreDeg,
-                                double distTolerancePx, double factor, double angleHalfRangeDeg, bool flag);
+  bool createFitType_ransacLine(weld::TIntPointView points, double angleCentreDeg, double distTolerancePx,
+                                double factor, double angleHalfRangeDeg, bool flag);
 
   const TLineFitResult& result() const { return fit; }
 
 private:
-  weld::TScratch* memory;
+  weld::TMemory* memory;
   TLineFitResult fit;
 };
 

@@ -27,6 +27,19 @@ inline bool fitsInt(double value) {
   return value > -2147483649.0 && value < 2147483648.0;
 }
 
+// y = k * x + b.
+struct TSlopeLine {
+  double k = 0.0;
+  double b = 0.0;
+};
+
+// Where two lines meet; slopeStep is the slope of the second less that of the first, as exact as the caller has
+// it.
+inline cv::Point2f crossingOf(const TSlopeLine& first, const TSlopeLine& second, double slopeStep) {
+  const double x = (first.b - second.b) / guardDivisor(slopeStep);
+  return {static_cast<float>(x), static_cast<float>(first.k * x + first.b)};
+}
+
 // Truncation toward zero. Values without a 32-bit integer, NaN among them, give the smallest one, so that
 // a wild coordinate is outside every image.
 inline int truncToInt(double value) {

@@ -10,11 +10,13 @@ rules() {
   cat <<'TABLE'
 include                   -
 src/support               include
-src/stripe                include src/support
-src/geometry              include src/support
-src/lighting              include src/support
-src/detectors             include src/support src/stripe src/geometry
-src/api                   include src/support src/detectors
+src/trace                 include src/support
+src/stripe                include src/support src/trace
+src/geometry              include src/support src/trace
+src/profile               include src/support src/trace src/stripe
+src/lighting              include src/support src/trace
+src/detectors             include src/support src/trace src/stripe src/geometry
+src/api                   include src/support src/trace src/stripe src/geometry src/profile src/lighting src/detectors
 scenes                    include
 examples                  include scenes
 tests/install             include
@@ -23,8 +25,8 @@ fuzz                      include scenes tools
 tests/support             include scenes
 tests/scenarios           include scenes tests/support
 tests/tools               include scenes tools tests/support
-tests                     include scenes tests/support src/support src/stripe src/geometry src/detectors src/api src/lighting
-benchmarks                include scenes tests src/support src/stripe src/geometry src/detectors src/api src/lighting
+tests                     include scenes tests/support src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting
+benchmarks                include scenes tests src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting
 TABLE
 }
 
@@ -36,9 +38,8 @@ src      core imgproc
 TABLE
 }
 
-# The dispatch in src/api includes every detector.
-detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*\)"$/\1/p' |
-  grep -v detectors/detector_object.h | sort -u | tr '\n' ' ') || true
+# The table of joints in src/api includes every detector.
+detectors=$(sed -n 's/^#include "\(detectors\/.*\)"$/\1/p' src/api/joints.cpp 2>/dev/null | sort -u | tr '\n' ' ') || true
 
 { find include src scenes examples tests tools benchmarks fuzz \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null || true; } |
   sort |
@@ -62,7 +63,7 @@ detectors=$(cat src/api/*.cpp 2>/dev/null | sed -n 's/^#include "\(detectors\/.*
       top = path
       if (!sub("/.*", "", top)) return path ~ /^zel[A-Z]/ ? "include" : own
       if (starts_with(own, "tests") && exists("tests/" path)) return folder[row_of("tests/" path)]
-      if (is_listed(top, "support stripe geometry lighting detectors api")) return "src/" top
+      if (is_listed(top, "support trace stripe geometry profile lighting detectors api")) return "src/" top
       return is_listed(top, "scenes tools tests examples benchmarks fuzz") ? top : ""
     }
 

@@ -10,7 +10,7 @@ verdict() {
   rm -rf "${dir:?}"/*
   mkdir -p "$dir/$(dirname "$1")"
   mkdir -p "$dir/src/api"
-  printf '#include "detectors/%s.h"\n' detector_object gap presence >"$dir/src/api/dispatch.cpp"
+  printf '#include "detectors/%s.h"\n' gap presence >"$dir/src/api/joints.cpp"
   mkdir -p "$dir/tests/support"
   touch "$dir/tests/support/seed.h"
   echo "#include $2" >"$dir/$1"
@@ -33,26 +33,29 @@ wrong  src/geometry/line_fitting.cpp    "stripe/regions.h"
 wrong  src/support/line_fit.cpp         "stripe/regions.h"
 wrong  src/lighting/exposure.cpp        "stripe/regions.h"
 right  src/detectors/gap.cpp            "detectors/gap.h"
-right  src/detectors/gap.cpp            "detectors/stripe_front_end.h"
+right  src/detectors/gap.cpp            "detectors/piece_end.h"     
 right  src/detectors/gap.cpp            "geometry/line_fitting.h"
 wrong  src/detectors/gap.cpp            "detectors/presence.h"
 right  src/detectors/presence.cpp       "detectors/presence.h"
-wrong  src/detectors/gap.cpp            "api/image_check.h"
+wrong  src/detectors/gap.cpp            "api/joints.h"
 right  src/api/tracking.cpp             "detectors/gap.h"
-wrong  src/api/tracking.cpp             "stripe/centres.h"
+right  src/api/tracking.cpp             "stripe/fused.h"
+right  src/stripe/regions.cpp           "trace/frame.h"
+wrong  src/support/line_fit.cpp         "trace/frame.h"
+wrong  src/profile/solver.cpp           "geometry/line_fitting.h"
 wrong  src/api/tracking.cpp             "scenes/scene.h"
 right  include/zelWeldDetect.h          <opencv2/core.hpp>
 wrong  include/zelWeldDetect.h          <opencv2/imgproc.hpp>
 wrong  include/zelWeldDetect.h          "support/line_fit.h"
-right  src/stripe/centres.cpp           <opencv2/imgproc.hpp>
-wrong  src/stripe/centres.cpp           <opencv2/imgcodecs.hpp>
+right  src/stripe/fused.cpp           <opencv2/imgproc.hpp>
+wrong  src/stripe/fused.cpp           <opencv2/imgcodecs.hpp>
 right  scenes/scene.cpp                 <zelWeldDetect.h>
-wrong  scenes/scene.cpp                 "stripe/centres.h"
+wrong  scenes/scene.cpp                 "stripe/fused.h"
 wrong  examples/01_first_frame.cpp      "tools/text.h"
 right  tools/track.cpp                  "scenes/scene.h"
-wrong  tools/track.cpp                  "stripe/centres.h"
-right  tests/unit/stripe/centres.cpp    "stripe/centres.h"
-wrong  tests/scenarios/gap.cpp          "stripe/centres.h"
+wrong  tools/track.cpp                  "stripe/fused.h"
+right  tests/unit/stripe/centres.cpp    "stripe/fused.h"
+wrong  tests/scenarios/gap.cpp          "stripe/fused.h"
 right  tests/scenarios/gap.cpp          "support/seed.h"
 wrong  tests/scenarios/gap.cpp          "support/line_math.h"
 right  benchmarks/stripe.cpp            "tests/unit/stripe/plain.h"

@@ -54,7 +54,7 @@ TSubject tracked(const std::string& name, const TWeldParams& params, const TTrac
   return {name, [=] {
             const auto tracker = std::make_shared<TWeldTracker>(params, options);
             tracker->track(first);
-            return [=] { return tracker->track(moved); };
+            return [=] { return tracker->track(moved).line; };
           }};
 }
 
@@ -86,9 +86,9 @@ std::vector<TSubject> allSubjects() {
   for (const TWeldType type : detector_types::kAll) {
     for (TSubject& subject : detections(nameOf(type), paramsFor(type), frameFor(type)))
       subjects.push_back(std::move(subject));
-    TTrackerOptions withTrace;
-    withTrace.withTrace = true;
-    subjects.push_back(tracked(nameOf(type) + "Tracker", paramsFor(type), withTrace));
+    TTrackerOptions keepTrace;
+    keepTrace.keepTrace = true;
+    subjects.push_back(tracked(nameOf(type) + "Tracker", paramsFor(type), keepTrace));
     subjects.push_back(tracked(nameOf(type) + "ExactTracker", paramsFor(type), TTrackerOptions::exact()));
   }
   TWeldParams ridge = paramsFor(TWeldType::stripePresence);

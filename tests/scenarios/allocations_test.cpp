@@ -63,7 +63,7 @@ void expectOneRequestPerFrame(const TWeldParams& params, const TTrackerOptions& 
   int found = 0;
   for (const cv::Mat& image : round) {
     const long before = heap::requests();
-    const TWeldLineRes result = tracker.track(image);
+    const TWeldLineRes result = tracker.track(image).line;
     EXPECT_LE(heap::requests() - before, 1);
     found += result.isFound ? 1 : 0;
   }

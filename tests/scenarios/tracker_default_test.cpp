@@ -32,7 +32,7 @@ protected:
 
   static TTrackerOptions traced() {
     TTrackerOptions options;
-    options.withTrace = true;
+    options.keepTrace = true;
     return options;
   }
 };
@@ -41,9 +41,8 @@ protected:
 struct TStep {
   const char* name;
   cv::Mat image;
-  bool isFound;
-  bool isHeld;
-  TWeldOutcome outcome;
+  TSeamState state;
+  std::string reason;
   std::string attempts;  // "near" the last stripe or in the "whole" image, on edge pairs or on "ridges"
 };
 
@@ -58,9 +57,8 @@ std::string attemptsOf(const TFrameTrace& trace) {
 
 void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
   for (const TStep& step : steps) {
-    EXPECT_EQ(tracker.track(step.image).isFound, step.isFound) << step.name;
-    EXPECT_EQ(tracker.isHeld(), step.isHeld) << step.name;
-    EXPECT_EQ(tracker.lastTrace().outcome, step.outcome) << step.name;
+    EXPECT_EQ(tracker.track(step.image).state, step.state) << step.name;
+    EXPECT_EQ(tracker.lastTrace().reason, step.reason) << step.name;
     EXPECT_EQ(attemptsOf(tracker.lastTrace()), step.attempts) << step.name;
   }
 }
@@ -68,33 +66,33 @@ void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
 TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
   run(tracker,
-      {{"first", frame, true, false, TWeldOutcome::found, " whole near"},
-       {"tracked", frame, true, false, TWeldOutcome::found, " near"},
-       {"dark", dark(), true, true, TWeldOutcome::held, " near near ridges whole"},
-       {"no image", cv::Mat(), true, true, TWeldOutcome::held, ""},
-       {"dark", dark(), true, true, TWeldOutcome::held, " near whole whole ridges"},
-       {"dark for too long", dark(), false, false, TWeldOutcome::tooFewCentres, " near whole whole ridges"},
-       {"dark", dark(), false, false, TWeldOutcome::tooFewCentres, " whole whole ridges"},
-       {"back", frame, true, false, TWeldOutcome::found, " whole near"}});
+      {{"first", frame, TSeamState::found, "found", " whole near"},
+       {"tracked", frame, TSeamState::found, "found", " near"},
+       {"dark", dark(), TSeamState::held, "too few stripe points", " near near ridges whole"},
+       {"no image", cv::Mat(), TSeamState::held, "no image", ""},
+       {"dark", dark(), TSeamState::held, "too few stripe points", " near whole whole ridges"},
+       {"dark for too long", dark(), TSeamState::lost, "too few stripe points", " near whole whole ridges"},
+       {"dark", dark(), TSeamState::lost, "too few stripe points", " whole whole ridges"},
+       {"back", frame, TSeamState::found, "found", " whole near"}});
 }
 
 TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
-  const TWeldLineRes before = tracker.track(frame);
-  EXPECT_EQ(tracker.track(far).weldPos, before.weldPos);
-  EXPECT_TRUE(tracker.isHeld());
+  const TTrackedSeam before = tracker.track(frame);
+  const TTrackedSeam held = tracker.track(far);
+  EXPECT_EQ(held.state, TSeamState::held);
+  EXPECT_EQ(held.weldPos, before.weldPos);
+  EXPECT_FALSE(held.line.isFound || held.measurement.isValid) << "nothing of an earlier frame but the point";
+  EXPECT_EQ(held.line.weldPos, cv::Point2f());
   EXPECT_EQ(tracker.lastTrace().sentence.find("repeats the seam at"), 0U) << tracker.lastTrace().sentence;
-  EXPECT_EQ(tracker.track(frame).weldPos, before.weldPos) << "one wrong frame leaves nothing behind";
-  EXPECT_FALSE(tracker.isHeld());
+  EXPECT_EQ(tracker.track(frame).line.weldPos, before.weldPos) << "one wrong frame leaves nothing behind";
 
   tracker.track(far);
   tracker.track(dark());
+  EXPECT_EQ(tracker.track(far).state, TSeamState::held) << "in a row";
   tracker.track(far);
-  EXPECT_TRUE(tracker.isHeld()) << "in a row";
-  tracker.track(far);
-  const TWeldLineRes after = tracker.track(far);
-  EXPECT_TRUE(after.isFound);
-  EXPECT_FALSE(tracker.isHeld());
+  const TTrackedSeam after = tracker.track(far);
+  EXPECT_EQ(after.state, TSeamState::found);
   EXPECT_NEAR(after.weldPos.x, before.weldPos.x + 120.0F, 1.0F);
 }
 
@@ -108,7 +106,7 @@ TEST_F(TrackerDefault, refusesASeamInAFragmentThatRidgesDoNotSee) {
   TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
   params.dPara8 = 4.0;
   TWeldTracker tracker(params, traced());
-  EXPECT_FALSE(tracker.track(image).isFound);
+  EXPECT_EQ(tracker.track(image).state, TSeamState::lost);
   EXPECT_EQ(tracker.lastTrace().attempts.front().outcome, TWeldOutcome::found);
   EXPECT_EQ(tracker.lastTrace().sentence.find("share of the stripe that edge pairs follow 0.5"), 0U)
       << tracker.lastTrace().sentence;
@@ -118,28 +116,24 @@ TEST_F(TrackerDefault, waitsForTheRidgesWithASeamInAFragment) {
   TTrackerOptions options = traced();
   options.maxJumpPx = 1000.0;
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
-  const TWeldLineRes before = tracker.track(frame);
+  const TTrackedSeam before = tracker.track(frame);
   cv::Mat fragment = lower.clone();
   fragment.colRange(static_cast<int>(before.weldPos.x) + 250, fragment.cols).setTo(0);
-  EXPECT_EQ(tracker.track(fragment).weldPos, before.weldPos);
-  EXPECT_TRUE(tracker.isHeld());
+  EXPECT_EQ(tracker.track(fragment).state, TSeamState::held);
   ASSERT_FALSE(tracker.lastTrace().gate.empty());
-  EXPECT_EQ(tracker.lastTrace().gate.front().failure, TWeldOutcome::tooFewCentres);
-  EXPECT_NEAR(tracker.track(fragment).weldPos.y, before.weldPos.y + 150.0F, 1.0F);
-  EXPECT_FALSE(tracker.isHeld());
+  EXPECT_EQ(tracker.lastTrace().gate.front().reason, std::string("too few stripe points"));
+  EXPECT_NEAR(tracker.track(fragment).line.weldPos.y, before.weldPos.y + 150.0F, 1.0F);
 }
 
 TEST_F(TrackerDefault, searchesTheWholeImageInTheFrameThatLosesTheSeam) {
   for (const bool atOnce : {true, false}) {
     TTrackerOptions options = traced();
     options.maxJumpPx = 1000.0;
-    options.searchesWholeOnLoss = atOnce;
+    options.searchWholeOnLoss = atOnce;
     TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
     tracker.track(frame);
-    tracker.track(lower);
-    EXPECT_EQ(tracker.isHeld(), !atOnce);
-    EXPECT_TRUE(tracker.track(lower).isFound);
-    EXPECT_FALSE(tracker.isHeld());
+    EXPECT_EQ(tracker.track(lower).state, atOnce ? TSeamState::found : TSeamState::held);
+    EXPECT_EQ(tracker.track(lower).state, TSeamState::found);
   }
 }
 
@@ -150,10 +144,10 @@ TEST_F(TrackerDefault, stripesGrowBackAndShortOnesStay) {
   cut.colRange(1100, cut.cols).setTo(0);
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap));
   tracker.track(frame);
-  const std::size_t cutColumns = tracker.track(cut).stripePts.size();
-  TWeldLineRes grown;
+  const std::size_t cutColumns = tracker.track(cut).line.stripePts.size();
+  TTrackedSeam grown;
   for (int i = 0; i < 6; ++i) grown = tracker.track(frame);
-  EXPECT_GT(grown.stripePts.size(), cutColumns + 350U);
+  EXPECT_GT(grown.line.stripePts.size(), cutColumns + 350U);
 
   const int seamX = static_cast<int>(grown.weldPos.x);
   cv::Mat shortStripe = dark();
@@ -161,8 +155,8 @@ TEST_F(TrackerDefault, stripesGrowBackAndShortOnesStay) {
   frame(kept).copyTo(shortStripe(kept));
   tracker.reset();
   for (int i = 0; i < 6; ++i) {
-    const TWeldLineRes result = tracker.track(shortStripe);
-    EXPECT_TRUE(result.isFound && !tracker.isHeld()) << i;
+    const TTrackedSeam result = tracker.track(shortStripe);
+    EXPECT_EQ(result.state, TSeamState::found) << i;
     EXPECT_NEAR(result.weldPos.x, grown.weldPos.x, 1.0F) << i;
   }
 }
@@ -191,8 +185,8 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
       const scenes::TScene scene = scenes::renderScene(params);
       TWeldTracker tracker(weldParams, traced());
       for (int i = 0; i < 3; ++i) {
-        const TWeldLineRes result = tracker.track(scene.image);
-        ASSERT_TRUE(result.isFound) << where << ", frame " << i << ": " << tracker.lastTrace().sentence;
+        const TTrackedSeam result = tracker.track(scene.image);
+        ASSERT_NE(result.state, TSeamState::lost) << where << ", frame " << i << ": " << tracker.lastTrace().sentence;
         const cv::Point2d truth = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
         EXPECT_NEAR(result.weldPos.x, truth.x, 3.0) << where;
         EXPECT_NEAR(result.weldPos.y, truth.y, 3.0) << where;
@@ -207,12 +201,11 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
 
 TEST_F(TrackerDefault, anExceptionLeavesTheTrackerAsItWas) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
-  const TWeldLineRes before = tracker.track(frame);
+  const TTrackedSeam before = tracker.track(frame);
   const std::string sentence = tracker.lastTrace().sentence;
   EXPECT_THROW(tracker.track(cv::Mat::zeros(480, 640, CV_32FC1)), cv::Exception);
-  EXPECT_FALSE(tracker.isHeld());
   EXPECT_EQ(tracker.lastTrace().sentence, sentence);
-  EXPECT_EQ(tracker.track(frame).weldPos, before.weldPos);
+  EXPECT_EQ(tracker.track(frame).line.weldPos, before.weldPos);
   EXPECT_EQ(tracker.lastTrace().attempts.size(), 1U) << "still tracking";
 }
 
@@ -220,10 +213,9 @@ TEST_F(TrackerDefault, refusesAPlateWhoseEndIsCutOff) {
   const scenes::TSceneParams whole = scenes::randomScene(TJoint::plate, TLevel::clean, 8, {320, 256});
   const cv::Mat cut = scenes::renderScene(whole).image.colRange(0, 246);
   const TWeldParams params = scenes::weldParamsFor(TJoint::plate);
-  EXPECT_TRUE(TWeldTracker(params, TTrackerOptions::exact()).track(cut).isFound);
+  EXPECT_EQ(TWeldTracker(params, TTrackerOptions::exact()).track(cut).state, TSeamState::found);
   TWeldTracker tracker(params, traced());
-  EXPECT_FALSE(tracker.track(cut).isFound);
-  EXPECT_EQ(tracker.lastTrace().outcome, TWeldOutcome::markerPoint);
+  EXPECT_EQ(tracker.track(cut).state, TSeamState::lost);
   EXPECT_EQ(tracker.lastTrace().sentence, "corner without support");
 }
 
@@ -236,8 +228,7 @@ TEST_F(TrackerDefault, optionsOutOfRangeCountAsTheNearestValidOnes) {
   options.holdFrames = -1;
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
   for (const cv::Mat& image : {frame, far, frame}) {
-    EXPECT_TRUE(tracker.track(image).isFound);
-    EXPECT_FALSE(tracker.isHeld());
+    EXPECT_EQ(tracker.track(image).state, TSeamState::found);
   }
 }
 

@@ -49,7 +49,7 @@ TEST(TrackerExact, sequencesGiveTheResultsOfThePlainEntryPoint) {
       for (int n = 0; n < kFrames; ++n) {
         const cv::Mat image = n == 3 ? cv::Mat() : scenes::renderScene(sceneAt(first, n)).image;
         previous = detectWeldLineViaTracking(image, params, previous);
-        expectSameBits(previous, tracker.track(image),
+        expectSameBits(previous, tracker.track(image).line,
                        std::to_string(static_cast<int>(joint)) + " frame " + std::to_string(n));
       }
     }
@@ -64,7 +64,7 @@ TEST(TrackerExact, twentyOnePlatesInARowShowOneMessage) {
   for (const TTrackerOptions& options : {TTrackerOptions::exact(), TTrackerOptions()}) {
     messages = 0;
     TWeldTracker tracker(scenes::weldParamsFor(TJoint::plate), options);
-    for (int n = 0; n < 21; ++n) EXPECT_TRUE(tracker.track(image).isFound) << n;
+    for (int n = 0; n < 21; ++n) EXPECT_EQ(tracker.track(image).state, TSeamState::found) << n;
     EXPECT_EQ(messages, 1);
   }
   zel::setParamBoolSource(nullptr);

@@ -45,7 +45,7 @@ TEST(SceneTruth, CleanScenesHaveTheirCentroidAtTheTrueRowAndAreDarkElsewhere) {
               << static_cast<int>(joint) << " " << x;
         }
       }
-      EXPECT_EQ(lit > size.width / 2, joint != TJoint::blank) << static_cast<int>(joint);
+      EXPECT_EQ(lit > size.width / 3, joint != TJoint::blank) << static_cast<int>(joint);
     }
   }
 }

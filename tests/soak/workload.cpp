@@ -83,7 +83,7 @@ TWeldLineRes TWorkload::step() {
   }
   if (random.chance(kBlank)) image = blank;
   if (random.chance(kNoImage)) image = cv::Mat();
-  if (!random.chance(kPlain)) return actor.tracker.track(image);
+  if (!random.chance(kPlain)) return actor.tracker.track(image).line;
   TWeldParams params = reels[actor.reel].params;
   actor.previous = detectWeldLineViaTracking(image, params, actor.previous);
   return actor.previous;

@@ -68,7 +68,7 @@ TChecksums callPlainly(TSequence& sequence) {
 TChecksums track(TSequence& sequence) {
   TChecksums sums;
   TWeldTracker tracker(sequence.params);
-  for (const cv::Mat& image : sequence.images) sums.push_back(checksumOf(tracker.track(image)));
+  for (const cv::Mat& image : sequence.images) sums.push_back(checksumOf(tracker.track(image).line));
   return sums;
 }
 

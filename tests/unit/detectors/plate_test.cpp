@@ -3,7 +3,7 @@
 #include "detectors/piece_end.h"
 #include "geometry/segmentation.h"
 #include "run_detector.h"
-#include "support/trace_conclusion.h"
+#include "trace/trace_conclusion.h"
 #include "zelFunctions.h"
 
 #include <gtest/gtest.h>

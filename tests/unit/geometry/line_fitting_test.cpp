@@ -66,7 +66,7 @@ TEST(ThinPointsByX, keepsPointsAStepApart) {
   for (const auto& row : rows) {
     TPoints points;
     for (int i = 0; i < row.count; ++i) points.emplace_back(row.firstX + row.stepX * static_cast<float>(i), 50.0F);
-    const TPoints thinned = weld::thinPointsByX(points);
+    const TPoints thinned = weld::toVector(weld::thinPointsByX(points, weld::heapMemory()));
     ASSERT_EQ(thinned.size(), row.expectedCount) << row.name;
     EXPECT_EQ(thinned[2].x, row.expectedThird) << row.name;
     EXPECT_EQ(thinned.back().x, row.expectedLast) << row.name;

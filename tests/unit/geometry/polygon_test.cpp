@@ -34,6 +34,10 @@ TPoints randomCurve(scenes::TRandom& random) {
   return points;
 }
 
+std::vector<cv::Point> polygonOf(const TPoints& points, double epsilonPx) {
+  return weld::toVector(weld::approximatePolygon(points, epsilonPx, weld::heapMemory()));
+}
+
 TEST(ApproximatePolygon, givesTheVerticesOfOpenCv) {
   const std::uint64_t seed = testing_support::seedOfCurrentTest();
   scenes::TRandom random(seed, scenes::TStream::layout);
@@ -48,7 +52,7 @@ TEST(ApproximatePolygon, givesTheVerticesOfOpenCv) {
       } catch (const cv::Exception&) {
         continue;  // of a stretch whose ends coincide
       }
-      ASSERT_EQ(weld::approximatePolygon(curve, epsilonPx), expected) << n << ", epsilon " << epsilonPx;
+      ASSERT_EQ(polygonOf(curve, epsilonPx), expected) << n << ", epsilon " << epsilonPx;
       ++compared;
     }
   }
@@ -57,8 +61,8 @@ TEST(ApproximatePolygon, givesTheVerticesOfOpenCv) {
 
 TEST(ApproximatePolygon, aStretchWhoseEndsCoincideIsStraight) {
   const TPoints loop{{0, 0}, {10, 0}, {15, 5}, {10, 0}, {20, 0}};
-  EXPECT_FALSE(weld::approximatePolygon(loop, 1.0).empty());
-  EXPECT_TRUE(weld::approximatePolygon({}, 1.0).empty());
+  EXPECT_FALSE(polygonOf(loop, 1.0).empty());
+  EXPECT_TRUE(polygonOf({}, 1.0).empty());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "geometry/piece_fit.h"
 #include "geometry/polygon.h"
 #include "geometry/stripe_smoothing.h"
+#include "geometry/toolkit_records.h"
 #include "scenes/random.h"
 #include "support/line_math.h"
 #include "support/painted_frame.h"
@@ -22,6 +23,11 @@ using painted::linePoints;
 using TPoints = std::vector<cv::Point2f>;
 using TPieces = std::vector<TStripePiece>;
 
+TStripePiece fitPiece(const TPoints& points) {
+  weld::TMemory* const memory = weld::heapMemory();
+  return weld::toStripePiece(weld::fitPiece(weld::TPoints(points.begin(), points.end(), memory), 3.0F, memory));
+}
+
 constexpr weld::TMergeLimits kNoMerges{0.0F, 0.0F, 0.0F};
 
 TPieces segment(const TPoints& stripe, const weld::TMergeLimits& limits) {
@@ -31,17 +37,17 @@ TPieces segment(const TPoints& stripe, const weld::TMergeLimits& limits) {
 }
 
 TEST(FitPiece, needsTenPointsAndALine) {
-  const TStripePiece nine = weld::fitPiece(linePoints(0, 9, 10.0), 3.0F);
+  const TStripePiece nine = fitPiece(linePoints(0, 9, 10.0));
   EXPECT_FALSE(nine.isFitted);
   EXPECT_EQ(nine.lineState, 0);
   EXPECT_EQ(nine.pts.size(), 9U);
   EXPECT_EQ(nine.maxDist, TStripePiece::kUnset);
-  EXPECT_FALSE(weld::fitPiece(TPoints(40, {5.0F, 5.0F}), 3.0F).isFitted);
+  EXPECT_FALSE(fitPiece(TPoints(40, {5.0F, 5.0F})).isFitted);
 
   TPoints points = linePoints(0, 40, 10.0);
   points.front() = {0.75F, 10.5F};  // ends are rounded, ties to even
   points.back() = {39.5F, 110.75F};
-  const TStripePiece piece = weld::fitPiece(points, 3.0F);
+  const TStripePiece piece = fitPiece(points);
   EXPECT_TRUE(piece.isFitted);
   EXPECT_EQ(piece.lineState, 1);
   EXPECT_EQ(piece.fitPts.size(), 39U);
@@ -103,19 +109,23 @@ bool areOne(const TStripePiece& first, const TStripePiece& second, const weld::T
 
 // The plain form of the segmentation: every merge is fitted, and every pass begins at the left.
 TPieces segmentPlainly(const TPoints& stripe, const weld::TMergeLimits& limits) {
-  const TPoints clean = weld::cleanStripe(stripe);
+  const cv::Mat image;
+  const TWeldParams params;
+  const weld::TFrame frame = weld::heapFrame(image, params);
+  const weld::TPoints clean = weld::cleanStripe(frame, stripe);
   TPieces pieces;
   if (clean.size() < 20) return pieces;
-  const std::vector<cv::Point> vertices = weld::approximatePolygon(clean, 3.0);
+  const weld::TList<cv::Point> vertices = weld::approximatePolygon(clean, 3.0, frame.memory);
   for (std::size_t j = 1; j < vertices.size(); ++j) {
-    TStripePiece piece = weld::fitPiece(weld::pointsBetween(clean, vertices[j - 1].x, vertices[j].x), 3.0F);
+    const weld::TColumnRange columns{vertices[j - 1].x, vertices[j].x};
+    TStripePiece piece = fitPiece(weld::toVector(weld::pointsBetween(clean, columns, false, frame.memory)));
     if (piece.isFitted && piece.fitPts.size() > 10) pieces.push_back(piece);
   }
   for (int pass = 0; pass < 101; ++pass) {
     const auto pair = std::adjacent_find(pieces.begin(), pieces.end(),
                                          [&](const auto& a, const auto& b) { return areOne(a, b, limits); });
     if (pair == pieces.end()) break;
-    *pair = weld::fitPiece(joined(pair->pts, std::next(pair)->pts), 3.0F);
+    *pair = fitPiece(joined(pair->pts, std::next(pair)->pts));
     pieces.erase(std::next(pair));
   }
   return pieces;

@@ -12,6 +12,7 @@
 namespace {
 
 using TPoints = std::vector<cv::Point2f>;
+using weld::heapMemory;
 
 TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
   const struct {
@@ -25,7 +26,8 @@ TEST(DropSteepJumps, comparesWithThePreviousInputPointStrictly) {
       {"same column", {{0, 0}, {0, 0}, {1, 0}}, {{0, 0}, {1, 0}}},
       {"backwards", {{5, 0}, {4, 1}}, {{5, 0}, {4, 1}}},
   };
-  for (const auto& row : rows) EXPECT_EQ(weld::dropSteepJumps(row.points, 4.0F), row.expected) << row.name;
+  for (const auto& row : rows)
+    EXPECT_EQ(weld::toVector(weld::dropSteepJumps(row.points, 4.0F, heapMemory())), row.expected) << row.name;
 }
 
 TEST(SmoothStripe, reachesThreePointsBackAndTwoAheadAndEmptiesListsOfFourToSixPoints) {
@@ -41,7 +43,7 @@ TEST(SmoothStripe, reachesThreePointsBackAndTwoAheadAndEmptiesListsOfFourToSixPo
     TPoints points;
     for (const float row : before) points.emplace_back(row + 10.0F, row);
     std::vector<float> smoothed;
-    for (const cv::Point2f p : weld::smoothStripe(points)) {
+    for (const cv::Point2f p : weld::smoothStripe(points, heapMemory())) {
       smoothed.push_back(p.y);
       EXPECT_FLOAT_EQ(p.x, p.y + 10.0F) << "columns like rows";
     }
@@ -73,8 +75,9 @@ TEST(CleanStripe, onePointThatIsNotFiniteOrAbsurdlyFarGivesNothing) {
 
 TEST(PointsBetween, pointsInTheBoundColumnsAreOutside) {
   const TPoints points{{9.9F, 1}, {10, 2}, {10.1F, 3}, {19.9F, 4}, {20, 5}, {15, 6}};
-  EXPECT_EQ(weld::pointsBetween(points, 10, 20), (TPoints{{10.1F, 3}, {19.9F, 4}, {15, 6}}));
-  EXPECT_TRUE(weld::pointsBetween(points, 20, 10).empty());
+  EXPECT_EQ(weld::toVector(weld::pointsBetween(points, {10, 20}, false, heapMemory())),
+            (TPoints{{10.1F, 3}, {19.9F, 4}, {15, 6}}));
+  EXPECT_TRUE(weld::pointsBetween(points, {20, 10}, false, heapMemory()).empty());
 }
 
 }  // namespace

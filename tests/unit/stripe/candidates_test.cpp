@@ -1,4 +1,4 @@
-#include "stripe/candidates.h"
+#include "stripe/edge_pairs/candidates.h"
 
 #include "plain_extraction.h"
 
@@ -28,8 +28,10 @@ TCandidates candidatesOf(const std::vector<TLine>& lines) {
 }
 
 TReducedStripe reduce(TCandidates candidates) {
-  TStripeScratch scratch;
-  return reduceStripeCandidates(candidates, scratch);
+  const cv::Mat image;
+  const TWeldParams params;
+  TList<TStripeCandidate> list(candidates.begin(), candidates.end());
+  return reduceStripeCandidates(heapFrame(image, params), list);
 }
 
 TEST(ReduceStripeCandidates, RulesHoldOnBothSidesOfTheirBorders) {
@@ -120,7 +122,7 @@ TEST(ReduceStripeCandidates, AgreesWithThePlainFormOnDrawnLines) {
     expected.candidates = drawLines(random);
     const TReducedStripe stripe = reduce(expected.candidates);
     plain::reduceStripeCandidates(expected);
-    EXPECT_EQ(stripe.centres, expected.centres) << "round " << round;
+    EXPECT_EQ(toVector(stripe.centres), expected.centres) << "round " << round;
     EXPECT_EQ(stripe.modalWidthPx, expected.modalWidthPx) << "round " << round;
     framesWithCentres += expected.centres.empty() ? 0 : 1;
   }

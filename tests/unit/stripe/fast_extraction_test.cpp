@@ -1,9 +1,7 @@
 // The fast scan against the plain one, for every kernel that this machine runs.
 #include "plain_extraction.h"
-#include "stripe/candidates.h"
-#include "stripe/region_scan.h"
-
-#include <opencv2/core/utility.hpp>
+#include "stripe/edge_pairs/candidates.h"
+#include "stripe/edge_pairs/region_scan.h"
 
 #include <gtest/gtest.h>
 
@@ -27,19 +25,17 @@ void PrintTo(const TKernelCase& c, std::ostream* out) {
 }
 
 std::vector<TKernelCase> kernelsOfThisMachine() {
-  std::vector<TKernelCase> cases{{"baseline", &kBaselineEdgeKernels}};
+  std::vector<TKernelCase> cases{{"baseline", &kBaselineKernels.edges}};
 #ifdef __x86_64__
-  if (cv::checkHardwareSupport(CV_CPU_AVX2)) cases.push_back({"avx2", &kAvx2EdgeKernels});
+  if (hasAvx2()) cases.push_back({"avx2", &kAvx2Kernels.edges});
 #endif
   return cases;
 }
 
 class FastExtraction : public testing::TestWithParam<TKernelCase> {
 protected:
-  TStripeScratch scratch;
-
   void expectSame(const cv::Mat& image, const std::vector<cv::Rect>& regions, int threshold = 30) {
-    TRegionScanner scanner(image, threshold, scratch, *GetParam().kernels);
+    TRegionScanner scanner(image, threshold, heapMemory(), *GetParam().kernels);
     for (const cv::Rect& region : regions) scanner.scanStripeRegion(region);
     const plain::TExtraction expected = plain::extractStripe(image, regions, threshold);
 
@@ -55,9 +51,10 @@ protected:
       ASSERT_TRUE(a.x == b.x && a.y == b.y && a.widthPx == b.widthPx)
           << "candidate " << i << " in column " << b.x << ": " << a.y << " against " << b.y;
     }
-    const TReducedStripe fast = reduceStripeCandidates(scanner.candidates, scratch);
+    const TWeldParams params;
+    const TReducedStripe fast = reduceStripeCandidates(heapFrame(image, params), scanner.candidates);
     ASSERT_EQ(fast.modalWidthPx, expected.modalWidthPx);
-    ASSERT_EQ(fast.centres, expected.centres);
+    ASSERT_EQ(toVector(fast.centres), expected.centres);
     for (const TWeldPointStatus& column : expected.status) ++columnsOfStatus.at(column.status);
     framesWithCentres += expected.centres.empty() ? 0 : 1;
     crowdedFrames += expected.candidates.size() > 2 * expected.status.size() ? 1 : 0;
@@ -163,7 +160,7 @@ TEST_P(FastExtraction, AgreesWithThePlainFormAtEveryAlignment) {
 }
 
 TEST(ChooseEdgeKernels, TakesTheFastestThatTheProcessorRuns) {
-  EXPECT_EQ(&chooseEdgeKernels(), kernelsOfThisMachine().back().kernels);
+  EXPECT_EQ(&kernels().edges, kernelsOfThisMachine().back().kernels);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernels, FastExtraction, testing::ValuesIn(kernelsOfThisMachine()),

@@ -33,7 +33,6 @@ TEST(FindGuideBreaks, AreThoseOfPlainExchanges) {
                {1280, 1, 1500}, {9, 151, 700}, {300, 1, 300}};
   std::mt19937 random(20);
   const auto below = [&](std::size_t n) { return static_cast<int>(random() % n); };
-  std::vector<TGuideBreak> breaks;
   for (const auto& kind : kinds) {
     for (int round = 0; round < 30; ++round) {
       std::vector<cv::Point> guide;  // every point in a row of its own
@@ -44,7 +43,7 @@ TEST(FindGuideBreaks, AreThoseOfPlainExchanges) {
       if (round % 3 == 1) std::reverse(guide.begin(), guide.end());
       if (round % 3 == 2) std::swap(guide[below(guide.size())], guide[below(guide.size())]);
       const std::vector<TGuideBreak> expected = findBreaksByExchanges(guide);
-      findGuideBreaks(guide, 1280, kMaxStretchPx, breaks);
+      const TList<TGuideBreak> breaks = findGuideBreaks(guide, 1280, kMaxStretchPx, heapMemory());
       ASSERT_EQ(breaks.size(), expected.size()) << kind.points << " points, round " << round;
       for (std::size_t i = 0; i < breaks.size(); ++i) {
         EXPECT_EQ(breaks[i].point, expected[i].point) << kind.points << " points, round " << round;

@@ -2,7 +2,7 @@
 // and maps, one rule after the other. The oracle of the fast form.
 #pragma once
 
-#include "stripe/region_scan.h"
+#include "stripe/edge_pairs/region_scan.h"
 #include "zelWeldDetect.h"
 
 #include <opencv2/core.hpp>

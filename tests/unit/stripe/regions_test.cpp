@@ -8,6 +8,10 @@
 namespace weld {
 namespace {
 
+std::vector<cv::Rect> regionsOf(cv::Size imageSize, const std::vector<cv::Point>& guide, int bandPx) {
+  return toVector(buildStripeRegions(imageSize, guide, bandPx, heapMemory()));
+}
+
 using TGuide = std::vector<cv::Point>;
 using TRegions = std::vector<cv::Rect>;
 
@@ -59,14 +63,14 @@ TEST(BuildStripeRegions, FollowTheGuideInStretches) {
       {"largest band", makeGuide(0, 151, 500), {{0, 0, 151, 1023}}, kMax},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(buildStripeRegions({1280, 1024}, row.guide, row.bandPx), row.expected) << row.name;
+    EXPECT_EQ(regionsOf({1280, 1024}, row.guide, row.bandPx), row.expected) << row.name;
   }
   for (const int bandPx : {kMin, -100}) {
-    const cv::Rect region = buildStripeRegions({1280, 1024}, makeGuide(0, 151, 500), bandPx).at(0);
+    const cv::Rect region = regionsOf({1280, 1024}, makeGuide(0, 151, 500), bandPx).at(0);
     EXPECT_EQ(region, region & whole[0]) << bandPx;
   }
   for (const cv::Size empty : {cv::Size(), cv::Size(0, 100)}) {
-    EXPECT_TRUE(buildStripeRegions(empty, makeGuide(0, 500, 0), 60).empty());
+    EXPECT_TRUE(regionsOf(empty, makeGuide(0, 500, 0), 60).empty());
   }
 }
 

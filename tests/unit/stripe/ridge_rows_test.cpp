@@ -1,4 +1,4 @@
-#include "stripe/ridge_rows.h"
+#include "support/kernels/kernels.h"
 
 #include "scenes/random.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 TEST(RidgeRows, GiveWhatPlainLoopsGiveAtEveryWidth) {
   using TRow = std::vector<short>;
-  for (const TRidgeRows* kernels : {&kBaselineRidgeRows, &chooseRidgeRows()}) {
+  for (const TRidgeRows* kernels : {&kBaselineKernels.ridgeRows, &weld::kernels().ridgeRows}) {
     scenes::TRandom random(1, scenes::TStream::layout);
     for (int n = 1; n <= 100; ++n) {
       const auto draw = [&] {

@@ -1,4 +1,4 @@
-#include "stripe/ridge.h"
+#include "stripe/ridge/ridge.h"
 
 #include "scenes/random.h"
 #include "scenes/scene.h"
@@ -21,7 +21,7 @@ using scenes::TJoint;
 using scenes::TLook;
 
 std::vector<TRidgePoint> extract(const cv::Mat& grey) {
-  return extractRidgeCentres(grey, kMaxSigmaPx, kMinContrast);
+  return toVector(extractRidgeCentres(grey, {kMaxSigmaPx, kMinContrast}, heapMemory()));
 }
 
 // A stripe of that full width at half maximum along y = k * x + b, clipped at 255.
@@ -214,8 +214,8 @@ TEST(RidgeCentres, OddSizesAbsurdParametersAndOtherTypes_AreSafe) {
   const cv::Mat image = drawStripe({200, 120}, 0.1, 50.0);
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double value : {std::nan(""), -infinity, infinity, -1e300, 1e300, -1.0, 0.0, 1e-300}) {
-    EXPECT_NO_THROW(extractRidgeCentres(image, value, kMinContrast)) << value;
-    EXPECT_NO_THROW(extractRidgeCentres(image, kMaxSigmaPx, value)) << value;
+    EXPECT_NO_THROW(extractRidgeCentres(image, {value, kMinContrast}, heapMemory())) << value;
+    EXPECT_NO_THROW(extractRidgeCentres(image, {kMaxSigmaPx, value}, heapMemory())) << value;
   }
   for (const int type : {CV_8UC3, CV_16UC1, CV_8SC1}) {
     EXPECT_THROW(extract(cv::Mat::zeros(20, 20, type)), cv::Exception);

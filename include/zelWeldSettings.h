@@ -1,0 +1,128 @@
+// The joints and their settings under names that say what they are. Include zelWeldDetect.h rather than this.
+//
+// TWeldParams numbers its fields, and each joint reads its own choice of them. Here every joint has a record of
+// its settings, which fills a TWeldParams, and a row in a table, which lists them for programs.
+#pragma once
+
+#include "zelWeldDetectExport.h"
+#include "zelWeldJoint.h"
+#include "zelWeldTypes.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Every record has the joint's defaults. `params` gives the parameters of the joint for a position; `of` reads the
+// settings back. Values are not checked: what is out of range finds nothing. docs/parameters.md draws them.
+
+struct ZELWELDDETECT_EXPORT TGapSettings {
+  double lineTolerancePx = 5.0;  // stripe points nearer than this to the line take part in the gap search; > 0
+  double minLineShare = 0.1;     // first detection: smallest share of the stripe points on the line; 0..1
+  double fitScalePx = 2.0;       // tracking: scale of the robust line fit; > 0
+  double minGapPx = 10.0;        // smallest gap (N missing columns measure N + 1); >= 1
+  TAngleRange stripeAngleDeg{-45.0, 45.0};  // first detection: angle of the stripe
+
+  TWeldParams params(TWeldPosType pos = TWeldPosType::centre) const;
+  static TGapSettings of(const TWeldParams& params);
+};
+
+struct ZELWELDDETECT_EXPORT TLapSettings {
+  double minEdgeDrop = 30.0;  // brightness drop that moves the end of a piece; grey levels, 0..255
+  double supportPx = 5.0;     // stripe points nearer than this to a piece support it; > 0
+  double minPiecePx = 50.0;   // length that both pieces must exceed; >= 0
+  double minStepPx = 20.0;    // height that the step must exceed; >= 0
+
+  TWeldParams params(TWeldPosType pos = TWeldPosType::centre) const;
+  static TLapSettings of(const TWeldParams& params);
+};
+
+struct ZELWELDDETECT_EXPORT TCornerSettings {
+  double flankTolerancePx = 5.0;  // stripe points nearer than this to a flank belong to it; > 0
+  double minFlankShare = 0.1;     // points on a flank; points per column that the better one must exceed; 0..1
+  double fitScalePx = 2.0;        // scale of the robust line fit; > 0
+  double minFlankPoints = 50.0;   // that the better flank must exceed; >= 0
+  std::int32_t maxMissingColumns = 10;  // columns without stripe around the corner must stay below this; >= 1
+  TAngleRange leftFlankDeg{0.0, 45.0};  // exclusive bounds in either order, here and below
+  TAngleRange rightFlankDeg{-45.0, 0.0};
+  TAngleRange includedAngleDeg{90.0, 178.0};
+  double solidShare = 0.3;            // of each flank, counted from the corner, that must be unbroken; 0..1
+  std::int32_t maxBreakColumns = 10;  // longest break accepted there; >= 0
+  bool allowsGap = true;              // false: demands stripe on both sides of the corner
+
+  TWeldParams params(TWeldPosType pos = TWeldPosType::centre) const;
+  static TCornerSettings of(const TWeldParams& params);
+};
+
+struct ZELWELDDETECT_EXPORT TPlateSettings {
+  double minEdgeDrop = 30.0;               // brightness drop that moves an end; grey levels, 0..255
+  double supportPx = 5.0;                  // stripe points nearer than this to the piece support it; > 0
+  double minPiecePx = 50.0;                // length that the piece must exceed; >= 0
+  double minWidthPx = 50.0;                // smallest distance between the two ends; >= 0
+  TAngleRange plateAngleDeg{-10.0, 10.0};  // exclusive bounds
+
+  TWeldParams params(TWeldPosType pos = TWeldPosType::centre) const;
+  static TPlateSettings of(const TWeldParams& params);
+};
+
+struct ZELWELDDETECT_EXPORT TPresenceSettings {
+  bool usesRidges = false;    // extracts the stripe as a ridge instead of edge pairs
+  bool searchesNear = false;  // only near the previous stripe (with edge pairs)
+
+  TWeldParams params() const;
+  static TPresenceSettings of(const TWeldParams& params);
+};
+
+// What values a parameter takes.
+enum class TParameterKind : std::int32_t { number = 0, count = 1, flag = 2 };
+
+struct TParameterLimits {
+  double min = 0.0;
+  double max = 0.0;
+  bool isMinExcluded = false;
+};
+
+// How a value is read and written.
+struct TParameterValue {
+  TParameterKind kind = TParameterKind::number;
+  double (*get)(const TWeldParams& params) = nullptr;
+  void (*set)(TWeldParams& params, double value) = nullptr;  // a count takes the whole part, a flag value != 0
+};
+
+// One setting of a joint. A range of angles is two of them, "leftFlankDeg.min" and "leftFlankDeg.max".
+struct TWeldParameter {
+  const char* name = "";   // "minGapPx"
+  const char* field = "";  // of TWeldParams: "dPara8"
+  const char* unit = "";   // "px", "deg", "grey", "points", "columns"; empty for ratios and flags
+  TParameterLimits limits;
+  const char* meaning = "";
+  const char* tooLow = "";   // what a value that is too low does; of a flag, what false does
+  const char* tooHigh = "";  // the same for one that is too high, and for true
+  TParameterValue value;
+};
+
+// One kind of joint.
+struct TWeldJoint {
+  TWeldType type = TWeldType::none;
+  const char* name = "";       // "buttGap"
+  const char* shortName = "";  // "gap"; the name itself where there is no shorter one
+  const char* meaning = "";    // how the stripe shows it
+  bool hasDetector = false;
+  std::vector<TWeldPosType> positions;     // that it knows; any other one counts as centre
+  std::vector<TFeature> features;          // that it has
+  std::vector<TWeldParameter> parameters;  // that it reads
+};
+
+// All joints, in the order of their types.
+ZELWELDDETECT_EXPORT const std::vector<TWeldJoint>& weldJoints();
+
+// The joint of that type; null for a type without a row.
+ZELWELDDETECT_EXPORT const TWeldJoint* findWeldJoint(TWeldType type);
+
+// The parameter of that name or field ("minGapPx", "dPara8"); null when the joint does not read it.
+ZELWELDDETECT_EXPORT const TWeldParameter* findWeldParameter(const TWeldJoint& joint, const std::string& name);
+
+// "centre", "left", ...; "unknown" for other values.
+ZELWELDDETECT_EXPORT const char* weldPosText(TWeldPosType pos);
+
+// "left shoulder"; "unknown" for other values.
+ZELWELDDETECT_EXPORT const char* featureText(TFeature feature);

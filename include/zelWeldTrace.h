@@ -1,0 +1,145 @@
+// What happened in a frame, and why it gave no seam. Include zelWeldDetect.h rather than this.
+#pragma once
+
+#include "zelWeldDetectExport.h"
+#include "zelWeldTypes.h"
+
+#include <opencv2/core.hpp>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// How the stripe is extracted from the image.
+enum class TStripeExtraction : std::int32_t {
+  edgePairs = 0,  // pairs of rising and falling edges: fast, for crisp stripes 3 to 100 px thick
+  ridge = 1,      // ridge of the grey-level surface: for thin, thick, soft or dim stripes; slower
+  automatic = 2   // edge pairs; ridges where those explain too little of the stripe or the detector fails on them
+};
+
+// Which detection ran.
+enum class TSearchPath : std::int32_t {
+  first = 0,     // in the whole image, without regard to the frame before
+  tracking = 1,  // near the previous stripe
+  fallback = 2   // the corner's second chance on ridges after either of the others
+};
+
+// How a frame or an attempt ended, in general; the reason beside it tells the case.
+enum class TWeldOutcome : std::int32_t {
+  found = 0,
+  held,  // not found; the last good seam is repeated
+  noImage,
+  noDetector,      // for this kind of joint
+  noStripe,        // too little of the stripe in the image
+  elementMissing,  // a line, a piece, a flank or a gap that the joint is made of
+  elementTooShort,
+  fitTooWeak,  // too few stripe points on an element or beside it
+  angleOutOfRange,
+  sizeOutOfRange,  // a step, a width, an overlap
+  gapOutOfRange,
+  stripeBroken,    // where the joint needs it whole
+  seamOutside,     // of the image, or no point at all
+  settingInvalid,  // a parameter outside its range
+  changedTooMuch,  // since the last frame
+  jumpHeldBack     // found, but too far from the last seam; waits for confirmation
+};
+
+// What a measured value must be to pass.
+enum class TLimitKind : std::int32_t { atLeast = 0, above = 1, atMost = 2, below = 3 };
+
+// A few words for an outcome: "element too short". Never null.
+ZELWELDDETECT_EXPORT const char* weldOutcomeText(TWeldOutcome outcome);
+
+// One plausibility test. Texts are static and never null. A test without a number, such as whether there is a
+// line, has NaN as measured value and limit.
+struct TTraceCheck {
+  const char* name = "";       // what is measured: "step"
+  const char* element = "";    // what it is measured of: "step", "left flank"
+  const char* reason = "";     // a heading over all frames that fail here: "step too low"
+  const char* unit = "";       // "px", "deg"; empty for ratios and counts
+  const char* parameter = "";  // what sets the limit: "minStepPx"; empty: a fixed limit
+  TLimitKind kind = TLimitKind::atLeast;
+  double measured = 0.0;
+  double limit = 0.0;
+  bool isCount = false;  // a number of things: the name is a plural
+  bool passed = false;
+  TWeldOutcome failure = TWeldOutcome::found;  // how a frame ends that fails here
+  std::int32_t stage = 0;                      // how far a frame comes that fails here; grows along a detector
+  const char* way = "";     // which of the detector's ways to find the seam; empty where there is one
+  std::int32_t piece = -1;  // the one of the attempt's pieces that was tested; -1: none in particular
+};
+
+// What one filter left of the stripe.
+struct TTraceFilter {
+  const char* name = "";
+  std::int32_t before = 0;  // points
+  std::int32_t after = 0;
+};
+
+// One straight piece of the stripe.
+struct TTracePiece {
+  cv::Point startPt;
+  cv::Point endPt;
+  double slope = 0.0;
+  double intercept = 0.0;  // px
+  std::int32_t points = 0;
+  std::int32_t inliers = 0;
+  double meanDistPx = 0.0;  // of the points from the line
+  double maxDistPx = 0.0;
+  bool isFitted = false;
+};
+
+// One line that a detector tried.
+struct TTraceLine {
+  const char* name = "";  // "stripe", "left flank"
+  double slope = 0.0;
+  double intercept = 0.0;    // px
+  double inlierShare = 0.0;  // 0..1
+  TAngleRange allowedDeg{-90.0, 90.0};
+  bool isValid = false;
+};
+
+// Time of one stage.
+struct TTraceStage {
+  const char* name = "";
+  double us = 0.0;
+};
+
+// One run of a detector over the frame.
+struct TTraceAttempt {
+  TSearchPath path = TSearchPath::first;
+  TStripeExtraction extraction = TStripeExtraction::edgePairs;  // never automatic
+  std::vector<cv::Rect> regions;                                // searched
+  std::int32_t columnsScanned = 0;
+  std::int32_t columnsWithCentre = 0;   // status 0
+  std::int32_t columnsWithoutEdge = 0;  // status 1
+  std::int32_t columnsWithoutPair = 0;  // status 2
+  double modalWidthPx = 0.0;            // most frequent stripe width
+  double minWidthPx = 0.0;              // the band of widths that are kept
+  double maxWidthPx = 0.0;
+  std::vector<cv::Point> rejected;    // centres of the pairs that the width band or the choice of runs dropped
+  std::vector<TTraceFilter> filters;  // in the order in which they ran
+  std::vector<cv::Point2f> centres;   // what the detector worked on
+  std::vector<TTracePiece> pieces;
+  std::vector<TTraceLine> lines;
+  std::vector<TTraceCheck> checks;        // in the order in which they ran
+  std::vector<cv::Point2f> testedPoints;  // seam points that were put to the test
+  TWeldOutcome outcome = TWeldOutcome::found;
+  const char* reason = "";     // of the decisive check; "found"
+  std::int32_t decisive = -1;  // the check that the outcome speaks of; -1 when found
+  std::string sentence;        // "step 14.2 px is below the minimum step 20 px, set by minStepPx (dPara7)"
+};
+
+// What happened in one frame.
+struct TFrameTrace {
+  TWeldOutcome outcome = TWeldOutcome::found;
+  const char* reason = "";  // a heading over all frames that ended so: "step too low", "found"; of a held
+                            // frame why it found no seam of its own
+  std::string sentence;     // the outcome for people
+  std::vector<TTraceAttempt> attempts;  // in the order in which they ran
+  std::int32_t decisive = -1;     // the attempt that the outcome speaks of: the successful one, else the one that
+                                  // got furthest; -1 without attempts
+  std::vector<TTraceCheck> gate;  // the tracker's own tests of the seam point
+  std::vector<TTraceStage> stages;  // in the order in which they ran
+  double totalUs = 0.0;
+};

@@ -1,0 +1,120 @@
+#include "api/attempt.h"
+
+#include "api/seam_gate.h"
+#include "stripe/edge_pairs/edge_pairs.h"
+#include "stripe/fused.h"
+#include "support/column_status.h"
+#include "trace/trace_conclusion.h"
+
+#include <utility>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kMinRidgePoints = 10;  // of a second chance
+
+constexpr TCheck kSearchRegion{
+    {1, TWeldOutcome::noStripe, "stripe", "no search region: the previous stripe spans too few columns"},
+    "search region"};
+constexpr TCheck kRidgePoints =
+    countCheck({5, TWeldOutcome::noStripe, "stripe", "too few ridge points"}, "ridge points", TRule::atLeast);
+
+// A stripe, and whether the ridges were asked for it.
+struct TExtracted {
+  TStripe stripe;
+  bool hasAskedRidges = false;
+};
+
+void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe) {
+  if (!trace) return;
+  TTraceAttempt& attempt = trace.attempt();
+  attempt.regions.assign(look.regions.begin(), look.regions.end());
+  attempt.centres.assign(stripe.points.begin(), stripe.points.end());
+  attempt.columnsScanned = static_cast<std::int32_t>(stripe.status.size());
+  for (const TWeldPointStatus& column : stripe.status) {
+    attempt.columnsWithCentre += column.status == kCentreFound ? 1 : 0;
+    attempt.columnsWithoutEdge += column.status == kEdgeMissing ? 1 : 0;
+    attempt.columnsWithoutPair += column.status == kNoPair ? 1 : 0;
+  }
+}
+
+TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
+  const TFrame& frame = quest.frame;
+  if (extraction.kind == TStripeExtraction::ridge) return {extractRidges(frame, look.regions, quest.ridges), true};
+  TStripe edgePairs = extractEdgePairs(frame, look.regions);
+  const bool asksRidges =
+      extraction.kind == TStripeExtraction::automatic && leavesStripeUnexplained(edgePairs, extraction.minColumns);
+  if (!asksRidges) return {std::move(edgePairs), false};
+  return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), true};
+}
+
+TExtracted extract(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
+  const TTrace& trace = quest.frame.trace;
+  const TStageTimer timer(trace, "stripe");
+  const bool usesRidges = extraction.kind == TStripeExtraction::ridge;
+  trace.beginAttempt(look.path, usesRidges ? TStripeExtraction::ridge : TStripeExtraction::edgePairs);
+  trace.holds(kSearchRegion, !look.regions.empty());
+  TExtracted extracted = extractAs(quest, look, extraction);
+  reportStripe(trace, look, extracted.stripe);
+  return extracted;
+}
+
+// A seam at an impossible point is no success.
+void concludeSeam(const TQuest& quest, TSeam& seam) {
+  const TFrame& frame = quest.frame;
+  const bool isRefused =
+      quest.refusesImpossible && seam.isFound && !isSeamPointPossible(frame, seam, quest.joint.rules);
+  if (isRefused) seam = TSeam(std::move(seam.stripePts));
+  if (!frame.trace) return;
+  const int points = static_cast<int>(seam.stripePts.size());
+  if (!seam.isFound) {
+    concludeFailedAttempt(frame.trace.record(), quest.joint.info);
+  } else if (quest.joint.rules.hasSeamPoint) {
+    concludeFoundAttempt(frame.trace.record(), "seam at " + positionText(seam.pos));
+  } else {
+    concludeFoundAttempt(frame.trace.record(), cv::format("stripe with %d points", points));
+  }
+}
+
+TFound conclude(const TQuest& quest, const TExtracted& extracted, TSeam seam) {
+  const TStripe& stripe = extracted.stripe;
+  concludeSeam(quest, seam);
+  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx, extracted.hasAskedRidges};
+}
+
+// A first detection on the ridges of the whole image. The columns keep the status that edge pairs gave them.
+TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
+  const TFrame& frame = quest.frame;
+  TLook look = lookEverywhere(frame);
+  look.path = TSearchPath::fallback;
+  TExtracted extracted = extract(quest, look, {TStripeExtraction::ridge});
+  extracted.stripe.status = std::move(status);
+  const bool hasStripe = frame.trace.passes(kRidgePoints, extracted.stripe.points.size(), kMinRidgePoints);
+  TSeam seam = hasStripe ? quest.joint.rules.find(frame, extracted.stripe, {}) : TSeam(frame.memory);
+  return conclude(quest, extracted, std::move(seam));
+}
+
+}  // namespace
+
+TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous) {
+  const TJointRules& rules = quest.joint.rules;
+  TExtracted extracted = extract(quest, look, extraction);
+  TSeam seam = rules.find(quest.frame, extracted.stripe, previous);
+  const bool hasFailed = !seam.isFound;
+  TFound found = conclude(quest, extracted, std::move(seam));
+  const bool triesRidges = hasFailed && rules.hasSecondChance && quest.grantsSecondChance;
+  return triesRidges ? tryRidges(quest, std::move(extracted.stripe.status)) : std::move(found);
+}
+
+TFound attemptByRule(const TQuest& quest, const TExtraction& extraction, const TPrevious& previous) {
+  const TFrame& frame = quest.frame;
+  const TJointRules& rules = quest.joint.rules;
+  const TExtractionRule own = rules.extraction != nullptr ? rules.extraction(frame.params) : TExtractionRule();
+  if (own.usesRidges) return attempt(quest, lookEverywhere(frame), {TStripeExtraction::ridge}, previous);
+  const bool isTracking = own.isTracked && previous.isFound;
+  const TLook look = isTracking ? lookNear(frame, previous.stripePts, rules.bandPx) : lookEverywhere(frame);
+  return attempt(quest, look, extraction, previous);
+}
+
+}  // namespace weld

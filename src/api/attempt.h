@@ -1,0 +1,39 @@
+// One attempt at a frame: a stripe, and what a joint's rules find on it.
+#pragma once
+
+#include "api/joints.h"
+#include "api/look.h"
+#include "stripe/ridge/ridge_stripe.h"
+
+namespace weld {
+
+// What an attempt found, and what it says about the stripe that it found it on.
+struct TFound {
+  TSeam seam;
+  int columns = 0;  // with a centre
+  double widthPx = 0.0;
+  bool hasAskedRidges = false;
+};
+
+// How an attempt extracts the stripe.
+struct TExtraction {
+  TStripeExtraction kind = TStripeExtraction::edgePairs;
+  int minColumns = 0;  // automatic: ridges are asked where edge pairs follow the stripe through fewer columns
+};
+
+// A frame, the joint that is looked for in it, and what it may ask of the ridges.
+struct TQuest {
+  const TFrame& frame;
+  const TJoint& joint;
+  TRidgeSearch& ridges;
+  bool grantsSecondChance = true;  // to joints whose rules have one
+  bool refusesImpossible = false;  // seams at a point that is none of the image
+};
+
+// Extracts the stripe where the look says and runs the joint's rules on it.
+TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous);
+
+// The same where the joint's own rules look: near the previous stripe when a seam was found there.
+TFound attemptByRule(const TQuest& quest, const TExtraction& extraction, const TPrevious& previous);
+
+}  // namespace weld

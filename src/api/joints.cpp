@@ -1,0 +1,192 @@
+#include "api/joints.h"
+
+#include "api/joint_parameters.h"
+#include "detectors/corner.h"
+#include "detectors/gap.h"
+#include "detectors/lap.h"
+#include "detectors/plate.h"
+#include "detectors/presence.h"
+
+#include <algorithm>
+
+namespace weld {
+
+namespace {
+
+using TPos = TWeldPosType;
+
+constexpr int kPlateBandPx = 40;
+
+TExtractionRule presenceExtraction(const TWeldParams& params) {
+  const TPresenceSettings settings = TPresenceSettings::of(params);
+  return {settings.usesRidges, settings.searchesNear};
+}
+
+TJointRules cornerRules() {
+  TJointRules rules;
+  rules.find = findCorner;
+  rules.hasSecondChance = true;
+  rules.findsAnewOnGuide = true;
+  return rules;
+}
+
+TJointRules plateRules() {
+  TJointRules rules;
+  rules.find = findPlate;
+  rules.bandPx = kPlateBandPx;
+  rules.hasSupport = havePlateEndsSupport;
+  rules.announce = showPlateInfo;
+  return rules;
+}
+
+TJointRules presenceRules() {
+  TJointRules rules;
+  rules.find = findPresence;
+  rules.hasSeamPoint = false;
+  rules.extraction = presenceExtraction;
+  return rules;
+}
+
+// A joint that is known by name and drawn by the scenes, and has no detector yet.
+TJoint undetected(TWeldType type, const char* name, const char* shortName, const char* meaning) {
+  const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
+                                          TFeature::leftShoulder, TFeature::rightShoulder};
+  return {{type, name, shortName, meaning, false, {TPos::centre}, features, {}}, {}};
+}
+
+const std::vector<TJoint>& joints() {
+  static const std::vector<TJoint> rows = {
+      {{TWeldType::buttGap,
+        "buttGap",
+        "gap",
+        "one straight stripe broken by a gap",
+        true,
+        {TPos::centre, TPos::left, TPos::right},
+        {TFeature::leftEdge, TFeature::rightEdge},
+        gapParameters()},
+       {findGap}},
+      {{TWeldType::lap,
+        "lap",
+        "lap",
+        "two pieces displaced in height",
+        true,
+        {TPos::centre, TPos::upper, TPos::lower},
+        {TFeature::upperCorner, TFeature::lowerCorner},
+        lapParameters()},
+       {findLap}},
+      {{TWeldType::corner,
+        "corner",
+        "corner",
+        "two flanks that meet in one corner",
+        true,
+        {TPos::centre},
+        {TFeature::corner},
+        cornerParameters()},
+       cornerRules()},
+      {{TWeldType::plate,
+        "plate",
+        "plate",
+        "the highest straight piece and its two ends",
+        true,
+        {TPos::centre, TPos::left, TPos::right},
+        {TFeature::leftEnd, TFeature::rightEnd},
+        plateParameters()},
+       plateRules()},
+      undetected(TWeldType::uGroove, "uGroove", "u", "two steep walls and a round bottom"),
+      undetected(TWeldType::vGroove, "vGroove", "v", "two flanks between two plates"),
+      undetected(TWeldType::singleBevel, "singleBevel", "bevel", "one flank and one upright wall"),
+      undetected(TWeldType::flareV, "flareV", "flareV", "two round edges side by side"),
+      undetected(TWeldType::flareBevel, "flareBevel", "flareBevel", "a round edge beside a plate"),
+      {{TWeldType::stripePresence,
+        "stripePresence",
+        "presence",
+        "is the stripe there, as in the frame before?",
+        true,
+        {TPos::centre},
+        {},
+        presenceParameters()},
+       presenceRules()},
+  };
+  return rows;
+}
+
+const TJoint* findJoint(TWeldType type) {
+  const auto row =
+      std::find_if(joints().begin(), joints().end(), [type](const TJoint& j) { return j.info.type == type; });
+  return row != joints().end() ? &*row : nullptr;
+}
+
+}  // namespace
+
+const TJoint* findDetectedJoint(TWeldType type) {
+  const TJoint* const joint = findJoint(type);
+  return joint != nullptr && joint->rules.find != nullptr ? joint : nullptr;
+}
+
+}  // namespace weld
+
+const std::vector<TWeldJoint>& weldJoints() {
+  static const std::vector<TWeldJoint> infos = [] {
+    std::vector<TWeldJoint> list;
+    for (const weld::TJoint& joint : weld::joints()) list.push_back(joint.info);
+    return list;
+  }();
+  return infos;
+}
+
+const TWeldJoint* findWeldJoint(TWeldType type) {
+  const weld::TJoint* const joint = weld::findJoint(type);
+  return joint != nullptr ? &joint->info : nullptr;
+}
+
+const TWeldParameter* findWeldParameter(const TWeldJoint& joint, const std::string& name) {
+  const auto row = std::find_if(joint.parameters.begin(), joint.parameters.end(),
+                                [&](const TWeldParameter& p) { return name == p.name || name == p.field; });
+  return row != joint.parameters.end() ? &*row : nullptr;
+}
+
+const char* weldPosText(TWeldPosType pos) {
+  switch (pos) {
+    case TWeldPosType::centre:
+      return "centre";
+    case TWeldPosType::left:
+      return "left";
+    case TWeldPosType::right:
+      return "right";
+    case TWeldPosType::upper:
+      return "upper";
+    case TWeldPosType::lower:
+      return "lower";
+  }
+  return "unknown";
+}
+
+const char* featureText(TFeature feature) {
+  switch (feature) {
+    case TFeature::root:
+      return "root";
+    case TFeature::leftRoot:
+      return "left root";
+    case TFeature::rightRoot:
+      return "right root";
+    case TFeature::leftShoulder:
+      return "left shoulder";
+    case TFeature::rightShoulder:
+      return "right shoulder";
+    case TFeature::leftEdge:
+      return "left edge";
+    case TFeature::rightEdge:
+      return "right edge";
+    case TFeature::upperCorner:
+      return "upper corner";
+    case TFeature::lowerCorner:
+      return "lower corner";
+    case TFeature::corner:
+      return "corner";
+    case TFeature::leftEnd:
+      return "left end";
+    case TFeature::rightEnd:
+      return "right end";
+  }
+  return "unknown";
+}

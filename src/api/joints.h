@@ -1,0 +1,38 @@
+// The one table of joints: what each is called, knows and reads, and the rules that find it.
+#pragma once
+
+#include "detectors/seam.h"
+#include "zelWeldSettings.h"
+
+namespace weld {
+
+// How the plain rules extract the stripe of a joint.
+struct TExtractionRule {
+  bool usesRidges = false;  // of the whole image, instead of edge pairs
+  bool isTracked = true;    // near the previous stripe once a seam was found
+};
+
+inline constexpr int kUsualBandPx = 60;
+
+struct TJointRules {
+  TFindSeam find = nullptr;   // null: no detector
+  int bandPx = kUsualBandPx;  // half height of the search band around the previous stripe
+  bool hasSeamPoint = true;
+  bool hasSecondChance = false;  // on ridges, where edge pairs give no seam
+  // The tracking rules are coarser than those of a first detection: along an extended guide the latter are used.
+  bool findsAnewOnGuide = false;
+  TExtractionRule (*extraction)(const TWeldParams& params) = nullptr;  // null: the usual one
+  bool (*hasSupport)(const TSeam& seam) = nullptr;                     // null: every found seam has
+  // Tells the host about a reported seam; `frames` counts for it from frame to frame. Null: nothing to tell.
+  void (*announce)(int& frames, const TSeam& seam, double stripeWidthPx) = nullptr;
+};
+
+struct TJoint {
+  TWeldJoint info;
+  TJointRules rules;
+};
+
+// The joint of that type; null where there is no detector for it.
+const TJoint* findDetectedJoint(TWeldType type);
+
+}  // namespace weld

@@ -1,0 +1,53 @@
+// What a joint's detector finds, and what it may know of the frame before.
+#pragma once
+
+#include "stripe/stripe.h"
+#include "trace/frame.h"
+#include "zelWeldTypes.h"
+
+#include <opencv2/core.hpp>
+
+#include <utility>
+
+namespace weld {
+
+// See TWeldLineRes.
+struct TSeamValues {
+  bool isFound = false;
+  cv::Point2f pos;
+  double auxVal1 = 0.0;
+  double auxVal2 = 0.0;
+  double auxVal3 = 0.0;
+  double auxVal4 = 0.0;
+  double trackVal = 0.0;
+};
+
+struct TSeam : TSeamValues {
+  explicit TSeam(TMemory* memory) : stripePts(memory) {}
+  explicit TSeam(TPoints points) : stripePts(std::move(points)) {}
+
+  TPoints stripePts;
+};
+
+// The seam of the frame before; its stripe belongs to somebody else.
+struct TPrevious : TSeamValues {
+  TPrevious() = default;
+  explicit TPrevious(const TSeam& seam) : TSeamValues(seam), stripePts(seam.stripePts) {}
+  explicit TPrevious(const TWeldLineRes& line)
+      : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
+                    line.auxVal3, line.auxVal4, line.trackVal},
+        stripePts(line.stripePts) {}
+
+  TPointView stripePts;
+};
+
+inline TWeldLineRes toLineRes(const TSeam& seam) {
+  return {seam.isFound, seam.pos,     {seam.stripePts.begin(), seam.stripePts.end()},
+          seam.auxVal1, seam.auxVal2, seam.auxVal3,
+          seam.auxVal4, seam.trackVal};
+}
+
+// A detector is a function of the frame, its stripe and the seam of the frame before.
+using TFindSeam = TSeam (*)(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
+
+}  // namespace weld

@@ -1,0 +1,152 @@
+#include "profile/joint_features.h"
+
+#include "support/arc_tangent.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr double kCorrelated = 2.0;    // neighbouring centres err alike: fewer of them count
+constexpr double kEndColumnPx = 0.4;   // standard deviation of an end along x
+
+double yOf(const TLine& line, double x) {
+  return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
+}
+
+}  // namespace
+
+TBase baseOf(const TLine& left, const TLine& right) {
+  const double dx = left.dx + right.dx;
+  const double dy = left.dy + right.dy;
+  const double length = std::sqrt(dx * dx + dy * dy);
+  return {dx / length, dy / length};
+}
+
+double lineSigma(const TLine& line, double noise2, cv::Point2d at) {
+  if (!(line.weight > 0.0) || !(line.spread > 0.0)) return std::sqrt(noise2);
+  const double along = line.alongOf(at.x, at.y);
+  const double variance = kCorrelated * std::max(line.variance, 0.25 * noise2);
+  return std::sqrt(variance * (1.0 / line.weight + along * along / line.spread));
+}
+
+double crossingSigma(const TLine& a, double noiseA2, const TLine& b, double noiseB2, cv::Point2d at) {
+  const double sine = std::max(0.02, std::abs(a.dx * b.dy - a.dy * b.dx));
+  const double sigmaA = lineSigma(a, noiseA2, at);
+  const double sigmaB = lineSigma(b, noiseB2, at);
+  return std::sqrt(sigmaA * sigmaA + sigmaB * sigmaB) / sine;
+}
+
+double cornerSigma(const TProfileLayout& layout, std::size_t j) {
+  const TFittedElement& a = layout.elements[j];
+  const TFittedElement& b = layout.elements[j + 1];
+  const bool isLineA = layout.range(j).kind == TElementKind::line;
+  const bool isLineB = layout.range(j + 1).kind == TElementKind::line;
+  if (isLineA && isLineB) return crossingSigma(a.lines.right, a.noise2, b.lines.left, b.noise2, a.right);
+  const TFittedElement& arc = isLineA ? b : a;
+  return std::sqrt(kCorrelated * arc.noise2) * std::max(arc.arc.centreSigma, 0.1);
+}
+
+double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at) {
+  const double columns = std::sqrt(kEndColumnPx * kEndColumnPx + unseenPx * unseenPx);
+  const double along = columns / std::max(line.dx, 0.05);
+  const double across = lineSigma(line, noise2, at);
+  return std::sqrt(along * along + across * across);
+}
+
+void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx) {
+  fit.features[static_cast<std::size_t>(feature)] = {true, pos, sigmaPx};
+}
+
+double angleDegOf(const TLine& line) {
+  return arcTangent2(line.dy, line.dx) * kDegPerRad;
+}
+
+double mismatchAt(const TLine& left, const TLine& right, double x) {
+  return yOf(right, x) - yOf(left, x);
+}
+
+void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfileFit& fit) {
+  const cv::Point2d left = fit.feature(TFeature::leftShoulder).pos;
+  const cv::Point2d right = fit.feature(TFeature::rightShoulder).pos;
+  const cv::Point2d root = fit.feature(TFeature::root).pos;
+  const cv::Point2d across = right - left;
+  const double widthPx = std::sqrt(across.x * across.x + across.y * across.y);
+  fit.measures.widthPx = widthPx;
+  if (!(widthPx > 0.0)) return;
+  fit.measures.depthPx = ((root.y - left.y) * across.x - (root.x - left.x) * across.y) / widthPx;
+  double doubleArea = 0.0;
+  cv::Point2d before = left;
+  const auto add = [&](cv::Point2d p) {
+    doubleArea += (before.x - left.x) * (p.y - left.y) - (before.y - left.y) * (p.x - left.x);
+    before = p;
+  };
+  for (int i = groove.first; i < groove.last; ++i) {
+    if (centres.at(i).x > left.x && centres.at(i).x < right.x) add(centres.at(i));
+  }
+  add(right);
+  fit.measures.areaPx2 = std::abs(0.5 * doubleArea);
+}
+
+bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
+  const std::size_t last = layout.count() - 1;
+  const TFittedElement& a = layout.elements[0];
+  const TFittedElement& b = layout.elements[last];
+  if (layout.range(0).kind != TElementKind::line || layout.range(last).kind != TElementKind::line) return true;
+  TJointMeasures& m = fit.measures;
+  const TBase base = baseOf(a.lines.right, b.lines.left);
+  m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
+  const double endA = endSigma(a.lines.right, a.noise2, state.unseenPx, a.right);
+  const double endB = endSigma(b.lines.left, b.noise2, state.unseenPx, b.left);
+  switch (layout.profile->measuring) {
+    case TMeasuring::corner:
+      m.leftAngleDeg = angleDegOf(a.lines.whole);
+      m.rightAngleDeg = angleDegOf(b.lines.whole);
+      m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
+      setFeature(fit, TFeature::corner, a.right, cornerSigma(layout, 0));
+      break;
+    case TMeasuring::plate: {
+      const cv::Point2d across = a.right - a.left;
+      m.widthPx = std::sqrt(across.x * across.x + across.y * across.y);
+      m.baseAngleDeg = angleDegOf(a.lines.whole);
+      setFeature(fit, TFeature::leftEnd, a.left, endSigma(a.lines.left, a.noise2, state.unseenPx, a.left));
+      setFeature(fit, TFeature::rightEnd, a.right, endA);
+      break;
+    }
+    case TMeasuring::gap:
+    case TMeasuring::lap: {
+      const cv::Point2d across = b.left - a.right;
+      m.gapPx = across.x * base.dx + across.y * base.dy;
+      m.mismatchPx = layout.profile->measuring == TMeasuring::lap ? base.depthOf(a.right, b.left)
+                                                                  : mismatchAt(a.lines.right, b.lines.left, a.right.x);
+      m.leftAngleDeg = angleDegOf(a.lines.whole);
+      m.rightAngleDeg = angleDegOf(b.lines.whole);
+      const bool isLap = layout.profile->measuring == TMeasuring::lap;
+      setFeature(fit, isLap ? TFeature::upperCorner : TFeature::leftEdge, a.right, endA);
+      setFeature(fit, isLap ? TFeature::lowerCorner : TFeature::rightEdge, b.left, endB);
+      break;
+    }
+    default:
+      break;
+  }
+  return true;
+}
+
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit) {
+  switch (layout.profile->measuring) {
+    case TMeasuring::groove:
+      return measureGroove(centres, layout, state, fit);
+    case TMeasuring::bevel:
+      return measureBevel(centres, layout, state, fit);
+    case TMeasuring::flareV:
+    case TMeasuring::flareBevel:
+      return measureFlare(centres, layout, state, fit);
+    default:
+      return measurePlain(layout, state, fit);
+  }
+}
+
+}  // namespace weld

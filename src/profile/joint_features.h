@@ -1,0 +1,51 @@
+// Features and measures of a joint, read off the elements of its profile.
+#pragma once
+
+#include "profile/profile_fit.h"
+#include "profile/profile_layout.h"
+
+namespace weld {
+
+struct TStripeState {
+  double noisePx = 1.0;
+  double unseenPx = 0.0;  // root mean square of the columns by which holes cut an end short
+};
+
+// Fills features and measures, still in the sense of the template. False where the layout contradicts the joint:
+// too shallow, plates out of line, circles that overlap.
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+
+// By how the joint is measured.
+bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+
+// Pieces that they share.
+
+struct TBase {
+  double dx = 1.0;  // unit vector along the mean of the plates
+  double dy = 0.0;
+  double depthOf(cv::Point2d from, cv::Point2d p) const { return (p.y - from.y) * dx - (p.x - from.x) * dy; }
+};
+TBase baseOf(const TLine& left, const TLine& right);
+
+// Root mean square of the normal error of a line at a point, px.
+double lineSigma(const TLine& line, double noise2, cv::Point2d at);
+// Of the crossing of two lines, by the distance.
+double crossingSigma(const TLine& a, double noiseA2, const TLine& b, double noiseB2, cv::Point2d at);
+// Of a corner of the layout between elements j and j + 1.
+double cornerSigma(const TProfileLayout& layout, std::size_t j);
+// Of an end that is only seen to within the column, or cut short by a hole.
+double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at);
+
+void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx);
+void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfileFit& fit);
+double angleDegOf(const TLine& line);
+// y of the right plate minus that of the left one at a column.
+double mismatchAt(const TLine& left, const TLine& right, double x);
+
+inline constexpr double kClosedPx = 3.0;         // a root gap below it
+inline constexpr double kClosedPerNoise = 2.0;   // and this counts as closed
+
+}  // namespace weld

@@ -1,0 +1,71 @@
+// A template on the stripe: where its elements lie, finer than the atoms.
+#pragma once
+
+#include "profile/circle_refine.h"
+#include "profile/local_fit.h"
+#include "profile/profile_search.h"
+
+#include <array>
+
+namespace weld {
+
+struct TFittedElement {
+  TSpan span;         // its centres
+  TSpan searched;     // the same before the refinement
+  double noise2 = 0;  // variance of the centres about a smooth course, px^2
+  TLocalLines lines;  // of a line
+  TCircleFit arc;     // of an arc
+  cv::Point2d left;   // ends: corners, tangent points, or the last stripe seen
+  cv::Point2d right;
+};
+
+// Everything in the sense of the template.
+struct TProfileLayout {
+  const TProfileTemplate* profile = nullptr;
+  int sense = 1;
+  std::array<TFittedElement, kMostElements> elements{};
+  std::array<TCircleFit, kMostElements - 1> fillets{};  // of rounded corners; radius 0: sharp
+  double cost = 0.0;
+
+  const TElementRange& range(std::size_t e) const { return profile->elements[e]; }
+  std::size_t count() const { return profile->elementCount; }
+};
+
+// Distance of a centre from an element, px, positive below; of a line from the blend of its local lines.
+double offsetFrom(const TFittedElement& element, const TElementRange& range, cv::Point2d p);
+
+struct TRefineSettings {
+  double noisePx = 1.0;
+  double stripeWidthPx = 0.0;  // 0: not known
+  int rounds = 3;
+};
+
+// Start of a refinement: the layout of a search.
+TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table);
+
+// Moves corners, tangent points and ends to where the centres have them. False where the elements do not meet as
+// the template says.
+bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout,
+                  TWindowSums& sums);
+
+// Parts of the refinement, in files of their own.
+std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
+
+struct TWalk {
+  int from;    // a centre of the element
+  int limit;   // the last one looked at
+  int step;    // 1: to the right, -1: to the left
+  double bow;  // by which the surface may deviate, over its columns
+};
+
+// The last centre of an element on a walk from one of its own.
+// A hole of more than five columns is crossed only where seven centres in a row follow, or where the search did.
+int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
+              const TWalk& walk);
+
+// Radius of the arc between two lines that meet at a corner; not found where the corner is sharp.
+//   startPx  radius known from before, or 0: it is sought
+TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
+                      double noise2, double startPx);
+
+}  // namespace weld

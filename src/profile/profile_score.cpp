@@ -1,0 +1,154 @@
+#include "profile/profile_score.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace weld {
+
+namespace {
+
+constexpr double kCostPerCentre = 1.0 / 3.0;
+constexpr double kBound = 2.0;  // cost of a centre that belongs to nothing
+constexpr double kMost = 3.0;   // of one that an element does not explain
+constexpr double kFreeCost = 0.8;      // of a centre outside the joint, over the bound
+constexpr double kBowPerLength = 0.003;
+constexpr int kMostScored = 120;  // centres of an element, evenly picked
+constexpr double kInlierSigmas = 3.5;
+constexpr double kEndPx = 90.0;  // columns next to a corner that must be seen
+constexpr double kCostPerLine = 8.0;
+constexpr double kCostPerArc = 11.2;
+constexpr double kArcSharingOne = 6.4;
+constexpr double kArcSharingBoth = 3.2;
+constexpr double kCostPerFillet = 3.2;
+
+// ln(x) for x >= 1 within 0.005: the exponent, and a parabola through the mantissa.
+double roughLog(double x) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &x, sizeof(bits));
+  const auto exponent = static_cast<double>(static_cast<std::int64_t>(bits >> 52U) - 1023);
+  bits = (bits & 0xFFFFFFFFFFFFFULL) | 0x3FF0000000000000ULL;
+  double mantissa = 0.0;
+  std::memcpy(&mantissa, &bits, sizeof(mantissa));
+  return 0.6931471805599453 * (exponent + (mantissa - 1.0) * (1.0 + 0.3465735902799727 * (2.0 - mantissa)));
+}
+
+// Grows with the logarithm of the distance: real surfaces bow and wave.
+double costOf(double offset, double invNoise2) {
+  return std::min(kMost, 0.5 * roughLog(1.0 + offset * offset * invNoise2));
+}
+
+double penaltyOf(const TElementRange& range) {
+  if (range.kind == TElementKind::line) return kCostPerLine;
+  if (range.isTouchingLeft && range.isTouchingRight) return kArcSharingBoth;
+  return range.isTouchingLeft || range.isTouchingRight ? kArcSharingOne : kCostPerArc;
+}
+
+struct TShare {
+  int inside = 0;
+  int all = 0;
+  void count(bool isInside) {
+    ++all;
+    inside += isInside ? 1 : 0;
+  }
+  double value() const { return all > 0 ? static_cast<double>(inside) / all : 1.0; }
+};
+
+struct TEndShares {
+  double left = 1.0;
+  double right = 1.0;
+};
+
+class TElementScore {
+public:
+  TElementScore(const TOrientedCentres& c, const TFittedElement& e, const TElementRange& r)
+      : centres(c), element(e), range(r), step(std::max(1, e.span.count() / kMostScored)) {}
+
+  // A line counts as the straight or the bent one, whichever explains more.
+  double cost(double noise2) const {
+    const double inv = 1.0 / noise2;
+    double bent = 0.0;
+    double straight = 0.0;
+    int scored = 0;
+    for (int i = element.span.first; i < element.span.last; i += step, ++scored) {
+      const cv::Point2d p = centres.at(i);
+      bent += costOf(offsetFrom(element, range, p), inv);
+      if (range.kind == TElementKind::line) straight += costOf(element.lines.whole.offsetOf(p.x, p.y), inv);
+    }
+    const double least = range.kind == TElementKind::line ? std::min(bent, straight) : bent;
+    return element.span.count() * least / std::max(1, scored);
+  }
+
+  TEndShares shares() const {
+    const double limit = kInlierSigmas * kInlierSigmas * (element.noise2 + bow2());
+    TShare left;
+    TShare right;
+    for (int i = element.span.first; i < element.span.last; ++i) {
+      const double x = centres.at(i).x;
+      const bool isLeft = x - element.left.x < kEndPx;
+      const bool isRight = element.right.x - x < kEndPx;
+      if (!isLeft && !isRight) continue;
+      const bool isInside = offset2(i) < limit;
+      if (isLeft) left.count(isInside);
+      if (isRight) right.count(isInside);
+    }
+    return {left.value(), right.value()};
+  }
+
+private:
+  double offset2(int i) const {
+    const double offset = offsetFrom(element, range, centres.at(i));
+    return offset * offset;
+  }
+  double bow2() const {
+    const double bowPx = kBowPerLength * (element.right.x - element.left.x);
+    return bowPx * bowPx;
+  }
+
+  const TOrientedCentres& centres;
+  const TFittedElement& element;
+  const TElementRange& range;
+  int step;
+};
+
+double filletCost(const TOrientedCentres& centres, TSpan span, const TCircle& c, double noise2) {
+  double cost = 0.0;
+  for (int i = span.first; i < span.last; ++i) {
+    const cv::Point2d p = centres.at(i);
+    cost += costOf(std::sqrt((p.x - c.x) * (p.x - c.x) + (p.y - c.y) * (p.y - c.y)) - c.r, 1.0 / noise2);
+  }
+  return cost;
+}
+
+}  // namespace
+
+TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx) {
+  TLayoutScore score;
+  const std::size_t n = layout.count();
+  const double noise2 = noisePx * noisePx;
+  double points = kBound * kFreeCost * (layout.elements[0].span.first + centres.count() - layout.elements[n - 1].span.last);
+  for (std::size_t e = 0; e < n; ++e) {
+    const TFittedElement& element = layout.elements[e];
+    const bool hasLeft = e > 0;
+    const bool hasRight = e + 1 < n;
+    TElementScore of(centres, element, layout.range(e));
+    points += of.cost(noise2);
+    const TEndShares share = of.shares();
+    score.shares[e] = std::min(hasLeft ? share.left : 1.0, hasRight ? share.right : 1.0);
+    score.worstShare = std::min(score.worstShare, score.shares[e]);
+    score.cost += penaltyOf(layout.range(e));
+    if (e + 1 == n) break;
+    const TSpan between{element.span.last, layout.elements[e + 1].span.first};
+    if (layout.fillets[e].isFound) {
+      points += filletCost(centres, between, layout.fillets[e].circle, noise2);
+      score.cost += kCostPerFillet;
+    } else {
+      points += kBound * between.count();
+    }
+  }
+  score.cost += kCostPerCentre * points;
+  return score;
+}
+
+}  // namespace weld

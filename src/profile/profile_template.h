@@ -1,0 +1,88 @@
+// What a joint looks like, as data: an ordered sequence of lines and arcs, and how each meets the next. Angles are
+// those of a groove that opens upwards in the image (y down, a flank that descends to the right is positive); the
+// other sense is tried by turning the stripe over.
+#pragma once
+
+#include "zelWeldTypes.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace weld {
+
+inline constexpr std::size_t kMostElements = 7;
+
+enum class TElementKind : std::uint8_t { line, arc };
+enum class TElementRole : std::uint8_t { plate, flank, flat, round };
+
+struct TElementRange {
+  TElementKind kind = TElementKind::line;
+  TElementRole role = TElementRole::plate;
+  double minAngleDeg = -90.0;  // of a line
+  double maxAngleDeg = 90.0;
+  double minLengthPx = 15.0;  // along the element
+  double maxLengthPx = 1e9;
+  double minRadiusPx = 0.0;  // of an arc
+  double maxRadiusPx = 1e9;
+  bool isCentreBelow = true;  // of an arc: below it in the image, that is, inside the material
+  bool isTouchingLeft = false;   // an arc that shares the tangent of its left neighbour
+  bool isTouchingRight = false;  // and of its right one
+};
+
+inline bool operator==(const TElementRange& a, const TElementRange& b) {
+  return a.kind == b.kind && a.minAngleDeg == b.minAngleDeg && a.maxAngleDeg == b.maxAngleDeg &&
+         a.minLengthPx == b.minLengthPx && a.maxLengthPx == b.maxLengthPx && a.minRadiusPx == b.minRadiusPx &&
+         a.maxRadiusPx == b.maxRadiusPx && a.isCentreBelow == b.isCentreBelow &&
+         a.isTouchingLeft == b.isTouchingLeft && a.isTouchingRight == b.isTouchingRight;
+}
+
+enum class TJunctionKind : std::uint8_t {
+  cross,    // the elements meet in a corner
+  fillet,   // the same, the corner being rounded
+  root,     // the corner lies beyond both ends: it may be open
+  cusp,     // two arcs, or an arc and a line, that come close to one another; the last stretch is not seen
+  jump,     // a step that shows no stripe
+  hole,     // no step, columns without a stripe
+  tangent,  // smooth
+};
+
+struct TJunctionRange {
+  TJunctionKind kind = TJunctionKind::cross;
+  double minTurnDeg = -180.0;  // angle of the right element minus that of the left one, at the junction
+  double maxTurnDeg = 180.0;
+  double minStepPx = 0.0;  // of a jump: 
+  int step = 0;            // 1: the right element starts lower, -1: higher
+};
+
+// How the features are read off the elements.
+enum class TMeasuring : std::uint8_t { groove, bevel, flareV, flareBevel, corner, lap, gap, plate, none };
+
+struct TProfileTemplate {
+  const char* name = "";
+  TMeasuring measuring = TMeasuring::none;
+  std::size_t elementCount = 0;
+  std::array<TElementRange, kMostElements> elements{};
+  std::array<TJunctionRange, kMostElements - 1> junctions{};  // one between each two elements
+};
+
+// The same joint seen in a mirror.
+constexpr TProfileTemplate mirrored(const TProfileTemplate& from, const char* name) {
+  TProfileTemplate to = from;
+  to.name = name;
+  for (std::size_t e = 0; e < from.elementCount; ++e) {
+    const TElementRange& source = from.elements[from.elementCount - 1 - e];
+    to.elements[e] = source;
+    to.elements[e].minAngleDeg = -source.maxAngleDeg;
+    to.elements[e].maxAngleDeg = -source.minAngleDeg;
+    to.elements[e].isTouchingLeft = source.isTouchingRight;
+    to.elements[e].isTouchingRight = source.isTouchingLeft;
+  }
+  for (std::size_t j = 0; j + 1 < from.elementCount; ++j) {
+    to.junctions[j] = from.junctions[from.elementCount - 2 - j];
+    to.junctions[j].step = -to.junctions[j].step;
+  }
+  return to;
+}
+
+}  // namespace weld

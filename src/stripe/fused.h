@@ -1,0 +1,20 @@
+// Edge pairs and ridges: when the ridges are asked, and what is made of both.
+#pragma once
+
+#include "stripe/ridge/ridge_stripe.h"
+#include "stripe/stripe.h"
+#include "trace/frame.h"
+
+namespace weld {
+
+// True when edge pairs leave stripe behind that ridges may follow: columns with a pair that is no centre (flare
+// thicker than the rest, a short rest between two breaks), or fewer than minColumns centres (thin, thick, soft or
+// dim).
+bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns);
+
+// Both extractions of the same regions in one. The ridges alone where they follow the stripe through clearly more
+// columns; else the edge pairs, with ridge centres in those columns whose pairs were dropped: where there is no
+// pair, a ridge would run on into a gap.
+TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges);
+
+}  // namespace weld

@@ -1,0 +1,95 @@
+#include "stripe/ridge/ridge_threshold.h"
+
+#include <algorithm>
+#include <array>
+
+namespace weld {
+
+namespace {
+
+constexpr int kStripPx = 128;        // columns that share one estimate
+constexpr int kSampleRowsPx = 16;    // the estimate reads every n-th row
+constexpr int kMinSampleRows = 64;   // unless that makes fewer rows than these
+constexpr int kSampleColumnsPx = 8;  // and every n-th column
+
+constexpr double kNoiseFactor = 6.0;
+constexpr double kLeastShare = 0.25;  // of the wanted contrast
+constexpr double kMostShare = 4.0;
+constexpr double kLeastGrey = 4.0;  // whatever contrast is wanted
+constexpr double kMostGrey = 255.0;
+
+// Spread between the median and the upper quartile: a stripe covers few rows and hardly moves them.
+constexpr double kUpperShare = 0.75;
+constexpr double kSigmaPerSpread = 1.483;  // of a Gaussian
+
+class TResponseHistogram {
+public:
+  void add(short response) {
+    const int bin = (response >> kBinShift) + kBins / 2;
+    ++bins[static_cast<std::size_t>(std::clamp(bin, 0, kBins - 1))];
+    ++total;
+  }
+
+  // Response below which that share of the samples lies.
+  int quantile(double share) const {
+    const int rank = static_cast<int>(share * total);
+    int below = 0;
+    for (int i = 0; i < kBins; ++i) {
+      below += bins[static_cast<std::size_t>(i)];
+      if (below > rank) return (i - kBins / 2) * (1 << kBinShift);
+    }
+    return 0;
+  }
+
+private:
+  static constexpr int kBins = 1024;   // +-64 grey levels
+  static constexpr int kBinShift = 2;  // an eighth of a grey level each
+  std::array<int, kBins> bins{};
+  int total = 0;
+};
+
+std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int halfRows, int stripColumns,
+                                                  std::pmr::memory_resource* memory) {
+  const int columns = level.cols;
+  std::pmr::vector<TResponseHistogram> strips(
+      static_cast<std::size_t>((columns + stripColumns - 1) / stripColumns), memory);
+  std::pmr::vector<short> row(static_cast<std::size_t>(columns), memory);
+  const int rowStep = std::max(1, std::min(kSampleRowsPx / level.stepY, level.rows / kMinSampleRows));
+  const int columnStep = std::max(1, kSampleColumnsPx / level.stepX);
+  for (int y = 0; y < level.rows; y += rowStep) {
+    computeRidgeRow(level, halfRows, y, row.data());
+    int first = 0;
+    for (TResponseHistogram& strip : strips) {
+      const int last = std::min(first + stripColumns, columns);
+      for (int x = first; x < last; x += columnStep) strip.add(row[static_cast<std::size_t>(x)]);
+      first = last;
+    }
+  }
+  return strips;
+}
+
+short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
+  const double median = histogram.quantile(0.5);
+  const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
+  // The order of the arguments lets a NaN drop out.
+  const double least = std::min(std::max(kLeastGrey, kLeastShare * minContrast), kMostGrey) * kRidgeUnit;
+  const double most = std::min(kMostGrey, kMostShare * minContrast) * kRidgeUnit;
+  return static_cast<short>(std::max(least, std::min(median + kNoiseFactor * sigma, most)));
+}
+
+}  // namespace
+
+std::pmr::vector<short> chooseRidgeThresholds(const TRidgeLevel& level, int halfRows, double minContrast,
+                                              std::pmr::memory_resource* memory) {
+  const int stripColumns = std::max(1, kStripPx / level.stepX);
+  std::pmr::vector<short> thresholds(memory);
+  thresholds.reserve(static_cast<std::size_t>(level.cols + stripColumns));
+  for (const TResponseHistogram& strip : sampleStrips(level, halfRows, stripColumns, memory)) {
+    thresholds.insert(thresholds.end(), static_cast<std::size_t>(stripColumns),
+                      chooseThreshold(strip, minContrast));
+  }
+  thresholds.resize(static_cast<std::size_t>(level.cols));
+  return thresholds;
+}
+
+}  // namespace weld

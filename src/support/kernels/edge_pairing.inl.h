@@ -1,0 +1,266 @@
+// Kernel that finds the edges of a strip and pairs them.
+#pragma once
+
+#include "support/kernels/kernel_lanes.inl.h"
+
+namespace weld {
+namespace {
+
+constexpr int kNever = 0x7fffffff;
+constexpr int kClusterRows = 128;  // in which pairs are weighed together
+constexpr int kLongAgo = 200;      // rows since a rising edge that can no longer be paired
+
+// The edges of one kind in every column. An edge is its strength + 1; 0 is none.
+struct TEdgesOfKind {
+  v_int16 strongest[kPairedEdges];  // strongest first
+  v_int16 counts;
+
+  TEdgesOfKind() : counts(lanesOf(0)) {
+    for (v_int16& edge : strongest) edge = lanesOf(0);
+  }
+
+  // Counts the edges, and returns those within the limit that five before them have not already beaten.
+  v_int16 count(const v_int16& edges) {
+    const v_int16 isEdge = (edges > lanesOf(0)) & (counts < lanesOf(kMaxEdges));
+    counts = counts - isEdge;
+    return edges & isEdge & (edges > strongest[kPairedEdges - 1]);
+  }
+
+  void insert(v_int16 edges) {
+    for (v_int16& edge : strongest) {
+      const v_int16 stronger = cv::v_max(edge, edges);
+      edges = cv::v_min(edge, edges);
+      edge = stronger;
+    }
+  }
+
+  // No column takes another edge.
+  bool isFull() const { return cv::v_check_all(counts >= lanesOf(kMaxEdges)); }
+};
+
+// Decides which edges of one kind are among the strongest, the earlier ones of equal strength.
+class TStrongestFilter {
+public:
+  explicit TStrongestFilter(const TEdgesOfKind& edges)
+      : weakest(edges.strongest[kPairedEdges - 1]), placesForWeakest(lanesOf(0)) {
+    for (const v_int16& edge : edges.strongest) placesForWeakest = placesForWeakest - (edge == weakest);
+    placesForWeakest = placesForWeakest & (weakest > lanesOf(0));
+  }
+
+  // Lanes whose edge is kept; 0 is no edge.
+  v_int16 keep(const v_int16& edge) {
+    const v_int16 isTied = (edge == weakest) & (placesForWeakest > lanesOf(0));
+    placesForWeakest = placesForWeakest + isTied;
+    return (edge > weakest) | isTied;
+  }
+
+private:
+  v_int16 weakest;
+  v_int16 placesForWeakest;
+};
+
+struct TGroupEdges {
+  int rows = 0;  // rows in the buffer
+  TEdgesOfKind rising;
+  TEdgesOfKind falling;
+};
+
+// Sum of the 5 rows from here on less the sum of the 5 rows before.
+inline v_int16 boxDifference(const unsigned char* here, std::size_t step) {
+  v_int16 rise = lanesOf(0);
+  for (int row = 0; row < kBoxPx; ++row, here += step) rise = rise + loadRow(here) - loadRow(here - kBoxPx * step);
+  return rise;
+}
+
+// Neighbouring columns of an area, one per lane.
+struct TGroup {
+  const TScanArea& area;
+  const unsigned char* column;  // the first one
+};
+
+// Rows first .. end - 1.
+struct TRows {
+  int first;
+  int end;
+};
+
+// Collects the edges of the rows; rise is the box difference in the first row, and in row `end` afterwards. Rows
+// without an edge that can be among the strongest are left out.
+inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
+                      TGroupEdges& found) {
+  const TScanArea& area = group.area;
+  const v_int16 threshold = lanesOf(area.threshold);
+  const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
+  const v_int16 one = lanesOf(1);
+  const unsigned char* here = group.column + rows.first * area.step;
+  for (int row = rows.first; row < rows.end; ++row, here += area.step) {
+    const v_int16 grey = loadRow(here);
+    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
+    if (cv::v_check_any(isEdge)) {
+      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
+      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
+      const v_int16 edges = rising - falling;
+      if (cv::v_check_any(edges != lanesOf(0))) {
+        found.rising.insert(rising);
+        found.falling.insert(falling);
+        TEdgeRow& edgeRow = buffer[found.rows++];
+        edgeRow.row = row;
+        cv::v_store(edgeRow.edges, edges);
+      }
+    }
+    rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
+  }
+}
+
+inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* marks, int words, TEdgeRow* buffer) {
+  const TScanArea& area = group.area;
+  TGroupEdges found;
+  v_int16 rise = lanesOf(0);
+  int reached = 0;
+  for (int word = 0; word < words; ++word) {
+    for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
+      const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
+      const int end = smaller(first + kBlockRows, area.rows - kBoxPx);
+      if (first != reached) rise = boxDifference(group.column + first * area.step, area.step);
+      findEdges(group, {first, end}, rise, buffer, found);
+      reached = end;
+      if (found.rising.isFull() && found.falling.isFull()) return found;
+    }
+  }
+  return found;
+}
+
+// Returns the largest number of pairs that a column has by then.
+inline int recordPairs(int row, const v_int16& isPair, const v_int16& age, int firstColumn, TStripPairs& pairs) {
+  std::int16_t ages[kLanes];
+  cv::v_store(ages, age);
+  int most = 0;
+  for (unsigned lanes = static_cast<unsigned>(cv::v_signmask(isPair)); lanes != 0; lanes &= lanes - 1) {
+    const int lane = __builtin_ctz(lanes);
+    const int column = firstColumn + lane;
+    const int index = pairs.count[column]++;
+    pairs.low[index][column] = row - ages[lane];
+    pairs.high[index][column] = row;
+    most = larger(most, pairs.count[column]);
+  }
+  return most;
+}
+
+// Walks down the edges and pairs every falling edge with a rising one right before it. Returns the largest
+// number of pairs in a column.
+inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int firstColumn, TStripPairs& pairs) {
+  TStrongestFilter risingFilter(found.rising);
+  TStrongestFilter fallingFilter(found.falling);
+  const v_int16 longAgo = lanesOf(kLongAgo);
+  v_int16 age = longAgo;  // rows since the last edge when that was a rising one
+  int previousRow = 0;
+  int most = 0;
+  for (int i = 0; i < found.rows; ++i) {
+    const int row = buffer[i].row;
+    age = cv::v_min(age + lanesOf(smaller(row - previousRow, kLongAgo)), longAgo);
+    previousRow = row;
+    const v_int16 edges = cv::vx_load(buffer[i].edges);
+    const v_int16 isRising = risingFilter.keep(edges);
+    const v_int16 isFalling = fallingFilter.keep(lanesOf(0) - edges);
+    const v_int16 isPair = isFalling & (age > lanesOf(kMinPairPx)) & (age < lanesOf(kMaxPairPx));
+    if (cv::v_check_any(isPair)) most = larger(most, recordPairs(row, isPair, age, firstColumn, pairs));
+    age = cv::v_select(isRising, lanesOf(0), cv::v_select(isFalling, longAgo, age));
+  }
+  return most;
+}
+
+// Sums of grey values and their moments about the first row, of one pair per column.
+struct TWeights {
+  v_int32 sum[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};  // left and right half of the columns
+  v_int32 moment[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
+};
+
+// The first row of some columns.
+struct TPixels {
+  const unsigned char* first;
+  std::size_t step;
+};
+
+// Adds pairs that lie in the rows 0 .. rows - 1. low and high are their first and one past their last row, both
+// 0 in columns without a pair.
+inline void weighCluster(const TPixels& pixels, int rows, const v_int16& low, const v_int16& high,
+                         TWeights& weights) {
+  const auto greyInside = [&](int row) {
+    const v_int16 at = lanesOf(row);
+    return loadRow(pixels.first + row * pixels.step) & (at >= low) & (at < high);
+  };
+  v_int16 sum = lanesOf(0);
+  for (int row = 0; row < rows; row += 2) {
+    const v_int16 even = greyInside(row);
+    const v_int16 odd = greyInside(row + 1);
+    const v_int16 arms = cv::v_reinterpret_as_s16(cv::vx_setall_s32(row | (row + 1) << 16));
+    v_int16 left;
+    v_int16 right;
+    cv::v_zip(even, odd, left, right);
+    weights.moment[0] = weights.moment[0] + cv::v_dotprod(left, arms);
+    weights.moment[1] = weights.moment[1] + cv::v_dotprod(right, arms);
+    sum = sum + even + odd;
+  }
+  v_int32 wideSum[2];
+  v_int32 sumTimesLow[2];
+  cv::v_expand(sum, wideSum[0], wideSum[1]);
+  cv::v_mul_expand(sum, low, sumTimesLow[0], sumTimesLow[1]);
+  for (int half = 0; half < 2; ++half) {
+    weights.sum[half] = weights.sum[half] + wideSum[half];
+    weights.moment[half] = weights.moment[half] - sumTimesLow[half];
+  }
+}
+
+// Sums and moments of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and
+// are weighed together.
+inline void weighPairs(const unsigned char* column, std::size_t step, int x, int index, TStripPairs& pairs) {
+  v_int32 low[2];
+  v_int32 high[2];
+  v_int32 isWaiting[2];
+  for (int half = 0; half < 2; ++half) {
+    const int lanes = x + half * v_int32::nlanes;
+    low[half] = cv::vx_load(pairs.low[index] + lanes);
+    high[half] = cv::vx_load(pairs.high[index] + lanes);
+    isWaiting[half] = cv::vx_load(pairs.count + lanes) > cv::vx_setall_s32(index);
+  }
+  TWeights weights;
+  while (cv::v_check_any(isWaiting[0] | isWaiting[1])) {
+    const v_int32 never = cv::vx_setall_s32(kNever);
+    const int first = cv::v_reduce_min(
+        cv::v_min(cv::v_select(isWaiting[0], low[0], never), cv::v_select(isWaiting[1], low[1], never)));
+    v_int32 relativeLow[2];
+    v_int32 relativeHigh[2];
+    for (int half = 0; half < 2; ++half) {
+      const v_int32 isMember = isWaiting[half] & (high[half] <= cv::vx_setall_s32(first + kClusterRows));
+      relativeLow[half] = (low[half] - cv::vx_setall_s32(first)) & isMember;
+      relativeHigh[half] = (high[half] - cv::vx_setall_s32(first)) & isMember;
+      isWaiting[half] = isWaiting[half] & ~isMember;
+    }
+    const int rows = cv::v_reduce_max(cv::v_max(relativeHigh[0], relativeHigh[1]));
+    weighCluster({column + first * step, step}, rows, cv::v_pack(relativeLow[0], relativeLow[1]),
+                 cv::v_pack(relativeHigh[0], relativeHigh[1]), weights);
+  }
+  for (int half = 0; half < 2; ++half) {
+    const int lanes = x + half * v_int32::nlanes;
+    cv::v_store(pairs.sum[index] + lanes, weights.sum[half]);
+    cv::v_store(pairs.moment[index] + lanes, weights.moment[half]);
+  }
+}
+
+void pairStripeEdges(const TScanArea& area, const TBlockMarks& marks, int strip, TEdgeRow* buffer,
+                     TStripPairs& pairs) {
+  const std::uint64_t* const ofStrip = marks.words + static_cast<std::ptrdiff_t>(strip) * marks.wordsPerStrip;
+  for (int x = 0; x < kStripColumns; x += kLanes) {
+    const unsigned char* column = area.pixels + columnOf(area, strip) + x;
+    const TGroupEdges found = findMarkedEdges({area, column}, ofStrip, marks.wordsPerStrip, buffer);
+    const v_int16 hasBoth = (found.rising.counts > lanesOf(0)) & (found.falling.counts > lanesOf(0));
+    cv::v_store(pairs.hasBothEdges + x, hasBoth);
+    for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
+    if (!cv::v_check_any(hasBoth)) continue;
+    const int most = pairGroup(buffer, found, x, pairs);
+    for (int index = 0; index < most; ++index) weighPairs(column, area.step, x, index, pairs);
+  }
+}
+
+}  // namespace
+}  // namespace weld

@@ -1,0 +1,7 @@
+#include "support/kernels/all_kernels.inl.h"
+
+namespace weld {
+
+const TKernels kBaselineKernels = kAllKernels;
+
+}  // namespace weld

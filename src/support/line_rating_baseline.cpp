@@ -1,7 +1,0 @@
-#include "support/line_rating.inl.h"
-
-namespace zelFit {
-
-const TLineRating kBaselineLineRating{sumTruncatedQuadratics};
-
-}  // namespace zelFit

@@ -1,0 +1,110 @@
+#include "profile/moments.h"
+
+#include "scenes/random.h"
+#include "support/seed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <vector>
+
+namespace weld {
+namespace {
+
+struct TCloud {
+  std::vector<double> x, y, w;
+  void add(double px, double py, double pw = 1.0) { x.push_back(px), y.push_back(py), w.push_back(pw); }
+  TMoments moments() const { return {x, y, w, std::pmr::get_default_resource()}; }
+  TSpan all() const { return {0, static_cast<int>(x.size())}; }
+};
+
+double meanSquare(const TCloud& c, TSpan span, const std::function<double(double, double)>& offset) {
+  double sum = 0.0;
+  double weight = 0.0;
+  for (auto i = static_cast<std::size_t>(span.first); i < static_cast<std::size_t>(span.last); ++i) {
+    const double d = offset(c.x[i], c.y[i]);
+    sum += c.w[i] * d * d;
+    weight += c.w[i];
+  }
+  return sum / weight;
+}
+
+TEST(Moments, LineHasTheSmallestNormalDistances) {
+  scenes::TRandom random(testing_support::seedOfCurrentTest(), scenes::TStream::noise);
+  TCloud c;
+  for (int x = 0; x < 1280; ++x) c.add(x, 500 + random.uniform(-200, 200), random.uniform(0.1, 1));
+  const TMoments moments = c.moments();
+  for (int n = 0; n < 200; ++n) {
+    const int first = random.integer(0, 1270);
+    const TSpan span{first, random.integer(first + 2, 1280)};
+    const TLine line = moments.lineOf(span);
+    const auto varianceAt = [&](double turn, double shift) {
+      TLine other = line;
+      other.dx = line.dx * std::cos(turn) - line.dy * std::sin(turn);
+      other.dy = line.dy * std::cos(turn) + line.dx * std::sin(turn);
+      return meanSquare(c, span, [&](double x, double y) { return other.offsetOf(x, y) + shift; });
+    };
+    const double variance = varianceAt(0, 0);
+    EXPECT_NEAR(line.variance, variance, 1e-6 * (1 + variance));
+    EXPECT_NEAR(moments.residualOf(span), variance * line.weight, 1e-4 * (1 + variance));
+    for (const double turn : {-1e-3, 1e-3}) EXPECT_LE(variance, varianceAt(turn, 0) + 1e-7);
+    for (const double shift : {-1e-2, 1e-2}) EXPECT_LE(variance, varianceAt(0, shift) + 1e-7);
+  }
+}
+
+TEST(Moments, UprightAndLonePointsGiveALine) {
+  TCloud upright;
+  for (int i = 0; i < 9; ++i) upright.add(50 + 1e-6 * i, 10.0 * i);
+  const TLine line = upright.moments().lineOf(upright.all());
+  EXPECT_NEAR(line.dx, 0.0, 1e-6);
+  EXPECT_NEAR(line.dy, 1.0, 1e-9);
+  TCloud lone;
+  lone.add(7, 9);
+  const TLine level = lone.moments().lineOf(lone.all());
+  EXPECT_DOUBLE_EQ(level.offsetOf(7, 12), 3.0);
+  EXPECT_FALSE(lone.moments().circleOf(lone.all()));
+}
+
+TEST(Moments, CircleOfAnArcFarFromTheOrigin) {
+  for (const double r : {20.0, 100.0, 900.0}) {
+    for (const double openingDeg : {30.0, 90.0, 160.0}) {
+      TCloud c;
+      for (int i = 0; i < 20; ++i) c.add(i, 40);  // the sums before count too
+      for (int i = 0; i <= 60; ++i) {
+        const double a = (-90 - openingDeg / 2 + openingDeg * i / 60) * CV_PI / 180;
+        c.add(1100 + r * std::cos(a), 900 + r * std::sin(a));
+      }
+      const auto circle = c.moments().circleOf(TSpan{20, 81});
+      ASSERT_TRUE(circle) << r;
+      EXPECT_NEAR(circle->r, r, 1e-3 * r) << openingDeg;
+      EXPECT_NEAR(circle->x, 1100, 1e-2) << openingDeg;
+      EXPECT_LT(circle->variance, 1e-4);
+    }
+  }
+  TCloud straight;
+  for (int i = 0; i < 50; ++i) straight.add(i, 3.0 * i);
+  EXPECT_FALSE(straight.moments().circleOf(straight.all()));
+}
+
+// A short noisy arc: an algebraic fit that shrinks the radius would show.
+TEST(Moments, CircleOfANoisyArcIsNotBiased) {
+  double sum = 0.0;
+  constexpr int kTrials = 400;
+  for (std::uint64_t seed = 1; seed <= kTrials; ++seed) {
+    scenes::TRandom random(seed, scenes::TStream::noise);
+    TCloud c;
+    for (int i = 0; i < 90; ++i) {
+      const double a = (60 + 60.0 * i / 89) * CV_PI / 180;
+      const double d = 100 + scenes::toGaussian(random.next());
+      c.add(700 - d * std::cos(a), 300 + d * std::sin(a));
+    }
+    const auto circle = c.moments().circleOf(c.all());
+    ASSERT_TRUE(circle);
+    sum += circle->r;
+  }
+  EXPECT_NEAR(sum / kTrials, 100.0, 1.0);
+}
+
+}  // namespace
+}  // namespace weld

@@ -1,0 +1,94 @@
+#include "stripe/fused.h"
+
+#include "support/column_status.h"
+#include "support/painted_frame.h"
+
+#include <gtest/gtest.h>
+
+namespace weld {
+namespace {
+
+TStripe stripeOf(const std::vector<cv::Point2f>& points, TCentreOrigin origin) {
+  TStripe stripe(heapMemory());
+  stripe.points.assign(points.begin(), points.end());
+  stripe.sources.assign(points.size(), {origin, origin == TCentreOrigin::ridge ? 0.5F : 1.0F});
+  return stripe;
+}
+
+// Columns 0 .. 99: pairs in the first `pairs`, centres at row 50 in the first `centres`.
+TStripe edgePairs(int centres, int pairs) {
+  TStripe stripe = stripeOf(painted::linePoints(0, centres, 50.0), TCentreOrigin::edgePair);
+  for (int x = 0; x < 100; ++x) stripe.status.push_back({x, x < pairs ? kCentreFound : kEdgeMissing});
+  return stripe;
+}
+
+TStripe ridges(int columns) {
+  return stripeOf(painted::linePoints(0, columns, 51.0), TCentreOrigin::ridge);
+}
+
+TEST(FusedStripe, asksTheRidgesWhenPairsAreDroppedOrColumnsMissing) {
+  EXPECT_FALSE(leavesStripeUnexplained(edgePairs(92, 100), 0));
+  EXPECT_TRUE(leavesStripeUnexplained(edgePairs(91, 100), 0));
+  EXPECT_FALSE(leavesStripeUnexplained(edgePairs(80, 80), 80));
+  EXPECT_TRUE(leavesStripeUnexplained(edgePairs(79, 79), 80));
+}
+
+TEST(FusedStripe, fillsDroppedColumnsUnlessRidgesSeeClearlyMore) {
+  const struct {
+    const char* name;
+    int centres, pairs, ridgeColumns;
+    std::size_t columns;
+    float firstRow, lastRow;
+  } rows[] = {
+      {"nothing dropped", 80, 80, 85, 80, 50.0F, 50.0F},  {"flare", 80, 90, 95, 90, 50.0F, 51.0F},
+      {"ridge ends early", 80, 90, 85, 85, 50.0F, 51.0F}, {"hardly more", 50, 50, 60, 50, 50.0F, 50.0F},
+      {"clearly more", 50, 50, 61, 61, 51.0F, 51.0F},     {"no edge pairs", 0, 0, 100, 100, 51.0F, 51.0F},
+      {"no ridges", 50, 80, 0, 50, 50.0F, 50.0F},
+  };
+  for (const auto& row : rows) {
+    const cv::Mat image;
+    const TWeldParams params;
+    const TStripe stripe =
+        fuse(heapFrame(image, params), edgePairs(row.centres, row.pairs), ridges(row.ridgeColumns));
+    ASSERT_EQ(stripe.points.size(), row.columns) << row.name;
+    ASSERT_EQ(stripe.sources.size(), row.columns) << row.name;
+    for (std::size_t i = 0; i < row.columns; ++i) {
+      const bool isRidge = stripe.sources[i].origin == TCentreOrigin::ridge;
+      EXPECT_EQ(isRidge, stripe.points[i].y == 51.0F) << row.name << ": every centre says where it is from";
+      EXPECT_EQ(isRidge, stripe.sources[i].confidence == 0.5F) << row.name;
+    }
+    EXPECT_EQ(stripe.points.front().y, row.firstRow) << row.name;
+    EXPECT_EQ(stripe.points.back().y, row.lastRow) << row.name;
+  }
+}
+
+TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
+  cv::Mat image = painted::dark();
+  painted::paintPiece(image, 0, 200, 240.0);
+  painted::paintPiece(image, 260, 640, 240.0);
+  const TWeldParams params;
+  const auto extract = [&](const std::vector<cv::Rect>& regions) {
+    TRidgeSearch ridges(heapMemory());
+    return extractRidges(heapFrame(image, params), regions, ridges);
+  };
+  const TStripe stripe =
+      extract({{100, 200, 150, 80}, {250, 200, 150, 80}, {400, 20, 100, 200}});  // the last above the stripe
+  ASSERT_EQ(stripe.status.size(), 400U);
+  ASSERT_EQ(stripe.points.size(), 240U);
+  auto point = stripe.points.begin();
+  for (int x = 100; x < 500; ++x) {
+    const TWeldPointStatus& column = stripe.status[static_cast<std::size_t>(x - 100)];
+    const bool isLit = x < 200 || (x >= 260 && x < 400);
+    EXPECT_EQ(column.pos, x);
+    EXPECT_EQ(column.status, isLit ? kCentreFound : kEdgeMissing) << x;
+    if (!isLit) continue;
+    EXPECT_EQ(point->x, static_cast<float>(x));
+    EXPECT_NEAR((point++)->y, 240.0F, 0.2F) << x;
+  }
+  EXPECT_NEAR(stripe.widthPx, 9.0, 1.0);
+  EXPECT_TRUE(extract({{0, 0, 640, 100}}).points.empty());
+  EXPECT_TRUE(extract({}).status.empty());
+}
+
+}  // namespace
+}  // namespace weld
