@@ -1,4 +1,4 @@
-#include "support/trace.h"
+#include "trace/trace.h"
 
 #include <gtest/gtest.h>
 
@@ -23,17 +23,6 @@ TEST(Trace, RulesHoldAtTheirLimitsAndForWhatIsNoNumber) {
     EXPECT_EQ(passes(7.1), row.above) << static_cast<int>(row.rule);
     EXPECT_EQ(passes(std::nan("")), row.noNumber) << static_cast<int>(row.rule);
   }
-}
-
-TEST(Trace, CountsThePointsAndTheInliersOfAPiece) {
-  TStripePiece piece;
-  piece.pts.resize(3);
-  piece.fitPts.resize(2);
-  TFrameTrace frame;
-  TTrace(frame).beginAttempt(TSearchPath::first, TStripeExtraction::edgePairs);
-  TTrace(frame).setPieces({piece});
-  EXPECT_EQ(frame.attempts.at(0).pieces.at(0).points, 3);
-  EXPECT_EQ(frame.attempts.at(0).pieces.at(0).inliers, 2);
 }
 
 }  // namespace
