@@ -158,18 +158,15 @@ TEST(ConsensusFit, TakesTheIntervalModulo180AndItsBorders) {
     bool success;
     double tolPx = 2.0;
   } rows[] = {
-      {10, 0, 45, true},        {10, 180, 45, true},        {10, -360, 45, true},
-      {-30, 150, 5, true},      {-30, 30, 5, false},        {80, 90, 15, true},
-      {-80, 90, 15, true},      {-80, 70, 25, false},       {-80, 70, 35, true},
-      {80, -90, 15, true},      {0, 90, 45, false},         {0, 90, 90, true},
-      {70, 0, 89.5, true},      {0, 178, 5, true},          {30, 66.5, 111.5, true},
-      {10, 0, kInfinity, true}, {10, 1e300, 90, true},      {20, 90, 0, false},
-      {45, 0, 45, true},        {45, 45, 0, true},          {45, 0, 44.999, false},
-      {45, 90, 45, true},       {45, 90, 44.999, false},    {-45, 135, 1, true},
-      {10, kNaN, 45, false},    {10, kInfinity, 45, false}, {10, 0, kNaN, false},
-      {10, 10, -1, false},      {10, 0, 45, false, 0.0},    {10, 0, 45, false, -1.0},
-      {10, 0, 45, false, kNaN}, {10, 0, 45, true, 1e300},   {10, 0, 45, true, kInfinity},
-  };
+      {10, 0, 45, true},           {10, 180, 45, true},        {10, -360, 45, true},     {-30, 150, 5, true},
+      {-30, 30, 5, false},         {80, 90, 15, true},         {-80, 90, 15, true},      {-80, 70, 25, false},
+      {-80, 70, 35, true},         {80, -90, 15, true},        {0, 90, 45, false},       {0, 90, 90, true},
+      {70, 0, 89.5, true},         {0, 178, 5, true},          {30, 66.5, 111.5, true},  {10, 0, kInfinity, true},
+      {10, 1e300, 90, true},       {20, 90, 0, false},         {45, 0, 45, true},        {45, 45, 0, true},
+      {45, 0, 44.999, false},      {45, 90, 45, true},         {45, 90, 44.999, false},  {-45, 135, 1, true},
+      {10, kNaN, 45, false},       {10, kInfinity, 45, false}, {10, 0, kNaN, false},     {10, 10, -1, false},
+      {10, 0, 45, false, 0.0},     {10, 0, 45, false, -1.0},   {10, 0, 45, false, kNaN}, {10, 0, 45, true, 1e300},
+      {10, 0, 45, true, kInfinity}};
   for (const auto& row : rows) {
     const TLineFitResult line = fitConsensus(lineAt(row.lineDeg), row.centreDeg, row.halfRangeDeg, row.tolPx);
     EXPECT_EQ(line.success, row.success) << row.lineDeg << " in " << row.centreDeg << " +- " << row.halfRangeDeg;
