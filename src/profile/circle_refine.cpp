@@ -36,21 +36,22 @@ TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircl
   return sums;
 }
 
-// Standard deviations of radius and centre over that of a distance, from the covariance.
-void addSigmas(const TNormalEquations& sums, const TCircleFreedom& freedom, TCircleFit& fit) {
-  double r2 = 0.0;
-  double centre2 = 0.0;
+TCircleSpread spreadOf(const TNormalEquations& sums, const TCircleFreedom& freedom) {
+  TCircleSpread s;
   for (std::size_t k = 0; k < freedom.count; ++k) {
     const TTriple column = sums.covariances(k);
     for (std::size_t m = 0; m < freedom.count; ++m) {
       const TDirection& a = freedom.directions[k];
       const TDirection& b = freedom.directions[m];
-      r2 += column[m] * a.r * b.r;
-      centre2 += column[m] * (a.x * b.x + a.y * b.y);
+      s.xx += column[m] * a.x * b.x;
+      s.xy += column[m] * a.x * b.y;
+      s.yy += column[m] * a.y * b.y;
+      s.xr += column[m] * a.x * b.r;
+      s.yr += column[m] * a.y * b.r;
+      s.rr += column[m] * a.r * b.r;
     }
   }
-  fit.radiusSigma = std::sqrt(std::max(0.0, r2));
-  fit.centreSigma = std::sqrt(std::max(0.0, centre2));
+  return s;
 }
 
 }  // namespace
@@ -106,7 +107,7 @@ TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircle&
     TNormalEquations sums = sumUp(centres, span, fit.circle, freedom, 1.0 / (cutOff * cutOff * noise2));
     if (sums.weight() < kFewest || !sums.factor()) return fit;
     if (step == kSteps) {
-      addSigmas(sums, freedom, fit);
+      fit.spread = spreadOf(sums, freedom);
       break;
     }
     const TTriple change = sums.solution();

@@ -2,7 +2,6 @@
 
 #include "profile/joint_features.h"
 #include "profile/profile_score.h"
-#include "profile/stripe_noise.h"
 #include "support/exact_log.h"
 
 #include <algorithm>
@@ -99,7 +98,7 @@ public:
     fit.noisePx = stripe.noisePx();
     fit.score = nullCost - score.cost;
     fit.outcome = TProfileOutcome::found;
-    if (!measureLayout(centresOf(layout.sense), layout, {stripe.noisePx(), stripe.unseenPx()}, fit)) {
+    if (!measureLayout(centresOf(layout.sense), layout, {stripe.noisePx(), stripe.noiseInflation(), stripe.unseenPx()}, fit)) {
       fit.outcome = TProfileOutcome::tooShallow;
     } else if (!arePlatesInLine(layout)) {
       fit.outcome = TProfileOutcome::notMeeting;

@@ -9,6 +9,7 @@
 #include "profile/builtin_profiles.h"
 #include "profile/clean_runs.h"
 #include "profile/profile_fit.h"
+#include "profile/stripe_noise.h"
 #include "stripe/stripe.h"
 
 namespace weld {
@@ -25,7 +26,8 @@ public:
 
   const TCentres& centres() const { return kept; }
   const TMoments& moments() const { return sums; }
-  double noisePx() const { return noise; }
+  double noisePx() const { return noise.sigmaPx; }
+  double noiseInflation() const { return noise.inflation; }
   double widthPx() const { return width; }
   // Root mean square of the columns by which the stripe's holes cut an end short.
   double unseenPx() const { return unseen; }
@@ -36,7 +38,7 @@ public:
 private:
   TCentres kept;
   TMoments sums;
-  double noise;
+  TStripeNoise noise;
   double width;
   double unseen;
 };

@@ -91,10 +91,10 @@ TEST(CircleRefine, ATangentSharedMakesTheRadiusSurer) {
     EXPECT_NEAR(plate.offsetOf(bound.circle.x, bound.circle.y), bound.circle.r, 1e-9);
     freeSum += (free.circle.r - 120) * (free.circle.r - 120);
     boundSum += (bound.circle.r - 120) * (bound.circle.r - 120);
-    claimed += bound.radiusSigma * bound.radiusSigma * 0.25;
+    claimed += bound.spread.rr * 0.25;
   }
   EXPECT_LT(boundSum, 0.5 * freeSum);
-  EXPECT_NEAR(boundSum / claimed, 1.0, 0.2) << "radiusSigma is calibrated";
+  EXPECT_NEAR(boundSum / claimed, 1.0, 0.2) << "the spread is that of the errors";
 }
 
 TEST(CircleRefine, AFilletTouchesBothLines) {
