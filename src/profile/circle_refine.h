@@ -31,8 +31,8 @@ std::optional<TCircle> touching(double r, const TLine& left, const TLine& right,
 struct TCircleSpread {
   double xx = 0, xy = 0, yy = 0, xr = 0, yr = 0, rr = 0;
 
-  // Of the circle's point in the direction of a unit vector from its centre: mean square of its distance from the true
-  // one, which lies in the same direction.
+  // Of the circle's point in the direction of a unit vector from its centre: mean square of its distance from the
+  // true one, which lies in the same direction.
   double at(double nx, double ny) const {
     const double radial = nx * nx * xx + 2.0 * nx * ny * xy + ny * ny * yy + 2.0 * (nx * xr + ny * yr) + rr;
     const double tangential = ny * ny * xx - 2.0 * nx * ny * xy + nx * nx * yy;

@@ -9,9 +9,13 @@ namespace weld {
 
 namespace {
 
-constexpr double kUnmodelled = 1.6;    // variance of waves and bows over that of the noise
-constexpr double kTouchShare = 4.0;    // of the variance of a line in that of the arc that touches it
-constexpr double kEndColumnPx = 0.4;   // standard deviation of an end along x
+constexpr double kLeastStepPx = 8.0;  // of a lap
+constexpr double kStepPerNoise = 6.0;
+constexpr double kLeastGapPx = 4.0;   // of a square gap
+constexpr double kGapPerHole = 1.3;   // over the second largest hole of the stripe
+constexpr double kUnmodelled = 1.6;   // variance of waves and bows over that of the noise
+constexpr double kTouchShare = 4.0;   // of the variance of a line in that of the arc that touches it
+constexpr double kEndColumnPx = 0.4;  // standard deviation of an end along x
 
 double yOf(const TLine& line, double x) {
   return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
@@ -142,14 +146,16 @@ bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProf
     case TMeasuring::lap: {
       const cv::Point2d across = b.left - a.right;
       m.gapPx = across.x * base.dx + across.y * base.dy;
-      m.mismatchPx = layout.profile->measuring == TMeasuring::lap ? base.depthOf(a.right, b.left)
-                                                                  : mismatchAt(a.lines.right, b.lines.left, a.right.x);
+      m.mismatchPx = layout.profile->measuring == TMeasuring::lap
+                         ? base.depthOf(a.right, b.left)
+                         : mismatchAt(a.lines.right, b.lines.left, a.right.x);
       m.leftAngleDeg = angleDegOf(a.lines.whole);
       m.rightAngleDeg = angleDegOf(b.lines.whole);
       const bool isLap = layout.profile->measuring == TMeasuring::lap;
       setFeature(fit, isLap ? TFeature::upperCorner : TFeature::leftEdge, a.right, endA);
       setFeature(fit, isLap ? TFeature::lowerCorner : TFeature::rightEdge, b.left, endB);
-      break;
+      if (isLap) return std::abs(m.mismatchPx) >= std::max(kLeastStepPx, kStepPerNoise * state.noisePx);
+      return m.gapPx >= kLeastGapPx && m.gapPx >= kGapPerHole * state.secondHolePx;
     }
     default:
       break;

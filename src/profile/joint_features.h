@@ -8,18 +8,23 @@ namespace weld {
 
 struct TStripeState {
   double noisePx = 1.0;
-  double inflation = 1.0;  // of the variance of a mean, see TStripeNoise
-  double unseenPx = 0.0;  // root mean square of the columns by which holes cut an end short
+  double inflation = 1.0;     // of the variance of a mean, see TStripeNoise
+  double unseenPx = 0.0;      // root mean square of the columns by which holes cut an end short
+  double secondHolePx = 0.0;  // columns of the second largest hole
 };
 
 // Fills features and measures, still in the sense of the template. False where the layout contradicts the joint:
 // too shallow, plates out of line, circles that overlap.
-bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit);
 
 // By how the joint is measured.
-bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
-bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
-bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit);
+bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                  TProfileFit& fit);
+bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                  TProfileFit& fit);
 bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
 
 // Pieces that they share.
@@ -34,7 +39,8 @@ TBase baseOf(const TLine& left, const TLine& right);
 // Root mean square of the normal error of a line at a point, px.
 double lineSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at);
 // Of the crossing of two lines, by the distance.
-double crossingSigma(const TStripeState& state, const TFittedElement& left, const TFittedElement& right, cv::Point2d at);
+double crossingSigma(const TStripeState& state, const TFittedElement& left, const TFittedElement& right,
+                     cv::Point2d at);
 // Of a corner of the layout between elements j and j + 1.
 double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t j);
 // Of a point of an arc.
@@ -48,7 +54,7 @@ double angleDegOf(const TLine& line);
 // y of the right plate minus that of the left one at a column.
 double mismatchAt(const TLine& left, const TLine& right, double x);
 
-inline constexpr double kClosedPx = 3.0;         // a root gap below it
-inline constexpr double kClosedPerNoise = 2.0;   // and this counts as closed
+inline constexpr double kClosedPx = 3.0;        // a root gap below it
+inline constexpr double kClosedPerNoise = 2.0;  // and this counts as closed
 
 }  // namespace weld

@@ -67,8 +67,7 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   setFeature(fit, TFeature::leftShoulder, leftShoulder, arcSigma(state, layout, first, leftShoulder));
-  setFeature(fit, TFeature::rightShoulder, rightShoulder,
-             arcSigma(state, layout, first + 1, rightShoulder));
+  setFeature(fit, TFeature::rightShoulder, rightShoulder, arcSigma(state, layout, first + 1, rightShoulder));
   setShoulderMeasures(centres, {left.span.first, right.span.last}, fit);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
@@ -84,7 +83,7 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
 
 bool measureTubeOnLine(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
   const std::size_t n = layout.count();
-  const std::size_t tubeAt = layout.range(0).kind == TElementKind::arc   ? 0
+  const std::size_t tubeAt = layout.range(0).kind == TElementKind::arc       ? 0
                              : layout.range(n - 1).kind == TElementKind::arc ? n - 1
                                                                              : 1;
   const bool isLeft = tubeAt == 0 || (n == 3 && layout.range(0).role == TElementRole::plate);

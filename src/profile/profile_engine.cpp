@@ -11,17 +11,23 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kMostRefined = 7;      // layouts of a joint
+constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
+constexpr double kSharpU = 12.0;
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
-constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV,
-                                 TWeldType::flareBevel, TWeldType::corner, TWeldType::lap, TWeldType::buttGap};
+constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove,
+                                 TWeldType::flareV,  TWeldType::flareBevel,  TWeldType::corner,
+                                 TWeldType::lap,     TWeldType::buttGap};
 constexpr double kPlatesApartDeg = 14.0;
-constexpr double kLeastShare = 0.4;          // of the centres next to a corner that belong to the elements
-constexpr double kConfidenceScale = 20.0;    // gain over a plate
-constexpr double kMovesPx = 12.0;            // that tracking follows
+constexpr double kLeastShare = 0.4;        // of the centres next to a corner that belong to the elements
+constexpr double kConfidenceScale = 20.0;  // gain over a plate
+constexpr double kRightPx = 3.0;
+constexpr double kRightAtLeast =
+    0.3;  // of the joints found, however unclear; both from made joints of every level
+constexpr double kRightByClarity = 0.65;
+constexpr double kMovesPx = 12.0;  // that tracking follows
 
 // The stripe in one sense of the profile.
 class TOriented {
@@ -67,9 +73,19 @@ void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProf
   }
 }
 
+// Share of the frames like this one whose root is right to within three pixels.
+double confidenceOf(const TProfileFit& fit, double worstShare) {
+  const TFeaturePoint& root = fit.feature(TFeature::root);
+  const double sigma = std::max(root.sigmaPx, 0.1);
+  const double isExact = root.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
+  const double clarity = (1.0 - exactExp(-fit.score / kConfidenceScale)) * isExact * worstShare;
+  return kRightAtLeast + kRightByClarity * clarity;
+}
+
 bool arePlatesInLine(const TProfileLayout& layout) {
   const std::size_t last = layout.count() - 1;
-  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate) return true;
+  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate)
+    return true;
   const double left = angleDegOf(layout.elements[0].lines.right);
   const double right = angleDegOf(layout.elements[last].lines.left);
   return std::abs(left - right) <= kPlatesApartDeg;
@@ -79,7 +95,10 @@ bool arePlatesInLine(const TProfileLayout& layout) {
 class TJudge {
 public:
   TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
-      : stripe(s), options(o), upright(s, 1, memory), turned(s, -1, memory),
+      : stripe(s),
+        options(o),
+        upright(s, 1, memory),
+        turned(s, -1, memory),
         sums(static_cast<std::size_t>(s.centres().count()) + 1, memory) {}
 
   const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
@@ -98,7 +117,9 @@ public:
     fit.noisePx = stripe.noisePx();
     fit.score = nullCost - score.cost;
     fit.outcome = TProfileOutcome::found;
-    if (!measureLayout(centresOf(layout.sense), layout, {stripe.noisePx(), stripe.noiseInflation(), stripe.unseenPx()}, fit)) {
+    if (!measureLayout(
+            centresOf(layout.sense), layout,
+            {stripe.noisePx(), stripe.noiseInflation(), stripe.holes().unseenPx, stripe.holes().secondPx}, fit)) {
       fit.outcome = TProfileOutcome::tooShallow;
     } else if (!arePlatesInLine(layout)) {
       fit.outcome = TProfileOutcome::notMeeting;
@@ -109,7 +130,7 @@ public:
     }
     copyElements(layout, score, fit);
     if (layout.sense < 0) turnOver(fit);
-    if (fit.isFound()) fit.confidence = (1.0 - exactExp(-fit.score / kConfidenceScale)) * score.worstShare;
+    if (fit.isFound()) fit.confidence = confidenceOf(fit, score.worstShare);
     return fit;
   }
 
@@ -151,7 +172,8 @@ public:
         }
       }
     }
-    std::stable_sort(cuts.begin(), cuts.end(), [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
+    std::stable_sort(cuts.begin(), cuts.end(),
+                     [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
     while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
     return cuts;
   }
@@ -194,18 +216,26 @@ private:
   double leastNull;  // of the search
 };
 
-// An end falls into a hole with the hole's share of the columns, anywhere in it. The largest hole may be a gap.
-double unseenAtEnds(const TCentres& centres) {
+// An end falls into a hole with the hole's share of the columns, anywhere in it.
+TStripeProfile::THoles holesOf(const TCentres& centres) {
+  TStripeProfile::THoles holes;
   double cubes = 0.0;
   double largest = 0.0;
   for (int i = 1; i < centres.count(); ++i) {
     const double hole = centres.holeBefore(i);
     cubes += hole * hole * hole;
+    holes.secondPx = std::max(holes.secondPx, std::min(hole, largest));
     largest = std::max(largest, hole);
   }
-  if (centres.count() < 2) return 0.0;
+  if (centres.count() < 2) return holes;
   const double columns = centres.at(centres.count() - 1) - centres.at(0);
-  return std::sqrt(std::max(0.0, cubes - largest * largest * largest) / (3.0 * columns));
+  holes.unseenPx = std::sqrt(std::max(0.0, cubes - largest * largest * largest) / (3.0 * columns));
+  return holes;
+}
+
+// A U without a radius is a V.
+bool isRounded(const TProfileFit& fit) {
+  return !std::isnan(fit.measures.leftRadiusPx) || !std::isnan(fit.measures.rightRadiusPx);
 }
 
 TProfileFit refused(TProfileOutcome outcome) {
@@ -232,7 +262,8 @@ std::optional<TProfileLayout> layoutAt(const TOrientedCentres& centres, const TS
     TFittedElement& element = layout.elements[e];
     const bool isFirst = e == 0;
     const bool isLast = e + 1 == before.elementCount;
-    element.span = {isFirst ? 0 : centres.indexOf(old.left.x), isLast ? centres.count() : centres.indexOf(old.right.x)};
+    element.span = {isFirst ? 0 : centres.indexOf(old.left.x),
+                    isLast ? centres.count() : centres.indexOf(old.right.x)};
     if (element.span.count() < 4) return std::nullopt;
     element.searched = element.span;
     element.left.x = centres.at(element.span.first).x;
@@ -274,7 +305,7 @@ TStripeProfile::TStripeProfile(TPointView points, TView<TCentreSource> sources, 
       sums(kept.x, kept.y, kept.weight, memory),
       noise(measureNoise(kept, sums, memory)),
       width(widthPx > 0.0 ? std::min(widthPx, 200.0) : 0.0),
-      unseen(unseenAtEnds(kept)) {}
+      gaps(holesOf(kept)) {}
 
 TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const TProfileOptions& options,
                        std::pmr::memory_resource* memory) {
@@ -306,7 +337,8 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
     const TList<TProfileCut> cuts = search.search(profilesOf(type), least);
     if (cuts.empty()) continue;
     least = std::min(least, cuts.front().cost);
-    const TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
+    TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
+    if (type == TWeldType::uGroove && !isRounded(fit)) fit.score -= kSharpU;
     if (fit.isFound()) ranked.push_back({type, fit});
   }
   std::stable_sort(ranked.begin(), ranked.end(),

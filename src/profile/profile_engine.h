@@ -22,15 +22,20 @@ public:
   //   sources  one per point, or empty: all count as sure
   //   widthPx  of the stripe; 0: not known
   //   memory   must outlive the stripe
-  TStripeProfile(TPointView points, TView<TCentreSource> sources, double widthPx, std::pmr::memory_resource* memory);
+  TStripeProfile(TPointView points, TView<TCentreSource> sources, double widthPx,
+                 std::pmr::memory_resource* memory);
 
   const TCentres& centres() const { return kept; }
   const TMoments& moments() const { return sums; }
   double noisePx() const { return noise.sigmaPx; }
   double noiseInflation() const { return noise.inflation; }
   double widthPx() const { return width; }
-  // Root mean square of the columns by which the stripe's holes cut an end short.
-  double unseenPx() const { return unseen; }
+  // Columns without centres. The largest hole may be a gap and does not count.
+  struct THoles {
+    double unseenPx = 0.0;  // root mean square of the columns by which they cut an end short
+    double secondPx = 0.0;  // columns of the second largest
+  };
+  const THoles& holes() const { return gaps; }
   bool isUsable() const { return kept.count() >= kFewestCentres; }
 
   static constexpr int kFewestCentres = 24;
@@ -40,7 +45,7 @@ private:
   TMoments sums;
   TStripeNoise noise;
   double width;
-  double unseen;
+  THoles gaps;
 };
 
 struct TProfileOptions {
@@ -63,8 +68,8 @@ struct TRankedJoint {
   TProfileFit fit;
 };
 
-// Every known joint that beats a plate and a curve, the best first; ties to the earlier of V, single bevel, U, flare V,
-// flare bevel, corner, lap, gap. Empty on a stripe without a joint.
+// Every known joint that beats a plate and a curve, the best first; ties to the earlier of V, single bevel, U,
+// flare V, flare bevel, corner, lap, gap. Empty on a stripe without a joint.
 TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,
                                  std::pmr::memory_resource* memory);
 

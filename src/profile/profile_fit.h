@@ -38,12 +38,12 @@ inline constexpr double kNoMeasure = std::numeric_limits<double>::quiet_NaN();
 
 // NaN: the joint has no such measure, or it cannot be seen.
 struct TJointMeasures {
-  double widthPx = kNoMeasure;     // between the shoulders
-  double depthPx = kNoMeasure;     // of the root under the line through the shoulders
-  double gapPx = kNoMeasure;       // between the root edges, or the circles; 0 where they meet
-  double mismatchPx = kNoMeasure;  // right plate minus left plate along y at the root
-  double areaPx2 = kNoMeasure;     // between the stripe and the line through the shoulders
-  double leftAngleDeg = kNoMeasure;   // of the left flank in the image, y down
+  double widthPx = kNoMeasure;       // between the shoulders
+  double depthPx = kNoMeasure;       // of the root under the line through the shoulders
+  double gapPx = kNoMeasure;         // between the root edges, or the circles; 0 where they meet
+  double mismatchPx = kNoMeasure;    // right plate minus left plate along y at the root
+  double areaPx2 = kNoMeasure;       // between the stripe and the line through the shoulders
+  double leftAngleDeg = kNoMeasure;  // of the left flank in the image, y down
   double rightAngleDeg = kNoMeasure;
   double includedAngleDeg = kNoMeasure;
   double baseAngleDeg = kNoMeasure;  // mean of the plates
@@ -79,8 +79,8 @@ struct TProfileFit {
   const TProfileTemplate* profile = nullptr;  // the form found
   int sense = 1;                              // 1: the groove opens upwards in the image; -1: downwards
   double confidence = 0.0;                    // 0..1
-  double score = 0.0;    // by how much it is cheaper than a plate or a curve
-  double noisePx = 0.0;  // of the stripe
+  double score = 0.0;                         // by how much it is cheaper than a plate or a curve
+  double noisePx = 0.0;                       // of the stripe
   std::array<TFeaturePoint, kFeatures> features{};
   TJointMeasures measures;
   std::size_t elementCount = 0;

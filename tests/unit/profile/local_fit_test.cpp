@@ -1,5 +1,5 @@
-#include "profile/circle_refine.h"
 #include "profile/local_fit.h"
+#include "profile/circle_refine.h"
 #include "scenes/random.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,8 @@ TEST(LocalLines, ReadABowedSurfaceAtItsEnds) {
 TEST(LocalLines, LeaveOutWildCentresAndSurviveABadStart) {
   scenes::TRandom random(9, scenes::TStream::noise);
   TSamples s;
-  for (int i = 0; i < 300; ++i) s.add(i, i % 4 == 0 ? 60 + random.uniform(-40, 40) : 50 + 0.3 * scenes::toGaussian(random.next()));
+  for (int i = 0; i < 300; ++i)
+    s.add(i, i % 4 == 0 ? 60 + random.uniform(-40, 40) : 50 + 0.3 * scenes::toGaussian(random.next()));
   EXPECT_NEAR(fit(s, TLine{0, 50}, 0.09).whole.offsetOf(150, 50), 0.0, 0.15);
   EXPECT_NEAR(fit(s, TLine{0, 56}, 0.09).whole.offsetOf(150, 50), 0.0, 2.0);
   TSamples few;

@@ -21,8 +21,8 @@ struct TJoint {
   const weld::TFeaturePoint& at(weld::TFeature f) const { return features[static_cast<std::size_t>(f)]; }
 };
 
-// A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22, runs
-// of a ghost 12 to 80 px off.
+// A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22,
+// runs of a ghost 12 to 80 px off.
 //   weldType  lap, corner, plate, U, V, single bevel, flare V, flare bevel; none gives a curved plate
 TJoint makeJoint(TWeldType weldType, TLevel level, std::uint64_t seed);
 

@@ -92,7 +92,8 @@ TEST(MeasureNoise, IsThatOfTheCentresWhateverTheShape) {
       scenes::TRandom random(testing_support::seedOfCurrentTest(), scenes::TStream::noise);
       TList2f points;
       for (int x = 0; x < 1280; ++x) {
-        const double y = slope * std::abs(x - 640) + sigma * std::sqrt(1 + slope * slope) * scenes::toGaussian(random.next());
+        const double y =
+            slope * std::abs(x - 640) + sigma * std::sqrt(1 + slope * slope) * scenes::toGaussian(random.next());
         points.emplace_back(static_cast<float>(x), static_cast<float>(y));
       }
       EXPECT_NEAR(TPrepared(points).noisePx, sigma, 0.15 * sigma) << slope;
@@ -139,7 +140,8 @@ TEST(FitTable, LeavesOutAGhostInsideALine) {
 
 TEST(FitTable, TellsARoundFromAStraightStretch) {
   TList2f points;
-  for (int x = -150; x <= 150; ++x) points.emplace_back(static_cast<float>(x), static_cast<float>(-std::sqrt(4e4 - x * x)));
+  for (int x = -150; x <= 150; ++x)
+    points.emplace_back(static_cast<float>(x), static_cast<float>(-std::sqrt(4e4 - x * x)));
   TPrepared round(points);
   const TCircleEntry& arc = round.table.circle(0, round.table.atoms());
   EXPECT_TRUE(arc.isValid);

@@ -1,5 +1,5 @@
-#include "made_joint.h"
 #include "profile/profile_engine.h"
+#include "made_joint.h"
 #include "scenes/random.h"
 #include "support/arena.h"
 
@@ -83,7 +83,8 @@ TEST_F(ProfileEngine, FindsJointsAsExactlyAsPromised) {
         }
       }
     }
-    SCOPED_TRACE(testing::Message() << "type " << static_cast<int>(row.type) << " level " << static_cast<int>(row.level));
+    SCOPED_TRACE(testing::Message() << "type " << static_cast<int>(row.type) << " level "
+                                    << static_cast<int>(row.level));
     EXPECT_GE(static_cast<double>(roots.size()), row.found * visible) << visible;
     EXPECT_LE(quantile(roots, 0.5), row.root);
     EXPECT_LE(quantile(roots, 0.95), row.root95);
@@ -98,7 +99,8 @@ TEST_F(ProfileEngine, ReportsNoJointOnPlatesAndCurves) {
     for (int n = 0; n < kScenes / 2; ++n) {
       for (const TWeldType scene : {TWeldType::plate, TWeldType::none}) {
         const made::TJoint joint = made::makeJoint(scene, level, kSeeds + n);
-        for (int type = 5; type <= 9; ++type) reported += fit(joint.points, static_cast<TWeldType>(type)).isFound() ? 1 : 0;
+        for (int type = 5; type <= 9; ++type)
+          reported += fit(joint.points, static_cast<TWeldType>(type)).isFound() ? 1 : 0;
       }
     }
     EXPECT_LE(reported, level == TLevel::harsh ? 10 : 0);
@@ -113,11 +115,16 @@ TEST_F(ProfileEngine, MeasuresAGrooveInEitherSense) {
       for (int x = 0; x < 1000; ++x) {
         const double u = isMirrored ? 999 - x : x;
         double y = 0.0;
-        if (u < 400) y = 0;
-        else if (u <= 500) y = u - 400;  // 45 degrees, down to 100
-        else if (u < 520) continue;      // gap
-        else if (u <= 580) y = 100 - (u - 520) * 1.5;
-        else y = 10;
+        if (u < 400)
+          y = 0;
+        else if (u <= 500)
+          y = u - 400;  // 45 degrees, down to 100
+        else if (u < 520)
+          continue;  // gap
+        else if (u <= 580)
+          y = 100 - (u - 520) * 1.5;
+        else
+          y = 10;
         points.emplace_back(static_cast<float>(x), static_cast<float>(500 + sense * y));
       }
       const TProfileFit found = fit(points, TWeldType::vGroove);
@@ -144,7 +151,8 @@ TEST_F(ProfileEngine, MeasuresAGrooveInEitherSense) {
 }
 
 TEST_F(ProfileEngine, FollowsAJointThatMoves) {
-  for (const TWeldType type : {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV, TWeldType::flareBevel}) {
+  for (const TWeldType type : {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV,
+                               TWeldType::flareBevel}) {
     int followed = 0;
     int visible = 0;
     for (int n = 0; n < kScenes / 2; ++n) {
@@ -186,7 +194,8 @@ TEST_F(ProfileEngine, RanksTheRightJointFirst) {
 TEST_F(ProfileEngine, SurvivesGarbage) {
   scenes::TRandom random(11, scenes::TStream::noise);
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  std::vector<std::vector<cv::Point2f>> lists{{}, {{1, 1}}, std::vector<cv::Point2f>(100, {5, 5}), std::vector<cv::Point2f>(100, {kNaN, kNaN})};
+  std::vector<std::vector<cv::Point2f>> lists{
+      {}, {{1, 1}}, std::vector<cv::Point2f>(100, {5, 5}), std::vector<cv::Point2f>(100, {kNaN, kNaN})};
   for (int n = 0; n < 60; ++n) {
     std::vector<cv::Point2f> points;
     double y = 0;
@@ -194,7 +203,8 @@ TEST_F(ProfileEngine, SurvivesGarbage) {
       y += n % 3 == 0 ? random.uniform(-3, 3) : 0.0;
       if (n % 3 == 1) y = random.uniform(-1e5, 1e5);
       if (n % 3 == 2 && x % 20 == 0) y = random.uniform(0, 60);
-      points.emplace_back(static_cast<float>(random.chance(0.02) ? random.uniform(-10, 1e7) : x), static_cast<float>(y));
+      points.emplace_back(static_cast<float>(random.chance(0.02) ? random.uniform(-10, 1e7) : x),
+                          static_cast<float>(y));
     }
     lists.push_back(points);
   }

@@ -1,5 +1,5 @@
-#include "profile/builtin_profiles.h"
 #include "profile/profile_search.h"
+#include "profile/builtin_profiles.h"
 #include "scenes/random.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "scenes/random.h"
 #include "support/circle_fit.h"
+#include "scenes/random.h"
 #include "support/exact_log.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +41,8 @@ TEST(ThreePoints, GiveTheirCircleOrTellThatThereIsNone) {
   }
 }
 
-std::vector<cv::Point2f> arc(double radius, double openingDeg, double noisePx, double wildShare, std::uint64_t seed) {
+std::vector<cv::Point2f> arc(double radius, double openingDeg, double noisePx, double wildShare,
+                             std::uint64_t seed) {
   scenes::TRandom random(seed, scenes::TStream::noise);
   std::vector<cv::Point2f> points;
   for (int i = 0; i < 200; ++i) {
@@ -92,7 +93,8 @@ TEST(RansacCircle, TellsWhenThereIsNoCircle) {
   for (int i = 0; i < 100; ++i) straight.emplace_back(static_cast<float>(i), static_cast<float>(2 * i));
   std::vector<cv::Point2f> noise;
   scenes::TRandom random(3, scenes::TStream::noise);
-  for (int i = 0; i < 200; ++i) noise.emplace_back(static_cast<float>(i), static_cast<float>(random.uniform(0, 2000)));
+  for (int i = 0; i < 200; ++i)
+    noise.emplace_back(static_cast<float>(i), static_cast<float>(random.uniform(0, 2000)));
   const std::vector<cv::Point2f> garbage(50, {std::numeric_limits<float>::quiet_NaN(), 0});
   const struct {
     const char* name;
@@ -116,7 +118,8 @@ TEST(RansacCircle, TellsWhenThereIsNoCircle) {
   };
   for (const auto& row : rows) {
     zelFit::TCircleFitFactory factory;
-    EXPECT_EQ(factory.createFitType_ransacCircle(row.points, row.tol, row.least, row.most), row.success) << row.name;
+    EXPECT_EQ(factory.createFitType_ransacCircle(row.points, row.tol, row.least, row.most), row.success)
+        << row.name;
     EXPECT_EQ(factory.result().success, row.success);
     EXPECT_EQ(factory.result().radiusPx > 0.0, row.success) << row.name;
   }
@@ -130,7 +133,8 @@ TEST(ExactLog, AgreesWithTheMathsLibrary) {
   EXPECT_EQ(weld::exactLog(1.0), 0.0);
   EXPECT_EQ(weld::exactLog(0.0), -kInfinity);
   EXPECT_EQ(weld::exactLog(kInfinity), kInfinity);
-  EXPECT_TRUE(std::isnan(weld::exactLog(-1.0)) && std::isnan(weld::exactLog(kNaN)) && std::isnan(weld::exactExp(kNaN)));
+  EXPECT_TRUE(std::isnan(weld::exactLog(-1.0)) && std::isnan(weld::exactLog(kNaN)) &&
+              std::isnan(weld::exactExp(kNaN)));
   EXPECT_EQ(weld::exactExp(0.0), 1.0);
   EXPECT_EQ(weld::exactExp(-1e9), 0.0);
   EXPECT_EQ(weld::exactExp(1e9), kInfinity);
