@@ -1,8 +1,6 @@
 #include "profile/profile_engine.h"
 
-#include "profile/joint_features.h"
-#include "profile/profile_score.h"
-#include "support/exact_log.h"
+#include "profile/layout_judge.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,127 +18,9 @@ constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plat
 constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove,
                                  TWeldType::flareV,  TWeldType::flareBevel,  TWeldType::corner,
                                  TWeldType::lap,     TWeldType::buttGap};
-constexpr double kPlatesApartDeg = 14.0;
-constexpr double kLeastShare = 0.4;        // of the centres next to a corner that belong to the elements
-constexpr double kConfidenceScale = 20.0;  // gain over a plate
-constexpr double kRightPx = 3.0;
-constexpr double kRightAtLeast =
-    0.3;  // of the joints found, however unclear; both from made joints of every level
-constexpr double kRightByClarity = 0.65;
-constexpr double kMovesPx = 12.0;  // that tracking follows
-
-// The stripe in one sense of the profile.
-class TOriented {
-public:
-  TOriented(const TStripeProfile& stripe, int sense, std::pmr::memory_resource* memory)
-      : turned(memory), view{stripe.centres().x, stripe.centres().y, stripe.centres().weight} {
-    if (sense > 0) return;
-    turned.assign(stripe.centres().y.begin(), stripe.centres().y.end());
-    for (double& y : turned) y = -y;
-    view.y = turned;
-  }
-  const TOrientedCentres& centres() const { return view; }
-
-private:
-  TList<double> turned;
-  TOrientedCentres view;
-};
-
-// Image coordinates and angles of what was measured in the sense of the template.
-void turnOver(TProfileFit& fit) {
-  for (TFeaturePoint& f : fit.features) f.pos.y = -f.pos.y;
-  for (TProfileElement& e : fit.elements) {
-    e.left.y = -e.left.y;
-    e.right.y = -e.right.y;
-    e.centre.y = -e.centre.y;
-  }
-  TJointMeasures& m = fit.measures;
-  for (double* value : {&m.mismatchPx, &m.leftAngleDeg, &m.rightAngleDeg, &m.baseAngleDeg}) *value = -*value;
-}
-
-void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProfileFit& fit) {
-  fit.elementCount = layout.count();
-  for (std::size_t e = 0; e < layout.count(); ++e) {
-    const TFittedElement& from = layout.elements[e];
-    fit.elements[e] = {layout.range(e).kind,
-                       layout.range(e).role,
-                       from.left,
-                       from.right,
-                       {from.arc.circle.x, from.arc.circle.y},
-                       from.arc.circle.r,
-                       std::sqrt(from.noise2),
-                       score.shares[e]};
-  }
-}
-
-// Share of the frames like this one whose root is right to within three pixels.
-double confidenceOf(const TProfileFit& fit, double worstShare) {
-  const TFeaturePoint& root = fit.feature(TFeature::root);
-  const double sigma = std::max(root.sigmaPx, 0.1);
-  const double isExact = root.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
-  const double clarity = (1.0 - exactExp(-fit.score / kConfidenceScale)) * isExact * worstShare;
-  return kRightAtLeast + kRightByClarity * clarity;
-}
-
-bool arePlatesInLine(const TProfileLayout& layout) {
-  const std::size_t last = layout.count() - 1;
-  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate)
-    return true;
-  const double left = angleDegOf(layout.elements[0].lines.right);
-  const double right = angleDegOf(layout.elements[last].lines.left);
-  return std::abs(left - right) <= kPlatesApartDeg;
-}
-
-// Refines, measures and scores layouts of one stripe.
-class TJudge {
-public:
-  TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
-      : stripe(s),
-        options(o),
-        upright(s, 1, memory),
-        turned(s, -1, memory),
-        sums(static_cast<std::size_t>(s.centres().count()) + 1, memory) {}
-
-  const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
-
-  // Pointwise cost of a refined layout; nothing where the elements do not meet.
-  std::optional<TLayoutScore> refine(TProfileLayout& layout, int rounds = 3) {
-    const TRefineSettings settings{stripe.noisePx(), stripe.widthPx(), rounds};
-    if (!refineLayout(centresOf(layout.sense), settings, layout, sums)) return std::nullopt;
-    return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
-  }
-
-  TProfileFit judge(const TProfileLayout& layout, const TLayoutScore& score, double nullCost) const {
-    TProfileFit fit;
-    fit.profile = layout.profile;
-    fit.sense = layout.sense;
-    fit.noisePx = stripe.noisePx();
-    fit.score = nullCost - score.cost;
-    fit.outcome = TProfileOutcome::found;
-    if (!measureLayout(
-            centresOf(layout.sense), layout,
-            {stripe.noisePx(), stripe.noiseInflation(), stripe.holes().unseenPx, stripe.holes().secondPx}, fit)) {
-      fit.outcome = TProfileOutcome::tooShallow;
-    } else if (!arePlatesInLine(layout)) {
-      fit.outcome = TProfileOutcome::notMeeting;
-    } else if (score.worstShare < kLeastShare) {
-      fit.outcome = TProfileOutcome::notSeen;
-    } else if (fit.score < options.leastGain) {
-      fit.outcome = TProfileOutcome::notBetter;
-    }
-    copyElements(layout, score, fit);
-    if (layout.sense < 0) turnOver(fit);
-    if (fit.isFound()) fit.confidence = confidenceOf(fit, score.worstShare);
-    return fit;
-  }
-
-private:
-  const TStripeProfile& stripe;
-  const TProfileOptions& options;
-  TOriented upright;
-  TOriented turned;
-  TWindowSums sums;
-};
+constexpr double kMovesPx = 12.0;      // that tracking follows
+constexpr double kMostTurnDeg = 12.0;  // of a flank from frame to frame; more is another joint, or a wrong one
+constexpr double kMostGrowth = 0.25;   // of the width
 
 // Searches the forms of a joint on one table.
 class TFormSearch {
@@ -154,7 +34,7 @@ public:
         judge(stripe, o, m),
         nullCost(stripe.centres().count()),
         leastNull(stripe.centres().count()) {
-    for (const TProfileTemplate& form : nullProfiles()) tryNull(form);
+    tryNulls();
   }
 
   // Layouts of all forms in the senses allowed, the cheapest first; none that is hopeless beside the cheapest of
@@ -194,13 +74,19 @@ public:
   }
 
 private:
-  void tryNull(const TProfileTemplate& form) {
-    for (const int sense : {1, -1}) {
-      if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
-      const TList<TProfileCut> cuts = searchProfile(form, sense, choices, kNoLimit, memory);
-      if (cuts.empty()) continue;
-      leastNull = std::min(leastNull, cuts.front().cost);
-      TProfileLayout layout = layoutOf(cuts.front(), table);
+  void tryNulls() {
+    TList<TProfileCut> cuts(memory);
+    for (const TProfileTemplate& form : nullProfiles()) {
+      for (const int sense : {1, -1}) {
+        if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
+        const TList<TProfileCut> found = searchProfile(form, sense, choices, kNoLimit, memory);
+        if (!found.empty()) cuts.push_back(found.front());
+      }
+    }
+    for (const TProfileCut& cut : cuts) leastNull = std::min(leastNull, cut.cost);
+    for (const TProfileCut& cut : cuts) {
+      if (cut.cost > leastNull + kHopeless) continue;
+      TProfileLayout layout = layoutOf(cut, table);
       const std::optional<TLayoutScore> score = judge.refine(layout, 2);
       if (score) nullCost = std::min(nullCost, score->cost);
     }
@@ -211,7 +97,7 @@ private:
   TList<int> borders;
   TFitTable table;
   TElementChoices choices;
-  TJudge judge;
+  TLayoutJudge judge;
   double nullCost;   // of the centres, pointwise
   double leastNull;  // of the search
 };
@@ -282,8 +168,18 @@ std::optional<TProfileLayout> layoutAt(const TOrientedCentres& centres, const TS
   return layout;
 }
 
+bool isSameShape(const TProfileFit& a, const TProfileFit& b) {
+  const auto isFar = [](double x, double y, double most) { return std::abs(x - y) > most; };  // not for NaN
+  const TJointMeasures& m = a.measures;
+  const TJointMeasures& n = b.measures;
+  return !isFar(m.leftAngleDeg, n.leftAngleDeg, kMostTurnDeg) &&
+         !isFar(m.rightAngleDeg, n.rightAngleDeg, kMostTurnDeg) &&
+         !isFar(m.baseAngleDeg, n.baseAngleDeg, kMostTurnDeg) &&
+         !isFar(m.widthPx, n.widthPx, kMostGrowth * n.widthPx);
+}
+
 // Cost of one straight line through everything.
-double plateCost(TJudge& judge, const TOrientedCentres& centres, const TStripeProfile& stripe) {
+double plateCost(TLayoutJudge& judge, const TOrientedCentres& centres, const TStripeProfile& stripe) {
   TProfileLayout plate;
   plate.profile = &nullProfiles()[0];
   TFittedElement& all = plate.elements[0];
@@ -318,13 +214,15 @@ TProfileFit trackProfile(const TStripeProfile& stripe, const TProfileFit& before
                          std::pmr::memory_resource* memory) {
   if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
   if (!before.isFound()) return refused(TProfileOutcome::noLayout);
-  TJudge judge(stripe, options, memory);
+  TLayoutJudge judge(stripe, options, memory);
   const TOrientedCentres& centres = judge.centresOf(before.sense);
   std::optional<TProfileLayout> layout = layoutAt(centres, stripe, before);
   if (!layout) return refused(TProfileOutcome::noLayout);
   const std::optional<TLayoutScore> score = judge.refine(*layout);
   if (!score) return refused(TProfileOutcome::notMeeting);
-  return judge.judge(*layout, *score, plateCost(judge, judge.centresOf(1), stripe));
+  TProfileFit fit = judge.judge(*layout, *score, plateCost(judge, judge.centresOf(1), stripe));
+  if (fit.isFound() && !isSameShape(fit, before)) fit.outcome = TProfileOutcome::notMeeting;
+  return fit;
 }
 
 TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,
