@@ -12,6 +12,7 @@ namespace {
 constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
+constexpr double kClear = 15.0;     // by which a layout that fits beats the others
 constexpr double kSharpU = 12.0;
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
@@ -62,6 +63,7 @@ public:
   TProfileFit best(const TList<TProfileCut>& cuts, std::size_t mostRefined) {
     TProfileFit chosen;
     for (std::size_t c = 0; c < std::min(cuts.size(), mostRefined); ++c) {
+      if (chosen.isFound() && cuts[c].cost > cuts[0].cost + kClear) break;
       TProfileLayout layout = layoutOf(cuts[c], table);
       const std::optional<TLayoutScore> score = judge.refine(layout);
       TProfileFit fit;
