@@ -53,7 +53,7 @@ struct TEndShares {
 class TElementScore {
 public:
   TElementScore(const TOrientedCentres& c, const TFittedElement& e, const TElementRange& r)
-      : centres(c), element(e), range(r), step(std::max(1, e.span.count() / kMostScored)) {}
+      : centres(c), element(e), range(r), surface(e, r), step(std::max(1, e.span.count() / kMostScored)) {}
 
   // A line counts as the straight or the bent one, whichever explains more.
   double cost(double noise2) const {
@@ -63,7 +63,7 @@ public:
     int scored = 0;
     for (int i = element.span.first; i < element.span.last; i += step, ++scored) {
       const cv::Point2d p = centres.at(i);
-      bent += costOf(offsetFrom(element, range, p), inv);
+      bent += costOf(surface.offsetOf(p), inv);
       if (range.kind == TElementKind::line) straight += costOf(element.lines.whole.offsetOf(p.x, p.y), inv);
     }
     const double least = range.kind == TElementKind::line ? std::min(bent, straight) : bent;
@@ -82,7 +82,7 @@ private:
     const double limit = kInlierSigmas * kInlierSigmas * (element.noise2 + bow2());
     int inside = 0;
     for (int i = span.first; i < span.last; ++i) {
-      const double offset = offsetFrom(element, range, centres.at(i));
+      const double offset = surface.offsetOf(centres.at(i));
       inside += offset * offset < limit ? 1 : 0;
     }
     return span.count() > 0 ? static_cast<double>(inside) / span.count() : 1.0;
@@ -95,6 +95,7 @@ private:
   const TOrientedCentres& centres;
   const TFittedElement& element;
   const TElementRange& range;
+  TSurface surface;
   int step;
 };
 
