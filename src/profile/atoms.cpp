@@ -14,7 +14,7 @@ constexpr double kMergeCost = 9.0;          // a merge below it needs no reason
 constexpr double kBreakCost = 4.0;          // of a merge across a break
 constexpr double kHoleCostPerColumn = 0.2;  // and for the columns without centres there
 constexpr std::size_t kManyBlocks = 40;
-constexpr int kFarthestShift = 8;           // centres by which a border may move in the end
+constexpr int kFarthestShift = 8;  // centres by which a border may move in the end
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 struct TBlock {

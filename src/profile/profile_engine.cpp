@@ -12,7 +12,8 @@ namespace {
 constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
-constexpr double kClear = 15.0;     // by which a layout that fits beats the others
+constexpr double kClear = 22.0;     // by which a layout that fits beats the others
+constexpr double kMostInflation = 4.0;
 constexpr double kSharpU = 12.0;
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
@@ -23,13 +24,18 @@ constexpr double kMovesPx = 12.0;      // that tracking follows
 constexpr double kMostTurnDeg = 12.0;  // of a flank from frame to frame; more is another joint, or a wrong one
 constexpr double kMostGrowth = 0.25;   // of the width
 
+// Speckle must not cut the stripe where it bends as one.
+double coarseNoise(const TStripeProfile& stripe) {
+  return stripe.noisePx() * std::sqrt(std::min(stripe.noiseInflation(), kMostInflation));
+}
+
 // Searches the forms of a joint on one table.
 class TFormSearch {
 public:
   TFormSearch(const TStripeProfile& stripe, const TProfileOptions& o, std::pmr::memory_resource* m)
       : options(o),
         memory(m),
-        borders(cutAtoms(stripe.centres(), stripe.moments(), stripe.noisePx(), m)),
+        borders(cutAtoms(stripe.centres(), stripe.moments(), coarseNoise(stripe), m)),
         table(stripe.centres(), stripe.moments(), borders, stripe.noisePx(), m),
         choices(table, m),
         judge(stripe, o, m),
