@@ -46,6 +46,19 @@ struct TCircleFit {
   bool isFound = false;
 };
 
+// The circle through a point that touches a line and explains the centres of a span best, beyond the touch point
+// by itself and before it by the line: the radius from a grid about a first one. Where an arc meets its plate, a
+// larger circle that leaves it earlier looks nearly as good; a refinement alone would stay there.
+//   isLeft  the line is on the left of the arc
+struct TTouch {
+  const TLine& line;
+  cv::Point2d through;
+  bool isLeft;
+  bool isCentreBelow;
+};
+TCircle searchTouching(const TOrientedCentres& centres, TSpan span, const TTouch& touch, const TCircle& start,
+                       double noise2);
+
 // Gauss-Newton on the normal distances with Tukey's weights.
 //   start   meets the bonds of the freedom
 //   cutOff  as in fitLocalLines

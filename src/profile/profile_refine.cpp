@@ -106,26 +106,41 @@ private:
   bool fitArcs() {
     for (std::size_t e = 0; e < layout.count(); ++e) {
       if (isLine(e)) continue;
-      TFittedElement& fitted = element(e);
       const TElementRange& range = layout.range(e);
-      TCircleFreedom freedom = freeCircle();
-      TCircle start = fitted.arc.circle;
-      if (range.isTouchingLeft && range.isTouchingRight) {
-        const TLine& left = element(e - 1).lines.right;
-        const TLine& right = element(e + 1).lines.left;
-        freedom = circleBetween(left, right, range.isCentreBelow);
-        const std::optional<TCircle> moved = touching(start.r, left, right, range.isCentreBelow);
-        if (!moved) return false;
-        start = *moved;
-      } else if (range.isTouchingLeft || range.isTouchingRight) {
-        const TLine& line = range.isTouchingLeft ? element(e - 1).lines.right : element(e + 1).lines.left;
-        freedom = circleOnLine(line, range.isCentreBelow);
-        start = touching(start, line, range.isCentreBelow);
-      }
-      fitted.arc = fitCircle(centres, fitted.span, start, freedom, fitted.noise2, cutOff());
-      if (!fitted.arc.isFound) return false;
+      const bool isFound = range.isTouchingLeft && range.isTouchingRight ? fitBetween(e)
+                           : range.isTouchingLeft || range.isTouchingRight
+                               ? fitOnLine(e, range.isTouchingLeft)
+                               : fitArc(e, element(e).arc.circle, freeCircle());
+      if (!isFound) return false;
     }
     return true;
+  }
+
+  bool fitArc(std::size_t e, const TCircle& start, const TCircleFreedom& freedom) {
+    TFittedElement& fitted = element(e);
+    fitted.arc = fitCircle(centres, fitted.span, start, freedom, fitted.noise2, cutOff());
+    return fitted.arc.isFound;
+  }
+
+  bool fitBetween(std::size_t e) {
+    const bool isCentreBelow = layout.range(e).isCentreBelow;
+    const TLine& left = element(e - 1).lines.right;
+    const TLine& right = element(e + 1).lines.left;
+    const std::optional<TCircle> start = touching(element(e).arc.circle.r, left, right, isCentreBelow);
+    return start && fitArc(e, *start, circleBetween(left, right, isCentreBelow));
+  }
+
+  bool fitOnLine(std::size_t e, bool isLeft) {
+    const bool isCentreBelow = layout.range(e).isCentreBelow;
+    const TFittedElement& fitted = element(e);
+    const TFittedElement& beside = element(isLeft ? e - 1 : e + 1);
+    const TLine& line = isLeft ? beside.lines.right : beside.lines.left;
+    const TCircleFreedom freedom = circleOnLine(line, isCentreBelow);
+    if (round > 0) return fitArc(e, touching(fitted.arc.circle, line, isCentreBelow), freedom);
+    const cv::Point2d end = pointOn(e, centres.at(isLeft ? fitted.span.last - 1 : fitted.span.first).x, isLeft);
+    const TSpan span{std::min(fitted.span.first, beside.span.first), std::max(fitted.span.last, beside.span.last)};
+    const TTouch touch{line, end, isLeft, isCentreBelow};
+    return fitArc(e, searchTouching(centres, span, touch, fitted.arc.circle, fitted.noise2), freedom);
   }
 
   bool placeJunctions() {

@@ -17,44 +17,33 @@ class TBruteForce {
 public:
   TBruteForce(const TProfileTemplate& p, int sense, TFitTable& t) : profile(p), table(t) {
     for (std::size_t e = 0; e < p.elementCount; ++e) choices.push_back(choicesOf(p.elements[e], sense, t, kHeap));
-    std::vector<const TElementChoice*> chosen;
-    extend(chosen, 0.0);
+    extend(0, nullptr, 0.0, std::numeric_limits<double>::quiet_NaN());
   }
   double least = std::numeric_limits<double>::infinity();
 
 private:
-  bool fitsPlates(const std::vector<const TElementChoice*>& before, const TElementChoice& last) const {
-    const TElementRole role = profile.elements[before.size()].role;
-    for (std::size_t e = 0; e < before.size(); ++e) {
-      if (profile.elements[e].role != TElementRole::plate) continue;
-      const double apart = std::abs(before[e]->angleDeg - last.angleDeg);
-      if (role == TElementRole::plate) return apart <= 14.0;
-      if (role == TElementRole::flat) return apart <= 20.0;
-    }
-    return true;
-  }
-
-  void extend(std::vector<const TElementChoice*>& chosen, double cost) {
-    const std::size_t e = chosen.size();
+  // plateDeg: angle of the first plate
+  void extend(std::size_t e, const TElementChoice* before, double cost, double plateDeg) {
     if (e == profile.elementCount) {
-      least = std::min(least, cost + freeEndCost(table.centresOf(chosen.back()->last, table.atoms())));
+      least = std::min(least, cost + freeEndCost(table.centresOf(before->last, table.atoms())));
       return;
     }
+    const TElementRole role = profile.elements[e].role;
     for (const TElementChoice& choice : choices[e]) {
       double next = cost + choice.cost;
-      if (e == 0) {
+      if (before == nullptr) {
         next += freeEndCost(table.centresOf(0, choice.first));
       } else {
         const int most = profile.junctions[e - 1].kind == TJunctionKind::fillet ? 8 : 4;
-        if (choice.first < chosen.back()->last || choice.first - chosen.back()->last > most) continue;
-        const auto between = junctionCost(profile.junctions[e - 1], *chosen.back(), choice, table);
+        if (choice.first < before->last || choice.first - before->last > most) continue;
+        const auto between = junctionCost(profile.junctions[e - 1], *before, choice, table);
         if (!between) continue;
         next += *between;
       }
-      if (!fitsPlates(chosen, choice)) continue;
-      chosen.push_back(&choice);
-      extend(chosen, next);
-      chosen.pop_back();
+      const double apart = std::abs(choice.angleDeg - plateDeg);  // not a number without a plate
+      if ((role == TElementRole::plate && apart > 14.0) || (role == TElementRole::flat && apart > 20.0)) continue;
+      const bool isFirstPlate = role == TElementRole::plate && std::isnan(plateDeg);
+      extend(e + 1, &choice, next, isFirstPlate ? choice.angleDeg : plateDeg);
     }
   }
 
