@@ -29,6 +29,16 @@ std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b) {
   return cv::Point2d(a.x + along * a.dx, a.y + along * a.dy);
 }
 
+std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess) {
+  const double offset = line.offsetOf(circle.x, circle.y);
+  const double half2 = circle.r * circle.r - offset * offset;
+  if (half2 < -0.5 * circle.r * circle.r) return std::nullopt;
+  const double along = line.alongOf(circle.x, circle.y);
+  const double half = half2 > 0.0 ? std::sqrt(half2) : 0.0;
+  const double at = line.alongOf(guess.x, guess.y) < along ? along - half : along + half;
+  return cv::Point2d(line.x + at * line.dx, line.y + at * line.dy);
+}
+
 int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
               const TWalk& walk) {
   const auto [from, limit, step, bow] = walk;

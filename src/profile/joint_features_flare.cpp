@@ -10,7 +10,8 @@ namespace weld {
 
 namespace {
 
-constexpr double kOverlapPerNoise = 4.0;  // of circles that touch, by noise
+constexpr double kOverlapPerNoise = 4.0;    // of circles that touch, by noise
+constexpr double kLeastPlateCosine = 0.96;  // of the angle between a plate and the common tangent: 16 degrees
 constexpr double kOverlapPerRadius = 0.25;
 
 // Of the point of a circle that faces away from the base.
@@ -50,6 +51,11 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
   const bool hasLeft = first == 1;
   const bool hasRight = layout.range(n - 1).kind == TElementKind::line;
   TBase base = upperTangent(a, b);
+  for (const std::size_t e : {std::size_t{0}, n - 1}) {  // what leaves the common tangent is the back of a tube
+    if (layout.range(e).kind != TElementKind::line) continue;
+    const TLine& plate = e == 0 ? layout.elements[e].lines.right : layout.elements[e].lines.left;
+    if (plate.dx * base.dx + plate.dy * base.dy < kLeastPlateCosine) return false;
+  }
   if (hasLeft && hasRight) {
     base = baseOf(layout.elements[0].lines.right, layout.elements[n - 1].lines.left);
   } else if (hasLeft || hasRight) {

@@ -70,6 +70,8 @@ bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settin
 
 // Parts of the refinement, in files of their own.
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
+// Of a line and a circle, the one nearer to a guess; where they just miss one another, where they come closest.
+std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess);
 
 struct TWalk {
   int from;    // a centre of the element

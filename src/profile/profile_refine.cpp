@@ -16,17 +16,6 @@ constexpr double kLeastRoundPx = 1.5;   // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;  // the same over the width of the stripe
 constexpr int kFewestCentres = 4;
 
-// Point of a circle nearest to a line's crossing with it, on the side of a guess.
-std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess) {
-  const double offset = line.offsetOf(circle.x, circle.y);
-  const double half2 = circle.r * circle.r - offset * offset;
-  if (half2 < -0.5 * circle.r * circle.r) return std::nullopt;
-  const double along = line.alongOf(circle.x, circle.y);
-  const double half = half2 > 0.0 ? std::sqrt(half2) : 0.0;
-  const double at = line.alongOf(guess.x, guess.y) < along ? along - half : along + half;
-  return cv::Point2d(line.x + at * line.dx, line.y + at * line.dy);
-}
-
 class TRefiner {
 public:
   TRefiner(const TOrientedCentres& c, const TRefineSettings& s, TProfileLayout& l, TWindowSums& w)

@@ -61,8 +61,10 @@ TEST_F(ProfileEngine, FindsJointsAsExactlyAsPromised) {
       {TWeldType::uGroove, TLevel::harsh, 0.8, 2.5, 14.0, 1.6, 18.0},
       {TWeldType::flareV, TLevel::clean, 1.0, 0.2, 0.6, 0.1, 0.4},
       {TWeldType::flareV, TLevel::noisy, 0.98, 1.2, 3.5, 0.6, 2.5},
+      {TWeldType::flareV, TLevel::harsh, 0.82, 5.0, 16.0, 2.6, 18.0},
       {TWeldType::flareBevel, TLevel::clean, 1.0, 0.2, 0.8, 0.1, 0.4},
       {TWeldType::flareBevel, TLevel::noisy, 0.97, 1.4, 6.0, 0.9, 3.5},
+      {TWeldType::flareBevel, TLevel::harsh, 0.78, 5.0, 17.0, 3.2, 22.0},
   };
   for (const auto& row : rows) {
     std::vector<double> roots;

@@ -69,10 +69,9 @@ TEST(RansacCircle, HoldsAgainstWildPointsOnAShortArc) {
 // The bound is the Cramer-Rao one: the inverse of the normal matrix of a free circle on this arc.
 TEST(RansacCircle, IsNearlyAsGoodAsLeastSquaresCanBe) {
   constexpr double kRadius = 100;
-  double sxx = 0, sx = 0, syy = 0, sy = 0;  // of the unit normals; the arc is symmetric
+  double syy = 0, sy = 0;  // of the unit normals; the arc is symmetric, and x apart from the rest
   for (int i = 0; i < 200; ++i) {
     const double angle = (-90 - 60 + 120.0 * i / 199) * CV_PI / 180;
-    sxx += std::cos(angle) * std::cos(angle), sx += std::cos(angle);
     syy += std::sin(angle) * std::sin(angle), sy += std::sin(angle);
   }
   const double bound = syy / (200 * syy - sy * sy);
