@@ -29,6 +29,12 @@ double coarseNoise(const TStripeProfile& stripe) {
   return stripe.noisePx() * std::sqrt(std::min(stripe.noiseInflation(), kMostInflation));
 }
 
+// Keeps the list by cost, and by age where the costs are equal.
+void insertCheap(TList<TProfileCut>& cuts, const TProfileCut& cut) {
+  const auto isCheaper = [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; };
+  cuts.insert(std::upper_bound(cuts.begin(), cuts.end(), cut, isCheaper), cut);
+}
+
 // Searches the forms of a joint on one table.
 class TFormSearch {
 public:
@@ -54,13 +60,11 @@ public:
       for (const int sense : {1, -1}) {
         if (sense == -options.senses) continue;
         for (const TProfileCut& cut : searchProfile(form, sense, choices, least + kHopeless, memory)) {
-          cuts.push_back(cut);
+          insertCheap(cuts, cut);
           least = std::min(least, cut.cost);
         }
       }
     }
-    std::stable_sort(cuts.begin(), cuts.end(),
-                     [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
     while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
     return cuts;
   }
@@ -245,10 +249,13 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
     least = std::min(least, cuts.front().cost);
     TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
     if (type == TWeldType::uGroove && !isRounded(fit)) fit.score -= kSharpU;
-    if (fit.isFound()) ranked.push_back({type, fit});
+    if (!fit.isFound()) continue;
+    const auto isBetter = [](const TRankedJoint& one, const TRankedJoint& other) {
+      return one.fit.score > other.fit.score;
+    };
+    const TRankedJoint next{type, fit};
+    ranked.insert(std::upper_bound(ranked.begin(), ranked.end(), next, isBetter), next);
   }
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const TRankedJoint& a, const TRankedJoint& b) { return a.fit.score > b.fit.score; });
   return ranked;
 }
 
