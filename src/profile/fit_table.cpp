@@ -18,7 +18,8 @@ constexpr double kLimitPerLength = 0.012;
 constexpr double kMostNoise2 = 9.0;  // variance of a dim surface over that of the stripe
 constexpr double kLeastSagittaPx = 3.0;
 constexpr double kSagittaPerNoise = 4.0;
-constexpr double kDropGain = 0.8;  // what the variance must fall to
+constexpr double kDropGain = 0.8;    // what the variance must fall to
+constexpr double kLeastKept = 0.65;  // of the weight of an element
 constexpr double kGhostOffPerNoise = 4.0;
 constexpr double kGhostNoise2 = 3.0;  // variance over that of the noise that makes look for a ghost
 
@@ -88,6 +89,7 @@ void TFitTable::findGhosts() {
 
 // Leaves out the short inner atom that disturbs the line most.
 bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry& entry) const {
+  const double all = moments.sumsOf(span(first, last)).n;
   int worst = -1;
   TMoments::TSums bestSums;
   TLine best = entry.line;
@@ -103,7 +105,7 @@ bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry
       worst = k;
     }
   }
-  if (worst < 0) return false;
+  if (worst < 0 || bestSums.n < kLeastKept * all) return false;
   sums = bestSums;
   entry.line = best;
   entry.dropped += centresOf(worst, worst + 1);

@@ -90,6 +90,10 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   fit.measures.gapPx = isJoined ? 0.0 : distance(leftRoot, rightRoot);
+  if (!isJoined) {  // the piece behind the gap
+    setFeature(fit, TFeature::leftEdge, flat.left, endSigma(state, flat.lines.left, flat.noise2, flat.left));
+    setFeature(fit, TFeature::rightEdge, flat.right, endSigma(state, flat.lines.right, flat.noise2, flat.right));
+  }
   if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
   if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
 }

@@ -12,6 +12,7 @@ constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
 constexpr double kBows[] = {0.004, 0.003, 0.0015};  // rms over the columns of a real surface, by round
 constexpr double kWalkBows[] = {0.012, 0.004};      // the same for the search of an end
 constexpr double kPlateWindowPx = 260.0;
+constexpr double kEndPx = 40.0;         // columns in which an end is looked for
 constexpr double kLeastRoundPx = 1.5;   // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;  // the same over the width of the stripe
 constexpr int kFewestCentres = 4;
@@ -242,12 +243,18 @@ private:
 
   bool placeEnds(std::size_t j) { return walkEnds(j, element(j + 1).span.first - 1, element(j).span.last); }
 
+  // Up to where an end is not looked for: a bend next to it must not cut the element short.
+  int trustedIn(TSpan searched, bool isRight) const {
+    if (isRight) return centres.indexOf(centres.at(searched.last - 1).x - kEndPx);
+    return centres.indexOf(centres.at(searched.first).x + kEndPx);
+  }
+
   // Each element goes on as far as it is seen, the left one at most to a centre, the right one back to another.
   bool walkEnds(std::size_t j, int mostA, int leastB) {
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
-    const int fromA = std::min((a.span.first + a.span.last) / 2, mostA);
-    const int fromB = std::max((b.span.first + b.span.last) / 2, leastB);
+    const int fromA = std::min(std::max((a.span.first + a.span.last) / 2, trustedIn(a.searched, true)), mostA);
+    const int fromB = std::max(std::min((b.span.first + b.span.last) / 2, trustedIn(b.searched, false)), leastB);
     if (fromA <= a.span.first || fromB >= b.span.last) return false;
     const double bow = kWalkBows[std::min(round, 1)];
     a.span.last = walkToEnd(centres, a, layout.range(j), {fromA, mostA, 1, bow}) + 1;
