@@ -52,8 +52,8 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const TLine& right = s.rightFlank.lines.left;
   cv::Point2d leftRoot = s.leftFlank.right;
   cv::Point2d rightRoot = s.rightFlank.left;
-  double leftSigma = endSigma(left, s.leftFlank.noise2, state.unseenPx, leftRoot);
-  double rightSigma = endSigma(right, s.rightFlank.noise2, state.unseenPx, rightRoot);
+  double leftSigma = endSigma(state, left, s.leftFlank.noise2, leftRoot);
+  double rightSigma = endSigma(state, right, s.rightFlank.noise2, rightRoot);
   const double lower = s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
   const double evenPx = kUnevenPx + 2.0 * state.noisePx;
   const bool hasHoles = state.unseenPx > kHolesPx;
@@ -67,7 +67,7 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isClosed = hasCrossed || between.x * s.base.dx + between.y * s.base.dy < closedPx;
   if (isClosed && corner) {
     leftRoot = rightRoot = *corner;
-    leftSigma = rightSigma = crossingSigma(left, s.leftFlank.noise2, right, s.rightFlank.noise2, *corner);
+    leftSigma = rightSigma = crossingSigma(state, s.leftFlank, s.rightFlank, *corner);
   }
   fit.measures.gapPx = isClosed ? 0.0 : gapPx;
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
@@ -81,17 +81,19 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   const TFittedElement& flat = layout.elements[2];
   const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
   const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined
-                               ? cornerSigma(layout, 1)
-                               : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, state.unseenPx, leftRoot);
-  const double rightSigma =
-      isJoined ? cornerSigma(layout, 2)
-               : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, state.unseenPx, rightRoot);
+  const double leftSigma = isJoined ? cornerSigma(state, layout, 1)
+                                    : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
+  const double rightSigma = isJoined ? cornerSigma(state, layout, 2)
+                                     : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   fit.measures.gapPx = isJoined ? 0.0 : distance(leftRoot, rightRoot);
+  if (!isJoined) {  // the piece behind the gap
+    setFeature(fit, TFeature::leftEdge, flat.left, endSigma(state, flat.lines.left, flat.noise2, flat.left));
+    setFeature(fit, TFeature::rightEdge, flat.right, endSigma(state, flat.lines.right, flat.noise2, flat.right));
+  }
   if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
   if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
 }
@@ -106,14 +108,14 @@ void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit
 void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   for (std::size_t e = 1; e + 1 < layout.count(); ++e) {
     if (layout.range(e).kind != TElementKind::arc) continue;
-    const TFittedElement& arc = layout.elements[e];
-    return setRoundRoot(arc.arc.circle, std::sqrt(2.0 * arc.noise2) * arc.arc.centreSigma, s.base, fit);
+    const TCircle& c = layout.elements[e].arc.circle;
+    return setRoundRoot(c, arcSigma(state, layout, e, {c.x, c.y + c.r}), s.base, fit);
   }
   if (layout.count() > 4) return setFlatRoot(layout, s, state, fit);
   if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
   if (layout.fillets[1].isFound)
-    return setRoundRoot(layout.fillets[1].circle, cornerSigma(layout, 1), s.base, fit);
-  setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(layout, 1));
+    return setRoundRoot(layout.fillets[1].circle, cornerSigma(state, layout, 1), s.base, fit);
+  setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(state, layout, 1));
 }
 
 }  // namespace
@@ -122,8 +124,8 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
                    TProfileFit& fit) {
   const TSides s = sidesOf(layout);
   const std::size_t n = layout.count();
-  setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(layout, 0));
-  setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(layout, n - 2));
+  setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(state, layout, 0));
+  setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(state, layout, n - 2));
   setRoot(layout, s, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
   TJointMeasures& m = fit.measures;
@@ -152,13 +154,13 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
   const cv::Point2d wallTop = isLeft ? wallPlate.left : wallPlate.right;
   const TBase base =
       baseOf(isLeft ? plate.lines.right : wallPlate.lines.right, isLeft ? wallPlate.lines.left : plate.lines.left);
-  const double topSigma = endSigma(wallLine, wallPlate.noise2, state.unseenPx, wallTop);
+  const double topSigma = endSigma(state, wallLine, wallPlate.noise2, wallTop);
 
   const cv::Point2d end = inner(bottom);
   const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
   cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
   cv::Point2d flankRoot = inner(flank);
-  double rootSigma = endSigma(innerLine(bottom), bottom.noise2, state.unseenPx, end);
+  double rootSigma = endSigma(state, innerLine(bottom), bottom.noise2, end);
   const double gapPx = (isLeft ? 1.0 : -1.0) * ((foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy);
   const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
   if (isClosed) {  // where the bottom meets the wall
@@ -170,7 +172,7 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
   }
   fit.measures.gapPx = isClosed ? 0.0 : gapPx;
   setFeature(fit, isLeft ? TFeature::leftShoulder : TFeature::rightShoulder, inner(plate),
-             cornerSigma(layout, isLeft ? 0 : n - 2));
+             cornerSigma(state, layout, isLeft ? 0 : n - 2));
   setFeature(fit, isLeft ? TFeature::rightShoulder : TFeature::leftShoulder, wallTop, topSigma);
   setFeature(fit, isLeft ? TFeature::leftRoot : TFeature::rightRoot, flankRoot, rootSigma);
   setFeature(fit, isLeft ? TFeature::rightRoot : TFeature::leftRoot, foot, rootSigma);

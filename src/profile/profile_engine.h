@@ -9,6 +9,7 @@
 #include "profile/builtin_profiles.h"
 #include "profile/clean_runs.h"
 #include "profile/profile_fit.h"
+#include "profile/stripe_noise.h"
 #include "stripe/stripe.h"
 
 namespace weld {
@@ -26,10 +27,15 @@ public:
 
   const TCentres& centres() const { return kept; }
   const TMoments& moments() const { return sums; }
-  double noisePx() const { return noise; }
+  double noisePx() const { return noise.sigmaPx; }
+  double noiseInflation() const { return noise.inflation; }
   double widthPx() const { return width; }
-  // Root mean square of the columns by which the stripe's holes cut an end short.
-  double unseenPx() const { return unseen; }
+  // Columns without centres. The largest hole may be a gap and does not count.
+  struct THoles {
+    double unseenPx = 0.0;  // root mean square of the columns by which they cut an end short
+    double secondPx = 0.0;  // columns of the second largest
+  };
+  const THoles& holes() const { return gaps; }
   bool isUsable() const { return kept.count() >= kFewestCentres; }
 
   static constexpr int kFewestCentres = 24;
@@ -37,9 +43,9 @@ public:
 private:
   TCentres kept;
   TMoments sums;
-  double noise;
+  TStripeNoise noise;
   double width;
-  double unseen;
+  THoles gaps;
 };
 
 struct TProfileOptions {
