@@ -1,6 +1,7 @@
 #include "profile/layout_judge.h"
 
 #include "profile/joint_features.h"
+#include "profile/lit_ends.h"
 #include "support/exact_log.h"
 
 #include <algorithm>
@@ -82,7 +83,9 @@ std::optional<TLayoutScore> TLayoutJudge::refine(TProfileLayout& layout, int rou
   return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
 }
 
-TProfileFit TLayoutJudge::judge(const TProfileLayout& layout, const TLayoutScore& score, double nullCost) const {
+TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
+  TProfileLayout layout = refined;
+  if (options.frame != nullptr) extendToLight(*options.frame, layout);
   TProfileFit fit;
   fit.profile = layout.profile;
   fit.sense = layout.sense;

@@ -21,7 +21,7 @@ public:
 
   // The layout in the image, with its features, and whether the joint is one.
   //   nullCost  pointwise cost of what the stripe is without a joint
-  TProfileFit judge(const TProfileLayout& layout, const TLayoutScore& score, double nullCost) const;
+  TProfileFit judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const;
 
 private:
   const TStripeProfile& stripe;

@@ -11,6 +11,7 @@
 #include "profile/profile_fit.h"
 #include "profile/stripe_noise.h"
 #include "stripe/stripe.h"
+#include "trace/frame.h"
 
 namespace weld {
 
@@ -49,8 +50,9 @@ private:
 };
 
 struct TProfileOptions {
-  double leastGain = 12.0;  // by which the profile must be cheaper than a plate or a curve
-  int senses = 0;           // 1: only grooves that open upwards in the image; -1: only downwards; 0: both
+  double leastGain = 12.0;        // by which the profile must be cheaper than a plate or a curve
+  int senses = 0;                 // 1: only grooves that open upwards in the image; -1: only downwards; 0: both
+  const TFrame* frame = nullptr;  // asked where flanks end; null: geometry alone
 };
 
 // The form that explains the stripe best, in either sense, where it beats a plate and a curve.

@@ -18,7 +18,7 @@ struct TJoint {
   weld::TJointMeasures measures;
   bool isHard = false;  // its edge hides, or nothing can tell it from a neighbouring form
 
-  const weld::TMeasuredPoint& at(weld::TFeature f) const { return features[static_cast<std::size_t>(f)]; }
+  const weld::TMeasuredPoint& at(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
 };
 
 // A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22,
