@@ -8,7 +8,7 @@ namespace weld {
 
 namespace {
 
-constexpr int kFarthestPx = 80;    // that an end is moved
+constexpr int kFarthestPx = 250;   // that an end is moved
 constexpr int kReferenceFrom = 3;  // px before the end, where the flank's own brightness is read
 constexpr int kReferenceTo = 18;
 constexpr int kReachRows = 2;  // the brightest row so near counts: a line is not laid to the pixel
