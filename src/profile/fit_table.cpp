@@ -19,7 +19,7 @@ constexpr double kMostNoise2 = 9.0;  // variance of a dim surface over that of t
 constexpr double kLeastSagittaPx = 3.0;
 constexpr double kSagittaPerNoise = 4.0;
 constexpr double kDropGain = 0.8;    // what the variance must fall to
-constexpr double kLeastKept = 0.65;  // of the weight of an element
+constexpr double kLeastKept = 0.78;  // of the weight of an element
 constexpr double kGhostOffPerNoise = 4.0;
 constexpr double kGhostNoise2 = 3.0;  // variance over that of the noise that makes look for a ghost
 

@@ -118,6 +118,49 @@ void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& 
   setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(state, layout, 1));
 }
 
+// A bevel seen from its flank: whether that is on the left or on the right.
+struct TBevel {
+  const TProfileLayout& layout;
+  bool isLeft;
+
+  const TFittedElement& at(std::size_t e) const { return layout.elements[isLeft ? e : layout.count() - 1 - e]; }
+  const TFittedElement& bottom() const { return at(layout.count() - 2); }  // the flank itself, or a flat
+  const TFittedElement& wallPlate() const { return at(layout.count() - 1); }
+  cv::Point2d end(const TFittedElement& e) const { return isLeft ? e.right : e.left; }  // towards the wall
+  const TLine& line(const TFittedElement& e) const { return isLeft ? e.lines.right : e.lines.left; }
+  const TLine& wallLine() const { return isLeft ? wallPlate().lines.left : wallPlate().lines.right; }
+  cv::Point2d wallTop() const { return isLeft ? wallPlate().left : wallPlate().right; }
+  TFeature onFlank(TFeature left, TFeature right) const { return isLeft ? left : right; }
+};
+
+// The wall shows no stripe: its foot lies under the end of its plate, as deep as the flank reaches.
+void setBevelRoot(const TBevel& bevel, const TStripeState& state, TProfileFit& fit) {
+  const TLine& wallLine = bevel.wallLine();
+  const TLine& bottomLine = bevel.line(bevel.bottom());
+  const cv::Point2d wallTop = bevel.wallTop();
+  const cv::Point2d end = bevel.end(bevel.bottom());
+  const double topSigma = endSigma(state, wallLine, bevel.wallPlate().noise2, wallTop);
+  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
+  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
+  cv::Point2d flankRoot = bevel.end(bevel.at(1));
+  double sigma = endSigma(state, bottomLine, bevel.bottom().noise2, end);
+  const double across = (foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy;
+  const double gapPx = bevel.isLeft ? across : -across;
+  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
+  if (isClosed) {  // where the bottom meets the wall
+    const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
+    foot = crossingOf(bottomLine, wall).value_or(foot);
+    if (bevel.layout.count() == 3) flankRoot = foot;
+    sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
+  }
+  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
+  setFeature(fit, bevel.onFlank(TFeature::rightShoulder, TFeature::leftShoulder), wallTop, topSigma);
+  setFeature(fit, bevel.onFlank(TFeature::leftRoot, TFeature::rightRoot), flankRoot, sigma);
+  setFeature(fit, bevel.onFlank(TFeature::rightRoot, TFeature::leftRoot), foot, sigma);
+  setFeature(fit, TFeature::root, 0.5 * (flankRoot + foot),
+             isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma));
+}
+
 }  // namespace
 
 bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
@@ -140,52 +183,20 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
 bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                   TProfileFit& fit) {
   const std::size_t n = layout.count();
-  const bool isLeft = layout.profile->junctions[0].kind == TJunctionKind::cross;
-  const auto at = [&](std::size_t e) -> const TFittedElement& { return layout.elements[isLeft ? e : n - 1 - e]; };
-  const auto inner = [&](const TFittedElement& e) { return isLeft ? e.right : e.left; };
-  const auto innerLine = [&](const TFittedElement& e) -> const TLine& {
-    return isLeft ? e.lines.right : e.lines.left;
-  };
-  const TFittedElement& plate = at(0);
-  const TFittedElement& flank = at(1);
-  const TFittedElement& bottom = at(n - 2);  // the flank itself, or a flat
-  const TFittedElement& wallPlate = at(n - 1);
-  const TLine& wallLine = isLeft ? wallPlate.lines.left : wallPlate.lines.right;
-  const cv::Point2d wallTop = isLeft ? wallPlate.left : wallPlate.right;
-  const TBase base =
-      baseOf(isLeft ? plate.lines.right : wallPlate.lines.right, isLeft ? wallPlate.lines.left : plate.lines.left);
-  const double topSigma = endSigma(state, wallLine, wallPlate.noise2, wallTop);
-
-  const cv::Point2d end = inner(bottom);
-  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
-  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
-  cv::Point2d flankRoot = inner(flank);
-  double rootSigma = endSigma(state, innerLine(bottom), bottom.noise2, end);
-  const double gapPx = (isLeft ? 1.0 : -1.0) * ((foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy);
-  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
-  if (isClosed) {  // where the bottom meets the wall
-    const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
-    const std::optional<cv::Point2d> corner = crossingOf(innerLine(bottom), wall);
-    if (corner) foot = *corner;
-    if (n == 3) flankRoot = foot;
-    rootSigma = topSigma / std::max(0.2, std::abs(innerLine(bottom).dx));
-  }
-  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
-  setFeature(fit, isLeft ? TFeature::leftShoulder : TFeature::rightShoulder, inner(plate),
-             cornerSigma(state, layout, isLeft ? 0 : n - 2));
-  setFeature(fit, isLeft ? TFeature::rightShoulder : TFeature::leftShoulder, wallTop, topSigma);
-  setFeature(fit, isLeft ? TFeature::leftRoot : TFeature::rightRoot, flankRoot, rootSigma);
-  setFeature(fit, isLeft ? TFeature::rightRoot : TFeature::leftRoot, foot, rootSigma);
-  setFeature(fit, TFeature::root, 0.5 * (flankRoot + foot),
-             isClosed ? rootSigma : 0.5 * std::sqrt(rootSigma * rootSigma + topSigma * topSigma));
+  const TBevel bevel{layout, layout.profile->junctions[0].kind == TJunctionKind::cross};
+  setFeature(fit, bevel.onFlank(TFeature::leftShoulder, TFeature::rightShoulder), bevel.end(bevel.at(0)),
+             cornerSigma(state, layout, bevel.isLeft ? 0 : n - 2));
+  setBevelRoot(bevel, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
+  const TLine& left = layout.elements[0].lines.right;
+  const TLine& right = layout.elements[n - 1].lines.left;
+  const TBase base = baseOf(left, right);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
-  m.mismatchPx = mismatchAt(layout.elements[0].lines.right, layout.elements[n - 1].lines.left,
-                            fit.feature(TFeature::root).pos.x);
-  const double flankDeg = angleDegOf(flank.lines.whole);
-  (isLeft ? m.leftAngleDeg : m.rightAngleDeg) = flankDeg;
-  m.includedAngleDeg = 90.0 - std::abs(flankDeg - angleDegOf(wallLine));
+  m.mismatchPx = mismatchAt(left, right, fit.feature(TFeature::root).pos.x);
+  const double flankDeg = angleDegOf(bevel.at(1).lines.whole);
+  (bevel.isLeft ? m.leftAngleDeg : m.rightAngleDeg) = flankDeg;
+  m.includedAngleDeg = 90.0 - std::abs(flankDeg - angleDegOf(bevel.wallLine()));
   return isDeep(fit, state.noisePx);
 }
 
