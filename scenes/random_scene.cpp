@@ -1,6 +1,7 @@
 #include "scenes/groove.h"
 #include "scenes/random.h"
 #include "scenes/random_groove.h"
+#include "scenes/random_real.h"
 #include "scenes/scene.h"
 
 #include <algorithm>
@@ -125,6 +126,7 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
   if (level != TLevel::clean) lookNoisy(random, params.look);
   if (level == TLevel::harsh) lookHarsh(params.geometry, random, params.look);
   if (isGroove(joint)) lookGroove(level, random, params.look);
+  if (level == TLevel::real) makeReal(scale, random, params);
   return params;
 }
 
