@@ -25,12 +25,12 @@ struct TScene {
 };
 
 TProfileFit fit(weld::TArena& arena, const made::TJoint& joint) {
-  std::pmr::memory_resource* const memory = arena.beginRound();
+  std::pmr::memory_resource* const memory = (arena.restart(), &arena);
   return weld::fitProfile({joint.points, {}, 0.0, memory}, weld::profilesOf(joint.weldType), {}, memory);
 }
 
 TProfileFit track(weld::TArena& arena, const TScene& scene) {
-  std::pmr::memory_resource* const memory = arena.beginRound();
+  std::pmr::memory_resource* const memory = (arena.restart(), &arena);
   return weld::trackProfile({scene.joint.points, {}, 0.0, memory}, scene.fit, {}, memory);
 }
 

@@ -20,11 +20,11 @@ protected:
   ProfileEngine() { arena.reserve(std::size_t{8} << 20U); }
 
   TProfileFit fit(const std::vector<cv::Point2f>& points, TWeldType type, const TProfileOptions& options = {}) {
-    std::pmr::memory_resource* const memory = arena.beginRound();
+    std::pmr::memory_resource* const memory = (arena.restart(), &arena);
     return fitProfile({points, {}, 0.0, memory}, profilesOf(type), options, memory);
   }
   TProfileFit track(const std::vector<cv::Point2f>& points, const TProfileFit& before) {
-    std::pmr::memory_resource* const memory = arena.beginRound();
+    std::pmr::memory_resource* const memory = (arena.restart(), &arena);
     return trackProfile({points, {}, 0.0, memory}, before, {}, memory);
   }
 
@@ -183,7 +183,7 @@ TEST_F(ProfileEngine, RanksTheRightJointFirst) {
       const made::TJoint joint = made::makeJoint(type, TLevel::clean, kSeeds + n);
       if (joint.isHard) continue;
       ++visible;
-      std::pmr::memory_resource* const memory = arena.beginRound();
+      std::pmr::memory_resource* const memory = (arena.restart(), &arena);
       const TStripeProfile stripe(joint.points, {}, 0.0, memory);
       const TList<TRankedJoint> ranked = rankProfiles(stripe, {}, memory);
       right += !ranked.empty() && ranked.front().weldType == type ? 1 : 0;
