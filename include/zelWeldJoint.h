@@ -33,7 +33,17 @@ struct TFeaturePoint {
 };
 
 // One frame's measures of the joint, in pixels and degrees of the image. NaN: the joint has no such measure, or it
-// cannot be seen. This release fills none: isValid is false.
+// cannot be seen.
+//
+//            widthPx            depthPx         gapPx             mismatchPx          angles
+//   gap      -                  -               between the edges step across the gap baseAngleDeg
+//   lap      -                  -               along the base    across the base     both pieces, base
+//   corner   -                  -               -                 -                   flanks, included
+//   plate    between the ends   -               -                 -                   baseAngleDeg
+//   grooves  of the shoulders   root below them between the root  right plate less    flanks, included, base
+//                                               edges or circles  the left, along y
+//
+// Flare joints have radii instead of flank angles. The root gap is 0 where it is closed.
 struct TJointMeasurement {
   static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
@@ -53,6 +63,21 @@ struct TJointMeasurement {
   double leftRadiusPx = kNone;
   double rightRadiusPx = kNone;
 };
+
+// Measures the joint that a result shows: on its stripe points, with its seam. Garbage (no seam, unsorted points,
+// numbers that are not finite) gives a measurement that is not valid. A tracker's seam carries this already.
+//   result  of a frame, found
+//   params  that it was found with
+ZELWELDDETECT_EXPORT TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& params);
+
+struct TJointCandidate {
+  TWeldType weldType = TWeldType::none;
+  double score = 0.0;  // by how much the joint explains the stripe better than a plate or a curve does, > 0
+};
+
+// What joint the stripe in an image may be: every one that explains it better than a plate or a curve, the best
+// first, rivals behind it. Empty on images without a joint. Image as in detectWeldLineViaTracking.
+ZELWELDDETECT_EXPORT std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image);
 
 // A seam measured once, before tracking.
 struct TWeldFeatures {

@@ -64,6 +64,24 @@ struct ZELWELDDETECT_EXPORT TPlateSettings {
   static TPlateSettings of(const TWeldParams& params);
 };
 
+// The five grooves. Angles are those of the flanks in the image, in either order; with both flank ranges at their
+// defaults every flank of 10 to 88 degrees counts, in grooves that open upwards or downwards in the image.
+struct ZELWELDDETECT_EXPORT TGrooveSettings {
+  TWeldType joint = TWeldType::vGroove;  // uGroove, vGroove, singleBevel, flareV or flareBevel
+  double lineTolerancePx = 5.0;          // largest root mean square of the stripe about a flank or an arc; > 0
+  double minElementPx = 50.0;            // shortest flank, or arc of a flare joint; >= 0
+  double minDepthPx = 20.0;              // least depth of the root below the shoulders; >= 0
+  double maxClosedGapPx = 10.0;          // largest root gap that counts as closed where gaps are not allowed; >= 0
+  double minWidthPx = 50.0;              // least distance of the shoulders; >= 0
+  TAngleRange leftFlankDeg{0.0, 45.0};
+  TAngleRange rightFlankDeg{-45.0, 0.0};
+  TAngleRange includedAngleDeg{90.0, 178.0};  // looked at where it is another than this
+  bool allowsGap = true;                      // false: a root gap above maxClosedGapPx is refused
+
+  TWeldParams params(TWeldPosType pos = TWeldPosType::centre) const;
+  static TGrooveSettings of(const TWeldParams& params);
+};
+
 struct ZELWELDDETECT_EXPORT TPresenceSettings {
   bool usesRidges = false;    // extracts the stripe as a ridge instead of edge pairs
   bool searchesNear = false;  // only near the previous stripe (with edge pairs)

@@ -11,6 +11,7 @@ namespace {
 constexpr double kDesignWidthPx = 1280.0;  // widths and steps below are meant for frames this wide
 constexpr double kDimmestPeak = 110.0;     // grey level that the darker surface keeps
 constexpr double kWhite = 255.0;
+constexpr double kShortestFlankPx = 15.0;  // that the grooves below are drawn with, and less
 
 void placeJoint(TJoint joint, double scale, TRandom& random, TGeometry& g) {
   g.seam = {random.uniform(0.3, 0.7), random.uniform(0.35, 0.65)};
@@ -130,6 +131,7 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
 TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
   TWeldParams params;
   initWeldParameters(weldTypeOf(joint), params, pos);
+  if (isGroove(joint)) params.dPara6 = kShortestFlankPx;
   return params;
 }
 

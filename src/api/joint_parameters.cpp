@@ -182,6 +182,47 @@ std::vector<TWeldParameter> plateParameters() {
   };
 }
 
+std::vector<TWeldParameter> grooveParameters() {
+  return {
+      {"lineTolerancePx", "dPara2", "px", kTolerancePx,
+       "largest root mean square distance of the stripe from a flank or an arc",
+       "rough and bowed flanks are refused", "a flank is laid through clutter or through a bead",
+       kValue<&TWeldParams::dPara2>},
+      {"minElementPx", "dPara6", "px", kLengthPx, "shortest flank or arc", "a speckle passes for a flank",
+       "shallow grooves are not found", kValue<&TWeldParams::dPara6>},
+      {"minDepthPx", "dPara7", "px", kLengthPx, "least depth of the root below the shoulders",
+       "a dent or a bead's edge is reported as a groove", "shallow grooves are not found",
+       kValue<&TWeldParams::dPara7>},
+      {"maxClosedGapPx", "dPara8", "px", kLengthPx,
+       "largest root gap that counts as closed where allowsGap is false", "a root that is hardly seen is refused",
+       "an open root is welded like a closed one", kValue<&TWeldParams::dPara8>},
+      {"minWidthPx", "dPara9", "px", kLengthPx, "least distance of the shoulders",
+       "a scratch is reported as a groove", "narrow grooves are not found", kValue<&TWeldParams::dPara9>},
+      {"leftFlankDeg.min", "angleRange1Min", "deg", kSlopeDeg, "left flank: angle must exceed this",
+       "steeper or flatter flanks than the joint's pass", "the joint's own left flank is refused",
+       kValue<&TWeldParams::angleRange1Min>},
+      {"leftFlankDeg.max", "angleRange1Max", "deg", kSlopeDeg, "left flank: angle must stay below this",
+       "the joint's own left flank is refused", "steeper or flatter flanks than the joint's pass",
+       kValue<&TWeldParams::angleRange1Max>},
+      {"rightFlankDeg.min", "angleRange2Min", "deg", kSlopeDeg, "right flank: angle must exceed this",
+       "steeper or flatter flanks than the joint's pass", "the joint's own right flank is refused",
+       kValue<&TWeldParams::angleRange2Min>},
+      {"rightFlankDeg.max", "angleRange2Max", "deg", kSlopeDeg, "right flank: angle must stay below this",
+       "the joint's own right flank is refused", "steeper or flatter flanks than the joint's pass",
+       kValue<&TWeldParams::angleRange2Max>},
+      {"includedAngleDeg.min", "angleRange5Min", "deg", kIncludedDeg,
+       "angle between the flanks must exceed this; not looked at with both bounds at their defaults",
+       "sharper grooves than the joint's pass", "the joint's own angle is refused",
+       kValue<&TWeldParams::angleRange5Min>},
+      {"includedAngleDeg.max", "angleRange5Max", "deg", kIncludedDeg,
+       "angle between the flanks must stay below this; not looked at with both bounds at their defaults",
+       "the joint's own angle is refused", "flatter grooves than the joint's pass",
+       kValue<&TWeldParams::angleRange5Max>},
+      {"allowsGap", "haveGap", "", kFlag, "false refuses a root gap above maxClosedGapPx",
+       "open roots are refused", "open roots are followed", kValue<&TWeldParams::haveGap>},
+  };
+}
+
 std::vector<TWeldParameter> presenceParameters() {
   return {
       {"usesRidges", "flagPara1", "", kFlag, "true extracts the stripe as a ridge instead of edge pairs",

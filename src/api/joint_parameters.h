@@ -11,6 +11,7 @@ std::vector<TWeldParameter> gapParameters();
 std::vector<TWeldParameter> lapParameters();
 std::vector<TWeldParameter> cornerParameters();
 std::vector<TWeldParameter> plateParameters();
+std::vector<TWeldParameter> grooveParameters();
 std::vector<TWeldParameter> presenceParameters();
 
 }  // namespace weld

@@ -3,6 +3,7 @@
 #include "api/joint_parameters.h"
 #include "detectors/corner.h"
 #include "detectors/gap.h"
+#include "detectors/groove.h"
 #include "detectors/lap.h"
 #include "detectors/plate.h"
 #include "detectors/presence.h"
@@ -47,11 +48,18 @@ TJointRules presenceRules() {
   return rules;
 }
 
-// A joint that is known by name and drawn by the scenes, and has no detector yet.
-TJoint undetected(TWeldType type, const char* name, const char* shortName, const char* meaning) {
+TJointRules grooveRules() {
+  TJointRules rules;
+  rules.find = findGroove;
+  return rules;
+}
+
+// The five grooves are one profile engine's, and read the same settings.
+TJoint groove(TWeldType type, const char* name, const char* shortName, const char* meaning) {
   const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
                                           TFeature::leftShoulder, TFeature::rightShoulder};
-  return {{type, name, shortName, meaning, false, {TPos::centre}, features, {}}, {}};
+  const std::vector<TPos> positions = {TPos::centre, TPos::left, TPos::right, TPos::upper, TPos::lower};
+  return {{type, name, shortName, meaning, true, positions, features, grooveParameters()}, grooveRules()};
 }
 
 const std::vector<TJoint>& joints() {
@@ -92,11 +100,11 @@ const std::vector<TJoint>& joints() {
         {TFeature::leftEnd, TFeature::rightEnd},
         plateParameters()},
        plateRules()},
-      undetected(TWeldType::uGroove, "uGroove", "u", "two steep walls and a round bottom"),
-      undetected(TWeldType::vGroove, "vGroove", "v", "two flanks between two plates"),
-      undetected(TWeldType::singleBevel, "singleBevel", "bevel", "one flank and one upright wall"),
-      undetected(TWeldType::flareV, "flareV", "flareV", "two round edges side by side"),
-      undetected(TWeldType::flareBevel, "flareBevel", "flareBevel", "a round edge beside a plate"),
+      groove(TWeldType::uGroove, "uGroove", "u", "two steep walls and a round bottom"),
+      groove(TWeldType::vGroove, "vGroove", "v", "two flanks between two plates"),
+      groove(TWeldType::singleBevel, "singleBevel", "bevel", "one flank and one upright wall"),
+      groove(TWeldType::flareV, "flareV", "flareV", "two round edges side by side"),
+      groove(TWeldType::flareBevel, "flareBevel", "flareBevel", "a round edge beside a plate"),
       {{TWeldType::stripePresence,
         "stripePresence",
         "presence",

@@ -1,5 +1,6 @@
 #include "zelWeldTracker.h"
 
+#include "api/measure.h"
 #include "api/seam_gate.h"
 #include "api/seam_search.h"
 #include "support/arena.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -44,6 +46,7 @@ struct TWeldTracker::TState {
 
   // What a frame leaves to the next one.
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
+  std::optional<weld::TProfileFit> lastProfile;
   int lastColumns = 0;
   weld::TJumpMemory jumps;
   int heldFrames = 0;  // that repeated the last good seam
@@ -56,7 +59,7 @@ struct TWeldTracker::TState {
 
   weld::TMemory* beginFrame(const cv::Mat& image);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
-  TTrackedSeam judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) const;
+  TTrackedSeam judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld);
   void remember(const TTrackedSeam& seam, std::size_t columns);
 };
 
@@ -75,15 +78,17 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   const weld::TQuest quest{frame, *joint, ridges, options.extraction == TStripeExtraction::edgePairs,
                            options.rejectImpossiblePoints && joint->rules.hasSeamPoint};
   const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
-  const weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
+  weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
+  if (guides && lastProfile) previous.profile = &*lastProfile;
   return searchSeam(quest, options, {previous, lastColumns, heldFrames > 0});
 }
 
 // A seam that is held back counts as not found.
-TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) const {
+TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) {
   TTrackedSeam seam;
   if (isLetThrough) {
     seam.line = toLineRes(found.seam);
+    seam.measurement = weld::measureSeam(found.seam, params, &memory);
   } else {
     seam.line.stripePts.assign(found.seam.stripePts.begin(), found.seam.stripePts.end());
   }
@@ -139,12 +144,16 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) std::swap(state->last, state->spare);
-  if (!isHeld) state->lastColumns = found.columns;
+  if (!isHeld) {
+    state->lastColumns = found.columns;
+    state->lastProfile = found.seam.profile;
+  }
   return seam;
 }
 
 void TWeldTracker::reset() {
   state->last = {};
+  state->lastProfile.reset();
   state->lastColumns = 0;
   state->jumps = {};
   state->heldFrames = 0;

@@ -1,12 +1,14 @@
 // What a joint's detector finds, and what it may know of the frame before.
 #pragma once
 
+#include "profile/profile_fit.h"
 #include "stripe/stripe.h"
 #include "trace/frame.h"
 #include "zelWeldTypes.h"
 
 #include <opencv2/core.hpp>
 
+#include <optional>
 #include <utility>
 
 namespace weld {
@@ -27,18 +29,21 @@ struct TSeam : TSeamValues {
   explicit TSeam(TPoints points) : stripePts(std::move(points)) {}
 
   TPoints stripePts;
+  std::optional<TProfileFit> profile;  // of the joints that are solved as one
 };
 
-// The seam of the frame before; its stripe belongs to somebody else.
+// The seam of the frame before; its stripe and its profile belong to somebody else.
 struct TPrevious : TSeamValues {
   TPrevious() = default;
-  explicit TPrevious(const TSeam& seam) : TSeamValues(seam), stripePts(seam.stripePts) {}
+  explicit TPrevious(const TSeam& seam)
+      : TSeamValues(seam), stripePts(seam.stripePts), profile(seam.profile ? &*seam.profile : nullptr) {}
   explicit TPrevious(const TWeldLineRes& line)
       : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
                     line.auxVal3, line.auxVal4, line.trackVal},
         stripePts(line.stripePts) {}
 
   TPointView stripePts;
+  const TProfileFit* profile = nullptr;
 };
 
 inline TWeldLineRes toLineRes(const TSeam& seam) {

@@ -11,7 +11,7 @@ constexpr double kBlockPx = 8.0;
 constexpr double kMostBlocks = 160.0;
 constexpr double kWideHolePx = 8.0;         // ends a block
 constexpr double kMergeCost = 9.0;          // a merge below it needs no reason
-constexpr double kBreakCost = 4.0;         // of a merge across a break
+constexpr double kBreakCost = 4.0;          // of a merge across a break
 constexpr double kHoleCostPerColumn = 0.2;  // and for the columns without centres there
 constexpr int kFarthestShift = 8;           // centres by which a border may move in the end
 constexpr double kNever = std::numeric_limits<double>::infinity();
@@ -56,8 +56,8 @@ private:
       const TSpan span{first, i};
       const double hole = centres.holeBefore(first);
       const bool isBroken = centres.isBreak[static_cast<std::size_t>(first)] != 0 || hole >= kWideHolePx;
-      blocks.push_back({span, moments.residualOf(span), kNever,
-                        isBroken ? kBreakCost + kHoleCostPerColumn * hole : 0.0});
+      blocks.push_back(
+          {span, moments.residualOf(span), kNever, isBroken ? kBreakCost + kHoleCostPerColumn * hole : 0.0});
       first = i;
     }
   }

@@ -16,7 +16,7 @@ constexpr E line(TElementRole role, double minDeg, double maxDeg, double minLeng
   return {TElementKind::line, role, minDeg, maxDeg, minLengthPx, kAny, 0.0, kAny, true, false, false};
 }
 constexpr E arc(double minRadiusPx, double maxRadiusPx, bool isCentreBelow, bool touchesLeft, bool touchesRight) {
-  return {TElementKind::arc, TElementRole::round, -90.0,       90.0,          15.0,       kAny,
+  return {TElementKind::arc, TElementRole::round, -90.0,         90.0,        15.0,        kAny,
           minRadiusPx,       maxRadiusPx,         isCentreBelow, touchesLeft, touchesRight};
 }
 
@@ -137,7 +137,8 @@ constexpr TProfileTemplate kLap[] = {{"lap", TMeasuring::lap, 2, {{kPlate, kPlat
 constexpr TProfileTemplate kGap[] = {
     {"gap", TMeasuring::gap, 2, {{kPlate, kPlate}}, {{{TJunctionKind::hole, -12.0, 12.0, 0.0, 0}}}}};
 constexpr TProfileTemplate kPlateOnly[] = {{"plate", TMeasuring::plate, 1, {{kFlank}}, {}}};
-constexpr E kCurve{TElementKind::arc, TElementRole::round, -90.0, 90.0, 250.0, kAny, 250.0, kAny, true, false, false};
+constexpr E kCurve{
+    TElementKind::arc, TElementRole::round, -90.0, 90.0, 250.0, kAny, 250.0, kAny, true, false, false};
 constexpr TProfileTemplate kNull[] = {
     {"plate", TMeasuring::plate, 1, {{kFlank}}, {}},
     {"curve", TMeasuring::none, 1, {{kCurve}}, {}},

@@ -10,13 +10,13 @@ namespace weld {
 namespace {
 
 constexpr int kSteps = 3;
-constexpr double kFewest = 6.0;  // weight
+constexpr double kFewest = 6.0;      // weight
 constexpr double kMostChange = 0.6;  // of the radius in one step
 
 using TDirection = TCircleFreedom::TDirection;
 
-TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircle& c, const TCircleFreedom& freedom,
-                       double invLimit2) {
+TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircle& c,
+                       const TCircleFreedom& freedom, double invLimit2) {
   TNormalEquations sums(freedom.count);
   for (int i = span.first; i < span.last; ++i) {
     const auto at = static_cast<std::size_t>(i);

@@ -9,9 +9,9 @@ namespace weld {
 struct TCentres {
   explicit TCentres(std::pmr::memory_resource* memory) : x(memory), y(memory), weight(memory), isBreak(memory) {}
 
-  TList<double> x;              // ascending
-  TList<double> y;              // px, down
-  TList<double> weight;         // 0.05..1
+  TList<double> x;               // ascending
+  TList<double> y;               // px, down
+  TList<double> weight;          // 0.05..1
   TList<unsigned char> isBreak;  // 1: this centre starts a new run, for a hole or a step before it
 
   int count() const { return static_cast<int>(x.size()); }

@@ -13,8 +13,8 @@ constexpr double kCostPerLine = 8.0;
 constexpr double kCostPerArc = 11.2;
 constexpr double kArcSharingOne = 6.4;  // a tangent shared with a neighbour takes a parameter away
 constexpr double kArcSharingBoth = 3.2;
-constexpr double kLeastChord = 0.4;     // columns of an arc over its length, seldom less
-constexpr double kArcGain = 6.0;        // by which an arc must be cheaper than a line
+constexpr double kLeastChord = 0.4;  // columns of an arc over its length, seldom less
+constexpr double kArcGain = 6.0;     // by which an arc must be cheaper than a line
 
 double arcPenalty(const TElementRange& element) {
   if (element.isTouchingLeft && element.isTouchingRight) return kArcSharingBoth;

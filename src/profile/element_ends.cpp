@@ -10,8 +10,8 @@ namespace {
 
 constexpr double kLeastSine = 0.05;
 constexpr double kInlierSigmas = 3.5;
-constexpr double kShortHolePx = 5.0;   // columns
-constexpr int kNeededBehindHole = 7;   // centres
+constexpr double kShortHolePx = 5.0;  // columns
+constexpr int kNeededBehindHole = 7;  // centres
 constexpr int kNeededWhereSearched = 3;
 constexpr double kFarthestHolePx = 60.0;
 constexpr double kLeastFilletPx = 4.0;  // radius
@@ -64,7 +64,6 @@ int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, co
 }
 
 namespace {
-
 
 // A corner between two lines.
 struct TCorner {

@@ -10,17 +10,17 @@ namespace weld {
 
 namespace {
 
-constexpr int kMostDropped = 2;          // atoms
-constexpr int kLongestDropped = 48;      // centres of an atom that may be a ghost's
+constexpr int kMostDropped = 2;           // atoms
+constexpr int kLongestDropped = 48;       // centres of an atom that may be a ghost's
 constexpr double kSmallestLimitPx = 2.2;  // rms that any surface may have
 constexpr double kLimitPerNoise = 3.0;
 constexpr double kLimitPerLength = 0.012;
-constexpr double kMostNoise2 = 9.0;       // variance of a dim surface over that of the stripe
+constexpr double kMostNoise2 = 9.0;  // variance of a dim surface over that of the stripe
 constexpr double kLeastSagittaPx = 3.0;
 constexpr double kSagittaPerNoise = 4.0;
-constexpr double kDropGain = 0.8;         // what the variance must fall to
+constexpr double kDropGain = 0.8;  // what the variance must fall to
 constexpr double kGhostOffPerNoise = 4.0;
-constexpr double kGhostNoise2 = 3.0;      // variance over that of the noise that makes look for a ghost
+constexpr double kGhostNoise2 = 3.0;  // variance over that of the noise that makes look for a ghost
 
 constexpr double kCostPerCentre = 1.0 / 3.0;  // neighbours tell nearly the same
 constexpr double kBowPerLength = 0.005;       // rms that a real surface has over its length

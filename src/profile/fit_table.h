@@ -10,23 +10,23 @@ namespace weld {
 // Line through the atoms first..last - 1.
 struct TLineEntry {
   TLine line;
-  double angleDeg = 0.0;      // of the line, -90 < angle <= 90, y down
-  double lengthPx = 0.0;      // along the line
-  double leftX = 0.0;         // columns of the first and last centre
+  double angleDeg = 0.0;  // of the line, -90 < angle <= 90, y down
+  double lengthPx = 0.0;  // along the line
+  double leftX = 0.0;     // columns of the first and last centre
   double rightX = 0.0;
-  double noise2 = 0.0;        // variance about the lines of its atoms, between 1 and 9 of the stripe's, px^2
-  double cost = 0.0;          // of the centres, see fit_table.cpp
-  int dropped = 0;            // centres of atoms left out as a ghost's
-  bool isStraight = false;    // deviates no more than a real surface does
+  double noise2 = 0.0;      // variance about the lines of its atoms, between 1 and 9 of the stripe's, px^2
+  double cost = 0.0;        // of the centres, see fit_table.cpp
+  int dropped = 0;          // centres of atoms left out as a ghost's
+  bool isStraight = false;  // deviates no more than a real surface does
 };
 
 struct TCircleEntry {
   TCircle circle;
-  double cost = 0.0;         // as of a line
-  double sagittaPx = 0.0;    // height of the arc over its chord
-  double startDeg = 0.0;     // angles of the tangent at its left and right end, -90..90, y down
+  double cost = 0.0;       // as of a line
+  double sagittaPx = 0.0;  // height of the arc over its chord
+  double startDeg = 0.0;   // angles of the tangent at its left and right end, -90..90, y down
   double endDeg = 0.0;
-  bool isValid = false;      // round, seen from one side, no further off than a real surface
+  bool isValid = false;  // round, seen from one side, no further off than a real surface
 };
 
 class TFitTable {

@@ -9,8 +9,8 @@ namespace weld {
 
 namespace {
 
-constexpr double kCorrelated = 2.0;    // neighbouring centres err alike: fewer of them count
-constexpr double kEndColumnPx = 0.4;   // standard deviation of an end along x
+constexpr double kCorrelated = 2.0;   // neighbouring centres err alike: fewer of them count
+constexpr double kEndColumnPx = 0.4;  // standard deviation of an end along x
 
 double yOf(const TLine& line, double x) {
   return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
@@ -119,8 +119,9 @@ bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProf
     case TMeasuring::lap: {
       const cv::Point2d across = b.left - a.right;
       m.gapPx = across.x * base.dx + across.y * base.dy;
-      m.mismatchPx = layout.profile->measuring == TMeasuring::lap ? base.depthOf(a.right, b.left)
-                                                                  : mismatchAt(a.lines.right, b.lines.left, a.right.x);
+      m.mismatchPx = layout.profile->measuring == TMeasuring::lap
+                         ? base.depthOf(a.right, b.left)
+                         : mismatchAt(a.lines.right, b.lines.left, a.right.x);
       m.leftAngleDeg = angleDegOf(a.lines.whole);
       m.rightAngleDeg = angleDegOf(b.lines.whole);
       const bool isLap = layout.profile->measuring == TMeasuring::lap;

@@ -13,12 +13,16 @@ struct TStripeState {
 
 // Fills features and measures, still in the sense of the template. False where the layout contradicts the joint:
 // too shallow, plates out of line, circles that overlap.
-bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit);
 
 // By how the joint is measured.
-bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
-bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
-bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit);
+bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                  TProfileFit& fit);
+bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                  TProfileFit& fit);
 bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
 
 // Pieces that they share.
@@ -45,7 +49,7 @@ double angleDegOf(const TLine& line);
 // y of the right plate minus that of the left one at a column.
 double mismatchAt(const TLine& left, const TLine& right, double x);
 
-inline constexpr double kClosedPx = 3.0;         // a root gap below it
-inline constexpr double kClosedPerNoise = 2.0;   // and this counts as closed
+inline constexpr double kClosedPx = 3.0;        // a root gap below it
+inline constexpr double kClosedPerNoise = 2.0;  // and this counts as closed
 
 }  // namespace weld

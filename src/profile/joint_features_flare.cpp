@@ -86,7 +86,7 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
 
 bool measureTubeOnLine(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
   const std::size_t n = layout.count();
-  const std::size_t tubeAt = layout.range(0).kind == TElementKind::arc   ? 0
+  const std::size_t tubeAt = layout.range(0).kind == TElementKind::arc       ? 0
                              : layout.range(n - 1).kind == TElementKind::arc ? n - 1
                                                                              : 1;
   const bool isLeft = tubeAt == 0 || (n == 3 && layout.range(0).role == TElementRole::plate);

@@ -14,7 +14,7 @@ constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
 constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
 
-constexpr double kHolesPx = 0.7;   // of a stripe whose holes may have cut a root edge
+constexpr double kHolesPx = 0.7;  // of a stripe whose holes may have cut a root edge
 
 double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
@@ -45,8 +45,8 @@ TSides sidesOf(const TProfileLayout& layout) {
           baseOf(layout.elements[0].lines.right, layout.elements[n - 1].lines.left)};
 }
 
-// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other. Ends that come close
-// to one another meet.
+// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other.
+// Ends that come close to one another meet.
 void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const TLine& left = s.leftFlank.lines.right;
   const TLine& right = s.rightFlank.lines.left;
@@ -54,8 +54,7 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   cv::Point2d rightRoot = s.rightFlank.left;
   double leftSigma = endSigma(left, s.leftFlank.noise2, state.unseenPx, leftRoot);
   double rightSigma = endSigma(right, s.rightFlank.noise2, state.unseenPx, rightRoot);
-  const double lower =
-      s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
+  const double lower = s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
   const double evenPx = kUnevenPx + 2.0 * state.noisePx;
   const bool hasHoles = state.unseenPx > kHolesPx;
   if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, s.base, lower);
@@ -82,8 +81,12 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   const TFittedElement& flat = layout.elements[2];
   const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
   const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined ? cornerSigma(layout, 1) : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, state.unseenPx, leftRoot);
-  const double rightSigma = isJoined ? cornerSigma(layout, 2) : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, state.unseenPx, rightRoot);
+  const double leftSigma = isJoined
+                               ? cornerSigma(layout, 1)
+                               : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, state.unseenPx, leftRoot);
+  const double rightSigma =
+      isJoined ? cornerSigma(layout, 2)
+               : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, state.unseenPx, rightRoot);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
@@ -108,7 +111,8 @@ void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& 
   }
   if (layout.count() > 4) return setFlatRoot(layout, s, state, fit);
   if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
-  if (layout.fillets[1].isFound) return setRoundRoot(layout.fillets[1].circle, cornerSigma(layout, 1), s.base, fit);
+  if (layout.fillets[1].isFound)
+    return setRoundRoot(layout.fillets[1].circle, cornerSigma(layout, 1), s.base, fit);
   setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(layout, 1));
 }
 
@@ -137,15 +141,17 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
   const bool isLeft = layout.profile->junctions[0].kind == TJunctionKind::cross;
   const auto at = [&](std::size_t e) -> const TFittedElement& { return layout.elements[isLeft ? e : n - 1 - e]; };
   const auto inner = [&](const TFittedElement& e) { return isLeft ? e.right : e.left; };
-  const auto innerLine = [&](const TFittedElement& e) -> const TLine& { return isLeft ? e.lines.right : e.lines.left; };
+  const auto innerLine = [&](const TFittedElement& e) -> const TLine& {
+    return isLeft ? e.lines.right : e.lines.left;
+  };
   const TFittedElement& plate = at(0);
   const TFittedElement& flank = at(1);
   const TFittedElement& bottom = at(n - 2);  // the flank itself, or a flat
   const TFittedElement& wallPlate = at(n - 1);
   const TLine& wallLine = isLeft ? wallPlate.lines.left : wallPlate.lines.right;
   const cv::Point2d wallTop = isLeft ? wallPlate.left : wallPlate.right;
-  const TBase base = baseOf(isLeft ? plate.lines.right : wallPlate.lines.right,
-                            isLeft ? wallPlate.lines.left : plate.lines.left);
+  const TBase base =
+      baseOf(isLeft ? plate.lines.right : wallPlate.lines.right, isLeft ? wallPlate.lines.left : plate.lines.left);
   const double topSigma = endSigma(wallLine, wallPlate.noise2, state.unseenPx, wallTop);
 
   const cv::Point2d end = inner(bottom);

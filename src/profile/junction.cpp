@@ -22,7 +22,7 @@ constexpr double kParallel = 0.03;  // sine
 
 struct TMeeting {
   double turnDeg;
-  double dx;        // from the end of the left to the start of the right element
+  double dx;  // from the end of the left to the start of the right element
   double dy;
   double tolPx;
 };
@@ -30,7 +30,7 @@ struct TMeeting {
 bool meets(const TElementEnd& a, const TElementEnd& b, const TMeeting& m, bool mayBeOpen) {
   const double sine = a.dx * b.dy - a.dy * b.dx;
   if (std::abs(sine) < kParallel) return false;
-  const double beyondLeft = (m.dx * b.dy - m.dy * b.dx) / sine;   // along the left element, from its end
+  const double beyondLeft = (m.dx * b.dy - m.dy * b.dx) / sine;    // along the left element, from its end
   const double beforeRight = (m.dx * a.dy - m.dy * a.dx) / -sine;  // along the right element, before its start
   if (beyondLeft < -m.tolPx || beforeRight < -m.tolPx) return false;
   const double mostPx = m.tolPx + std::sqrt(m.dx * m.dx + m.dy * m.dy);
@@ -73,8 +73,8 @@ std::optional<double> junctionCost(const TJunctionRange& junction, const TElemen
   const TElementEnd& b = right.left;
   const double turnDeg = b.angleDeg - a.angleDeg;
   if (turnDeg < junction.minTurnDeg || turnDeg > junction.maxTurnDeg) return std::nullopt;
-  const double tolPx = kCornerTolPx + kTolPerNoise * table.noisePx() +
-                       kTolPerLength * std::min(left.lengthPx, right.lengthPx);
+  const double tolPx =
+      kCornerTolPx + kTolPerNoise * table.noisePx() + kTolPerLength * std::min(left.lengthPx, right.lengthPx);
   const TMeeting meeting{turnDeg, b.x - a.x, b.y - a.y, tolPx};
   if (!canMeet(junction, a, b, meeting, table.noisePx())) return std::nullopt;
   const int skipped = right.first > left.last ? table.centresOf(left.last, right.first) : 0;

@@ -9,9 +9,9 @@ namespace weld {
 namespace {
 
 constexpr double kWindowsPx[] = {1e9, 400.0, 260.0, 130.0, 65.0, 36.0};  // columns
-constexpr double kFewest = 3.0;         // weight of a window
+constexpr double kFewest = 3.0;                                          // weight of a window
 constexpr double kFewestInWindow = 10.0;
-constexpr double kBiasFrom = 1.5;       // variance over that of the noise above which a window is taken for bent
+constexpr double kBiasFrom = 1.5;  // variance over that of the noise above which a window is taken for bent
 constexpr double kBiasShare = 0.5;
 constexpr double kVarianceShare = 12.0;  // of a crossing, over that of a centre divided by the number of centres
 
@@ -54,8 +54,11 @@ TWindowSum difference(const TWindowSum& a, const TWindowSum& b) {
 class TWindows {
 public:
   TWindows(const TOrientedCentres& c, TSpan s, bool isRough, TWindowSums& m)
-      : centres(c), span(s), step(isRough ? std::max(1, s.count() / kRoughCentres) : 1),
-        origin(c.at((s.first + s.last) / 2)), sums(m) {}
+      : centres(c),
+        span(s),
+        step(isRough ? std::max(1, s.count() / kRoughCentres) : 1),
+        origin(c.at((s.first + s.last) / 2)),
+        sums(m) {}
 
   void weigh(const TBlend& blend, double limit2) {
     total = {};
@@ -88,8 +91,8 @@ public:
   TLine best(bool isLeft, double noise2, double mostPx) const {
     TLine chosen = whole();
     double least = std::numeric_limits<double>::infinity();
-    const double lengthPx = centres.x[static_cast<std::size_t>(span.last) - 1] -
-                            centres.x[static_cast<std::size_t>(span.first)];
+    const double lengthPx =
+        centres.x[static_cast<std::size_t>(span.last) - 1] - centres.x[static_cast<std::size_t>(span.first)];
     for (const double windowPx : kWindowsPx) {
       const double sizePx = std::min(windowPx, mostPx);
       const bool isWhole = sizePx >= lengthPx;

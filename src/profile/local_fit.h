@@ -1,4 +1,5 @@
-// Lines through the part of an element next to one of its ends: real surfaces bow, and a corner is read where it is.
+// Lines through the part of an element next to one of its ends: real surfaces bow, and a corner is read where it
+// is.
 #pragma once
 
 #include "profile/moments.h"
@@ -47,8 +48,8 @@ using TWindowSums = TList<TWindowSum>;  // at least one more than the stripe has
 TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
                           const TLocalFitSettings& settings, TWindowSums& sums);
 
-// The surface between its two local lines: a cubic that has both at its ends, and the lines beyond them. A straight
-// surface is straight, an evenly bowed one is met exactly.
+// The surface between its two local lines: a cubic that has both at its ends, and the lines beyond them. A
+// straight surface is straight, an evenly bowed one is met exactly.
 class TBlend {
 public:
   TBlend(const TLocalLines& lines, double leftX, double rightX);

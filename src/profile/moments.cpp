@@ -139,8 +139,8 @@ std::optional<TCircle> TMoments::circleOf(const TSums& sums) const {
   const double r2 = x * x + y * y + c.z;
   if (!(r2 > 0.0 && r2 < kLargestRadiusPx * kLargestRadiusPx)) return std::nullopt;
   // Mean square of (distance^2 - r^2) / 2r.
-  const double algebraic = c.zz + 4.0 * (x * x * c.xx + y * y * c.yy) - 4.0 * (x * c.xz + y * c.yz) +
-                           8.0 * x * y * c.xy - c.z * c.z;
+  const double algebraic =
+      c.zz + 4.0 * (x * x * c.xx + y * y * c.yy) - 4.0 * (x * c.xz + y * c.yz) + 8.0 * x * y * c.xy - c.z * c.z;
   return TCircle{x + c.meanX + originX, y + c.meanY + originY, std::sqrt(r2),
                  std::max(0.0, algebraic) / (4.0 * r2), sums.n};
 }

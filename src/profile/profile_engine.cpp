@@ -12,17 +12,18 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kMostRefined = 7;      // layouts of a joint
+constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
-constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove, TWeldType::flareV,
-                                 TWeldType::flareBevel, TWeldType::corner, TWeldType::lap, TWeldType::buttGap};
+constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove,
+                                 TWeldType::flareV,  TWeldType::flareBevel,  TWeldType::corner,
+                                 TWeldType::lap,     TWeldType::buttGap};
 constexpr double kPlatesApartDeg = 14.0;
-constexpr double kLeastShare = 0.4;          // of the centres next to a corner that belong to the elements
-constexpr double kConfidenceScale = 20.0;    // gain over a plate
-constexpr double kMovesPx = 12.0;            // that tracking follows
+constexpr double kLeastShare = 0.4;        // of the centres next to a corner that belong to the elements
+constexpr double kConfidenceScale = 20.0;  // gain over a plate
+constexpr double kMovesPx = 12.0;          // that tracking follows
 
 // The stripe in one sense of the profile.
 class TOriented {
@@ -43,7 +44,7 @@ private:
 
 // Image coordinates and angles of what was measured in the sense of the template.
 void turnOver(TProfileFit& fit) {
-  for (TFeaturePoint& f : fit.features) f.pos.y = -f.pos.y;
+  for (TMeasuredPoint& f : fit.features) f.pos.y = -f.pos.y;
   for (TProfileElement& e : fit.elements) {
     e.left.y = -e.left.y;
     e.right.y = -e.right.y;
@@ -70,7 +71,8 @@ void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProf
 
 bool arePlatesInLine(const TProfileLayout& layout) {
   const std::size_t last = layout.count() - 1;
-  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate) return true;
+  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate)
+    return true;
   const double left = angleDegOf(layout.elements[0].lines.right);
   const double right = angleDegOf(layout.elements[last].lines.left);
   return std::abs(left - right) <= kPlatesApartDeg;
@@ -80,7 +82,10 @@ bool arePlatesInLine(const TProfileLayout& layout) {
 class TJudge {
 public:
   TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
-      : stripe(s), options(o), upright(s, 1, memory), turned(s, -1, memory),
+      : stripe(s),
+        options(o),
+        upright(s, 1, memory),
+        turned(s, -1, memory),
         sums(static_cast<std::size_t>(s.centres().count()) + 1, memory) {}
 
   const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
@@ -152,7 +157,8 @@ public:
         }
       }
     }
-    std::stable_sort(cuts.begin(), cuts.end(), [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
+    std::stable_sort(cuts.begin(), cuts.end(),
+                     [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
     while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
     return cuts;
   }
@@ -233,7 +239,8 @@ std::optional<TProfileLayout> layoutAt(const TOrientedCentres& centres, const TS
     TFittedElement& element = layout.elements[e];
     const bool isFirst = e == 0;
     const bool isLast = e + 1 == before.elementCount;
-    element.span = {isFirst ? 0 : centres.indexOf(old.left.x), isLast ? centres.count() : centres.indexOf(old.right.x)};
+    element.span = {isFirst ? 0 : centres.indexOf(old.left.x),
+                    isLast ? centres.count() : centres.indexOf(old.right.x)};
     if (element.span.count() < 4) return std::nullopt;
     element.searched = element.span;
     element.left.x = centres.at(element.span.first).x;

@@ -21,7 +21,8 @@ public:
   //   sources  one per point, or empty: all count as sure
   //   widthPx  of the stripe; 0: not known
   //   memory   must outlive the stripe
-  TStripeProfile(TPointView points, TView<TCentreSource> sources, double widthPx, std::pmr::memory_resource* memory);
+  TStripeProfile(TPointView points, TView<TCentreSource> sources, double widthPx,
+                 std::pmr::memory_resource* memory);
 
   const TCentres& centres() const { return kept; }
   const TMoments& moments() const { return sums; }
@@ -61,8 +62,8 @@ struct TRankedJoint {
   TProfileFit fit;
 };
 
-// Every known joint that beats a plate and a curve, the best first; ties to the earlier of V, single bevel, U, flare V,
-// flare bevel, corner, lap, gap. Empty on a stripe without a joint.
+// Every known joint that beats a plate and a curve, the best first; ties to the earlier of V, single bevel, U,
+// flare V, flare bevel, corner, lap, gap. Empty on a stripe without a joint.
 TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,
                                  std::pmr::memory_resource* memory);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "profile/profile_template.h"
+#include "zelWeldJoint.h"
 
 #include <opencv2/core.hpp>
 
@@ -12,23 +13,9 @@
 
 namespace weld {
 
-enum class TFeature : std::int32_t {
-  root,
-  leftRoot,
-  rightRoot,
-  leftShoulder,
-  rightShoulder,
-  leftEdge,
-  rightEdge,
-  upperCorner,
-  lowerCorner,
-  corner,
-  leftEnd,
-  rightEnd
-};
-inline constexpr std::size_t kFeatures = 12;
+inline constexpr std::size_t kFeatures = static_cast<std::size_t>(TFeature::rightEnd) + 1;
 
-struct TFeaturePoint {
+struct TMeasuredPoint {
   bool isFound = false;
   cv::Point2d pos{0.0, 0.0};  // image, px
   double sigmaPx = 0.0;       // root mean square of the distance from the true point
@@ -38,12 +25,12 @@ inline constexpr double kNoMeasure = std::numeric_limits<double>::quiet_NaN();
 
 // NaN: the joint has no such measure, or it cannot be seen.
 struct TJointMeasures {
-  double widthPx = kNoMeasure;     // between the shoulders
-  double depthPx = kNoMeasure;     // of the root under the line through the shoulders
-  double gapPx = kNoMeasure;       // between the root edges, or the circles; 0 where they meet
-  double mismatchPx = kNoMeasure;  // right plate minus left plate along y at the root
-  double areaPx2 = kNoMeasure;     // between the stripe and the line through the shoulders
-  double leftAngleDeg = kNoMeasure;   // of the left flank in the image, y down
+  double widthPx = kNoMeasure;       // between the shoulders
+  double depthPx = kNoMeasure;       // of the root under the line through the shoulders
+  double gapPx = kNoMeasure;         // between the root edges, or the circles; 0 where they meet
+  double mismatchPx = kNoMeasure;    // right plate minus left plate along y at the root
+  double areaPx2 = kNoMeasure;       // between the stripe and the line through the shoulders
+  double leftAngleDeg = kNoMeasure;  // of the left flank in the image, y down
   double rightAngleDeg = kNoMeasure;
   double includedAngleDeg = kNoMeasure;
   double baseAngleDeg = kNoMeasure;  // mean of the plates
@@ -79,15 +66,15 @@ struct TProfileFit {
   const TProfileTemplate* profile = nullptr;  // the form found
   int sense = 1;                              // 1: the groove opens upwards in the image; -1: downwards
   double confidence = 0.0;                    // 0..1
-  double score = 0.0;    // by how much it is cheaper than a plate or a curve
-  double noisePx = 0.0;  // of the stripe
-  std::array<TFeaturePoint, kFeatures> features{};
+  double score = 0.0;                         // by how much it is cheaper than a plate or a curve
+  double noisePx = 0.0;                       // of the stripe
+  std::array<TMeasuredPoint, kFeatures> features{};
   TJointMeasures measures;
   std::size_t elementCount = 0;
   std::array<TProfileElement, kMostElements> elements{};
 
   bool isFound() const { return outcome == TProfileOutcome::found; }
-  const TFeaturePoint& feature(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
+  const TMeasuredPoint& feature(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
 };
 
 }  // namespace weld

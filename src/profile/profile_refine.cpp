@@ -10,10 +10,10 @@ namespace {
 constexpr double kTukey = 4.7;
 constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
 constexpr double kBows[] = {0.004, 0.003, 0.0015};  // rms over the columns of a real surface, by round
-constexpr double kWalkBows[] = {0.012, 0.004};  // the same for the search of an end
+constexpr double kWalkBows[] = {0.012, 0.004};      // the same for the search of an end
 constexpr double kPlateWindowPx = 260.0;
-constexpr double kLeastRoundPx = 1.5;      // of a corner, left out of the lines
-constexpr double kRoundPerWidth = 0.3;     // the same over the width of the stripe
+constexpr double kLeastRoundPx = 1.5;   // of a corner, left out of the lines
+constexpr double kRoundPerWidth = 0.3;  // the same over the width of the stripe
 constexpr int kFewestCentres = 4;
 
 // Point of a circle nearest to a line's crossing with it, on the side of a guess.
@@ -69,7 +69,8 @@ private:
     if (e > 0) inner.first = std::max(span.first, centres.indexOf(fitted.left.x + roundPx));
     if (e + 1 < layout.count()) inner.last = std::min(span.last, centres.indexOf(fitted.right.x - roundPx));
     if (!isRough && layout.range(e).role == TElementRole::plate && inner.count() > 0) {
-      if (e == 0) inner.first = std::max(inner.first, centres.indexOf(centres.at(inner.last - 1).x - kPlateWindowPx));
+      if (e == 0)
+        inner.first = std::max(inner.first, centres.indexOf(centres.at(inner.last - 1).x - kPlateWindowPx));
       if (e > 0) inner.last = std::min(inner.last, centres.indexOf(centres.at(inner.first).x + kPlateWindowPx));
     }
     return inner.count() >= kFewestCentres ? inner : span;
@@ -92,7 +93,8 @@ private:
       const double start2 = round == 0 ? fitted.lines.whole.variance : 0.0;  // ghosts may have bent the line
       // They rule small windows as long as the line is rough. A single element has no corner to be read.
       const bool isRough = round == 0 || layout.count() == 1;
-      const TLocalFitSettings how{fitted.noise2, cutOffOf(fitted, start2), isPlate ? kPlateWindowPx : 1e9, isRough};
+      const TLocalFitSettings how{fitted.noise2, cutOffOf(fitted, start2), isPlate ? kPlateWindowPx : 1e9,
+                                  isRough};
       const TLocalLines before = fitted.lines;
       fitted.lines = fitLocalLines(centres, spanToFit(e, isRough), before, how, sums);
       if (isPlate && !isRough) addFarLine(e, before, how);
@@ -234,9 +236,7 @@ private:
     return walkEnds(j, border - 1, border);
   }
 
-  bool placeEnds(std::size_t j) {
-    return walkEnds(j, element(j + 1).span.first - 1, element(j).span.last);
-  }
+  bool placeEnds(std::size_t j) { return walkEnds(j, element(j + 1).span.first - 1, element(j).span.last); }
 
   // Each element goes on as far as it is seen, the left one at most to a centre, the right one back to another.
   bool walkEnds(std::size_t j, int mostA, int leastB) {

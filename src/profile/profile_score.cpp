@@ -10,9 +10,9 @@ namespace weld {
 namespace {
 
 constexpr double kCostPerCentre = 1.0 / 3.0;
-constexpr double kBound = 2.0;  // cost of a centre that belongs to nothing
-constexpr double kMost = 3.0;   // of one that an element does not explain
-constexpr double kFreeCost = 0.8;      // of a centre outside the joint, over the bound
+constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
+constexpr double kMost = 3.0;      // of one that an element does not explain
+constexpr double kFreeCost = 0.8;  // of a centre outside the joint, over the bound
 constexpr double kBowPerLength = 0.003;
 constexpr int kMostScored = 120;  // centres of an element, evenly picked
 constexpr double kInlierSigmas = 3.5;
@@ -127,7 +127,8 @@ TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& 
   TLayoutScore score;
   const std::size_t n = layout.count();
   const double noise2 = noisePx * noisePx;
-  double points = kBound * kFreeCost * (layout.elements[0].span.first + centres.count() - layout.elements[n - 1].span.last);
+  double points =
+      kBound * kFreeCost * (layout.elements[0].span.first + centres.count() - layout.elements[n - 1].span.last);
   for (std::size_t e = 0; e < n; ++e) {
     const TFittedElement& element = layout.elements[e];
     const bool hasLeft = e > 0;

@@ -11,8 +11,8 @@ struct TLayoutScore {
   std::array<double, kMostElements> shares{};  // the lesser of both ends
 };
 
-// Bounded cost of every centre about its element, that of what no element covers, and a penalty for each parameter:
-// comparable between templates on one stripe.
+// Bounded cost of every centre about its element, that of what no element covers, and a penalty for each
+// parameter: comparable between templates on one stripe.
 //   noisePx  of the stripe
 TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx);
 

@@ -18,8 +18,8 @@ constexpr std::size_t kBeginnings = 3;  // of an element, with different first p
 // A layout up to one element: the choice it ends with, and where it came from.
 struct TBeginning {
   double cost = kNever;
-  int from = -1;      // choice of the element before
-  int fromRank = 0;   // which of its beginnings
+  int from = -1;                                               // choice of the element before
+  int fromRank = 0;                                            // which of its beginnings
   double plateDeg = std::numeric_limits<double>::quiet_NaN();  // of the first plate
 };
 

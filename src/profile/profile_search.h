@@ -36,7 +36,8 @@ struct TElementChoice {
   TElementEnd right;
 };
 
-// Fits of an element on every stretch that its ranges allow, cheapest or not, by their last atom and then their first.
+// Fits of an element on every stretch that its ranges allow, cheapest or not, by their last atom and then their
+// first.
 //   sense  -1 turns the stripe over
 TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTable& table,
                                 std::pmr::memory_resource* memory);
@@ -44,7 +45,9 @@ TList<TElementChoice> choicesOf(const TElementRange& element, int sense, TFitTab
 // The table of a stripe with the choices that were asked for: templates share many elements.
 class TElementChoices {
 public:
-  TElementChoices(TFitTable& t, std::pmr::memory_resource* memory) : fits(t), known(memory) { known.reserve(kMostKnown); }
+  TElementChoices(TFitTable& t, std::pmr::memory_resource* memory) : fits(t), known(memory) {
+    known.reserve(kMostKnown);
+  }
 
   TFitTable& table() { return fits; }
   const TList<TElementChoice>& of(const TElementRange& element, int sense);
@@ -70,9 +73,9 @@ double freeEndCost(int centres);
 
 inline constexpr std::size_t kKeptCuts = 3;
 
-// The cheapest layouts with different last elements, cheapest first; empty where the template fits nowhere. Dynamic
-// programming over (element, stretch of atoms), each of which keeps its three cheapest beginnings with different
-// first plates. Ties go to the earlier stretch.
+// The cheapest layouts with different last elements, cheapest first; empty where the template fits nowhere.
+// Dynamic programming over (element, stretch of atoms), each of which keeps its three cheapest beginnings with
+// different first plates. Ties go to the earlier stretch.
 //   most  layouts that cost as much or more are not looked for
 TList<TProfileCut> searchProfile(const TProfileTemplate& profile, int sense, TElementChoices& choices, double most,
                                  std::pmr::memory_resource* memory);

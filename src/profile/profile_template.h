@@ -25,7 +25,7 @@ struct TElementRange {
   double maxLengthPx = 1e9;
   double minRadiusPx = 0.0;  // of an arc
   double maxRadiusPx = 1e9;
-  bool isCentreBelow = true;  // of an arc: below it in the image, that is, inside the material
+  bool isCentreBelow = true;     // of an arc: below it in the image, that is, inside the material
   bool isTouchingLeft = false;   // an arc that shares the tangent of its left neighbour
   bool isTouchingRight = false;  // and of its right one
 };
@@ -51,7 +51,7 @@ struct TJunctionRange {
   TJunctionKind kind = TJunctionKind::cross;
   double minTurnDeg = -180.0;  // angle of the right element minus that of the left one, at the junction
   double maxTurnDeg = 180.0;
-  double minStepPx = 0.0;  // of a jump: 
+  double minStepPx = 0.0;  // of a jump:
   int step = 0;            // 1: the right element starts lower, -1: higher
 };
 

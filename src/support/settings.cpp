@@ -53,6 +53,23 @@ void linkPlate(TSettings& s, TParams& p, TCopy copy) {
 }
 
 template <typename TSettings, typename TParams, typename TCopy>
+void linkGroove(TSettings& s, TParams& p, TCopy copy) {
+  copy(s.joint, p.weldType);
+  copy(s.lineTolerancePx, p.dPara2);
+  copy(s.minElementPx, p.dPara6);
+  copy(s.minDepthPx, p.dPara7);
+  copy(s.maxClosedGapPx, p.dPara8);
+  copy(s.minWidthPx, p.dPara9);
+  copy(s.leftFlankDeg.min, p.angleRange1Min);
+  copy(s.leftFlankDeg.max, p.angleRange1Max);
+  copy(s.rightFlankDeg.min, p.angleRange2Min);
+  copy(s.rightFlankDeg.max, p.angleRange2Max);
+  copy(s.includedAngleDeg.min, p.angleRange5Min);
+  copy(s.includedAngleDeg.max, p.angleRange5Max);
+  copy(s.allowsGap, p.haveGap);
+}
+
+template <typename TSettings, typename TParams, typename TCopy>
 void linkPresence(TSettings& s, TParams& p, TCopy copy) {
   copy(s.usesRidges, p.flagPara1);
   copy(s.searchesNear, p.flagPara2);
@@ -114,6 +131,18 @@ TWeldParams TPlateSettings::params(TWeldPosType pos) const {
 TPlateSettings TPlateSettings::of(const TWeldParams& params) {
   TPlateSettings settings;
   linkPlate(settings, params, kIntoSettings);
+  return settings;
+}
+
+TWeldParams TGrooveSettings::params(TWeldPosType pos) const {
+  TWeldParams params = initialised(joint, pos);
+  linkGroove(*this, params, kIntoParams);
+  return params;
+}
+
+TGrooveSettings TGrooveSettings::of(const TWeldParams& params) {
+  TGrooveSettings settings;
+  linkGroove(settings, params, kIntoSettings);
   return settings;
 }
 

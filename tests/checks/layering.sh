@@ -15,7 +15,7 @@ src/stripe                include src/support src/trace
 src/geometry              include src/support src/trace
 src/profile               include src/support src/trace src/stripe
 src/lighting              include src/support src/trace
-src/detectors             include src/support src/trace src/stripe src/geometry
+src/detectors             include src/support src/trace src/stripe src/geometry src/profile
 src/api                   include src/support src/trace src/stripe src/geometry src/profile src/lighting src/detectors
 scenes                    include
 examples                  include scenes

@@ -204,7 +204,7 @@ TEST_F(ProfileEngine, SurvivesGarbage) {
       if (!found.isFound()) continue;
       EXPECT_GT(found.confidence, 0.0);
       EXPECT_LE(found.confidence, 1.0);
-      for (const TFeaturePoint& f : found.features) {
+      for (const TMeasuredPoint& f : found.features) {
         EXPECT_TRUE(!f.isFound || (std::isfinite(f.pos.x) && std::isfinite(f.pos.y) && f.sigmaPx >= 0.0)) << type;
       }
     }

@@ -1,0 +1,235 @@
+#include "api/measure.h"
+
+#include "api/attempt.h"
+#include "profile/profile_engine.h"
+#include "stripe/edge_pairs/edge_pairs.h"
+#include "stripe/fused.h"
+#include "support/arc_tangent.h"
+#include "support/arena.h"
+#include "support/grey_image.h"
+#include "support/image_test.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr double kReachPx = 260.0;  // columns beside a seam that tell its surfaces
+constexpr std::size_t kFewestPoints = 10;
+constexpr double kSurePoints = 40.0;  // points on a side that make a measure half sure
+constexpr double kEdgeSigmaPx = 0.5;  // an edge lies between two columns
+
+// A surface beside the seam: the least squares line of its centres.
+struct TSide {
+  cv::Point2d middle;
+  double k = 0.0;       // slope
+  double noise2 = 0.0;  // variance of the centres about it, px^2
+  TPointView points;
+
+  double rowAt(double x) const { return middle.y + (x - middle.x) * k; }
+  double angleDeg() const { return slopeToDeg(k); }
+  double sigmaPx() const { return std::sqrt(noise2 + kEdgeSigmaPx * kEdgeSigmaPx); }
+};
+
+bool isUsable(cv::Point2f p) {
+  return std::abs(p.x) < 1e6F && std::abs(p.y) < 1e6F;  // false for what is not a number
+}
+
+std::optional<TSide> sideOf(TPointView points) {
+  if (points.size() < kFewestPoints) return std::nullopt;
+  const auto count = static_cast<double>(points.size());
+  cv::Point2d sum;
+  for (const cv::Point2f p : points) sum += cv::Point2d(p);
+  const cv::Point2d middle = sum / count;
+  double xx = 0.0;
+  double xy = 0.0;
+  double yy = 0.0;
+  for (const cv::Point2f p : points) {
+    const cv::Point2d d = cv::Point2d(p) - middle;
+    xx += d.x * d.x;
+    xy += d.x * d.y;
+    yy += d.y * d.y;
+  }
+  if (!(xx > 0.0)) return std::nullopt;
+  const double k = xy / xx;
+  return TSide{middle, k, std::max(0.0, (yy - k * xy) / count), points};
+}
+
+// Points left of a column and right of it, not farther away than the reach.
+TPointView leftOf(TPointView points, float column) {
+  const auto* const end =
+      std::partition_point(points.begin(), points.end(), [&](auto p) { return p.x <= column; });
+  const auto* const begin = std::partition_point(
+      points.begin(), end, [&](auto p) { return p.x < column - static_cast<float>(kReachPx); });
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+TPointView rightOf(TPointView points, float column) {
+  const auto* const begin =
+      std::partition_point(points.begin(), points.end(), [&](auto p) { return p.x < column; });
+  const auto* const end = std::partition_point(
+      begin, points.end(), [&](auto p) { return p.x <= column + static_cast<float>(kReachPx); });
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+void addPoint(TJointMeasurement& m, TFeature feature, cv::Point2d pos, double sigmaPx) {
+  m.points.push_back({feature, cv::Point2f(pos), static_cast<float>(sigmaPx)});
+}
+
+// Rises with the points on the scarcer side and falls with their scatter.
+float confidenceOf(const TSide& left, const TSide& right) {
+  const double points = static_cast<double>(std::min(left.points.size(), right.points.size()));
+  return static_cast<float>(points / (points + kSurePoints) / (1.0 + std::max(left.noise2, right.noise2)));
+}
+
+void setBase(TJointMeasurement& m, const TSide& left, const TSide& right) {
+  m.leftAngleDeg = left.angleDeg();
+  m.rightAngleDeg = right.angleDeg();
+  m.baseAngleDeg = 0.5 * (m.leftAngleDeg + m.rightAngleDeg);
+}
+
+// A break of the stripe: the surfaces end on either side of the seam's column.
+bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
+  const auto left = sideOf(leftOf(seam.stripePts, seam.pos.x));
+  const auto right = sideOf(rightOf(seam.stripePts, seam.pos.x));
+  if (!left || !right) return false;
+  setBase(m, *left, *right);
+  const double leftX = static_cast<double>(left->points.back().x);
+  const double rightX = static_cast<double>(right->points.front().x);
+  const cv::Point2d leftEnd(leftX, left->rowAt(leftX));
+  const cv::Point2d rightEnd(rightX, right->rowAt(rightX));
+  const cv::Point2d across = rightEnd - leftEnd;
+  const cv::Point2d base(1.0, 0.5 * (left->k + right->k));
+  const double length = std::sqrt(base.dot(base));
+  m.gapPx = across.dot(base) / length;
+  const auto seamX = static_cast<double>(seam.pos.x);
+  m.mismatchPx =
+      isLap ? (across.y * base.x - across.x * base.y) / length : right->rowAt(seamX) - left->rowAt(seamX);
+  const bool isLeftUpper = leftEnd.y <= rightEnd.y;
+  const TFeature first =
+      isLap ? (isLeftUpper ? TFeature::upperCorner : TFeature::lowerCorner) : TFeature::leftEdge;
+  const TFeature second =
+      isLap ? (isLeftUpper ? TFeature::lowerCorner : TFeature::upperCorner) : TFeature::rightEdge;
+  m.points.reserve(2);
+  addPoint(m, first, leftEnd, left->sigmaPx());
+  addPoint(m, second, rightEnd, right->sigmaPx());
+  m.confidence = confidenceOf(*left, *right);
+  return true;
+}
+
+bool measureCorner(const TSeam& seam, TJointMeasurement& m) {
+  const auto left = sideOf(leftOf(seam.stripePts, seam.pos.x));
+  const auto right = sideOf(rightOf(seam.stripePts, seam.pos.x));
+  if (!left || !right) return false;
+  setBase(m, *left, *right);
+  m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
+  m.baseAngleDeg = TJointMeasurement::kNone;
+  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), std::max(left->sigmaPx(), right->sigmaPx()));
+  m.confidence = confidenceOf(*left, *right);
+  return true;
+}
+
+bool measurePlate(const TSeam& seam, TJointMeasurement& m) {
+  const auto all = sideOf(seam.stripePts);
+  if (!all) return false;
+  const double leftX = static_cast<double>(seam.stripePts.front().x);
+  const double rightX = static_cast<double>(seam.stripePts.back().x);
+  const cv::Point2d left(leftX, all->rowAt(leftX));
+  const cv::Point2d right(rightX, all->rowAt(rightX));
+  m.widthPx = std::sqrt((right - left).dot(right - left));
+  m.baseAngleDeg = all->angleDeg();
+  m.points.reserve(2);
+  addPoint(m, TFeature::leftEnd, left, all->sigmaPx());
+  addPoint(m, TFeature::rightEnd, right, all->sigmaPx());
+  m.confidence = confidenceOf(*all, *all);
+  return true;
+}
+
+bool takeProfile(const TProfileFit& fit, TJointMeasurement& m) {
+  const auto isFound = [](const TMeasuredPoint& p) { return p.isFound; };
+  m.points.reserve(static_cast<std::size_t>(std::count_if(fit.features.begin(), fit.features.end(), isFound)));
+  for (std::size_t i = 0; i < fit.features.size(); ++i) {
+    const TMeasuredPoint& p = fit.features[i];
+    if (p.isFound) addPoint(m, static_cast<TFeature>(i), p.pos, p.sigmaPx);
+  }
+  m.confidence = static_cast<float>(fit.confidence);
+  const TJointMeasures& from = fit.measures;
+  m.widthPx = from.widthPx;
+  m.depthPx = from.depthPx;
+  m.gapPx = from.gapPx;
+  m.mismatchPx = from.mismatchPx;
+  m.areaPx2 = from.areaPx2;
+  m.leftAngleDeg = from.leftAngleDeg;
+  m.rightAngleDeg = from.rightAngleDeg;
+  m.includedAngleDeg = from.includedAngleDeg;
+  m.baseAngleDeg = from.baseAngleDeg;
+  m.leftRadiusPx = from.leftRadiusPx;
+  m.rightRadiusPx = from.rightRadiusPx;
+  return true;
+}
+
+bool measureProfile(const TSeam& seam, TWeldType type, TMemory* memory, TJointMeasurement& m) {
+  if (seam.profile) return takeProfile(*seam.profile, m);
+  const TStripeProfile stripe(seam.stripePts, {}, 0.0, memory);
+  const TProfileFit fit = fitProfile(stripe, profilesOf(type), {}, memory);
+  return fit.isFound() && takeProfile(fit, m);
+}
+
+bool measureAs(const TSeam& seam, TWeldType type, TMemory* memory, TJointMeasurement& m) {
+  switch (type) {
+    case TWeldType::buttGap:
+    case TWeldType::lap:
+      return measureBreak(seam, type == TWeldType::lap, m);
+    case TWeldType::corner:
+      return measureCorner(seam, m);
+    case TWeldType::plate:
+      return measurePlate(seam, m);
+    default:
+      return measureProfile(seam, type, memory, m);
+  }
+}
+
+}  // namespace
+
+TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMemory* memory) {
+  TJointMeasurement m;
+  const bool areUsable = std::all_of(seam.stripePts.begin(), seam.stripePts.end(), isUsable);
+  const bool isSorted = std::is_sorted(seam.stripePts.begin(), seam.stripePts.end(),
+                                       [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
+  if (!seam.isFound || !isUsable(seam.pos) || !areUsable || !isSorted) return m;
+  TJointMeasurement measured;
+  measured.weldType = params.weldType;
+  if (!measureAs(seam, params.weldType, memory, measured)) return m;
+  measured.isValid = true;
+  return measured;
+}
+
+}  // namespace weld
+
+TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& params) {
+  weld::TArena memory;
+  weld::TSeam seam(weld::TPoints(result.stripePts.begin(), result.stripePts.end(), &memory));
+  seam.isFound = result.isFound;
+  seam.pos = result.weldPos;
+  return weld::measureSeam(seam, params, &memory);
+}
+
+std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image) {
+  std::vector<TJointCandidate> candidates;
+  if (!weld::hasPixels(image)) return candidates;
+  weld::requireReadable(image);
+  weld::TArena memory;
+  const TWeldParams params;
+  const weld::TFrame frame{image, params, &memory, {}};
+  weld::TRidgeSearch ridges(&memory);
+  const weld::TLook look = weld::lookEverywhere(frame);
+  const weld::TStripe stripe =
+      fuse(frame, weld::extractEdgePairs(frame, look.regions), weld::extractRidges(frame, look.regions, ridges));
+  const weld::TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, &memory);
+  for (const weld::TRankedJoint& ranked : weld::rankProfiles(profile, {}, &memory))
+    candidates.push_back({ranked.weldType, ranked.fit.score});
+  return candidates;
+}

@@ -1,0 +1,273 @@
+#include "detectors/groove.h"
+
+#include "detectors/common_checks.h"
+#include "profile/profile_engine.h"
+#include "zelWeldSettings.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr double kLeastFlankDeg = 10.0;  // with the flanks' ranges at their defaults
+constexpr double kMostFlankDeg = 88.0;
+
+constexpr std::size_t kLeastCentres = TStripeProfile::kFewestCentres;
+
+constexpr TCheck kCentres = countCheck({20, TWeldOutcome::noStripe, "stripe", "too few stripe points in a row"},
+                                       "stripe points that follow each other", TRule::atLeast);
+constexpr TCheck kLayout{{21, TWeldOutcome::elementMissing, "groove", "no such groove in the stripe"}, "groove"};
+constexpr TCheck kMeeting{
+    {22, TWeldOutcome::elementMissing, "groove", "flanks and plates do not meet in a groove"},
+    "flanks and plates that meet"};
+constexpr TCheck kRelief{{23, TWeldOutcome::fitTooWeak, "groove", "groove within the roughness of the stripe"},
+                         "groove that stands out of the noise"};
+constexpr TCheck kSeen{{24, TWeldOutcome::fitTooWeak, "groove", "too little stripe beside a corner of the groove"},
+                       "stripe beside the groove's corners"};
+constexpr TCheck kBetter{
+    {25, TWeldOutcome::fitTooWeak, "groove", "a plate or a curve explains the stripe as well"},
+    "gain over a plate or a curve",
+    TRule::atLeast};
+
+constexpr TCheck kSmooth{{30, TWeldOutcome::fitTooWeak, "flank", "a flank or an arc is too rough"},
+                         "roughness of the roughest flank or arc",
+                         TRule::atMost,
+                         "px",
+                         "lineTolerancePx"};
+constexpr TCheck kLength{{31, TWeldOutcome::elementTooShort, "flank", "a flank or an arc is too short"},
+                         "length of the shortest flank or arc",
+                         TRule::atLeast,
+                         "px",
+                         "minElementPx"};
+constexpr TCheck kDepth{{32, TWeldOutcome::sizeOutOfRange, "root", "groove too shallow"},
+                        "depth",
+                        TRule::notBelow,
+                        "px",
+                        "minDepthPx"};
+constexpr TCheck kWidth{{33, TWeldOutcome::sizeOutOfRange, "shoulders", "groove too narrow"},
+                        "width",
+                        TRule::notBelow,
+                        "px",
+                        "minWidthPx"};
+constexpr TCheck kGap{{34, TWeldOutcome::gapOutOfRange, "root gap", "root gap where none is allowed"},
+                      "root gap",
+                      TRule::notAbove,
+                      "px",
+                      "maxClosedGapPx"};
+
+// The two tests of an angle.
+struct TAngleCheck {
+  TCheck least;
+  TCheck most;
+};
+
+constexpr TAngleCheck kLeftAngle{{{35, TWeldOutcome::angleOutOfRange, "left flank", "left flank angle too small"},
+                                  "left flank angle",
+                                  TRule::above,
+                                  "deg",
+                                  "leftFlankDeg.min"},
+                                 {{36, TWeldOutcome::angleOutOfRange, "left flank", "left flank angle too large"},
+                                  "left flank angle",
+                                  TRule::below,
+                                  "deg",
+                                  "leftFlankDeg.max"}};
+constexpr TAngleCheck kRightAngle{
+    {{37, TWeldOutcome::angleOutOfRange, "right flank", "right flank angle too small"},
+     "right flank angle",
+     TRule::above,
+     "deg",
+     "rightFlankDeg.min"},
+    {{38, TWeldOutcome::angleOutOfRange, "right flank", "right flank angle too large"},
+     "right flank angle",
+     TRule::below,
+     "deg",
+     "rightFlankDeg.max"}};
+constexpr TAngleCheck kIncluded{{{39, TWeldOutcome::angleOutOfRange, "flanks", "included angle too small"},
+                                 "included angle",
+                                 TRule::above,
+                                 "deg",
+                                 "includedAngleDeg.min"},
+                                {{40, TWeldOutcome::angleOutOfRange, "flanks", "included angle too large"},
+                                 "included angle",
+                                 TRule::below,
+                                 "deg",
+                                 "includedAngleDeg.max"}};
+constexpr TCheck kFlat{{35, TWeldOutcome::angleOutOfRange, "flank", "a flank is too flat"},
+                       "angle of the flattest flank",
+                       TRule::atLeast,
+                       "deg"};
+constexpr TCheck kSteep{{36, TWeldOutcome::angleOutOfRange, "flank", "a flank is too steep"},
+                        "angle of the steepest flank",
+                        TRule::atMost,
+                        "deg"};
+
+bool isSame(const TAngleRange& a, const TAngleRange& b) {
+  return a.min == b.min && a.max == b.max;
+}
+
+bool isFlare(const TProfileFit& fit) {
+  return fit.profile->measuring == TMeasuring::flareV || fit.profile->measuring == TMeasuring::flareBevel;
+}
+
+// The arcs of a U groove's corners may be short; its walls are flanks.
+bool isSide(const TProfileFit& fit, const TProfileElement& element) {
+  return element.role == TElementRole::flank || (element.role == TElementRole::round && isFlare(fit));
+}
+
+double lengthOf(const TProfileElement& element) {
+  const cv::Point2d d = element.right - element.left;
+  return std::sqrt(d.dot(d));
+}
+
+void reportElements(const TProfileFit& fit, const TTrace& trace) {
+  if (!trace) return;
+  trace.attempt().pieces.clear();
+  for (std::size_t e = 0; e < fit.elementCount; ++e) {
+    const TProfileElement& element = fit.elements[e];
+    const cv::Point2d d = element.right - element.left;
+    TTracePiece piece;
+    piece.startPt = cv::Point(element.left);
+    piece.endPt = cv::Point(element.right);
+    piece.slope = d.x != 0.0 ? d.y / d.x : 0.0;
+    piece.intercept = element.left.y - piece.slope * element.left.x;
+    piece.meanDistPx = element.noisePx;
+    piece.maxDistPx = element.noisePx;
+    piece.points = static_cast<std::int32_t>(d.x);
+    piece.inliers = static_cast<std::int32_t>(d.x * element.inlierShare);
+    piece.isFitted = true;
+    trace.attempt().pieces.push_back(piece);
+  }
+}
+
+// What the engine itself asks of a profile.
+bool isLaid(const TProfileFit& fit, const TStripeProfile& stripe, const TTrace& trace) {
+  const TProfileOutcome outcome = fit.outcome;
+  const TProfileOptions limits;
+  return trace.passes(kCentres, static_cast<std::size_t>(stripe.centres().count()), kLeastCentres) &&
+         trace.holds(kLayout, outcome != TProfileOutcome::noLayout && outcome != TProfileOutcome::tooFewCentres) &&
+         trace.holds(kMeeting, outcome != TProfileOutcome::notMeeting) &&
+         trace.holds(kRelief, outcome != TProfileOutcome::tooShallow) &&
+         trace.holds(kSeen, outcome != TProfileOutcome::notSeen) &&
+         trace.note(kBetter, fit.score, limits.leastGain, fit.isFound());
+}
+
+bool isInside(const TAngleCheck& check, double deg, const TAngleRange& range, const TTrace& trace) {
+  return trace.passes(check.least, deg, std::min(range.min, range.max)) &&
+         trace.passes(check.most, deg, std::max(range.min, range.max));
+}
+
+// An angle that the joint does not have is not a number, and passes.
+bool areAnglesAdmissible(const TProfileFit& fit, const TGrooveSettings& settings, const TTrace& trace) {
+  const TJointMeasures& m = fit.measures;
+  if (isFlare(fit)) return true;
+  const TGrooveSettings usual;
+  const bool isAnyFlank =
+      isSame(settings.leftFlankDeg, usual.leftFlankDeg) && isSame(settings.rightFlankDeg, usual.rightFlankDeg);
+  const bool hasLeft = !std::isnan(m.leftAngleDeg);
+  const bool hasRight = !std::isnan(m.rightAngleDeg);
+  if (isAnyFlank) {
+    const double left = std::abs(hasLeft ? m.leftAngleDeg : m.rightAngleDeg);
+    const double right = std::abs(hasRight ? m.rightAngleDeg : m.leftAngleDeg);
+    const bool areFlanks = std::isnan(left) || (trace.passes(kFlat, std::min(left, right), kLeastFlankDeg) &&
+                                                trace.passes(kSteep, std::max(left, right), kMostFlankDeg));
+    if (!areFlanks) return false;
+  } else if ((hasLeft && !isInside(kLeftAngle, m.leftAngleDeg, settings.leftFlankDeg, trace)) ||
+             (hasRight && !isInside(kRightAngle, m.rightAngleDeg, settings.rightFlankDeg, trace))) {
+    return false;
+  }
+  const bool looksAtIncluded =
+      !std::isnan(m.includedAngleDeg) && !isSame(settings.includedAngleDeg, usual.includedAngleDeg);
+  return !looksAtIncluded || isInside(kIncluded, m.includedAngleDeg, settings.includedAngleDeg, trace);
+}
+
+bool areSidesAdmissible(const TProfileFit& fit, const TGrooveSettings& settings, const TTrace& trace) {
+  double roughestPx = 0.0;
+  double shortestPx = std::numeric_limits<double>::infinity();
+  for (std::size_t e = 0; e < fit.elementCount; ++e) {
+    if (!isSide(fit, fit.elements[e])) continue;
+    roughestPx = std::max(roughestPx, fit.elements[e].noisePx);
+    shortestPx = std::min(shortestPx, lengthOf(fit.elements[e]));
+  }
+  return trace.passes(kSmooth, roughestPx, settings.lineTolerancePx) &&
+         trace.passes(kLength, shortestPx, settings.minElementPx);
+}
+
+bool isGroove(const TProfileFit& fit, const TGrooveSettings& settings, const TTrace& trace) {
+  const TJointMeasures& m = fit.measures;
+  const bool refusesGap = !settings.allowsGap && !std::isnan(m.gapPx);
+  return areSidesAdmissible(fit, settings, trace) && trace.passes(kDepth, m.depthPx, settings.minDepthPx) &&
+         trace.passes(kWidth, m.widthPx, settings.minWidthPx) &&
+         (!refusesGap || trace.passes(kGap, m.gapPx, settings.maxClosedGapPx)) &&
+         areAnglesAdmissible(fit, settings, trace);
+}
+
+cv::Point2d pointAt(const TProfileFit& fit, TWeldPosType pos) {
+  const TMeasuredPoint& root = fit.feature(TFeature::root);
+  const TMeasuredPoint& left = fit.feature(TFeature::leftShoulder);
+  const TMeasuredPoint& right = fit.feature(TFeature::rightShoulder);
+  switch (pos) {
+    case TWeldPosType::left:
+      return left.isFound ? left.pos : root.pos;
+    case TWeldPosType::right:
+      return right.isFound ? right.pos : root.pos;
+    case TWeldPosType::upper:
+      return left.isFound && right.isFound ? (left.pos + right.pos) * 0.5 : root.pos;
+    default:
+      return root.pos;
+  }
+}
+
+double orZero(double measure) {
+  return std::isnan(measure) ? 0.0 : measure;
+}
+
+void storeMeasures(const TProfileFit& fit, TSeam& seam) {
+  const TJointMeasures& m = fit.measures;
+  const bool hasRadii = isFlare(fit);
+  seam.auxVal1 = orZero(m.widthPx);
+  seam.auxVal2 = orZero(m.depthPx);
+  seam.auxVal3 =
+      orZero(hasRadii ? (std::isnan(m.leftRadiusPx) ? m.rightRadiusPx : m.leftRadiusPx) : m.includedAngleDeg);
+  seam.auxVal4 =
+      fit.profile->measuring == TMeasuring::flareBevel ? 0.0 : orZero(hasRadii ? m.rightRadiusPx : m.gapPx);
+  seam.trackVal = orZero(m.mismatchPx);
+}
+
+// A tracker may have been told to look for another joint since.
+bool isOf(TTemplateView forms, const TProfileFit* fit) {
+  return fit != nullptr && fit->profile >= forms.begin() && fit->profile < forms.end();
+}
+
+TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, const TPrevious& previous) {
+  const TTemplateView forms = profilesOf(frame.params.weldType);
+  if (previous.isFound && isOf(forms, previous.profile)) {
+    const TStageTimer timer(frame.trace, "profile followed");
+    TProfileFit fit = trackProfile(stripe, *previous.profile, {}, frame.memory);
+    if (fit.isFound()) return fit;
+  }
+  const TStageTimer timer(frame.trace, "profile search");
+  return fitProfile(stripe, forms, {}, frame.memory);
+}
+
+}  // namespace
+
+TSeam findGroove(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  const TTrace& trace = frame.trace;
+  TSeam seam(TPoints(stripe.points, frame.memory));
+  const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
+  const TProfileFit fit = lay(frame, profile, previous);
+  reportElements(fit, trace);
+  if (!isLaid(fit, profile, trace)) return seam;
+  const auto pos = cv::Point2f(pointAt(fit, frame.params.weldPosType));
+  trace.addTestedPoint(pos);
+  if (!isGroove(fit, TGrooveSettings::of(frame.params), trace)) return seam;
+  seam.isFound = true;
+  seam.pos = pos;
+  seam.profile = fit;
+  storeMeasures(fit, seam);
+  return seam;
+}
+
+}  // namespace weld
