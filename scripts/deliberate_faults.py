@@ -88,7 +88,7 @@ class Tests:
 
     def __init__(self, scratch, jobs):
         self.source, self.build, self.jobs = scratch / "source", scratch / "build", jobs
-        folders = sorted(path.name for path in (self.source / "tests" / "unit").iterdir() if path.is_dir())
+        folders = sorted(path.name for path in (self.source / "tests" / "unit").iterdir() if any(path.glob("*.cpp")))
         self.programs = [f"test_{folder}" for folder in folders] + ["test_scenarios"]
         self.seconds = {}
 
