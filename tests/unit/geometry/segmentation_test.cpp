@@ -57,7 +57,7 @@ TEST(FitPiece, needsTenPointsAndALine) {
   EXPECT_EQ(piece.startPt, cv::Point(1, 10));
   EXPECT_EQ(piece.endPt, cv::Point(40, 111));
   points = joined(linePoints(0, 41, 10.0), {{20, 13}, {20, 7}});  // both at the tolerance
-  EXPECT_EQ(weld::fitPiece(points, 3.0F).fitPts.size(), 41U);
+  EXPECT_EQ(fitPiece(points).fitPts.size(), 41U);
 }
 
 TEST(SegmentStripe, countsPieces) {
