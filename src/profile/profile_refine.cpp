@@ -199,7 +199,7 @@ private:
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
     TCircleFit& fillet = layout.fillets[j];
-    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2), fillet.isFound ? fillet.circle.r : 0.0);
+    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2));
     if (!fillet.isFound) return true;
     const TCircle& c = fillet.circle;
     const TLine& left = a.lines.right;
