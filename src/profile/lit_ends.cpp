@@ -14,9 +14,13 @@ constexpr int kReferenceFrom = 3;  // px before the end, where the flank's own b
 constexpr int kReferenceTo = 18;
 constexpr int kReachRows = 2;  // the brightest row so near counts: a line is not laid to the pixel
 constexpr double kLitShare = 0.5;
+constexpr int kMostHalfPx = 60;   // rows from the line to the edge of its light
+constexpr double kAsidePx = 3.0;  // of the light of another surface
+constexpr int kAsideRun = 5;      // px in a row
 constexpr int kDarkPx = 4;  // in a row that end the light: speckle has dark grains
 constexpr double kLeastOffPx = 2.5;  // from a flank, of a centre that is not its own
 constexpr double kOffSigmas = 4.0;
+constexpr double kBesidePx = 30.0;  // farther away the light of the flank is its own
 constexpr int kOtherRun = 8;      // such centres in a row are another surface
 constexpr double kHolePx = 2.5;   // columns between two runs of centres
 constexpr double kTailCentres = 12.0;   // of a run that tell its direction
@@ -57,9 +61,12 @@ public:
     const double most = kOtherShare / kLitShare * least;
     int lit = 0;
     int bright = 0;
+    int aside = 0;
     for (int px = 1; px <= kFarthestPx; ++px) {
       const double grey = greyAt(px);
       if (grey >= least) lit = px;
+      aside = grey >= least && std::abs(asidePx(px, least)) > kAsidePx ? aside + 1 : 0;
+      if (aside == kAsideRun) return px - kAsideRun;
       bright = grey > most ? bright + 1 : 0;
       if (bright == kOtherPx) return px - kOtherPx;
       if (px - lit >= kDarkPx) return borderAfter(lit, least);
@@ -68,6 +75,24 @@ public:
   }
 
 private:
+  // By how much the middle of the light in the column lies beside the line.
+  double asidePx(int px, double least) const {
+    const int x = roundToInt(origin.x + px * step.x);
+    const int y = roundToInt(origin.y + px * step.y);
+    const double middle = 0.5 * (edgeFrom(x, y, 1, least) + edgeFrom(x, y, -1, least));
+    return (middle - (origin.y + px * step.y)) * step.x;
+  }
+
+  // The last lit row of a column on the way up or down.
+  int edgeFrom(int x, int y, int way, double least) const {
+    int edge = y;
+    for (int row = y + way; row >= 0 && row < image.rows && std::abs(row - y) <= kMostHalfPx; row += way) {
+      if (greyOf(image.ptr(row, x), image.channels()) >= least) edge = row;
+      if (std::abs(row - edge) > kReachRows + 1) break;
+    }
+    return edge;
+  }
+
   double borderAfter(int lit, double least) const {
     const double before = greyAt(lit);
     return lit + (before - least) / std::max(before - greyAt(lit + 1), 1.0);
@@ -107,8 +132,8 @@ public:
     int first = last;
     for (int i = last + side; has(i); i += side) {
       if ((centres.at(i).x - end.x) * side <= 0.0) continue;
-      if (!isOff(i) || isBreak(i)) off = 0;
-      if (!isOff(i)) continue;
+      if (!isBeside(i) || isBreak(i)) off = 0;
+      if (!isBeside(i)) continue;
       if (off == 0) first = i;
       if (++off < kOtherRun) continue;
       return std::max(0.0, (centres.at(first).x - end.x) * side - 0.5) / std::max(line.dx, 0.02);
@@ -120,6 +145,7 @@ private:
   bool has(int i) const { return i >= 0 && i < centres.count() && std::abs(i - last) < kFarthestPx; }
   double offsetOf(int i) const { return line.offsetOf(centres.at(i).x, centres.at(i).y); }
   bool isOff(int i) const { return std::abs(offsetOf(i)) > offPx; }
+  bool isBeside(int i) const { return isOff(i) && std::abs(offsetOf(i)) < kBesidePx; }
   bool isBreak(int i) const {
     return std::abs(centres.at(i).x - centres.at(i - side).x) > kHolePx ||
            std::abs(offsetOf(i) - offsetOf(i - side)) > offPx;
