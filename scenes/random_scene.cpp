@@ -85,33 +85,6 @@ void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
   look.ghostSpan = random.uniform(0.2, 0.6);
 }
 
-TWeldType weldTypeOf(TJoint joint) {
-  switch (joint) {
-    case TJoint::buttGap:
-      return TWeldType::buttGap;
-    case TJoint::lap:
-      return TWeldType::lap;
-    case TJoint::corner:
-      return TWeldType::corner;
-    case TJoint::plate:
-      return TWeldType::plate;
-    case TJoint::vGroove:
-      return TWeldType::vGroove;
-    case TJoint::singleBevel:
-      return TWeldType::singleBevel;
-    case TJoint::uGroove:
-      return TWeldType::uGroove;
-    case TJoint::flareV:
-      return TWeldType::flareV;
-    case TJoint::flareBevel:
-      return TWeldType::flareBevel;
-    case TJoint::plain:
-    case TJoint::blank:
-      break;
-  }
-  return TWeldType::stripePresence;
-}
-
 }  // namespace
 
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size) {
@@ -124,12 +97,6 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
   lookClean(random, params.look);
   if (level != TLevel::clean) lookNoisy(random, params.look);
   if (level == TLevel::harsh) lookHarsh(params.geometry, random, params.look);
-  return params;
-}
-
-TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
-  TWeldParams params;
-  initWeldParameters(weldTypeOf(joint), params, pos);
   return params;
 }
 
