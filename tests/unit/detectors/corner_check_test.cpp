@@ -57,8 +57,8 @@ public:
     const auto check = [this](const weld::TFrame& frame) {
       weld::TSeam seam(frame.memory);
       const weld::TCornerParams params(frame.params);
-      seam.isFound = weld::checkCornerPlausible({frame, status, params},
-                                                {kCornerX, static_cast<float>(kCornerY)}, flanks);
+      seam.isFound =
+          weld::checkCornerPlausible({frame, status, params}, {kCornerX, static_cast<float>(kCornerY)}, flanks);
       return seam;
     };
     return ending::of(painted::dark(), settings.params(), seen, check).reason;

@@ -1,5 +1,6 @@
 #include "detectors/corner.h"
 
+#include "detectors/corner_check.h"
 #include "detectors/corner_flanks.h"
 #include "ending.h"
 #include "geometry/segmentation.h"
@@ -165,6 +166,19 @@ TEST(FindCorner, reportsCornerFlanksAndAngle) {
   }
 }
 
+// Those that the test of the plausibility provokes.
+ending::TSeenChecks plausibilityChecks() {
+  ending::TSeenChecks seen;
+  ending::of(painted::dark(), {}, seen, [](const weld::TFrame& frame) {
+    const weld::TCornerParams params(frame.params);
+    const TFlanks flanks = inCase([](const auto& c) { return weld::findFlankPairRansac(c, kV); });
+    weld::TSeam seam(frame.memory);
+    seam.isFound = weld::checkCornerPlausible({frame, {}, params}, weld::crossingOf(*flanks), *flanks);
+    return seam;
+  });
+  return seen;
+}
+
 TEST(FindCorner, tellsWhyThereIsNone) {
   ending::TSeenChecks seen;
   const double includedDeg = ending::of(weld::findCorner, kV, {}, seen, tracked(127.0)).seam.trackVal;
@@ -190,6 +204,10 @@ TEST(FindCorner, tellsWhyThereIsNone) {
       {"no right flank, tracked", left, usual, kNoRight, tracked(includedDeg)},
       {"3 points on the left", bentPoints(300, 306, 360, 200.0, 0.5, -0.5), sparse,
        "too few stripe points on a flank"},
+      {"16 points", bentPoints(300, 308, 316, 200.0, 0.5, -0.5), usual, kNoRight},
+      {"left share too low, but two pieces", kV, with(usual, &TSettings::minFlankShare, 0.6), "found"},
+      {"right share too low", joined(bentPoints(40, 400, 500, 140.0, 0.5, -0.5), linePoints(500, 640, 20.0, 0.3)),
+       with(usual, &TSettings::minFlankShare, 0.5), kNoRight},
       {"crossing far left", joined(linePoints(40, 300, 100.0, 0.5), linePoints(330, 600, 40.0, -0.1)), usual,
        "flanks meet outside the image"},
       {"10.01 degrees more", kV, usual, kChange, tracked(includedDeg - 10.01)},
@@ -201,6 +219,7 @@ TEST(FindCorner, tellsWhyThereIsNone) {
     const auto end = ending::of(weld::findCorner, row.points, row.settings.params(), seen, row.previous);
     EXPECT_EQ(end.reason, row.reason) << row.name;
   }
+  seen.expectEachStoppedARow(plausibilityChecks());
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ const TStripePts kSloped = joined(linePoints(20, 300, 100.0, 0.25), linePoints(3
 const TStripePts kTwoRows = joined(linePoints(20, 300, 240.0), linePoints(340, 620, 300.0));
 const TStripePts kBacked = joined(joined(linePoints(20, 300, 240.0), linePoints(300, 340, 246.0)),
                                   linePoints(340, 620, 240.0));  // 6 rows under the line
-const TStripePts kTwoGaps = joined(joined(linePoints(20, 200, 240.0), linePoints(230, 400, 240.0)),
-                                   linePoints(430, 620, 240.0));
+const TStripePts kTwoGaps =
+    joined(joined(linePoints(20, 200, 240.0), linePoints(230, 400, 240.0)), linePoints(430, 620, 240.0));
 const TStripePts kAtBorder = joined(linePoints(0, 1, 240.0), linePoints(41, 620, 240.0));
 
 TEST(FindGap, endsWithItsSeamOrItsReason) {
@@ -41,8 +41,8 @@ TEST(FindGap, endsWithItsSeamOrItsReason) {
       {"10 points", linePoints(20, 30, 240.0), usual, "gap too narrow"},
       {"14 degrees, up to 10 allowed", kSloped, level, "no line through the stripe points"},
       {"the same, tracked", kSloped, level, "found", 319.5F, pos(0), true},
-      {"no two points on one line", TStripePts(40, {300.0F, 240.0F}), usual, "no line through the stripe points", 0,
-       pos(0), true},
+      {"no two points on one line", TStripePts(40, {300.0F, 240.0F}), usual, "no line through the stripe points",
+       0, pos(0), true},
       {"every point on the line", kGap, with(usual, &TSettings::minLineShare, 1.0), "found", 319.5F},
       {"half of them", kTwoRows, with(usual, &TSettings::minLineShare, 0.9), "too few stripe points on the line"},
       {"none nearer than 0", kGap, with(usual, &TSettings::lineTolerancePx, 0.0),

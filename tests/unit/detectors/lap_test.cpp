@@ -95,7 +95,28 @@ struct TLap {
   }
 };
 
-TEST(ComputeLapSeam, endsWithItsSeamOrItsReason) {
+// The two longest pieces, left to right.
+void expectEndsOfStripes(ending::TSeenChecks& seen) {
+  const TStripePts whole = joined(linePoints(20, 310, 210), linePoints(314, 620, 260));
+  const TStripePts three =  // the longest one, chosen first, lies on the right
+      joined(joined(linePoints(20, 60, 120), linePoints(64, 240, 200)), linePoints(244, 620, 260));
+  const struct {
+    TStripePts points;
+    const char* reason;
+    cv::Point2f seam{};
+  } rows[] = {{linePoints(20, 620, 240), "too few straight pieces"},
+              {linePoints(20, 39, 240), "too few stripe points"},
+              {whole, "found", {311.5F, 235.0F}},
+              {three, "found", {241.5F, 230.0F}}};
+  for (const auto& row : rows) {
+    const auto end = ending::of(weld::findLap, row.points, {}, seen);
+    EXPECT_EQ(end.reason, row.reason);
+    EXPECT_NEAR(end.pos.x, row.seam.x, 2.0);
+    EXPECT_NEAR(end.pos.y, row.seam.y, 1.0);
+  }
+}
+
+void expectEndsOfPieces(ending::TSeenChecks& seen) {
   const TLap plain;
   TPiece unfitted = plain.left;
   unfitted.isFitted = false;
@@ -133,13 +154,18 @@ TEST(ComputeLapSeam, endsWithItsSeamOrItsReason) {
       {"right corner in column -1", {piece(-300, -5, 200), piece(-1, 300, 260)}, "found"},
       {"right corner in row -1", right(310, -1), kNoSupport},
   };
-  ending::TSeenChecks seen;
   for (const auto& row : rows) {
     const auto end = row.lap.end(seen);
     EXPECT_EQ(end.reason, row.reason) << row.name;
     EXPECT_EQ(end.seam.stripePts.empty(), !end.isFound) << row.name;
     EXPECT_EQ(end.pos == cv::Point2f(), !end.isFound) << row.name;
   }
+}
+
+TEST(FindLap, endsWithItsSeamOrItsReason) {
+  ending::TSeenChecks seen;
+  expectEndsOfStripes(seen);
+  expectEndsOfPieces(seen);
   seen.expectEachStoppedARow();
 }
 
@@ -206,26 +232,6 @@ TEST(PieceEndPoints, hundredAtMostAndNeverTheLastOfTheFirst) {
     EXPECT_EQ(first.size(), firstCount);
     EXPECT_EQ(last.end(), points.data() + count) << count;
     EXPECT_EQ(last.size(), lastCount);
-  }
-}
-
-TEST(FindLap, takesTheTwoLongestPiecesLeftToRight) {
-  const TStripePts whole = joined(linePoints(20, 310, 210), linePoints(314, 620, 260));
-  const TStripePts three =  // the longest one, chosen first, lies on the right
-      joined(joined(linePoints(20, 60, 120), linePoints(64, 240, 200)), linePoints(244, 620, 260));
-  const struct {
-    TStripePts points;
-    const char* reason;
-    cv::Point2f seam{};
-  } rows[] = {{linePoints(20, 620, 240), "too few straight pieces"},
-              {whole, "found", {311.5F, 235.0F}},
-              {three, "found", {241.5F, 230.0F}}};
-  ending::TSeenChecks seen;
-  for (const auto& row : rows) {
-    const auto end = ending::of(weld::findLap, row.points, {}, seen);
-    EXPECT_EQ(end.reason, row.reason);
-    EXPECT_NEAR(end.pos.x, row.seam.x, 2.0);
-    EXPECT_NEAR(end.pos.y, row.seam.y, 1.0);
   }
 }
 

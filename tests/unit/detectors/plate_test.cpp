@@ -14,6 +14,7 @@ namespace {
 using ending::piece;
 using ending::TStripePts;
 using ending::with;
+using painted::bentPoints;
 using painted::joined;
 using painted::linePoints;
 using TSettings = TPlateSettings;
@@ -33,7 +34,7 @@ ending::TEnding compute(const weld::TPiece& plate, const TWeldParams& params, en
                     [&](const weld::TFrame& frame) { return weld::computePlateSeam(frame, plate); });
 }
 
-TEST(FindPlate, endsWithItsSeamOrItsReason) {
+void expectEndsOfStripes(ending::TSeenChecks& seen) {
   const TSettings usual;
   const auto angles = [&](double min, double max) {
     return with(usual, &TSettings::plateAngleDeg, TAngleRange{min, max});
@@ -43,6 +44,8 @@ TEST(FindPlate, endsWithItsSeamOrItsReason) {
   const auto pieces = weld::segmentStripe(weld::heapFrame(painted::dark(), any), level, weld::kPlateMergeLimits);
   ASSERT_EQ(pieces.size(), 1U);
   const double length = weld::pieceLength(pieces[0]);
+  TStripePts teeth;
+  for (int x = 100; x < 180; x += 16) teeth = joined(teeth, bentPoints(x, x + 8, x + 16, 240.0, 1.5, -1.5));
   const struct {
     const char* name;
     TStripePts points;
@@ -51,6 +54,7 @@ TEST(FindPlate, endsWithItsSeamOrItsReason) {
     float seamX = 0.0F;
   } rows[] = {
       {"no points", {}, usual, "too few stripe points"},
+      {"teeth", teeth, usual, "too few straight pieces"},
       {"angle on the lower bound", level, angles(0, 10), "angle of the piece too small"},
       {"angle on the upper bound", level, angles(-10, 0), "angle of the piece too large"},
       {"bounds the wrong way round", level, angles(10, -10), "angle of the piece too small"},
@@ -64,7 +68,6 @@ TEST(FindPlate, endsWithItsSeamOrItsReason) {
       {"the last one", piecesAt({300, 250, 200}), usual, "found", 519.5F},
       {"of equals the first", piecesAt({200, 300, 200}), usual, "found", 109.5F},
   };
-  ending::TSeenChecks seen;
   for (const auto& row : rows) {
     const auto end = ending::of(weld::findPlate, row.points, row.settings.params(), seen);
     EXPECT_EQ(end.reason, row.reason) << row.name;
@@ -72,7 +75,7 @@ TEST(FindPlate, endsWithItsSeamOrItsReason) {
   }
 }
 
-TEST(ComputePlateSeam, endsWithItsSeamOrItsReason) {
+void expectEndsOfPieces(ending::TSeenChecks& seen) {
   const auto withInliers = [](std::size_t count, double y) {
     weld::TPiece plate = piece(100, 400, y);
     plate.fitPts.resize(count);
@@ -95,12 +98,17 @@ TEST(ComputePlateSeam, endsWithItsSeamOrItsReason) {
        "no line through the points near the end of a piece"},
       {"outside the middle, ten left", withInliers(11, 30), 200.0, "found"},
   };
-  ending::TSeenChecks seen;
   for (const auto& row : rows) {
     const auto end = compute(row.plate, with(TSettings(), &TSettings::minWidthPx, row.minWidthPx).params(), seen);
     EXPECT_EQ(end.reason, row.reason) << row.name;
     EXPECT_EQ(end.seam.stripePts.size(), end.isFound ? row.plate.fitPts.size() : 0U) << row.name;
   }
+}
+
+TEST(FindPlate, endsWithItsSeamOrItsReason) {
+  ending::TSeenChecks seen;
+  expectEndsOfStripes(seen);
+  expectEndsOfPieces(seen);
   seen.expectEachStoppedARow();
 }
 

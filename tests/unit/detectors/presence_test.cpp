@@ -9,8 +9,8 @@ TEST(FindPresence, comparesTheNumbersOfPointsAsIntegers) {
   const struct {
     int before, now;
     const char* reason;
-  } rows[] = {{100, 0, "no stripe"}, {0, 100, kGone},   {1, 100, "found"},   {99, 100, "found"},
-              {100, 100, "found"},   {199, 100, "found"}, {200, 100, kGone}, {299, 100, kGone},
+  } rows[] = {{100, 0, "no stripe"}, {0, 100, kGone},       {1, 100, "found"}, {99, 100, "found"},
+              {100, 100, "found"},   {199, 100, "found"},   {200, 100, kGone}, {299, 100, kGone},
               {300, 100, "found"},   {100000, 100, "found"}};
   ending::TSeenChecks seen;
   for (const auto& row : rows) {
