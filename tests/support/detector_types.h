@@ -4,10 +4,17 @@
 #include "support/painted_frame.h"
 #include "zelWeldDetect.h"
 
+#include <vector>
+
 namespace detector_types {
 
-constexpr TWeldType kAll[] = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                              TWeldType::stripePresence};
+inline const std::vector<TWeldType> kAll = [] {
+  std::vector<TWeldType> types;
+  for (const TWeldJoint& joint : weldJoints()) {
+    if (joint.hasDetector) types.push_back(joint.type);
+  }
+  return types;
+}();
 
 inline TWeldParams paramsFor(TWeldType type) {
   TWeldParams params;
