@@ -62,7 +62,7 @@ TEST(BlankFrames, giveNoSeamOfAnyJoint) {
     auto blank = scenes::randomScene(TJoint::blank, scenes::TLevel::noisy, seed, scenario::kFrameSize);
     blank.look.noiseSigma = noise;
     const cv::Mat image = scenes::renderScene(blank).image;
-    for (const TJoint joint : reel::seamJoints())
+    for (const TJoint joint : reel::detectedJoints())
       EXPECT_FALSE(scenario::detect(scenes::weldParamsFor(joint), image).isFound)
           << scenario::nameOf(joint) << noise;
   }
@@ -74,7 +74,7 @@ TEST(JumpingSeam, isLostForOneFrame) {
   constexpr int kJumpAtFrame = 3;
   const std::uint64_t seed = seedOfTest();
   const scenes::TMotion motion = reel::withJump({}, kJumpAtFrame, {60.0, 180.0});
-  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate}) {
+  for (const TJoint joint : reel::kRuled) {
     scenes::TSceneParams first = scenes::randomScene(joint, scenes::TLevel::clean, seed, scenario::kFrameSize);
     first.geometry.seam.y = joint == TJoint::corner ? 0.55 : 0.35;
     TWeldLineRes result;

@@ -176,7 +176,7 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
       {"soft", [](scenes::TLook& look) { look.fwhmPx = look.rootFwhmPx = 45.0, look.peak = look.rootPeak = 60.0; },
        true},
   };
-  for (const TJoint joint : reel::seamJoints()) {
+  for (const TJoint joint : reel::kRuled) {
     for (const TRow& row : rows) {
       const std::string where = std::string(scenario::nameOf(joint)) + ", " + row.name;
       scenes::TSceneParams params = scenes::randomScene(joint, TLevel::clean, 8);

@@ -1,4 +1,4 @@
-// Every joint that has a detector, with a frame that holds it.
+// Every joint that has a detector, with a frame that may hold it.
 #pragma once
 
 #include "support/painted_frame.h"
@@ -30,6 +30,8 @@ inline cv::Mat frameFor(TWeldType type) {
       return painted::cornerFrame();
     case TWeldType::plate:
       return painted::plateFrame();
+    case TWeldType::vGroove:
+      return painted::grooveFrame();
     default:
       return painted::gapFrame();
   }

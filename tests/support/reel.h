@@ -19,12 +19,9 @@ inline std::vector<scenes::TJoint> detectedJoints() {
   return joints;
 }
 
-// Those among them whose seam is a point.
-inline std::vector<scenes::TJoint> seamJoints() {
-  std::vector<scenes::TJoint> joints = detectedJoints();
-  joints.pop_back();
-  return joints;
-}
+// Those with rules of their own. The grooves are solved as profiles.
+constexpr scenes::TJoint kRuled[] = {scenes::TJoint::buttGap, scenes::TJoint::lap, scenes::TJoint::corner,
+                                     scenes::TJoint::plate};
 
 // A drift per frame, and the hand of the camera.
 inline scenes::TMotion drift(cv::Point2d driftPx, double jitterPx) {

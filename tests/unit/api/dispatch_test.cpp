@@ -1,5 +1,6 @@
 #include "support/checksum.h"
 #include "support/detector_types.h"
+#include "support/reel.h"
 
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
@@ -27,13 +28,14 @@ void expectEmptyResult(const cv::Mat& image, int type) {
 }
 
 TEST(Dispatch, everyDetectorFindsItsJoint) {
-  for (const TWeldType type : detector_types::kAll) {
-    TWeldParams params = paramsFor(type);
+  for (const scenes::TJoint joint : reel::detectedJoints()) {
+    TWeldParams params = scenes::weldParamsFor(joint);
+    const cv::Mat image = scenes::renderScene(scenes::randomScene(joint, scenes::TLevel::clean, 8)).image;
     TWeldLineRes previous;
-    previous.stripePts.assign(500, cv::Point2f());  // presence compares with a number of points
-    const TWeldLineRes result = detectWeldLineViaTracking(frameFor(type), params, previous);
-    EXPECT_TRUE(result.isFound) << static_cast<int>(type);
-    EXPECT_GT(result.stripePts.size(), 100U) << static_cast<int>(type);
+    previous.stripePts.assign(1000, cv::Point2f());  // presence compares with a number of points
+    const TWeldLineRes result = detectWeldLineViaTracking(image, params, previous);
+    EXPECT_TRUE(result.isFound) << static_cast<int>(joint);
+    EXPECT_GT(result.stripePts.size(), 100U) << static_cast<int>(joint);
   }
 }
 

@@ -22,9 +22,12 @@ TRecord recordOf(const TSettings& counted, const std::vector<double>& flags = {}
 
 TEST(Settings, recordsAndTableSpeakOfTheSameFields) {
   const TRecord records[] = {
-      recordOf(TGapSettings{1, 2, 3, 4, {5, 6}}), recordOf(TLapSettings{1, 2, 3, 4}),
+      recordOf(TGapSettings{1, 2, 3, 4, {5, 6}}),
+      recordOf(TLapSettings{1, 2, 3, 4}),
       recordOf(TCornerSettings{1, 2, 3, 4, 5, {6, 7}, {8, 9}, {10, 11}, 12, 13, false}, {0}),
-      recordOf(TPlateSettings{1, 2, 3, 6, {4, 5}}), recordOf(TPresenceSettings{true, false}, {1, 0})};
+      recordOf(TPlateSettings{1, 2, 3, 6, {4, 5}}),
+      recordOf(TPresenceSettings{true, false}, {1, 0}),
+      recordOf(TGrooveSettings{TWeldType::vGroove, 1, 2, 3, 4, 5, {6, 7}, {8, 9}, {10, 11}, false}, {0})};
   for (const TRecord& record : records) {
     const TWeldJoint& joint = *findWeldJoint(record.counted.weldType);
     TWeldParams params;  // every row set, read through the record

@@ -49,21 +49,6 @@ TEST(Sentences, nameValueLimitAndWhatSetsIt) {
   }
 }
 
-TEST(Rules, passBordersAndWhatIsNoNumberAsTheirNamesSay) {
-  const struct {
-    TRule rule;
-    bool below, equal, above, noNumber;
-  } rows[] = {{TRule::atLeast, false, true, true, false}, {TRule::notBelow, false, true, true, true},
-              {TRule::above, false, false, true, false},  {TRule::atMost, true, true, false, false},
-              {TRule::notAbove, true, true, false, true}, {TRule::below, true, false, false, false}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(isWithin(row.rule, 1.0, 2.0), row.below);
-    EXPECT_EQ(isWithin(row.rule, 2.0, 2.0), row.equal);
-    EXPECT_EQ(isWithin(row.rule, 3.0, 2.0), row.above);
-    EXPECT_EQ(isWithin(row.rule, kNone, 2.0), row.noNumber);
-  }
-}
-
 // The first failed test of an attempt speaks; of several ways the one that got furthest, the later one of equals.
 TEST(Conclusions, speakOfTheWayAndTheAttemptThatGotFurthest) {
   const auto check = [](int stage, const char* reason) { return TCheck{at(stage, reason), "step"}; };
