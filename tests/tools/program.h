@@ -29,11 +29,21 @@ protected:
   void SetUp() override;
   void TearDown() override;
 
-  // Runs `zelweld <arguments>` in the test's folder; the arguments are shell text.
-  TRun zelweld(const std::string& arguments) const;
+  // Runs a script of the shell in the test's folder; "$Z" is zelweld.
+  TRun shell(const std::string& script) const;
+
+  // Runs `zelweld <arguments>`; the arguments are shell text.
+  TRun zelweld(const std::string& arguments) const { return shell("\"$Z\" " + arguments); }
 
   // The same, expected to succeed.
   TRun zelweldOk(const std::string& arguments) const;
+
+  // Each run ends with that code and one line on standard error that holds the text.
+  struct TRefusal {
+    std::string arguments;
+    std::string text;
+  };
+  void expectRefused(int exitCode, const std::vector<TRefusal>& rows) const;
 
   // Draws a small sequence into folder/`name`.
   void simulate(const std::string& name, const std::string& options) const;
