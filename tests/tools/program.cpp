@@ -13,17 +13,13 @@ namespace fs = std::filesystem;
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
 }
 
 std::vector<nlohmann::json> recordsOf(const std::string& text) {
   std::vector<nlohmann::json> records;
-  for (const std::string& line : linesOf(text)) {
-    records.push_back(nlohmann::json::parse(line));
-  }
+  for (const std::string& line : linesOf(text)) records.push_back(nlohmann::json::parse(line));
   return records;
 }
 

@@ -20,6 +20,14 @@ std::vector<std::string> linesOf(const std::string& text);
 // One JSON object per line of the text.
 std::vector<nlohmann::json> recordsOf(const std::string& text);
 
+// One field of every record.
+template <typename T>
+std::vector<T> fieldOf(const std::vector<nlohmann::json>& records, const char* name) {
+  std::vector<T> values;
+  for (const nlohmann::json& record : records) values.push_back(record[name].get<T>());
+  return values;
+}
+
 // A file's bytes, and a file made of bytes.
 std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& bytes);
@@ -37,6 +45,11 @@ protected:
 
   // The same, expected to succeed.
   TRun zelweldOk(const std::string& arguments) const;
+
+  // The records of `zelweld track <arguments>`.
+  std::vector<nlohmann::json> track(const std::string& arguments) const {
+    return recordsOf(zelweldOk("track --format jsonl " + arguments).out);
+  }
 
   // Each run ends with that code and one line on standard error that holds the text.
   struct TRefusal {

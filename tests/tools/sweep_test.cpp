@@ -24,22 +24,17 @@ using TFlags = std::vector<bool>;
 }  // namespace
 
 TEST(Jitter, EvenMotionHasNoneAndLossesAndSequencesEndIt) {
-  tool::TJitter even;
-  for (int n = 0; n < 5; ++n) even.add(cv::Point2d(3.0 * n, 7.0 - n));
-  EXPECT_NEAR(even.medianPx().value(), 0.0, 1e-12);
-
-  tool::TJitter zigzag;
-  for (int n = 0; n < 5; ++n) zigzag.add(cv::Point2d(n, n % 2));
-  EXPECT_DOUBLE_EQ(zigzag.medianPx().value(), 2.0);
-
-  tool::TJitter broken;
-  broken.add(cv::Point2d(0.0, 0.0));
-  broken.add(cv::Point2d(0.0, 9.0));
-  broken.add(std::nullopt);
-  broken.add(cv::Point2d(0.0, 0.0));
-  broken.add(cv::Point2d(0.0, 9.0));
+  const auto jitterOf = [](const std::vector<std::optional<cv::Point2d>>& seams) {
+    tool::TJitter jitter;
+    for (const auto& seam : seams) jitter.add(seam);
+    return jitter;
+  };
+  using TPoint = cv::Point2d;
+  EXPECT_NEAR(jitterOf({TPoint(0, 7), TPoint(3, 6), TPoint(6, 5)}).medianPx().value(), 0.0, 1e-12);
+  EXPECT_DOUBLE_EQ(jitterOf({TPoint(0, 0), TPoint(1, 1), TPoint(2, 0), TPoint(3, 1)}).medianPx().value(), 2.0);
+  tool::TJitter broken = jitterOf({TPoint(0, 0), TPoint(0, 9), std::nullopt, TPoint(0, 0), TPoint(0, 9)});
   broken.startSequence();
-  broken.add(cv::Point2d(0.0, 0.0));
+  broken.add(TPoint(0, 0));
   EXPECT_FALSE(broken.medianPx());
 }
 

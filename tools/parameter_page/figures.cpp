@@ -121,7 +121,7 @@ TFigure drawCornerAngles() {
   const TPoint right(221.0, drawing.rowAt(221));
   drawing.angle(right, kDefaults.angleRange2Min, kDefaults.angleRange2Max, kFanPx, kParameter);
   labelRay(drawing, right, kDefaults.angleRange2Min, {0.0, -2.0}, "rightFlankDeg.min", TAnchor::end);
-  labelRay(drawing, right, kDefaults.angleRange2Max, {4.0, 2.0}, "rightFlankDeg.max");
+  labelRay(drawing, right, kDefaults.angleRange2Max, {-16.0, 8.0}, "rightFlankDeg.max");
 
   const double leftDeg = 180.0 + drawing.angleDeg(14.0, root.x - kFlankEndPx);
   const double rightDeg = 360.0 + drawing.angleDeg(root.x + kFlankEndPx, 310.0);

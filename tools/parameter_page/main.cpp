@@ -20,14 +20,13 @@ const std::string kIntroduction = R"(# Parameters
 <!-- Written by `make docs` from src/api/joint_parameters.cpp and tools/parameter_page; change those instead. -->
 
 What each joint reads from `TWeldParams`, by name and by the field that holds it; `zelweld` takes either, and
-`zelweld params --type NAME` prints the same. In the drawings the stripe is
-red, what a parameter sets is blue, and what the detector measures and compares with it is grey. Stripes are rendered
-scenes; lengths and angles are to scale, with every parameter at its default. Angles are those of atan(dy/dx) with y
-pointing down: a stripe that falls to the right has a positive angle. Shares, counts without a place in the image and
-switches have no line in the drawings.
+`zelweld params --type NAME` prints the same. In the drawings the stripe is red, what a parameter sets is blue, and what
+the detector measures and compares with it is grey. Stripes are rendered scenes; lengths and angles are to scale, with
+every parameter at its default. Angles are those of atan(dy/dx) with y pointing down: a stripe that falls to the right
+has a positive angle. Shares, counts without a place in the image, and what is true or false have no line.
 
-[algorithms.md](algorithms.md) tells in which order the detectors apply them. `zelweld sweep` shows what a value does
-on frames of your own.
+[algorithms.md](algorithms.md) says in which order the detectors apply them. `zelweld sweep` shows what a value does on
+frames of your own.
 )";
 
 std::string figureLink(const tool::TFigure& figure) {
