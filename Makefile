@@ -40,8 +40,8 @@ demo: ## simulate seams, track them, leave annotated frames and report.html in d
 	$(BUILD)/tools/zelweld_demo --out demo-out
 	@echo "Try next:"
 	@echo "  $(BUILD)/tools/zelweld track demo-out/frames --type lap --explain"
-	@echo "  $(BUILD)/tools/zelweld report demo-out/frames --type lap --set minStepPx=90 --out demo-out/low_step.html"
-	@echo "  $(BUILD)/tools/zelweld sweep demo-out/frames --type lap --set minStepPx=5:100:5"
+	@echo "  $(BUILD)/tools/zelweld report demo-out/frames --type lap --set minStepPx=40 --out demo-out/high_limit.html"
+	@echo "  $(BUILD)/tools/zelweld sweep demo-out/frames --type lap --set minStepPx=5:40:5"
 
 test: ## build and run all tests
 	$(setup) build test
