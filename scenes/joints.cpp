@@ -1,13 +1,9 @@
 #include "scenes/joints.h"
 
-#include "scenes/groove.h"
-
 #include <algorithm>
 
 namespace scenes {
 namespace {
-
-constexpr double kShortestFlankPx = 15.0;  // that random grooves are drawn with, and less
 
 template <typename TAccept>
 std::vector<TDrawnJoint> detectedWhere(TAccept accept) {
@@ -102,14 +98,6 @@ std::string nameOf(const TSeamCase& seamCase) {
   if (joint == nullptr) return nameWithoutJoint(seamCase.joint);
   const bool hasChoice = joint->positions.size() > 1;
   return joint->shortName + (hasChoice ? std::string("-") + weldPosText(seamCase.pos) : "");
-}
-
-TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
-  const bool isBlank = joint == TJoint::blank;
-  TWeldParams params;
-  initWeldParameters(isBlank ? TWeldType::stripePresence : weldTypeOf(joint), params, pos);
-  if (isGroove(joint)) params.dPara6 = kShortestFlankPx;
-  return params;
 }
 
 }  // namespace scenes

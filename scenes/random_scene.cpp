@@ -1,4 +1,5 @@
 #include "scenes/groove.h"
+#include "scenes/joints.h"
 #include "scenes/random.h"
 #include "scenes/random_groove.h"
 #include "scenes/random_real.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr double kDesignWidthPx = 1280.0;  // widths and steps below are meant for frames this wide
 constexpr double kDimmestPeak = 110.0;     // grey level that the darker surface keeps
 constexpr double kWhite = 255.0;
+constexpr double kShortestFlankPx = 15.0;  // that the grooves below are drawn with, and less
 
 void placeJoint(TJoint joint, double scale, TRandom& random, TGeometry& g) {
   g.seam = {random.uniform(0.3, 0.7), random.uniform(0.35, 0.65)};
@@ -99,6 +101,14 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
   if (level == TLevel::harsh) lookHarsh(params.geometry, random, params.look);
   if (isGroove(joint)) lookGroove(level, random, params.look);
   if (level == TLevel::real) makeReal(scale, random, params);
+  return params;
+}
+
+TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
+  TWeldParams params;
+  const bool hasType = joint != TJoint::blank;
+  initWeldParameters(hasType ? weldTypeOf(joint) : TWeldType::stripePresence, params, pos);
+  if (isGroove(joint)) params.dPara6 = kShortestFlankPx;
   return params;
 }
 
