@@ -59,9 +59,9 @@ TTrackerOptions withExtraction(TStripeExtraction extraction) {
 }
 
 TEST(Allocations, aTrackerThatHasSeenTheLikeAsksTwicePerFrame) {
-  for (const TJoint joint : reel::detectedJoints()) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
-      SCOPED_TRACE(testing::Message() << scenario::nameOf(joint) << ", " << scenario::nameOf(level));
+      SCOPED_TRACE(testing::Message() << scenes::shortNameOf(joint) << ", " << scenario::nameOf(level));
       const auto first = scenes::randomScene(joint, level, 1, scenario::kFrameSize);
       std::vector<cv::Mat> images;
       std::vector<cv::Mat> inColour;

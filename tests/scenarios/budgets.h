@@ -52,7 +52,7 @@ struct TBudget {
 
 inline std::string nameOf(const TBudget& budget) {
   const std::string name =
-      std::string(scenario::nameOf(budget.joint)) + "_" + scenario::nameOf(budget.level) + "_";
+      std::string(scenes::shortNameOf(budget.joint)) + "_" + scenario::nameOf(budget.level) + "_";
   return name + weldPosText(budget.pos) + "_" + budget.series.name + budget.beside.name;
 }
 

@@ -32,7 +32,7 @@ TEST_P(WholeFrames, keepTheirBudget) {
   const TWeldParams params = scenes::weldParamsFor(budget.joint, budget.pos);
   const std::uint64_t seed = seedOfTest();
   SCOPED_TRACE(testing::Message() << "first seed " << seed);
-  scenario::TScore score;
+  scenes::TScore score;
   int points = 0;
   int strays = 0;
   for (int i = 0; i < budget.series.scenes; ++i) {
@@ -41,7 +41,7 @@ TEST_P(WholeFrames, keepTheirBudget) {
     TWeldLineRes result;
     for (const scenes::TScene& scene : reel::render(first, budget.series.motion, budget.series.frames)) {
       result = scenario::detect(params, scene.image, result);
-      score.add(budget.joint, budget.pos, scene, result);
+      score.add({budget.joint, budget.pos}, scene.truth, result);
       for (const cv::Point2f p : result.stripePts) strays += isOnStripe(scene.truth, p) ? 0 : 1;
       points += static_cast<int>(result.stripePts.size());
     }
@@ -62,9 +62,9 @@ TEST(BlankFrames, giveNoSeamOfAnyJoint) {
     auto blank = scenes::randomScene(TJoint::blank, scenes::TLevel::noisy, seed, scenario::kFrameSize);
     blank.look.noiseSigma = noise;
     const cv::Mat image = scenes::renderScene(blank).image;
-    for (const TJoint joint : reel::detectedJoints())
+    for (const auto& [joint, type] : scenes::detectedJoints())
       EXPECT_FALSE(scenario::detect(scenes::weldParamsFor(joint), image).isFound)
-          << scenario::nameOf(joint) << noise;
+          << scenes::shortNameOf(joint) << noise;
   }
 }
 
@@ -81,7 +81,7 @@ TEST(JumpingSeam, isLostForOneFrame) {
     int n = 0;
     for (const scenes::TScene& scene : reel::render(first, motion, kJumpAtFrame + 3)) {
       result = scenario::detect(scenes::weldParamsFor(joint), scene.image, result);
-      EXPECT_EQ(result.isFound, n++ != kJumpAtFrame) << scenario::nameOf(joint) << " seed " << seed;
+      EXPECT_EQ(result.isFound, n++ != kJumpAtFrame) << scenes::shortNameOf(joint) << " seed " << seed;
     }
   }
 }

@@ -41,7 +41,7 @@ bool operator==(const TPinned& a, const TPinned& b) {
 
 // As in the table below.
 void PrintTo(const TPinned& row, std::ostream* out) {
-  *out << "{" << scenario::nameOf(row.joint) << ", " << scenario::nameOf(row.level) << ", " << std::hex
+  *out << "{" << scenes::shortNameOf(row.joint) << ", " << scenario::nameOf(row.level) << ", " << std::hex
        << std::showbase << std::hexfloat << row.frames << ", " << row.values;
   for (const cv::Point2f& point : {row.first, row.tracked}) *out << ", {" << point.x << "F, " << point.y << "F}";
   *out << "}";

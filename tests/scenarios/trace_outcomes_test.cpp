@@ -6,25 +6,12 @@
 
 namespace {
 
-TWeldTracker tracing(TWeldType type) {
+TEST(TraceOutcomes, scenesAlwaysHaveASentence) {
   TTrackerOptions options = TTrackerOptions::exact();
   options.keepTrace = true;
-  return TWeldTracker(detector_types::paramsFor(type), options);
-}
-
-TEST(TraceOutcomes, framesWithoutAnAttemptTellWhy) {
-  TWeldTracker gap = tracing(TWeldType::buttGap);
-  gap.track(cv::Mat());
-  EXPECT_EQ(gap.lastTrace().outcome, TWeldOutcome::noImage);
-  TWeldTracker none = tracing(TWeldType::none);
-  none.track(painted::gapFrame());
-  EXPECT_EQ(none.lastTrace().outcome, TWeldOutcome::noDetector);
-}
-
-TEST(TraceOutcomes, scenesAlwaysHaveASentence) {
   for (const scenes::TJoint joint : {scenes::TJoint::lap, scenes::TJoint::corner, scenes::TJoint::vGroove}) {
     for (const TWeldType type : detector_types::kAll) {
-      TWeldTracker tracker = tracing(type);
+      TWeldTracker tracker(detector_types::paramsFor(type), options);
       for (int n = 0; n < 3; ++n) {
         const auto scene = scenes::randomScene(joint, scenes::TLevel::harsh, 7 + n / 2, {640, 480});
         const bool isFound = tracker.track(scenes::renderScene(scene).image).state == TSeamState::found;

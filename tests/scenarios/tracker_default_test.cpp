@@ -178,7 +178,7 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
   };
   for (const TJoint joint : reel::kRuled) {
     for (const TRow& row : rows) {
-      const std::string where = std::string(scenario::nameOf(joint)) + ", " + row.name;
+      const std::string where = std::string(scenes::shortNameOf(joint)) + ", " + row.name;
       scenes::TSceneParams params = scenes::randomScene(joint, TLevel::clean, 8);
       row.paint(params.look);
       TWeldParams weldParams = scenes::weldParamsFor(joint);

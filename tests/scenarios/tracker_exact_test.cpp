@@ -28,7 +28,7 @@ TEST(TrackerExact, sequencesGiveTheResultsOfThePlainEntryPoint) {
       frames[3].image = cv::Mat();
       for (const scenes::TScene& frame : frames) {
         previous = detectWeldLineViaTracking(frame.image, params, previous);
-        EXPECT_EQ(checksumOf(previous), checksumOf(tracker.track(frame.image).line)) << scenario::nameOf(joint);
+        EXPECT_EQ(checksumOf(previous), checksumOf(tracker.track(frame.image).line)) << scenes::shortNameOf(joint);
       }
     }
   }

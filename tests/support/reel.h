@@ -1,7 +1,7 @@
 // Sequences of rendered frames, as a camera that moves along a seam gives them.
 #pragma once
 
-#include "scenes/scene.h"
+#include "scenes/joints.h"
 
 #include <opencv2/core.hpp>
 
@@ -9,17 +9,7 @@
 
 namespace reel {
 
-// Every joint with a detector, in the order of the scenes; `plain` is the one of stripe presence.
-inline std::vector<scenes::TJoint> detectedJoints() {
-  std::vector<scenes::TJoint> joints;
-  for (auto joint = scenes::TJoint::buttGap; joint < scenes::TJoint::blank;
-       joint = static_cast<scenes::TJoint>(static_cast<int>(joint) + 1)) {
-    if (findWeldJoint(scenes::weldParamsFor(joint).weldType)->hasDetector) joints.push_back(joint);
-  }
-  return joints;
-}
-
-// Those with rules of their own. The grooves are solved as profiles.
+// The joints with rules of their own. The grooves are solved as profiles.
 constexpr scenes::TJoint kRuled[] = {scenes::TJoint::buttGap, scenes::TJoint::lap, scenes::TJoint::corner,
                                      scenes::TJoint::plate};
 

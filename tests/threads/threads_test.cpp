@@ -40,7 +40,7 @@ TSequence makeSequence(TJoint joint) {
 
 std::vector<TSequence> makeSequences() {
   std::vector<TSequence> sequences;
-  for (const TJoint joint : reel::detectedJoints()) sequences.push_back(makeSequence(joint));
+  for (const auto& [joint, type] : scenes::detectedJoints()) sequences.push_back(makeSequence(joint));
   sequences.push_back(sequences.back());
   sequences.back().params.flagPara1 = true;  // ridges
   return sequences;

@@ -28,7 +28,7 @@ void expectEmptyResult(const cv::Mat& image, int type) {
 }
 
 TEST(Dispatch, everyDetectorFindsItsJoint) {
-  for (const scenes::TJoint joint : reel::detectedJoints()) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     TWeldParams params = scenes::weldParamsFor(joint);
     const cv::Mat image = scenes::renderScene(scenes::randomScene(joint, scenes::TLevel::clean, 8)).image;
     TWeldLineRes previous;

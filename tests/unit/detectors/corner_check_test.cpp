@@ -25,14 +25,13 @@ public:
   }
 
   // Flank points over the columns from .. to - 1.
-  TCorner& left(int from, int to) {
-    flanks.left.inliers.clear();
-    return moreLeft(from, to);
-  }
-  TCorner& moreLeft(int from, int to) { return addTo(flanks.left, from, to); }
-  TCorner& right(int from, int to) {
-    flanks.right.inliers.clear();
-    return addTo(flanks.right, from, to);
+  TCorner& left(int from, int to) { return spread(flanks.left, from, to); }
+  TCorner& right(int from, int to) { return spread(flanks.right, from, to); }
+  TCorner& moreLeft(int from, int to) {
+    const weld::TPoints before = flanks.left.inliers;
+    left(from, to);
+    flanks.left.inliers.insert(flanks.left.inliers.begin(), before.begin(), before.end());
+    return *this;
   }
   TCorner& leftSlope(double k) {
     flanks.left.k = k;
@@ -71,9 +70,9 @@ private:
     line.b = kCornerY - k * kCornerX;
     return line;
   }
-  TCorner& addTo(weld::TFittedLine& flank, int from, int to) {
+  TCorner& spread(weld::TFittedLine& flank, int from, int to) {
     const auto points = painted::linePoints(from, to, flank.k * from + flank.b, flank.k);
-    flank.inliers.insert(flank.inliers.end(), points.begin(), points.end());
+    flank.inliers.assign(points.begin(), points.end());
     return *this;
   }
 

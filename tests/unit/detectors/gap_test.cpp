@@ -27,13 +27,14 @@ const TStripePts kAtBorder = joined(linePoints(0, 1, 240.0), linePoints(41, 620,
 TEST(FindGap, endsWithItsSeamOrItsReason) {
   const TSettings usual;
   const TSettings level = with(usual, &TSettings::stripeAngleDeg, {-10.0, 10.0});
+  const char* const kBorder = "seam in the first row or column of the image or outside";
   const auto pos = [](int value) { return static_cast<TWeldPosType>(value); };
   const struct {
     const char* name;
     TStripePts points;
     TSettings settings;
     const char* reason;
-    float seamX = 0.0F;
+    float seamX = 0.0F;  // the row is the line's at the left edge
     TWeldPosType pos = TWeldPosType::centre;
     bool isTracking = false;
   } rows[] = {
@@ -41,8 +42,7 @@ TEST(FindGap, endsWithItsSeamOrItsReason) {
       {"10 points", linePoints(20, 30, 240.0), usual, "gap too narrow"},
       {"14 degrees, up to 10 allowed", kSloped, level, "no line through the stripe points"},
       {"the same, tracked", kSloped, level, "found", 319.5F, pos(0), true},
-      {"no two points on one line", TStripePts(40, {300.0F, 240.0F}), usual, "no line through the stripe points",
-       0, pos(0), true},
+      {"upright", TStripePts(40, {300, 240}), usual, "no line through the stripe points", 0, pos(0), true},
       {"every point on the line", kGap, with(usual, &TSettings::minLineShare, 1.0), "found", 319.5F},
       {"half of them", kTwoRows, with(usual, &TSettings::minLineShare, 0.9), "too few stripe points on the line"},
       {"none nearer than 0", kGap, with(usual, &TSettings::lineTolerancePx, 0.0),
@@ -54,14 +54,14 @@ TEST(FindGap, endsWithItsSeamOrItsReason) {
       {"the left one of equals", kTwoGaps, usual, "found", 214.5F},
       {"backing beyond the tolerance", kBacked, usual, "found", 319.5F},
       {"backing within it", kBacked, with(usual, &TSettings::lineTolerancePx, 7.0), "gap too narrow"},
-      {"first column", kAtBorder, usual, "seam in the first row or column of the image or outside", 0, pos(1)},
+      {"first column", kAtBorder, usual, kBorder, 0, pos(1)},
       {"its other side", kAtBorder, usual, "found", 41, pos(2)},
-      {"first row", joined(linePoints(20, 300, 0.0), linePoints(340, 620, 0.0)), usual,
-       "seam in the first row or column of the image or outside"},
-      {"left", kGap, usual, "found", 299, pos(1)},
-      {"right", kGap, usual, "found", 340, pos(2)},
-      {"upper is the centre", kGap, usual, "found", 319.5F, pos(3)},
-      {"no such position", kGap, usual, "found", 319.5F, pos(-7)},
+      {"first row", joined(linePoints(20, 300, 0.0), linePoints(340, 620, 0.0)), usual, kBorder},
+      {"left", kSloped, usual, "found", 299, pos(1)},
+      {"right", kSloped, usual, "found", 340, pos(2)},
+      {"right, tracked", kSloped, usual, "found", 340, pos(2), true},
+      {"upper is the centre", kSloped, usual, "found", 319.5F, pos(3)},
+      {"no such position", kSloped, usual, "found", 319.5F, pos(-7)},
   };
   ending::TSeenChecks seen;
   for (const auto& row : rows) {
@@ -69,20 +69,11 @@ TEST(FindGap, endsWithItsSeamOrItsReason) {
     const auto end = ending::of(weld::findGap, row.points, row.settings.params(row.pos), seen, previous);
     EXPECT_EQ(end.reason, row.reason) << row.name;
     EXPECT_EQ(end.pos.x, row.seamX) << row.name;
+    const bool isSloped = row.points == kSloped;
+    EXPECT_NEAR(end.pos.y, !end.isFound ? 0.0 : isSloped ? 100.0 + 0.25 * (299 - 20) : 240.0, 0.6) << row.name;
     EXPECT_EQ(end.seam.stripePts.size(), row.points.size()) << row.name;
   }
   seen.expectEachStoppedARow();
-}
-
-TEST(FindGap, rowIsThatOfTheLeftEdgeWhateverThePosition) {
-  ending::TSeenChecks seen;
-  for (const int pos : {0, 1, 2}) {
-    const TWeldParams params = TSettings().params(static_cast<TWeldPosType>(pos));
-    for (const weld::TPrevious& previous : {weld::TPrevious(), ending::foundBefore()}) {
-      const auto end = ending::of(weld::findGap, kSloped, params, seen, previous);
-      EXPECT_NEAR(end.pos.y, 100.0F + 0.25F * (299 - 20), 0.6) << pos;
-    }
-  }
 }
 
 }  // namespace
