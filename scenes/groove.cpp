@@ -90,7 +90,7 @@ double angleDeg(const TRay& ray) {
   return ray.along.x < 0.0 ? directionDeg(-ray.along.x, -ray.along.y) : directionDeg(ray.along.x, ray.along.y);
 }
 
-void addLine(cv::Point2d a, cv::Point2d b, const TPiece& look, TProfile& profile) {
+void addLinePiece(cv::Point2d a, cv::Point2d b, const TPiece& look, TProfile& profile) {
   if (b.x - a.x < kLeastRunPx) return;
   TPiece piece = look;
   piece.firstX = a.x;
@@ -105,8 +105,8 @@ void addLine(cv::Point2d a, cv::Point2d b, const TPiece& look, TProfile& profile
   profile.pieces.push_back(piece);
 }
 
-void addArc(const TCircle& circle, double half, cv::Point2d a, cv::Point2d b, const TPiece& look,
-            TProfile& profile) {
+void addArcPiece(const TCircle& circle, double half, cv::Point2d a, cv::Point2d b, const TPiece& look,
+                 TProfile& profile) {
   const auto isOnHalf = [&](cv::Point2d p) { return half * (p.y - circle.centre.y) >= 0.0; };
   TPiece piece = look;
   piece.firstX = isOnHalf(a) ? a.x : circle.centre.x - circle.radiusPx;

@@ -49,7 +49,7 @@ TGrooveParts layOutFlanks(TJoint joint, const TGeometry& geometry, const TPlacin
 TGrooveParts layOutFlares(TJoint joint, const TGeometry& geometry, const TPlacing& placing, TProfile& profile);
 
 // A straight piece from a to b. A vertical or overhanging one is hidden: it adds nothing.
-void addLine(cv::Point2d a, cv::Point2d b, const TPiece& look, TProfile& profile);
+void addLinePiece(cv::Point2d a, cv::Point2d b, const TPiece& look, TProfile& profile);
 
 struct TCircle {
   cv::Point2d centre;
@@ -58,8 +58,8 @@ struct TCircle {
 
 // The part of a circle's half in the image (lower: +1, upper: -1) from a to b, up to the half's ends where a or b
 // lies on the other half.
-void addArc(const TCircle& circle, double half, cv::Point2d a, cv::Point2d b, const TPiece& look,
-            TProfile& profile);
+void addArcPiece(const TCircle& circle, double half, cv::Point2d a, cv::Point2d b, const TPiece& look,
+                 TProfile& profile);
 
 inline double dot(cv::Point2d a, cv::Point2d b) {
   return a.x * b.x + a.y * b.y;

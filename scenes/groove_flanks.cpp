@@ -105,11 +105,11 @@ void addPath(const THalf& path, bool isDark, TProfile& p) {
     look.rootShareLast = path[i].rootShare;
     look.isDark = isDark;
     look.bowRows = p.deeper * path[i - 1].bowPx;
-    addLine(last.to, next.from, look, p);
+    addLinePiece(last.to, next.from, look, p);
     if (next.circle.radiusPx > 0.0) {
       look.rootShareFirst = path[i].rootShare;
       const double half = path[i].at.y > next.circle.centre.y ? 1.0 : -1.0;
-      addArc(next.circle, half, next.from, next.to, look, p);
+      addArcPiece(next.circle, half, next.from, next.to, look, p);
     }
     last = next;
   }
@@ -139,7 +139,7 @@ void addBacking(const TGeometry& g, const TPlacing& placing, TProfile& p) {
   const double half = g.gapPx * g.groove->backingShare / 2.0;
   TPiece look;
   look.rootShareFirst = look.rootShareLast = 1.0;
-  addLine(placing({-half, g.groove->rootFacePx}), placing({half, g.groove->rootFacePx}), look, p);
+  addLinePiece(placing({-half, g.groove->rootFacePx}), placing({half, g.groove->rootFacePx}), look, p);
 }
 
 // The parts of two halves that run left to right in the image.

@@ -35,18 +35,18 @@ void addRound(const TRound& round, const TPlacing& placing, TProfile& p) {
   if (round.isTube) {
     const cv::Point2d span{inImage.radiusPx, 0.0};
     const TPiece look = lookOf(round.facing > 0.0 ? 0.0 : 1.0, round.facing > 0.0 ? 1.0 : 0.0, round.isDark);
-    addArc(inImage, half, inImage.centre - span, inImage.centre + span, look, p);
+    addArcPiece(inImage, half, inImage.centre - span, inImage.centre + span, look, p);
     return;
   }
   const cv::Point2d touch = placing(topOf(round));
   const cv::Point2d side = placing(round.circle.centre + cv::Point2d(round.facing * round.circle.radiusPx, 0.0));
   const cv::Point2d far = placing(topOf(round) - cv::Point2d(round.facing * placing.farPx, 0.0));
   if (round.facing > 0.0) {
-    addLine(far, touch, lookOf(0.0, 0.0, round.isDark), p);
-    addArc(inImage, half, touch, side, lookOf(0.0, 1.0, round.isDark), p);
+    addLinePiece(far, touch, lookOf(0.0, 0.0, round.isDark), p);
+    addArcPiece(inImage, half, touch, side, lookOf(0.0, 1.0, round.isDark), p);
   } else {
-    addArc(inImage, half, side, touch, lookOf(1.0, 0.0, round.isDark), p);
-    addLine(touch, far, lookOf(0.0, 0.0, round.isDark), p);
+    addArcPiece(inImage, half, side, touch, lookOf(1.0, 0.0, round.isDark), p);
+    addLinePiece(touch, far, lookOf(0.0, 0.0, round.isDark), p);
   }
 }
 
@@ -114,9 +114,9 @@ TGrooveParts layOutFlareBevel(const TGeometry& g, const TPlacing& placing, TProf
   const cv::Point2d farInImage = placing(foot + outwards * placing.farPx);
   const TPiece flat = lookOf(0.0, 0.0, groove.isMirrored == groove.isLeftDark);
 
-  if (groove.isMirrored) addLine(farInImage, footInImage, flat, p);
+  if (groove.isMirrored) addLinePiece(farInImage, footInImage, flat, p);
   addRound(round, placing, p);
-  if (!groove.isMirrored) addLine(footInImage, farInImage, flat, p);
+  if (!groove.isMirrored) addLinePiece(footInImage, farInImage, flat, p);
 
   TGrooveParts parts;
   const cv::Point2d onRound = placing(towards * radiusPx);

@@ -32,6 +32,15 @@ TPiece arcPiece(double firstX, double lastX, cv::Point2d centre, double radiusX,
   return piece;
 }
 
+// Bows a line between two of its points.
+void bow(double fromX, double toX, double rows, TPiece& piece) {
+  const double middleX = (fromX + toX) / 2.0;
+  piece.anchor.y += piece.slope * (middleX - piece.anchor.x);
+  piece.anchor.x = middleX;
+  piece.bowRows = rows;
+  piece.bowHalfPx = (toX - fromX) / 2.0;
+}
+
 TPiece dark(TPiece piece) {
   piece.isDark = true;
   return piece;
@@ -46,8 +55,9 @@ TPiece rooted(TPiece piece, double shareFirst, double shareLast) {
 void buildButtGap(const TGeometry& g, double endX, TProfile& p) {
   const double leftX = std::floor(p.seam.x - g.gapPx / 2.0);
   const double rightX = std::ceil(p.seam.x + g.gapPx / 2.0);
-  p.pieces = {linePiece(0.0, leftX, p.seam), dark(linePiece(rightX, endX, p.seam))};
-  p.features = {{"gapLeft", {leftX, p.seam.y}}, {"gapRight", {rightX, p.seam.y}}};
+  const cv::Point2d right{p.seam.x, p.seam.y + g.sideStepPx};
+  p.pieces = {linePiece(0.0, leftX, p.seam), dark(linePiece(rightX, endX, right))};
+  p.features = {{"gapLeft", {leftX, p.seam.y}}, {"gapRight", {rightX, right.y}}};
 }
 
 void buildLap(const TGeometry& g, double endX, TProfile& p) {
@@ -61,6 +71,10 @@ void buildCorner(const TGeometry& g, double endX, TProfile& p) {
   const double split = std::floor(p.seam.x);
   p.pieces = {linePiece(0.0, split, p.seam, tanDeg(g.leftFlankDeg)),
               dark(linePiece(split + 1.0, endX, p.seam, tanDeg(g.rightFlankDeg)))};
+  if (g.bowPx != 0.0) {
+    bow(0.0, p.seam.x, g.bowPx, p.pieces[0]);
+    bow(p.seam.x, endX, g.bowPx, p.pieces[1]);
+  }
   p.features = {{"root", p.seam}};
 }
 
@@ -227,12 +241,22 @@ void settleSeam(TJoint joint, TProfile& p) {
 
 }  // namespace
 
+std::vector<cv::Point2d> toesOf(const TProfile& profile) {
+  std::vector<cv::Point2d> all;
+  std::vector<cv::Point2d> shoulders;
+  for (const TFeature& feature : profile.features) {
+    all.push_back(feature.point);
+    if (feature.name == "leftShoulder" || feature.name == "rightShoulder") shoulders.push_back(feature.point);
+  }
+  return shoulders.empty() ? all : shoulders;
+}
+
 double rowAt(const TProfile& profile, const TPiece& piece, double x) {
   const double tilt = profile.tiltSlope * (x - profile.pivotX);
   const double dx = x - piece.anchor.x;
   if (piece.bowHalfPx > 0.0) {
     const double share = dx / piece.bowHalfPx;
-    return piece.anchor.y + piece.slope * dx + piece.bowRows * (1.0 - share * share);
+    return piece.anchor.y + piece.slope * dx + piece.bowRows * (1.0 - share * share) + tilt;
   }
   if (piece.radiusXPx <= 0.0) return piece.anchor.y + piece.slope * dx + tilt;
   const double share = dx / piece.radiusXPx;
@@ -241,7 +265,8 @@ double rowAt(const TProfile& profile, const TPiece& piece, double x) {
 
 double slopeAt(const TProfile& profile, const TPiece& piece, double x) {
   if (piece.bowHalfPx > 0.0) {
-    return piece.slope - 2.0 * piece.bowRows * (x - piece.anchor.x) / (piece.bowHalfPx * piece.bowHalfPx);
+    const double bowSlope = -2.0 * piece.bowRows * (x - piece.anchor.x) / (piece.bowHalfPx * piece.bowHalfPx);
+    return piece.slope + bowSlope + profile.tiltSlope;
   }
   if (piece.radiusXPx <= 0.0) return piece.slope + profile.tiltSlope;
   const double share = (x - piece.anchor.x) / piece.radiusXPx;

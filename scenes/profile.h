@@ -34,6 +34,9 @@ struct TProfile {
   double deeper = 1.0;              // grooves: +1 where depth grows down the image, -1 where it grows up
 };
 
+// The feature points that disturbances aim at: the shoulders of a groove, all points of another joint.
+std::vector<cv::Point2d> toesOf(const TProfile& profile);
+
 // Row and slope of the centre line of a piece at a column.
 double rowAt(const TProfile& profile, const TPiece& piece, double x);
 double slopeAt(const TProfile& profile, const TPiece& piece, double x);

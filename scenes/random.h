@@ -7,7 +7,21 @@
 namespace scenes {
 
 // What the numbers are for; every use draws from a stream of its own, so that one does not shift another.
-enum class TStream : std::uint64_t { missing = 1, texture, glow, spatter, blobs, noise, speckle, layout, jitter };
+enum class TStream : std::uint64_t {
+  missing = 1,
+  texture,
+  glow,
+  spatter,
+  blobs,
+  noise,
+  speckle,
+  layout,
+  jitter,
+  drops,
+  roughness,
+  toeBlob,
+  mirrors
+};
 
 inline std::uint64_t mixBits(std::uint64_t v) {
   v += 0x9E3779B97F4A7C15ULL;

@@ -31,7 +31,8 @@ struct TRoughness {
 TRoughness roughnessOf(TLevel level) {
   if (level == TLevel::clean) return {4.0, 0.0};
   if (level == TLevel::noisy) return {8.0, 0.6};
-  return {12.0, 2.5};
+  if (level == TLevel::harsh) return {12.0, 2.5};
+  return {12.0, 4.0};
 }
 
 // Deep, but with shoulders that stay in the frame.
@@ -129,7 +130,7 @@ void placeGroove(TJoint joint, TLevel level, double scale, TRandom& random, TGeo
 
 void lookGroove(TLevel level, TRandom& random, TLook& look) {
   look.steepestSlope = kSteepestSlope;
-  look.slopeDimming = random.uniform(0.0, level == TLevel::harsh ? 0.5 : 0.3);
+  look.slopeDimming = random.uniform(0.0, level == TLevel::harsh || level == TLevel::real ? 0.5 : 0.3);
   if (level != TLevel::harsh) return;
   look.missingRunPx = 8.0;
   look.ghostOffsetPx = anySign(random, look.ghostOffsetPx);

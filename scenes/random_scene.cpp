@@ -1,6 +1,7 @@
 #include "scenes/groove.h"
 #include "scenes/random.h"
 #include "scenes/random_groove.h"
+#include "scenes/random_real.h"
 #include "scenes/scene.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace {
 constexpr double kDesignWidthPx = 1280.0;  // widths and steps below are meant for frames this wide
 constexpr double kDimmestPeak = 110.0;     // grey level that the darker surface keeps
 constexpr double kWhite = 255.0;
-constexpr double kShortestFlankPx = 15.0;  // that the grooves below are drawn with, and less
 
 void placeJoint(TJoint joint, double scale, TRandom& random, TGeometry& g) {
   g.seam = {random.uniform(0.3, 0.7), random.uniform(0.35, 0.65)};
@@ -83,33 +83,6 @@ void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
   look.ghostSpan = random.uniform(0.2, 0.6);
 }
 
-TWeldType weldTypeOf(TJoint joint) {
-  switch (joint) {
-    case TJoint::buttGap:
-      return TWeldType::buttGap;
-    case TJoint::lap:
-      return TWeldType::lap;
-    case TJoint::corner:
-      return TWeldType::corner;
-    case TJoint::plate:
-      return TWeldType::plate;
-    case TJoint::vGroove:
-      return TWeldType::vGroove;
-    case TJoint::singleBevel:
-      return TWeldType::singleBevel;
-    case TJoint::uGroove:
-      return TWeldType::uGroove;
-    case TJoint::flareV:
-      return TWeldType::flareV;
-    case TJoint::flareBevel:
-      return TWeldType::flareBevel;
-    case TJoint::plain:
-    case TJoint::blank:
-      break;
-  }
-  return TWeldType::stripePresence;
-}
-
 }  // namespace
 
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size) {
@@ -125,13 +98,7 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
   if (level != TLevel::clean) lookNoisy(random, params.look);
   if (level == TLevel::harsh) lookHarsh(params.geometry, random, params.look);
   if (isGroove(joint)) lookGroove(level, random, params.look);
-  return params;
-}
-
-TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
-  TWeldParams params;
-  initWeldParameters(weldTypeOf(joint), params, pos);
-  if (isGroove(joint)) params.dPara6 = kShortestFlankPx;
+  if (level == TLevel::real) makeReal(scale, random, params);
   return params;
 }
 

@@ -5,6 +5,7 @@
 #include "scenes/speckle.h"
 #include "scenes/stripe.h"
 #include "scenes/surroundings.h"
+#include "scenes/troubles.h"
 
 #include <cmath>
 #include <limits>
@@ -54,7 +55,9 @@ TScene renderScene(const TSceneParams& params) {
   const TSpeckle speckle(params.look.speckle, params.look.speckleGrainPx,
                          TRandom(params.seed, TStream::speckle, params.frame));
   cv::Mat1f light = lightSurroundings(params);
+  addRoomLight(params, light);
   drawStripe(params, profile, columns, speckle, light);
+  addTroubles(params, profile, columns, speckle, light);
   addBlobs(params, truth.centreY, speckle, light);
   addArc(params, profile.seam, light);
   return {exposeFrame(params, light), truth};

@@ -49,6 +49,8 @@ struct TGeometry {
   double rightFlankDeg = -25.0;
   double depthPx = 120.0;       // grooves: depth below the shoulders
   double plateWidthPx = 500.0;  // plate: width
+  double sideStepPx = 0.0;      // buttGap: the right plate lies so much lower in the image
+  double bowPx = 0.0;           // corner: the flanks' middles lie so many rows below their chords
   // The five groove joints: the tilt turns the whole groove, and the truth is complete. None: plain level grooves
   // with sharp edges, sheared by the tilt, without measures.
   std::optional<TGroove> groove = std::nullopt;
@@ -56,13 +58,14 @@ struct TGeometry {
 
 // How the stripe and its surroundings look.
 struct TLook {
-  double fwhmPx = 7.0;            // full width at half maximum on the parent surface
-  double rootFwhmPx = 7.0;        // the same in the groove, at the root and on far flanks (2..50)
-  double peak = 200.0;            // grey level of the stripe's ridge before clipping at 255; above 255 saturates
-  double rootPeak = 200.0;        // the same in the groove and on far flanks
-  double brightnessRatio = 1.0;   // right surface (plate: the table) darker than the other by this factor (1..10)
-  double fade = 0.0;              // loss of brightness towards the sides, share, 0..1
-  double speckle = 0.0;           // contrast of the multiplicative speckle, 0..1
+  double fwhmPx = 7.0;      // full width at half maximum on the parent surface
+  double rootFwhmPx = 7.0;  // the same in the groove, at the root and on far flanks (2..50)
+  double peak = 200.0;      // grey level of the stripe's ridge before clipping at 255; above 255 saturates
+  double rootPeak = 200.0;  // the same in the groove and on far flanks
+  double brightnessRatio =
+      1.0;               // right surface (plate: the table) darker by this factor (1..10); below 1: brighter
+  double fade = 0.0;     // loss of brightness towards the sides, share, 0..1
+  double speckle = 0.0;  // contrast of the multiplicative speckle, 0..1
   double speckleGrainPx = 2.0;    // grain of the speckle, 1..4
   double noiseSigma = 0.0;        // additive Gaussian noise, grey levels
   double background = 0.0;        // mean grey level of the surroundings
@@ -85,6 +88,21 @@ struct TLook {
       0.0;  // grooves: brightness of each flank's reflection on the other, share of the flank; 0: none
 };
 
+// What makes frames from a workshop hard, beyond TLook.
+struct TTroubles {
+  double dropShare = 0.0;  // share of the columns that lose the stripe in runs of 3 to 25, up to the points' sides
+  int dropAtPointPx = 0;   // one more such run, this long, covers an edge, corner or shoulder
+  double darkRoughPx = 0.0;       // scatter of the drawn stripe around its true row on the darker surface
+  double darkFwhmPx = 0.0;        // width of the stripe on the darker surface; 0: as on the other
+  double toeBlobPx = 0.0;         // diameter of a saturated blob at an edge, corner or shoulder
+  double secondLaserShare = 0.0;  // brightness of a second laser's stripe against the first; 0: none
+  double secondLaserRise = 2.0;   // its profile is so many times as high ...
+  double secondLaserDropPx = 0;   // ... and its seam lies so far below the first one's
+  int mirrorLines = 0;            // dim mirror images that fan out of the seam
+  double torchLevel = 0.0;        // grey level of torch and wire above the seam; 0: out of view
+  double seamLine = 0.0;  // the joint seen in room light: a line across the frame, so many grey levels darker
+};
+
 struct TSceneParams {
   TJoint joint = TJoint::buttGap;
   cv::Size size{1280, 1024};
@@ -92,6 +110,7 @@ struct TSceneParams {
   std::uint64_t frame = 0;  // noise, speckle, glow and spatter are new in every frame; the workpiece stays
   TGeometry geometry;
   TLook look;
+  TTroubles troubles;
 };
 
 struct TFeature {
@@ -138,13 +157,17 @@ TScene renderScene(const TSceneParams& params);
 // the root.
 cv::Point2d seamPoint(TJoint joint, const TTruth& truth, TWeldPosType pos);
 
-enum class TLevel { clean, noisy, harsh };
+enum class TLevel { clean, noisy, harsh, real };
 
 // A random joint of that kind at that level of difficulty, its seam within the middle 40 % of the frame width.
 //   clean  unsaturated stripe, nothing else in the frame.
 //   noisy  noise, speckle, surfaces of unlike brightness (up to 10:1), fading, background with texture.
 //   harsh  a saturated stripe up to 40 px tall on surfaces up to 4:1, noise, speckle, lost stretches, flare,
 //          blobs, a ghost, arc glow and spatter.
+//   real   like frames from workshops: thin speckled, medium or saturated stripes; each frame has some of
+//   TTroubles, half
+//          of the butt gaps are tight (1 to 3 px), half of the plates lie flush with the table. Parameters for
+//          wide gaps and high steps do not find these.
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size = {1280, 1024});
 
 // Parameters that find the joints that randomScene makes.

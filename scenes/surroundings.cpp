@@ -48,30 +48,6 @@ void addTexture(cv::Size cell, double amplitude, const TRandom& random, cv::Mat1
   }
 }
 
-// Adds a spot of light, 2^-(distance / radius)^2; radii are those of half the level.
-void addSpot(cv::Point2d centre, cv::Size2d radius, double level, const TSpeckle* speckle, cv::Mat1f& light) {
-  const double reach = std::sqrt(static_cast<double>(kFadedOut));
-  const int left = std::max(0, static_cast<int>(centre.x - reach * radius.width));
-  const int right = std::min(light.cols - 1, static_cast<int>(centre.x + reach * radius.width));
-  const int top = std::max(0, static_cast<int>(centre.y - reach * radius.height));
-  const int bottom = std::min(light.rows - 1, static_cast<int>(centre.y + reach * radius.height));
-  if (left > right) return;
-  std::vector<float> across(right - left + 1);
-  for (int x = left; x <= right; ++x) {
-    const double share = (x - centre.x) / radius.width;
-    across[x - left] = halve(static_cast<float>(share * share));
-  }
-  for (int y = top; y <= bottom; ++y) {
-    const double share = (y - centre.y) / radius.height;
-    const float down = static_cast<float>(level) * halve(static_cast<float>(share * share));
-    float* row = light[y];
-    for (int x = left; x <= right; ++x) {
-      const float value = down * across[x - left];
-      row[x] += speckle == nullptr ? value : value * speckle->factor(x, y);
-    }
-  }
-}
-
 // A streak: dabs along a straight path that fade towards its tail, the brightest wins.
 void addStreak(cv::Point2d head, cv::Point2d direction, double lengthPx, double radiusPx, double level,
                cv::Mat1f& light) {
@@ -111,6 +87,29 @@ void exposeRow(const float* light, float sigma, std::uint64_t offset, int cols, 
 }
 
 }  // namespace
+
+void addSpot(cv::Point2d centre, cv::Size2d radius, double level, const TSpeckle* speckle, cv::Mat1f& light) {
+  const double reach = std::sqrt(static_cast<double>(kFadedOut));
+  const int left = std::max(0, static_cast<int>(centre.x - reach * radius.width));
+  const int right = std::min(light.cols - 1, static_cast<int>(centre.x + reach * radius.width));
+  const int top = std::max(0, static_cast<int>(centre.y - reach * radius.height));
+  const int bottom = std::min(light.rows - 1, static_cast<int>(centre.y + reach * radius.height));
+  if (left > right) return;
+  std::vector<float> across(right - left + 1);
+  for (int x = left; x <= right; ++x) {
+    const double share = (x - centre.x) / radius.width;
+    across[x - left] = halve(static_cast<float>(share * share));
+  }
+  for (int y = top; y <= bottom; ++y) {
+    const double share = (y - centre.y) / radius.height;
+    const float down = static_cast<float>(level) * halve(static_cast<float>(share * share));
+    float* row = light[y];
+    for (int x = left; x <= right; ++x) {
+      const float value = down * across[x - left];
+      row[x] += speckle == nullptr ? value : value * speckle->factor(x, y);
+    }
+  }
+}
 
 cv::Mat1f lightSurroundings(const TSceneParams& params) {
   const TLook& look = params.look;

@@ -12,6 +12,9 @@ namespace scenes {
 // The light that surrounds the stripe before the stripe is added: background and its texture.
 cv::Mat1f lightSurroundings(const TSceneParams& params);
 
+// Adds a spot of light, 2^-(distance / radius)^2; radii are those of half the level. No speckle: smooth.
+void addSpot(cv::Point2d centre, cv::Size2d radius, double level, const TSpeckle* speckle, cv::Mat1f& light);
+
 // Specular blobs beside the stripe; centreY as in TTruth.
 void addBlobs(const TSceneParams& params, const std::vector<double>& centreY, const TSpeckle& speckle,
               cv::Mat1f& light);

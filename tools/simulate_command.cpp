@@ -94,15 +94,20 @@ std::string truthLine(const std::string& name, const scenes::TTruth& truth, scen
   return name + (truth.hasSeam ? ",1," : ",0,") + seam + "," + join(features, ";");
 }
 
+TWeldPosType positionOf(scenes::TJoint joint, const std::string& text) {
+  const TWeldType type = scenes::weldTypeOf(joint);
+  return parsePosition(findWeldJoint(type) != nullptr ? type : detectorFor(joint), text);
+}
+
 TWeldParams trackParams(scenes::TJoint joint, TWeldPosType pos) {
-  TWeldParams params = scenes::weldParamsFor(joint, pos);
+  TWeldParams params;
   initWeldParameters(detectorFor(joint), params, pos);
   return params;
 }
 
 void run(const TOptions& options) {
   const scenes::TJoint joint = parseJoint(options.type);
-  const TWeldPosType pos = parsePosition(options.position);
+  const TWeldPosType pos = positionOf(joint, options.position);
   const scenes::TLevel level = parseLevel(options.level);
   const scenes::TMotion motion = motionOf(options);
   const scenes::TSceneParams first = scenes::randomScene(joint, level, options.seed, parseSize(options.size));

@@ -242,13 +242,15 @@ bool isOf(TTemplateView forms, const TProfileFit* fit) {
 
 TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, const TPrevious& previous) {
   const TTemplateView forms = profilesOf(frame.params.weldType);
+  TProfileOptions options;
+  options.frame = &frame;
   if (previous.isFound && isOf(forms, previous.profile)) {
     const TStageTimer timer(frame.trace, "profile followed");
-    TProfileFit fit = trackProfile(stripe, *previous.profile, {}, frame.memory);
+    TProfileFit fit = trackProfile(stripe, *previous.profile, options, frame.memory);
     if (fit.isFound()) return fit;
   }
   const TStageTimer timer(frame.trace, "profile search");
-  return fitProfile(stripe, forms, {}, frame.memory);
+  return fitProfile(stripe, forms, options, frame.memory);
 }
 
 }  // namespace

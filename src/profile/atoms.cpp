@@ -13,7 +13,8 @@ constexpr double kWideHolePx = 8.0;         // ends a block
 constexpr double kMergeCost = 9.0;          // a merge below it needs no reason
 constexpr double kBreakCost = 4.0;          // of a merge across a break
 constexpr double kHoleCostPerColumn = 0.2;  // and for the columns without centres there
-constexpr int kFarthestShift = 8;           // centres by which a border may move in the end
+constexpr std::size_t kManyBlocks = 40;
+constexpr int kFarthestShift = 8;  // centres by which a border may move in the end
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 struct TBlock {
@@ -72,20 +73,48 @@ private:
     blocks[b].rise = (joined - blocks[b].residual - right.residual) * invVariance + right.breakCost;
   }
 
-  // Ties go to the left.
+  // Whatever is cheaper to merge than both its neighbours is merged at once as long as there are many blocks, and
+  // then the cheapest alone. Ties go to the left.
   void mergeBlocks() {
+    while (blocks.size() > kManyBlocks && mergeCheapOnes()) {
+    }
     while (blocks.size() > 1) {
       std::size_t best = 0;
       for (std::size_t b = 1; b + 1 < blocks.size(); ++b) {
         if (blocks[b].rise < blocks[best].rise) best = b;
       }
       if (blocks.size() <= static_cast<std::size_t>(kMostAtoms) && !(blocks[best].rise < kMergeCost)) return;
-      blocks[best].span.last = blocks[best + 1].span.last;
-      blocks[best].residual = moments.residualOf(blocks[best].span);
+      join(blocks[best], blocks[best + 1]);
       blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(best) + 1);
       rate(best);
       if (best > 0) rate(best - 1);
     }
+  }
+
+  void join(TBlock& left, const TBlock& right) const {
+    left.span.last = right.span.last;
+    left.residual = moments.residualOf(left.span);
+  }
+
+  // False where none is below the cost of a merge that needs no reason.
+  bool mergeCheapOnes() {
+    std::size_t kept = 0;
+    bool hasMerged = false;
+    double before = kNever;  // rise of the block to the left
+    for (std::size_t b = 0; b < blocks.size(); ++b, ++kept) {
+      const double rise = blocks[b].rise;
+      const bool isLeast =
+          rise < kMergeCost && rise <= before && (b + 1 >= blocks.size() || rise < blocks[b + 1].rise);
+      before = rise;
+      blocks[kept] = blocks[b];
+      if (!isLeast) continue;
+      join(blocks[kept], blocks[++b]);
+      before = blocks[b].rise;
+      hasMerged = true;
+    }
+    blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(kept), blocks.end());
+    for (std::size_t b = 0; b < blocks.size(); ++b) rate(b);
+    return hasMerged;
   }
 
   double split(int first, int border, int last) const {

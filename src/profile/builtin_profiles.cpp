@@ -39,7 +39,8 @@ constexpr J kSmooth{TJunctionKind::tangent, -28.0, 28.0, 0.0, 0};
 constexpr J kCusp{TJunctionKind::cusp, -180.0, -40.0, 0.0, 0};
 constexpr J kLineCusp{TJunctionKind::cusp, -180.0, -25.0, 0.0, 0};
 
-constexpr E kBowl = arc(8.0, 600.0, false, false, false);
+constexpr E kBowl{
+    TElementKind::arc, TElementRole::round, -90.0, 90.0, 50.0, kAny, 15.0, 600.0, false, false, false};
 constexpr E kBowlInWalls = arc(8.0, 600.0, false, true, true);
 constexpr E kTubeAfterPlate = arc(20.0, 2000.0, true, true, false);
 constexpr E kTubeBeforePlate = arc(20.0, 2000.0, true, false, true);

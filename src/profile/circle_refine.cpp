@@ -36,24 +36,79 @@ TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircl
   return sums;
 }
 
-// Standard deviations of radius and centre over that of a distance, from the covariance.
-void addSigmas(const TNormalEquations& sums, const TCircleFreedom& freedom, TCircleFit& fit) {
-  double r2 = 0.0;
-  double centre2 = 0.0;
+TCircleSpread spreadOf(const TNormalEquations& sums, const TCircleFreedom& freedom) {
+  TCircleSpread s;
   for (std::size_t k = 0; k < freedom.count; ++k) {
     const TTriple column = sums.covariances(k);
     for (std::size_t m = 0; m < freedom.count; ++m) {
       const TDirection& a = freedom.directions[k];
       const TDirection& b = freedom.directions[m];
-      r2 += column[m] * a.r * b.r;
-      centre2 += column[m] * (a.x * b.x + a.y * b.y);
+      s.xx += column[m] * a.x * b.x;
+      s.xy += column[m] * a.x * b.y;
+      s.yy += column[m] * a.y * b.y;
+      s.xr += column[m] * a.x * b.r;
+      s.yr += column[m] * a.y * b.r;
+      s.rr += column[m] * a.r * b.r;
     }
   }
-  fit.radiusSigma = std::sqrt(std::max(0.0, r2));
-  fit.centreSigma = std::sqrt(std::max(0.0, centre2));
+  return s;
+}
+
+constexpr double kSearchPx = 1.0;  // scatter that the search of a radius allows for
+constexpr double kRadii[] = {0.25, 0.35, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0, 1.15, 1.35, 1.7};  // over the first one
+constexpr int kMostTried = 200;                                                           // centres
+
+// Touches the line before or behind the point that it goes through.
+std::optional<TCircle> touchingThrough(double r, const TTouch& touch) {
+  const TLine& line = touch.line;
+  const double side = touch.isCentreBelow ? 1.0 : -1.0;
+  const double depth = side * line.offsetOf(touch.through.x, touch.through.y);
+  const double square = depth * (2.0 * r - depth);
+  if (!(depth > 0.0) || !(square > 0.0)) return std::nullopt;
+  const double half = std::sqrt(square);
+  const double along = line.alongOf(touch.through.x, touch.through.y) + (touch.isLeft ? -half : half);
+  return TCircle{line.x + along * line.dx - side * r * line.dy, line.y + along * line.dy + side * r * line.dx, r};
+}
+
+double touchCost(const TOrientedCentres& centres, TSpan span, const TTouch& touch, const TCircle& c,
+                 double noise2) {
+  const TLine& line = touch.line;
+  const double along = line.alongOf(c.x, c.y);
+  const double touchX = line.x + along * line.dx;
+  const int step = std::max(1, span.count() / kMostTried);
+  double cost = 0.0;
+  for (int i = span.first; i < span.last; i += step) {
+    const cv::Point2d p = centres.at(i);
+    double offset = 0.0;
+    if ((p.x < touchX) == touch.isLeft) {
+      offset = line.offsetOf(p.x, p.y);
+    } else {
+      offset = std::sqrt((p.x - c.x) * (p.x - c.x) + (p.y - c.y) * (p.y - c.y)) - c.r;
+    }
+    const double t = offset * offset / (8.0 * noise2);
+    cost += t / (1.0 + t);
+  }
+  return cost;
 }
 
 }  // namespace
+
+TCircle searchTouching(const TOrientedCentres& centres, TSpan span, const TTouch& touch, const TCircle& start,
+                       double noise2) {
+  const double search2 = std::max(noise2, kSearchPx * kSearchPx);
+  TCircle best = touching(start, touch.line, touch.isCentreBelow);
+  double least = touchCost(centres, span, touch, best, search2);
+  for (const double share : kRadii) {
+    const std::optional<TCircle> circle = touchingThrough(share * start.r, touch);
+    if (!circle) continue;
+    const double cost = touchCost(centres, span, touch, *circle, search2);
+    if (cost < least) {
+      least = cost;
+      best = *circle;
+    }
+  }
+  return best;
+}
 
 TCircleFreedom freeCircle() {
   return {{{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}}, 3};
@@ -106,7 +161,7 @@ TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircle&
     TNormalEquations sums = sumUp(centres, span, fit.circle, freedom, 1.0 / (cutOff * cutOff * noise2));
     if (sums.weight() < kFewest || !sums.factor()) return fit;
     if (step == kSteps) {
-      addSigmas(sums, freedom, fit);
+      fit.spread = spreadOf(sums, freedom);
       break;
     }
     const TTriple change = sums.solution();

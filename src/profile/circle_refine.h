@@ -27,12 +27,37 @@ TCircleFreedom circleBetween(const TLine& left, const TLine& right, bool isCentr
 TCircle touching(const TCircle& circle, const TLine& line, bool isCentreBelow);
 std::optional<TCircle> touching(double r, const TLine& left, const TLine& right, bool isCentreBelow);
 
+// Covariances of centre and radius over the variance of a centre's distance.
+struct TCircleSpread {
+  double xx = 0, xy = 0, yy = 0, xr = 0, yr = 0, rr = 0;
+
+  // Of the circle's point in the direction of a unit vector from its centre: mean square of its distance from the
+  // true one, which lies in the same direction.
+  double at(double nx, double ny) const {
+    const double radial = nx * nx * xx + 2.0 * nx * ny * xy + ny * ny * yy + 2.0 * (nx * xr + ny * yr) + rr;
+    const double tangential = ny * ny * xx - 2.0 * nx * ny * xy + nx * nx * yy;
+    return radial + tangential;
+  }
+};
+
 struct TCircleFit {
   TCircle circle;
-  double radiusSigma = 0.0;  // of the radius over that of a centre's distance
-  double centreSigma = 0.0;  // the same of the centre, along its worst axis
+  TCircleSpread spread;
   bool isFound = false;
 };
+
+// The circle through a point that touches a line and explains the centres of a span best, beyond the touch point
+// by itself and before it by the line: the radius from a grid about a first one. Where an arc meets its plate, a
+// larger circle that leaves it earlier looks nearly as good; a refinement alone would stay there.
+//   isLeft  the line is on the left of the arc
+struct TTouch {
+  const TLine& line;
+  cv::Point2d through;
+  bool isLeft;
+  bool isCentreBelow;
+};
+TCircle searchTouching(const TOrientedCentres& centres, TSpan span, const TTouch& touch, const TCircle& start,
+                       double noise2);
 
 // Gauss-Newton on the normal distances with Tukey's weights.
 //   start   meets the bonds of the freedom

@@ -22,15 +22,6 @@ constexpr double kFilletCutOff = 6.0;
 
 }  // namespace
 
-double offsetFrom(const TFittedElement& element, const TElementRange& range, cv::Point2d p) {
-  if (range.kind == TElementKind::line) {
-    return TBlend(element.lines, element.left.x, element.right.x).offsetOf(p.x, p.y);
-  }
-  const TCircle& c = element.arc.circle;
-  const double distance = std::sqrt((p.x - c.x) * (p.x - c.x) + (p.y - c.y) * (p.y - c.y));
-  return range.isCentreBelow ? c.r - distance : distance - c.r;
-}
-
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b) {
   const double sine = a.dx * b.dy - a.dy * b.dx;
   if (std::abs(sine) < kLeastSine) return std::nullopt;
@@ -38,18 +29,29 @@ std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b) {
   return cv::Point2d(a.x + along * a.dx, a.y + along * a.dy);
 }
 
+std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess) {
+  const double offset = line.offsetOf(circle.x, circle.y);
+  const double half2 = circle.r * circle.r - offset * offset;
+  if (half2 < -0.5 * circle.r * circle.r) return std::nullopt;
+  const double along = line.alongOf(circle.x, circle.y);
+  const double half = half2 > 0.0 ? std::sqrt(half2) : 0.0;
+  const double at = line.alongOf(guess.x, guess.y) < along ? along - half : along + half;
+  return cv::Point2d(line.x + at * line.dx, line.y + at * line.dy);
+}
+
 int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
               const TWalk& walk) {
   const auto [from, limit, step, bow] = walk;
   const double bowPx = bow * (element.right.x - element.left.x);
   const double tolPx = kInlierSigmas * std::sqrt(element.noise2) + bowPx;
+  const TSurface surface(element, range);
   int end = from;
   int waiting = 0;  // centres behind a hole, not yet believed
   for (int i = from + step; i != limit + step && i >= 0 && i < centres.count(); i += step) {
     const cv::Point2d p = centres.at(i);
     const double holePx = std::abs(p.x - centres.at(end).x);
     if (holePx > kFarthestHolePx + kNeededBehindHole) break;
-    if (std::abs(offsetFrom(element, range, p)) > tolPx) {
+    if (std::abs(surface.offsetOf(p)) > tolPx) {
       waiting = 0;
       continue;
     }

@@ -18,7 +18,8 @@ constexpr double kLimitPerLength = 0.012;
 constexpr double kMostNoise2 = 9.0;  // variance of a dim surface over that of the stripe
 constexpr double kLeastSagittaPx = 3.0;
 constexpr double kSagittaPerNoise = 4.0;
-constexpr double kDropGain = 0.8;  // what the variance must fall to
+constexpr double kDropGain = 0.8;    // what the variance must fall to
+constexpr double kLeastKept = 0.78;  // of the weight of an element
 constexpr double kGhostOffPerNoise = 4.0;
 constexpr double kGhostNoise2 = 3.0;  // variance over that of the noise that makes look for a ghost
 
@@ -26,10 +27,10 @@ constexpr double kCostPerCentre = 1.0 / 3.0;  // neighbours tell nearly the same
 constexpr double kBowPerLength = 0.005;       // rms that a real surface has over its length
 
 // Grows with the logarithm of the deviation: real surfaces bow and wave, and a square would drop whole flanks.
-double fitCost(double variance, const TLineEntry& entry, int centres) {
+double fitCost(double variance, const TLineEntry& entry, int centres, int dropped) {
   const double bowPx = kBowPerLength * entry.lengthPx;
   return centres * kCostPerCentre * 0.5 * exactLog(1.0 + variance / (entry.noise2 + bowPx * bowPx)) +
-         2.0 * entry.dropped * kCostPerCentre;
+         2.0 * dropped * kCostPerCentre;
 }
 
 double angleOf(double dx, double dy) {
@@ -88,6 +89,7 @@ void TFitTable::findGhosts() {
 
 // Leaves out the short inner atom that disturbs the line most.
 bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry& entry) const {
+  const double all = moments.sumsOf(span(first, last)).n;
   int worst = -1;
   TMoments::TSums bestSums;
   TLine best = entry.line;
@@ -103,7 +105,7 @@ bool TFitTable::dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry
       worst = k;
     }
   }
-  if (worst < 0) return false;
+  if (worst < 0 || bestSums.n < kLeastKept * all) return false;
   sums = bestSums;
   entry.line = best;
   entry.dropped += centresOf(worst, worst + 1);
@@ -130,14 +132,35 @@ TLineEntry TFitTable::fitLine(int first, int last) const {
   entry.isStraight = entry.line.variance <= varianceLimit(entry.noise2, entry.lengthPx) && entry.line.dx > 0.02;
   if (!entry.isStraight) return entry;
   entry.angleDeg = angleOf(entry.line.dx, entry.line.dy);
-  entry.cost = fitCost(entry.line.variance, entry, all.count());
+  entry.cost = fitCost(entry.line.variance, entry, all.count(), entry.dropped);
   return entry;
+}
+
+std::optional<TCircle> TFitTable::circleWithoutGhosts(int first, int last, int& dropped) const {
+  TMoments::TSums sums = moments.sumsOf(span(first, last));
+  const double all = sums.n;
+  dropped = 0;
+  for (int k = first + 1; k + 1 < last; ++k) {
+    if (!mayBeGhost[static_cast<std::size_t>(k)]) continue;
+    sums -= moments.sumsOf(span(k, k + 1));
+    dropped += centresOf(k, k + 1);
+  }
+  return dropped > 0 && sums.n >= kLeastKept * all ? moments.circleOf(sums) : std::nullopt;
 }
 
 TCircleEntry TFitTable::fitCircle(int first, int last) const {
   TCircleEntry entry;
   const TSpan all = span(first, last);
-  const std::optional<TCircle> circle = all.count() < 5 ? std::nullopt : moments.circleOf(all);
+  if (all.count() < 5) return entry;
+  std::optional<TCircle> circle = moments.circleOf(all);
+  if (circle && circle->variance > kGhostNoise2 * noise * noise) {
+    const std::optional<TCircle> clean = circleWithoutGhosts(first, last, entry.dropped);
+    if (clean && clean->variance < kDropGain * circle->variance) {
+      circle = clean;
+    } else {
+      entry.dropped = 0;
+    }
+  }
   if (!circle) return entry;
   entry.circle = *circle;
   const double leftX = centres.at(all.first);
@@ -151,7 +174,7 @@ TCircleEntry TFitTable::fitCircle(int first, int last) const {
   entry.sagittaPx = circle->r - (height2 > 0.0 ? std::sqrt(height2) : 0.0);
   const TLineEntry& straight = line(first, last);
   const double limit = varianceLimit(straight.noise2, rightX - leftX);
-  entry.cost = fitCost(circle->variance, straight, all.count());
+  entry.cost = fitCost(circle->variance, straight, all.count(), entry.dropped);
   const bool isOneSided = (leftY > circle->y) == (rightY > circle->y);
   entry.isValid = circle->variance <= limit && isOneSided &&
                   entry.sagittaPx >= std::max(kLeastSagittaPx, kSagittaPerNoise * noise);

@@ -26,6 +26,7 @@ struct TCircleEntry {
   double sagittaPx = 0.0;  // height of the arc over its chord
   double startDeg = 0.0;   // angles of the tangent at its left and right end, -90..90, y down
   double endDeg = 0.0;
+  int dropped = 0;       // centres of atoms left out as a ghost's
   bool isValid = false;  // round, seen from one side, no further off than a real surface
 };
 
@@ -52,6 +53,7 @@ private:
   }
   TLineEntry fitLine(int first, int last) const;
   TCircleEntry fitCircle(int first, int last) const;
+  std::optional<TCircle> circleWithoutGhosts(int first, int last, int& dropped) const;
   void findGhosts();
   bool dropWorst(int first, int last, TMoments::TSums& sums, TLineEntry& entry) const;
   double varianceLimit(double noise2, double lengthPx) const;

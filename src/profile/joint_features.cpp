@@ -9,7 +9,12 @@ namespace weld {
 
 namespace {
 
-constexpr double kCorrelated = 2.0;   // neighbouring centres err alike: fewer of them count
+constexpr double kLeastStepPx = 8.0;  // of a lap
+constexpr double kStepPerNoise = 6.0;
+constexpr double kLeastGapPx = 4.0;   // of a square gap
+constexpr double kGapPerHole = 1.3;   // over the second largest hole of the stripe
+constexpr double kUnmodelled = 1.6;   // variance of waves and bows over that of the noise
+constexpr double kTouchShare = 4.0;   // of the variance of a line in that of the arc that touches it
 constexpr double kEndColumnPx = 0.4;  // standard deviation of an end along x
 
 double yOf(const TLine& line, double x) {
@@ -25,34 +30,56 @@ TBase baseOf(const TLine& left, const TLine& right) {
   return {dx / length, dy / length};
 }
 
-double lineSigma(const TLine& line, double noise2, cv::Point2d at) {
+double lineSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at) {
   if (!(line.weight > 0.0) || !(line.spread > 0.0)) return std::sqrt(noise2);
   const double along = line.alongOf(at.x, at.y);
-  const double variance = kCorrelated * std::max(line.variance, 0.25 * noise2);
+  const double variance = kUnmodelled * state.inflation * std::max(line.variance, 0.25 * noise2);
   return std::sqrt(variance * (1.0 / line.weight + along * along / line.spread));
 }
 
-double crossingSigma(const TLine& a, double noiseA2, const TLine& b, double noiseB2, cv::Point2d at) {
+double crossingSigma(const TStripeState& state, const TFittedElement& left, const TFittedElement& right,
+                     cv::Point2d at) {
+  const TLine& a = left.lines.right;
+  const TLine& b = right.lines.left;
   const double sine = std::max(0.02, std::abs(a.dx * b.dy - a.dy * b.dx));
-  const double sigmaA = lineSigma(a, noiseA2, at);
-  const double sigmaB = lineSigma(b, noiseB2, at);
+  const double sigmaA = lineSigma(state, a, left.noise2, at);
+  const double sigmaB = lineSigma(state, b, right.noise2, at);
   return std::sqrt(sigmaA * sigmaA + sigmaB * sigmaB) / sine;
 }
 
-double cornerSigma(const TProfileLayout& layout, std::size_t j) {
-  const TFittedElement& a = layout.elements[j];
-  const TFittedElement& b = layout.elements[j + 1];
-  const bool isLineA = layout.range(j).kind == TElementKind::line;
-  const bool isLineB = layout.range(j + 1).kind == TElementKind::line;
-  if (isLineA && isLineB) return crossingSigma(a.lines.right, a.noise2, b.lines.left, b.noise2, a.right);
-  const TFittedElement& arc = isLineA ? b : a;
-  return std::sqrt(kCorrelated * arc.noise2) * std::max(arc.arc.centreSigma, 0.1);
+double arcSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t e, cv::Point2d at) {
+  const TFittedElement& arc = layout.elements[e];
+  const TElementRange& range = layout.range(e);
+  const TCircle& c = arc.arc.circle;
+  const double spread = arc.arc.spread.at((at.x - c.x) / c.r, (at.y - c.y) / c.r);
+  double variance = kUnmodelled * state.inflation * arc.noise2 * std::max(0.0, spread);
+  // What it touches moves it too.
+  if (range.isTouchingLeft) {
+    const TFittedElement& line = layout.elements[e - 1];
+    const double sigma = lineSigma(state, line.lines.right, line.noise2, arc.left);
+    variance += kTouchShare * sigma * sigma;
+  }
+  if (range.isTouchingRight) {
+    const TFittedElement& line = layout.elements[e + 1];
+    const double sigma = lineSigma(state, line.lines.left, line.noise2, arc.right);
+    variance += kTouchShare * sigma * sigma;
+  }
+  return std::sqrt(variance);
 }
 
-double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at) {
-  const double columns = std::sqrt(kEndColumnPx * kEndColumnPx + unseenPx * unseenPx);
+double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t j) {
+  const bool isLineA = layout.range(j).kind == TElementKind::line;
+  const bool isLineB = layout.range(j + 1).kind == TElementKind::line;
+  if (isLineA && isLineB) {
+    return crossingSigma(state, layout.elements[j], layout.elements[j + 1], layout.elements[j].right);
+  }
+  return arcSigma(state, layout, isLineA ? j + 1 : j, layout.elements[j].right);
+}
+
+double endSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at) {
+  const double columns = std::sqrt(kEndColumnPx * kEndColumnPx + state.unseenPx * state.unseenPx);
   const double along = columns / std::max(line.dx, 0.05);
-  const double across = lineSigma(line, noise2, at);
+  const double across = lineSigma(state, line, noise2, at);
   return std::sqrt(along * along + across * across);
 }
 
@@ -98,20 +125,20 @@ bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProf
   TJointMeasures& m = fit.measures;
   const TBase base = baseOf(a.lines.right, b.lines.left);
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
-  const double endA = endSigma(a.lines.right, a.noise2, state.unseenPx, a.right);
-  const double endB = endSigma(b.lines.left, b.noise2, state.unseenPx, b.left);
+  const double endA = endSigma(state, a.lines.right, a.noise2, a.right);
+  const double endB = endSigma(state, b.lines.left, b.noise2, b.left);
   switch (layout.profile->measuring) {
     case TMeasuring::corner:
       m.leftAngleDeg = angleDegOf(a.lines.whole);
       m.rightAngleDeg = angleDegOf(b.lines.whole);
       m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
-      setFeature(fit, TFeature::corner, a.right, cornerSigma(layout, 0));
+      setFeature(fit, TFeature::corner, a.right, cornerSigma(state, layout, 0));
       break;
     case TMeasuring::plate: {
       const cv::Point2d across = a.right - a.left;
       m.widthPx = std::sqrt(across.x * across.x + across.y * across.y);
       m.baseAngleDeg = angleDegOf(a.lines.whole);
-      setFeature(fit, TFeature::leftEnd, a.left, endSigma(a.lines.left, a.noise2, state.unseenPx, a.left));
+      setFeature(fit, TFeature::leftEnd, a.left, endSigma(state, a.lines.left, a.noise2, a.left));
       setFeature(fit, TFeature::rightEnd, a.right, endA);
       break;
     }
@@ -127,7 +154,8 @@ bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProf
       const bool isLap = layout.profile->measuring == TMeasuring::lap;
       setFeature(fit, isLap ? TFeature::upperCorner : TFeature::leftEdge, a.right, endA);
       setFeature(fit, isLap ? TFeature::lowerCorner : TFeature::rightEdge, b.left, endB);
-      break;
+      if (isLap) return std::abs(m.mismatchPx) >= std::max(kLeastStepPx, kStepPerNoise * state.noisePx);
+      return m.gapPx >= kLeastGapPx && m.gapPx >= kGapPerHole * state.secondHolePx;
     }
     default:
       break;

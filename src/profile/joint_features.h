@@ -8,7 +8,9 @@ namespace weld {
 
 struct TStripeState {
   double noisePx = 1.0;
-  double unseenPx = 0.0;  // root mean square of the columns by which holes cut an end short
+  double inflation = 1.0;     // of the variance of a mean, see TStripeNoise
+  double unseenPx = 0.0;      // root mean square of the columns by which holes cut an end short
+  double secondHolePx = 0.0;  // columns of the second largest hole
 };
 
 // Fills features and measures, still in the sense of the template. False where the layout contradicts the joint:
@@ -35,13 +37,16 @@ struct TBase {
 TBase baseOf(const TLine& left, const TLine& right);
 
 // Root mean square of the normal error of a line at a point, px.
-double lineSigma(const TLine& line, double noise2, cv::Point2d at);
+double lineSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at);
 // Of the crossing of two lines, by the distance.
-double crossingSigma(const TLine& a, double noiseA2, const TLine& b, double noiseB2, cv::Point2d at);
+double crossingSigma(const TStripeState& state, const TFittedElement& left, const TFittedElement& right,
+                     cv::Point2d at);
 // Of a corner of the layout between elements j and j + 1.
-double cornerSigma(const TProfileLayout& layout, std::size_t j);
+double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t j);
+// Of a point of an arc.
+double arcSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t e, cv::Point2d at);
 // Of an end that is only seen to within the column, or cut short by a hole.
-double endSigma(const TLine& line, double noise2, double unseenPx, cv::Point2d at);
+double endSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at);
 
 void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx);
 void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfileFit& fit);

@@ -10,13 +10,9 @@ namespace weld {
 
 namespace {
 
-constexpr double kOverlapPerNoise = 4.0;  // of circles that touch, by noise
+constexpr double kOverlapPerNoise = 4.0;    // of circles that touch, by noise
+constexpr double kLeastPlateCosine = 0.96;  // of the angle between a plate and the common tangent: 16 degrees
 constexpr double kOverlapPerRadius = 0.25;
-constexpr double kRootCorrelated = 2.0;
-
-double arcSigma(const TFittedElement& e) {
-  return std::sqrt(kRootCorrelated * e.noise2) * std::max(0.05, e.arc.centreSigma);
-}
 
 // Of the point of a circle that faces away from the base.
 cv::Point2d topOf(const TCircle& c, const TBase& base) {
@@ -55,22 +51,29 @@ bool measureTwoTubes(const TOrientedCentres& centres, const TProfileLayout& layo
   const bool hasLeft = first == 1;
   const bool hasRight = layout.range(n - 1).kind == TElementKind::line;
   TBase base = upperTangent(a, b);
+  for (const std::size_t e : {std::size_t{0}, n - 1}) {  // what leaves the common tangent is the back of a tube
+    if (layout.range(e).kind != TElementKind::line) continue;
+    const TLine& plate = e == 0 ? layout.elements[e].lines.right : layout.elements[e].lines.left;
+    if (plate.dx * base.dx + plate.dy * base.dy < kLeastPlateCosine) return false;
+  }
   if (hasLeft && hasRight) {
     base = baseOf(layout.elements[0].lines.right, layout.elements[n - 1].lines.left);
   } else if (hasLeft || hasRight) {
     const TLine& plate = hasLeft ? layout.elements[0].lines.right : layout.elements[n - 1].lines.left;
     base = {plate.dx, plate.dy};
   }
-  const double leftSigma = arcSigma(left);
-  const double rightSigma = arcSigma(right);
   const cv::Point2d leftRoot(a.x + a.r * u.x, a.y + a.r * u.y);
   const cv::Point2d rightRoot(b.x - b.r * u.x, b.y - b.r * u.y);
+  const double leftSigma = arcSigma(state, layout, first, leftRoot);
+  const double rightSigma = arcSigma(state, layout, first + 1, rightRoot);
+  const cv::Point2d leftShoulder = hasLeft ? left.left : topOf(a, base);
+  const cv::Point2d rightShoulder = hasRight ? right.right : topOf(b, base);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
-  setFeature(fit, TFeature::leftShoulder, hasLeft ? left.left : topOf(a, base), leftSigma);
-  setFeature(fit, TFeature::rightShoulder, hasRight ? right.right : topOf(b, base), rightSigma);
+  setFeature(fit, TFeature::leftShoulder, leftShoulder, arcSigma(state, layout, first, leftShoulder));
+  setFeature(fit, TFeature::rightShoulder, rightShoulder, arcSigma(state, layout, first + 1, rightShoulder));
   setShoulderMeasures(centres, {left.span.first, right.span.last}, fit);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
@@ -100,15 +103,15 @@ bool measureTubeOnLine(const TProfileLayout& layout, const TStripeState& state, 
   const TBase base{line.dx, line.dy};
   const cv::Point2d foot(c.x - above * base.dy, c.y + above * base.dx);
   const cv::Point2d nearest(c.x - c.r * base.dy, c.y + c.r * base.dx);
-  const double sigma = arcSigma(tube);
-  const double footSigma = lineSigma(line, member.noise2, foot);
+  const double sigma = arcSigma(state, layout, tubeAt, nearest);
+  const double footSigma = lineSigma(state, line, member.noise2, foot);
   setFeature(fit, TFeature::root, 0.5 * (foot + nearest), 0.5 * std::sqrt(sigma * sigma + footSigma * footSigma));
   setFeature(fit, isLeft ? TFeature::leftRoot : TFeature::rightRoot, nearest, sigma);
   setFeature(fit, isLeft ? TFeature::rightRoot : TFeature::leftRoot, foot, footSigma);
   const bool hasPlate = n == 3;
-  const cv::Point2d touch = isLeft ? tube.left : tube.right;
-  setFeature(fit, isLeft ? TFeature::leftShoulder : TFeature::rightShoulder, hasPlate ? touch : topOf(c, base),
-             sigma);
+  const cv::Point2d top = !hasPlate ? topOf(c, base) : isLeft ? tube.left : tube.right;
+  setFeature(fit, isLeft ? TFeature::leftShoulder : TFeature::rightShoulder, top,
+             arcSigma(state, layout, tubeAt, top));
   TJointMeasures& m = fit.measures;
   (isLeft ? m.leftRadiusPx : m.rightRadiusPx) = c.r;
   (isLeft ? m.rightAngleDeg : m.leftAngleDeg) = angleDegOf(member.lines.whole);

@@ -52,8 +52,8 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const TLine& right = s.rightFlank.lines.left;
   cv::Point2d leftRoot = s.leftFlank.right;
   cv::Point2d rightRoot = s.rightFlank.left;
-  double leftSigma = endSigma(left, s.leftFlank.noise2, state.unseenPx, leftRoot);
-  double rightSigma = endSigma(right, s.rightFlank.noise2, state.unseenPx, rightRoot);
+  double leftSigma = endSigma(state, left, s.leftFlank.noise2, leftRoot);
+  double rightSigma = endSigma(state, right, s.rightFlank.noise2, rightRoot);
   const double lower = s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
   const double evenPx = kUnevenPx + 2.0 * state.noisePx;
   const bool hasHoles = state.unseenPx > kHolesPx;
@@ -67,7 +67,7 @@ void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isClosed = hasCrossed || between.x * s.base.dx + between.y * s.base.dy < closedPx;
   if (isClosed && corner) {
     leftRoot = rightRoot = *corner;
-    leftSigma = rightSigma = crossingSigma(left, s.leftFlank.noise2, right, s.rightFlank.noise2, *corner);
+    leftSigma = rightSigma = crossingSigma(state, s.leftFlank, s.rightFlank, *corner);
   }
   fit.measures.gapPx = isClosed ? 0.0 : gapPx;
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
@@ -81,17 +81,19 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   const TFittedElement& flat = layout.elements[2];
   const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
   const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined
-                               ? cornerSigma(layout, 1)
-                               : endSigma(s.leftFlank.lines.right, s.leftFlank.noise2, state.unseenPx, leftRoot);
-  const double rightSigma =
-      isJoined ? cornerSigma(layout, 2)
-               : endSigma(s.rightFlank.lines.left, s.rightFlank.noise2, state.unseenPx, rightRoot);
+  const double leftSigma = isJoined ? cornerSigma(state, layout, 1)
+                                    : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
+  const double rightSigma = isJoined ? cornerSigma(state, layout, 2)
+                                     : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   fit.measures.gapPx = isJoined ? 0.0 : distance(leftRoot, rightRoot);
+  if (!isJoined) {  // the piece behind the gap
+    setFeature(fit, TFeature::leftEdge, flat.left, endSigma(state, flat.lines.left, flat.noise2, flat.left));
+    setFeature(fit, TFeature::rightEdge, flat.right, endSigma(state, flat.lines.right, flat.noise2, flat.right));
+  }
   if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
   if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
 }
@@ -106,14 +108,57 @@ void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit
 void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   for (std::size_t e = 1; e + 1 < layout.count(); ++e) {
     if (layout.range(e).kind != TElementKind::arc) continue;
-    const TFittedElement& arc = layout.elements[e];
-    return setRoundRoot(arc.arc.circle, std::sqrt(2.0 * arc.noise2) * arc.arc.centreSigma, s.base, fit);
+    const TCircle& c = layout.elements[e].arc.circle;
+    return setRoundRoot(c, arcSigma(state, layout, e, {c.x, c.y + c.r}), s.base, fit);
   }
   if (layout.count() > 4) return setFlatRoot(layout, s, state, fit);
   if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
   if (layout.fillets[1].isFound)
-    return setRoundRoot(layout.fillets[1].circle, cornerSigma(layout, 1), s.base, fit);
-  setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(layout, 1));
+    return setRoundRoot(layout.fillets[1].circle, cornerSigma(state, layout, 1), s.base, fit);
+  setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(state, layout, 1));
+}
+
+// A bevel seen from its flank: whether that is on the left or on the right.
+struct TBevel {
+  const TProfileLayout& layout;
+  bool isLeft;
+
+  const TFittedElement& at(std::size_t e) const { return layout.elements[isLeft ? e : layout.count() - 1 - e]; }
+  const TFittedElement& bottom() const { return at(layout.count() - 2); }  // the flank itself, or a flat
+  const TFittedElement& wallPlate() const { return at(layout.count() - 1); }
+  cv::Point2d end(const TFittedElement& e) const { return isLeft ? e.right : e.left; }  // towards the wall
+  const TLine& line(const TFittedElement& e) const { return isLeft ? e.lines.right : e.lines.left; }
+  const TLine& wallLine() const { return isLeft ? wallPlate().lines.left : wallPlate().lines.right; }
+  cv::Point2d wallTop() const { return isLeft ? wallPlate().left : wallPlate().right; }
+  TFeature onFlank(TFeature left, TFeature right) const { return isLeft ? left : right; }
+};
+
+// The wall shows no stripe: its foot lies under the end of its plate, as deep as the flank reaches.
+void setBevelRoot(const TBevel& bevel, const TStripeState& state, TProfileFit& fit) {
+  const TLine& wallLine = bevel.wallLine();
+  const TLine& bottomLine = bevel.line(bevel.bottom());
+  const cv::Point2d wallTop = bevel.wallTop();
+  const cv::Point2d end = bevel.end(bevel.bottom());
+  const double topSigma = endSigma(state, wallLine, bevel.wallPlate().noise2, wallTop);
+  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
+  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
+  cv::Point2d flankRoot = bevel.end(bevel.at(1));
+  double sigma = endSigma(state, bottomLine, bevel.bottom().noise2, end);
+  const double across = (foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy;
+  const double gapPx = bevel.isLeft ? across : -across;
+  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
+  if (isClosed) {  // where the bottom meets the wall
+    const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
+    foot = crossingOf(bottomLine, wall).value_or(foot);
+    if (bevel.layout.count() == 3) flankRoot = foot;
+    sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
+  }
+  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
+  setFeature(fit, bevel.onFlank(TFeature::rightShoulder, TFeature::leftShoulder), wallTop, topSigma);
+  setFeature(fit, bevel.onFlank(TFeature::leftRoot, TFeature::rightRoot), flankRoot, sigma);
+  setFeature(fit, bevel.onFlank(TFeature::rightRoot, TFeature::leftRoot), foot, sigma);
+  setFeature(fit, TFeature::root, 0.5 * (flankRoot + foot),
+             isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma));
 }
 
 }  // namespace
@@ -122,8 +167,8 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
                    TProfileFit& fit) {
   const TSides s = sidesOf(layout);
   const std::size_t n = layout.count();
-  setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(layout, 0));
-  setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(layout, n - 2));
+  setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(state, layout, 0));
+  setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(state, layout, n - 2));
   setRoot(layout, s, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
   TJointMeasures& m = fit.measures;
@@ -138,52 +183,20 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
 bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                   TProfileFit& fit) {
   const std::size_t n = layout.count();
-  const bool isLeft = layout.profile->junctions[0].kind == TJunctionKind::cross;
-  const auto at = [&](std::size_t e) -> const TFittedElement& { return layout.elements[isLeft ? e : n - 1 - e]; };
-  const auto inner = [&](const TFittedElement& e) { return isLeft ? e.right : e.left; };
-  const auto innerLine = [&](const TFittedElement& e) -> const TLine& {
-    return isLeft ? e.lines.right : e.lines.left;
-  };
-  const TFittedElement& plate = at(0);
-  const TFittedElement& flank = at(1);
-  const TFittedElement& bottom = at(n - 2);  // the flank itself, or a flat
-  const TFittedElement& wallPlate = at(n - 1);
-  const TLine& wallLine = isLeft ? wallPlate.lines.left : wallPlate.lines.right;
-  const cv::Point2d wallTop = isLeft ? wallPlate.left : wallPlate.right;
-  const TBase base =
-      baseOf(isLeft ? plate.lines.right : wallPlate.lines.right, isLeft ? wallPlate.lines.left : plate.lines.left);
-  const double topSigma = endSigma(wallLine, wallPlate.noise2, state.unseenPx, wallTop);
-
-  const cv::Point2d end = inner(bottom);
-  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
-  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
-  cv::Point2d flankRoot = inner(flank);
-  double rootSigma = endSigma(innerLine(bottom), bottom.noise2, state.unseenPx, end);
-  const double gapPx = (isLeft ? 1.0 : -1.0) * ((foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy);
-  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
-  if (isClosed) {  // where the bottom meets the wall
-    const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
-    const std::optional<cv::Point2d> corner = crossingOf(innerLine(bottom), wall);
-    if (corner) foot = *corner;
-    if (n == 3) flankRoot = foot;
-    rootSigma = topSigma / std::max(0.2, std::abs(innerLine(bottom).dx));
-  }
-  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
-  setFeature(fit, isLeft ? TFeature::leftShoulder : TFeature::rightShoulder, inner(plate),
-             cornerSigma(layout, isLeft ? 0 : n - 2));
-  setFeature(fit, isLeft ? TFeature::rightShoulder : TFeature::leftShoulder, wallTop, topSigma);
-  setFeature(fit, isLeft ? TFeature::leftRoot : TFeature::rightRoot, flankRoot, rootSigma);
-  setFeature(fit, isLeft ? TFeature::rightRoot : TFeature::leftRoot, foot, rootSigma);
-  setFeature(fit, TFeature::root, 0.5 * (flankRoot + foot),
-             isClosed ? rootSigma : 0.5 * std::sqrt(rootSigma * rootSigma + topSigma * topSigma));
+  const TBevel bevel{layout, layout.profile->junctions[0].kind == TJunctionKind::cross};
+  setFeature(fit, bevel.onFlank(TFeature::leftShoulder, TFeature::rightShoulder), bevel.end(bevel.at(0)),
+             cornerSigma(state, layout, bevel.isLeft ? 0 : n - 2));
+  setBevelRoot(bevel, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
+  const TLine& left = layout.elements[0].lines.right;
+  const TLine& right = layout.elements[n - 1].lines.left;
+  const TBase base = baseOf(left, right);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(base.dy, base.dx) * kDegPerRad;
-  m.mismatchPx = mismatchAt(layout.elements[0].lines.right, layout.elements[n - 1].lines.left,
-                            fit.feature(TFeature::root).pos.x);
-  const double flankDeg = angleDegOf(flank.lines.whole);
-  (isLeft ? m.leftAngleDeg : m.rightAngleDeg) = flankDeg;
-  m.includedAngleDeg = 90.0 - std::abs(flankDeg - angleDegOf(wallLine));
+  m.mismatchPx = mismatchAt(left, right, fit.feature(TFeature::root).pos.x);
+  const double flankDeg = angleDegOf(bevel.at(1).lines.whole);
+  (bevel.isLeft ? m.leftAngleDeg : m.rightAngleDeg) = flankDeg;
+  m.includedAngleDeg = 90.0 - std::abs(flankDeg - angleDegOf(bevel.wallLine()));
   return isDeep(fit, state.noisePx);
 }
 

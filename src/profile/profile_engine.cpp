@@ -1,9 +1,6 @@
 #include "profile/profile_engine.h"
 
-#include "profile/joint_features.h"
-#include "profile/profile_score.h"
-#include "profile/stripe_noise.h"
-#include "support/exact_log.h"
+#include "profile/layout_judge.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,117 +12,28 @@ namespace {
 constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
+constexpr double kClear = 22.0;     // by which a layout that fits beats the others
+constexpr double kMostInflation = 4.0;
+constexpr double kSharpU = 12.0;
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
 constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove,
                                  TWeldType::flareV,  TWeldType::flareBevel,  TWeldType::corner,
                                  TWeldType::lap,     TWeldType::buttGap};
-constexpr double kPlatesApartDeg = 14.0;
-constexpr double kLeastShare = 0.4;        // of the centres next to a corner that belong to the elements
-constexpr double kConfidenceScale = 20.0;  // gain over a plate
-constexpr double kMovesPx = 12.0;          // that tracking follows
+constexpr double kMovesPx = 12.0;      // that tracking follows
+constexpr double kMostTurnDeg = 12.0;  // of a flank from frame to frame; more is another joint, or a wrong one
+constexpr double kMostGrowth = 0.25;   // of the width
 
-// The stripe in one sense of the profile.
-class TOriented {
-public:
-  TOriented(const TStripeProfile& stripe, int sense, std::pmr::memory_resource* memory)
-      : turned(memory), view{stripe.centres().x, stripe.centres().y, stripe.centres().weight} {
-    if (sense > 0) return;
-    turned.assign(stripe.centres().y.begin(), stripe.centres().y.end());
-    for (double& y : turned) y = -y;
-    view.y = turned;
-  }
-  const TOrientedCentres& centres() const { return view; }
-
-private:
-  TList<double> turned;
-  TOrientedCentres view;
-};
-
-// Image coordinates and angles of what was measured in the sense of the template.
-void turnOver(TProfileFit& fit) {
-  for (TMeasuredPoint& f : fit.features) f.pos.y = -f.pos.y;
-  for (TProfileElement& e : fit.elements) {
-    e.left.y = -e.left.y;
-    e.right.y = -e.right.y;
-    e.centre.y = -e.centre.y;
-  }
-  TJointMeasures& m = fit.measures;
-  for (double* value : {&m.mismatchPx, &m.leftAngleDeg, &m.rightAngleDeg, &m.baseAngleDeg}) *value = -*value;
+// Speckle must not cut the stripe where it bends as one.
+double coarseNoise(const TStripeProfile& stripe) {
+  return stripe.noisePx() * std::sqrt(std::min(stripe.noiseInflation(), kMostInflation));
 }
 
-void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProfileFit& fit) {
-  fit.elementCount = layout.count();
-  for (std::size_t e = 0; e < layout.count(); ++e) {
-    const TFittedElement& from = layout.elements[e];
-    fit.elements[e] = {layout.range(e).kind,
-                       layout.range(e).role,
-                       from.left,
-                       from.right,
-                       {from.arc.circle.x, from.arc.circle.y},
-                       from.arc.circle.r,
-                       std::sqrt(from.noise2),
-                       score.shares[e]};
-  }
+// Keeps the list by cost, and by age where the costs are equal.
+void insertCheap(TList<TProfileCut>& cuts, const TProfileCut& cut) {
+  const auto isCheaper = [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; };
+  cuts.insert(std::upper_bound(cuts.begin(), cuts.end(), cut, isCheaper), cut);
 }
-
-bool arePlatesInLine(const TProfileLayout& layout) {
-  const std::size_t last = layout.count() - 1;
-  if (last == 0 || layout.range(0).role != TElementRole::plate || layout.range(last).role != TElementRole::plate)
-    return true;
-  const double left = angleDegOf(layout.elements[0].lines.right);
-  const double right = angleDegOf(layout.elements[last].lines.left);
-  return std::abs(left - right) <= kPlatesApartDeg;
-}
-
-// Refines, measures and scores layouts of one stripe.
-class TJudge {
-public:
-  TJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
-      : stripe(s),
-        options(o),
-        upright(s, 1, memory),
-        turned(s, -1, memory),
-        sums(static_cast<std::size_t>(s.centres().count()) + 1, memory) {}
-
-  const TOrientedCentres& centresOf(int sense) const { return sense > 0 ? upright.centres() : turned.centres(); }
-
-  // Pointwise cost of a refined layout; nothing where the elements do not meet.
-  std::optional<TLayoutScore> refine(TProfileLayout& layout, int rounds = 3) {
-    const TRefineSettings settings{stripe.noisePx(), stripe.widthPx(), rounds};
-    if (!refineLayout(centresOf(layout.sense), settings, layout, sums)) return std::nullopt;
-    return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
-  }
-
-  TProfileFit judge(const TProfileLayout& layout, const TLayoutScore& score, double nullCost) const {
-    TProfileFit fit;
-    fit.profile = layout.profile;
-    fit.sense = layout.sense;
-    fit.noisePx = stripe.noisePx();
-    fit.score = nullCost - score.cost;
-    fit.outcome = TProfileOutcome::found;
-    if (!measureLayout(centresOf(layout.sense), layout, {stripe.noisePx(), stripe.unseenPx()}, fit)) {
-      fit.outcome = TProfileOutcome::tooShallow;
-    } else if (!arePlatesInLine(layout)) {
-      fit.outcome = TProfileOutcome::notMeeting;
-    } else if (score.worstShare < kLeastShare) {
-      fit.outcome = TProfileOutcome::notSeen;
-    } else if (fit.score < options.leastGain) {
-      fit.outcome = TProfileOutcome::notBetter;
-    }
-    copyElements(layout, score, fit);
-    if (layout.sense < 0) turnOver(fit);
-    if (fit.isFound()) fit.confidence = (1.0 - exactExp(-fit.score / kConfidenceScale)) * score.worstShare;
-    return fit;
-  }
-
-private:
-  const TStripeProfile& stripe;
-  const TProfileOptions& options;
-  TOriented upright;
-  TOriented turned;
-  TWindowSums sums;
-};
 
 // Searches the forms of a joint on one table.
 class TFormSearch {
@@ -133,13 +41,13 @@ public:
   TFormSearch(const TStripeProfile& stripe, const TProfileOptions& o, std::pmr::memory_resource* m)
       : options(o),
         memory(m),
-        borders(cutAtoms(stripe.centres(), stripe.moments(), stripe.noisePx(), m)),
+        borders(cutAtoms(stripe.centres(), stripe.moments(), coarseNoise(stripe), m)),
         table(stripe.centres(), stripe.moments(), borders, stripe.noisePx(), m),
         choices(table, m),
         judge(stripe, o, m),
         nullCost(stripe.centres().count()),
         leastNull(stripe.centres().count()) {
-    for (const TProfileTemplate& form : nullProfiles()) tryNull(form);
+    tryNulls();
   }
 
   // Layouts of all forms in the senses allowed, the cheapest first; none that is hopeless beside the cheapest of
@@ -152,13 +60,11 @@ public:
       for (const int sense : {1, -1}) {
         if (sense == -options.senses) continue;
         for (const TProfileCut& cut : searchProfile(form, sense, choices, least + kHopeless, memory)) {
-          cuts.push_back(cut);
+          insertCheap(cuts, cut);
           least = std::min(least, cut.cost);
         }
       }
     }
-    std::stable_sort(cuts.begin(), cuts.end(),
-                     [](const TProfileCut& a, const TProfileCut& b) { return a.cost < b.cost; });
     while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
     return cuts;
   }
@@ -167,6 +73,7 @@ public:
   TProfileFit best(const TList<TProfileCut>& cuts, std::size_t mostRefined) {
     TProfileFit chosen;
     for (std::size_t c = 0; c < std::min(cuts.size(), mostRefined); ++c) {
+      if (chosen.isFound() && cuts[c].cost > cuts[0].cost + kClear) break;
       TProfileLayout layout = layoutOf(cuts[c], table);
       const std::optional<TLayoutScore> score = judge.refine(layout);
       TProfileFit fit;
@@ -179,13 +86,19 @@ public:
   }
 
 private:
-  void tryNull(const TProfileTemplate& form) {
-    for (const int sense : {1, -1}) {
-      if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
-      const TList<TProfileCut> cuts = searchProfile(form, sense, choices, kNoLimit, memory);
-      if (cuts.empty()) continue;
-      leastNull = std::min(leastNull, cuts.front().cost);
-      TProfileLayout layout = layoutOf(cuts.front(), table);
+  void tryNulls() {
+    TList<TProfileCut> cuts(memory);
+    for (const TProfileTemplate& form : nullProfiles()) {
+      for (const int sense : {1, -1}) {
+        if (sense < 0 && form.elements[0].kind == TElementKind::line) continue;
+        const TList<TProfileCut> found = searchProfile(form, sense, choices, kNoLimit, memory);
+        if (!found.empty()) cuts.push_back(found.front());
+      }
+    }
+    for (const TProfileCut& cut : cuts) leastNull = std::min(leastNull, cut.cost);
+    for (const TProfileCut& cut : cuts) {
+      if (cut.cost > leastNull + kHopeless) continue;
+      TProfileLayout layout = layoutOf(cut, table);
       const std::optional<TLayoutScore> score = judge.refine(layout, 2);
       if (score) nullCost = std::min(nullCost, score->cost);
     }
@@ -196,23 +109,31 @@ private:
   TList<int> borders;
   TFitTable table;
   TElementChoices choices;
-  TJudge judge;
+  TLayoutJudge judge;
   double nullCost;   // of the centres, pointwise
   double leastNull;  // of the search
 };
 
-// An end falls into a hole with the hole's share of the columns, anywhere in it. The largest hole may be a gap.
-double unseenAtEnds(const TCentres& centres) {
+// An end falls into a hole with the hole's share of the columns, anywhere in it.
+TStripeProfile::THoles holesOf(const TCentres& centres) {
+  TStripeProfile::THoles holes;
   double cubes = 0.0;
   double largest = 0.0;
   for (int i = 1; i < centres.count(); ++i) {
     const double hole = centres.holeBefore(i);
     cubes += hole * hole * hole;
+    holes.secondPx = std::max(holes.secondPx, std::min(hole, largest));
     largest = std::max(largest, hole);
   }
-  if (centres.count() < 2) return 0.0;
+  if (centres.count() < 2) return holes;
   const double columns = centres.at(centres.count() - 1) - centres.at(0);
-  return std::sqrt(std::max(0.0, cubes - largest * largest * largest) / (3.0 * columns));
+  holes.unseenPx = std::sqrt(std::max(0.0, cubes - largest * largest * largest) / (3.0 * columns));
+  return holes;
+}
+
+// A U without a radius is a V.
+bool isRounded(const TProfileFit& fit) {
+  return !std::isnan(fit.measures.leftRadiusPx) || !std::isnan(fit.measures.rightRadiusPx);
 }
 
 TProfileFit refused(TProfileOutcome outcome) {
@@ -259,8 +180,18 @@ std::optional<TProfileLayout> layoutAt(const TOrientedCentres& centres, const TS
   return layout;
 }
 
+bool isSameShape(const TProfileFit& a, const TProfileFit& b) {
+  const auto isFar = [](double x, double y, double most) { return std::abs(x - y) > most; };  // not for NaN
+  const TJointMeasures& m = a.measures;
+  const TJointMeasures& n = b.measures;
+  return !isFar(m.leftAngleDeg, n.leftAngleDeg, kMostTurnDeg) &&
+         !isFar(m.rightAngleDeg, n.rightAngleDeg, kMostTurnDeg) &&
+         !isFar(m.baseAngleDeg, n.baseAngleDeg, kMostTurnDeg) &&
+         !isFar(m.widthPx, n.widthPx, kMostGrowth * n.widthPx);
+}
+
 // Cost of one straight line through everything.
-double plateCost(TJudge& judge, const TOrientedCentres& centres, const TStripeProfile& stripe) {
+double plateCost(TLayoutJudge& judge, const TOrientedCentres& centres, const TStripeProfile& stripe) {
   TProfileLayout plate;
   plate.profile = &nullProfiles()[0];
   TFittedElement& all = plate.elements[0];
@@ -282,7 +213,7 @@ TStripeProfile::TStripeProfile(TPointView points, TView<TCentreSource> sources, 
       sums(kept.x, kept.y, kept.weight, memory),
       noise(measureNoise(kept, sums, memory)),
       width(widthPx > 0.0 ? std::min(widthPx, 200.0) : 0.0),
-      unseen(unseenAtEnds(kept)) {}
+      gaps(holesOf(kept)) {}
 
 TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const TProfileOptions& options,
                        std::pmr::memory_resource* memory) {
@@ -295,13 +226,15 @@ TProfileFit trackProfile(const TStripeProfile& stripe, const TProfileFit& before
                          std::pmr::memory_resource* memory) {
   if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
   if (!before.isFound()) return refused(TProfileOutcome::noLayout);
-  TJudge judge(stripe, options, memory);
+  TLayoutJudge judge(stripe, options, memory);
   const TOrientedCentres& centres = judge.centresOf(before.sense);
   std::optional<TProfileLayout> layout = layoutAt(centres, stripe, before);
   if (!layout) return refused(TProfileOutcome::noLayout);
   const std::optional<TLayoutScore> score = judge.refine(*layout);
   if (!score) return refused(TProfileOutcome::notMeeting);
-  return judge.judge(*layout, *score, plateCost(judge, judge.centresOf(1), stripe));
+  TProfileFit fit = judge.judge(*layout, *score, plateCost(judge, judge.centresOf(1), stripe));
+  if (fit.isFound() && !isSameShape(fit, before)) fit.outcome = TProfileOutcome::notMeeting;
+  return fit;
 }
 
 TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOptions& options,
@@ -314,11 +247,15 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
     const TList<TProfileCut> cuts = search.search(profilesOf(type), least);
     if (cuts.empty()) continue;
     least = std::min(least, cuts.front().cost);
-    const TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
-    if (fit.isFound()) ranked.push_back({type, fit});
+    TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
+    if (type == TWeldType::uGroove && !isRounded(fit)) fit.score -= kSharpU;
+    if (!fit.isFound()) continue;
+    const auto isBetter = [](const TRankedJoint& one, const TRankedJoint& other) {
+      return one.fit.score > other.fit.score;
+    };
+    const TRankedJoint next{type, fit};
+    ranked.insert(std::upper_bound(ranked.begin(), ranked.end(), next, isBetter), next);
   }
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const TRankedJoint& a, const TRankedJoint& b) { return a.fit.score > b.fit.score; });
   return ranked;
 }
 

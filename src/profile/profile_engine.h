@@ -9,7 +9,9 @@
 #include "profile/builtin_profiles.h"
 #include "profile/clean_runs.h"
 #include "profile/profile_fit.h"
+#include "profile/stripe_noise.h"
 #include "stripe/stripe.h"
+#include "trace/frame.h"
 
 namespace weld {
 
@@ -26,10 +28,15 @@ public:
 
   const TCentres& centres() const { return kept; }
   const TMoments& moments() const { return sums; }
-  double noisePx() const { return noise; }
+  double noisePx() const { return noise.sigmaPx; }
+  double noiseInflation() const { return noise.inflation; }
   double widthPx() const { return width; }
-  // Root mean square of the columns by which the stripe's holes cut an end short.
-  double unseenPx() const { return unseen; }
+  // Columns without centres. The largest hole may be a gap and does not count.
+  struct THoles {
+    double unseenPx = 0.0;  // root mean square of the columns by which they cut an end short
+    double secondPx = 0.0;  // columns of the second largest
+  };
+  const THoles& holes() const { return gaps; }
   bool isUsable() const { return kept.count() >= kFewestCentres; }
 
   static constexpr int kFewestCentres = 24;
@@ -37,14 +44,15 @@ public:
 private:
   TCentres kept;
   TMoments sums;
-  double noise;
+  TStripeNoise noise;
   double width;
-  double unseen;
+  THoles gaps;
 };
 
 struct TProfileOptions {
-  double leastGain = 12.0;  // by which the profile must be cheaper than a plate or a curve
-  int senses = 0;           // 1: only grooves that open upwards in the image; -1: only downwards; 0: both
+  double leastGain = 12.0;        // by which the profile must be cheaper than a plate or a curve
+  int senses = 0;                 // 1: only grooves that open upwards in the image; -1: only downwards; 0: both
+  const TFrame* frame = nullptr;  // asked where flanks end; null: geometry alone
 };
 
 // The form that explains the stripe best, in either sense, where it beats a plate and a curve.

@@ -6,6 +6,7 @@
 #include "profile/profile_search.h"
 
 #include <array>
+#include <cmath>
 
 namespace weld {
 
@@ -31,8 +32,27 @@ struct TProfileLayout {
   std::size_t count() const { return profile->elementCount; }
 };
 
-// Distance of a centre from an element, px, positive below; of a line from the blend of its local lines.
-double offsetFrom(const TFittedElement& element, const TElementRange& range, cv::Point2d p);
+// Where an element lies: a line between its local lines, an arc on its circle.
+class TSurface {
+public:
+  TSurface(const TFittedElement& element, const TElementRange& range)
+      : circle(element.arc.circle),
+        blend(element.lines, element.left.x, element.right.x),
+        isLine(range.kind == TElementKind::line) {}
+
+  // Distance of a centre, px; without a meaning to its sign.
+  double offsetOf(cv::Point2d p) const {
+    if (isLine) return blend.offsetOf(p.x, p.y);
+    const double dx = p.x - circle.x;
+    const double dy = p.y - circle.y;
+    return std::sqrt(dx * dx + dy * dy) - circle.r;
+  }
+
+private:
+  const TCircle& circle;
+  TBlend blend;
+  bool isLine;
+};
 
 struct TRefineSettings {
   double noisePx = 1.0;
@@ -50,6 +70,8 @@ bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settin
 
 // Parts of the refinement, in files of their own.
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
+// Of a line and a circle, the one nearer to a guess; where they just miss one another, where they come closest.
+std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess);
 
 struct TWalk {
   int from;    // a centre of the element

@@ -12,20 +12,10 @@ constexpr double kCutOffs[] = {2.0 * kTukey, 1.1 * kTukey, kTukey};  // by round
 constexpr double kBows[] = {0.004, 0.003, 0.0015};  // rms over the columns of a real surface, by round
 constexpr double kWalkBows[] = {0.012, 0.004};      // the same for the search of an end
 constexpr double kPlateWindowPx = 260.0;
+constexpr double kEndPx = 40.0;         // columns in which an end is looked for
 constexpr double kLeastRoundPx = 1.5;   // of a corner, left out of the lines
 constexpr double kRoundPerWidth = 0.3;  // the same over the width of the stripe
 constexpr int kFewestCentres = 4;
-
-// Point of a circle nearest to a line's crossing with it, on the side of a guess.
-std::optional<cv::Point2d> meetingOf(const TLine& line, const TCircle& circle, cv::Point2d guess) {
-  const double offset = line.offsetOf(circle.x, circle.y);
-  const double half2 = circle.r * circle.r - offset * offset;
-  if (half2 < -0.5 * circle.r * circle.r) return std::nullopt;
-  const double along = line.alongOf(circle.x, circle.y);
-  const double half = half2 > 0.0 ? std::sqrt(half2) : 0.0;
-  const double at = line.alongOf(guess.x, guess.y) < along ? along - half : along + half;
-  return cv::Point2d(line.x + at * line.dx, line.y + at * line.dy);
-}
 
 class TRefiner {
 public:
@@ -106,26 +96,41 @@ private:
   bool fitArcs() {
     for (std::size_t e = 0; e < layout.count(); ++e) {
       if (isLine(e)) continue;
-      TFittedElement& fitted = element(e);
       const TElementRange& range = layout.range(e);
-      TCircleFreedom freedom = freeCircle();
-      TCircle start = fitted.arc.circle;
-      if (range.isTouchingLeft && range.isTouchingRight) {
-        const TLine& left = element(e - 1).lines.right;
-        const TLine& right = element(e + 1).lines.left;
-        freedom = circleBetween(left, right, range.isCentreBelow);
-        const std::optional<TCircle> moved = touching(start.r, left, right, range.isCentreBelow);
-        if (!moved) return false;
-        start = *moved;
-      } else if (range.isTouchingLeft || range.isTouchingRight) {
-        const TLine& line = range.isTouchingLeft ? element(e - 1).lines.right : element(e + 1).lines.left;
-        freedom = circleOnLine(line, range.isCentreBelow);
-        start = touching(start, line, range.isCentreBelow);
-      }
-      fitted.arc = fitCircle(centres, fitted.span, start, freedom, fitted.noise2, cutOff());
-      if (!fitted.arc.isFound) return false;
+      const bool isFound = range.isTouchingLeft && range.isTouchingRight ? fitBetween(e)
+                           : range.isTouchingLeft || range.isTouchingRight
+                               ? fitOnLine(e, range.isTouchingLeft)
+                               : fitArc(e, element(e).arc.circle, freeCircle());
+      if (!isFound) return false;
     }
     return true;
+  }
+
+  bool fitArc(std::size_t e, const TCircle& start, const TCircleFreedom& freedom) {
+    TFittedElement& fitted = element(e);
+    fitted.arc = fitCircle(centres, fitted.span, start, freedom, fitted.noise2, cutOff());
+    return fitted.arc.isFound;
+  }
+
+  bool fitBetween(std::size_t e) {
+    const bool isCentreBelow = layout.range(e).isCentreBelow;
+    const TLine& left = element(e - 1).lines.right;
+    const TLine& right = element(e + 1).lines.left;
+    const std::optional<TCircle> start = touching(element(e).arc.circle.r, left, right, isCentreBelow);
+    return start && fitArc(e, *start, circleBetween(left, right, isCentreBelow));
+  }
+
+  bool fitOnLine(std::size_t e, bool isLeft) {
+    const bool isCentreBelow = layout.range(e).isCentreBelow;
+    const TFittedElement& fitted = element(e);
+    const TFittedElement& beside = element(isLeft ? e - 1 : e + 1);
+    const TLine& line = isLeft ? beside.lines.right : beside.lines.left;
+    const TCircleFreedom freedom = circleOnLine(line, isCentreBelow);
+    if (round > 0) return fitArc(e, touching(fitted.arc.circle, line, isCentreBelow), freedom);
+    const cv::Point2d end = pointOn(e, centres.at(isLeft ? fitted.span.last - 1 : fitted.span.first).x, isLeft);
+    const TSpan span{std::min(fitted.span.first, beside.span.first), std::max(fitted.span.last, beside.span.last)};
+    const TTouch touch{line, end, isLeft, isCentreBelow};
+    return fitArc(e, searchTouching(centres, span, touch, fitted.arc.circle, fitted.noise2), freedom);
   }
 
   bool placeJunctions() {
@@ -238,12 +243,18 @@ private:
 
   bool placeEnds(std::size_t j) { return walkEnds(j, element(j + 1).span.first - 1, element(j).span.last); }
 
+  // Up to where an end is not looked for: a bend next to it must not cut the element short.
+  int trustedIn(TSpan searched, bool isRight) const {
+    if (isRight) return centres.indexOf(centres.at(searched.last - 1).x - kEndPx);
+    return centres.indexOf(centres.at(searched.first).x + kEndPx);
+  }
+
   // Each element goes on as far as it is seen, the left one at most to a centre, the right one back to another.
   bool walkEnds(std::size_t j, int mostA, int leastB) {
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
-    const int fromA = std::min((a.span.first + a.span.last) / 2, mostA);
-    const int fromB = std::max((b.span.first + b.span.last) / 2, leastB);
+    const int fromA = std::min(std::max((a.span.first + a.span.last) / 2, trustedIn(a.searched, true)), mostA);
+    const int fromB = std::max(std::min((b.span.first + b.span.last) / 2, trustedIn(b.searched, false)), leastB);
     if (fromA <= a.span.first || fromB >= b.span.last) return false;
     const double bow = kWalkBows[std::min(round, 1)];
     a.span.last = walkToEnd(centres, a, layout.range(j), {fromA, mostA, 1, bow}) + 1;
@@ -260,36 +271,7 @@ private:
   int round = 0;
 };
 
-TLine turned(TLine line, int sense) {
-  line.y *= sense;
-  line.dy *= sense;
-  return line;
-}
-
 }  // namespace
-
-TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table) {
-  TProfileLayout layout;
-  layout.profile = cut.profile;
-  layout.sense = cut.sense;
-  layout.cost = cut.cost;
-  for (std::size_t e = 0; e < cut.profile->elementCount; ++e) {
-    TFittedElement& element = layout.elements[e];
-    const TLineEntry& entry = table.line(cut.first[e], cut.last[e]);
-    element.span = element.searched = table.span(cut.first[e], cut.last[e]);
-    element.noise2 = entry.noise2;
-    element.left.x = entry.leftX;
-    element.right.x = entry.rightX;
-    if (cut.profile->elements[e].kind == TElementKind::line) {
-      const TLine line = turned(entry.line, cut.sense);
-      element.lines = {line, line, line, true};
-    } else {
-      element.arc.circle = table.circle(cut.first[e], cut.last[e]).circle;
-      element.arc.circle.y *= cut.sense;
-    }
-  }
-  return layout;
-}
 
 bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout,
                   TWindowSums& sums) {

@@ -14,7 +14,7 @@ constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
 constexpr double kMost = 3.0;      // of one that an element does not explain
 constexpr double kFreeCost = 0.8;  // of a centre outside the joint, over the bound
 constexpr double kBowPerLength = 0.003;
-constexpr int kMostScored = 120;  // centres of an element, evenly picked
+constexpr int kMostScored = 90;  // centres of an element, evenly picked
 constexpr double kInlierSigmas = 3.5;
 constexpr double kEndPx = 90.0;  // columns next to a corner that must be seen
 constexpr double kCostPerLine = 8.0;
@@ -45,16 +45,6 @@ double penaltyOf(const TElementRange& range) {
   return range.isTouchingLeft || range.isTouchingRight ? kArcSharingOne : kCostPerArc;
 }
 
-struct TShare {
-  int inside = 0;
-  int all = 0;
-  void count(bool isInside) {
-    ++all;
-    inside += isInside ? 1 : 0;
-  }
-  double value() const { return all > 0 ? static_cast<double>(inside) / all : 1.0; }
-};
-
 struct TEndShares {
   double left = 1.0;
   double right = 1.0;
@@ -63,7 +53,7 @@ struct TEndShares {
 class TElementScore {
 public:
   TElementScore(const TOrientedCentres& c, const TFittedElement& e, const TElementRange& r)
-      : centres(c), element(e), range(r), step(std::max(1, e.span.count() / kMostScored)) {}
+      : centres(c), element(e), range(r), surface(e, r), step(std::max(1, e.span.count() / kMostScored)) {}
 
   // A line counts as the straight or the bent one, whichever explains more.
   double cost(double noise2) const {
@@ -73,7 +63,7 @@ public:
     int scored = 0;
     for (int i = element.span.first; i < element.span.last; i += step, ++scored) {
       const cv::Point2d p = centres.at(i);
-      bent += costOf(offsetFrom(element, range, p), inv);
+      bent += costOf(surface.offsetOf(p), inv);
       if (range.kind == TElementKind::line) straight += costOf(element.lines.whole.offsetOf(p.x, p.y), inv);
     }
     const double least = range.kind == TElementKind::line ? std::min(bent, straight) : bent;
@@ -81,25 +71,21 @@ public:
   }
 
   TEndShares shares() const {
-    const double limit = kInlierSigmas * kInlierSigmas * (element.noise2 + bow2());
-    TShare left;
-    TShare right;
-    for (int i = element.span.first; i < element.span.last; ++i) {
-      const double x = centres.at(i).x;
-      const bool isLeft = x - element.left.x < kEndPx;
-      const bool isRight = element.right.x - x < kEndPx;
-      if (!isLeft && !isRight) continue;
-      const bool isInside = offset2(i) < limit;
-      if (isLeft) left.count(isInside);
-      if (isRight) right.count(isInside);
-    }
-    return {left.value(), right.value()};
+    const int leftEnd = centres.indexOf(element.left.x + kEndPx);
+    const int rightEnd = centres.indexOf(element.right.x - kEndPx);
+    return {shareOf({element.span.first, std::min(element.span.last, leftEnd)}),
+            shareOf({std::max(element.span.first, rightEnd), element.span.last})};
   }
 
 private:
-  double offset2(int i) const {
-    const double offset = offsetFrom(element, range, centres.at(i));
-    return offset * offset;
+  double shareOf(TSpan span) const {
+    const double limit = kInlierSigmas * kInlierSigmas * (element.noise2 + bow2());
+    int inside = 0;
+    for (int i = span.first; i < span.last; ++i) {
+      const double offset = surface.offsetOf(centres.at(i));
+      inside += offset * offset < limit ? 1 : 0;
+    }
+    return span.count() > 0 ? static_cast<double>(inside) / span.count() : 1.0;
   }
   double bow2() const {
     const double bowPx = kBowPerLength * (element.right.x - element.left.x);
@@ -109,6 +95,7 @@ private:
   const TOrientedCentres& centres;
   const TFittedElement& element;
   const TElementRange& range;
+  TSurface surface;
   int step;
 };
 

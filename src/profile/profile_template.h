@@ -51,8 +51,8 @@ struct TJunctionRange {
   TJunctionKind kind = TJunctionKind::cross;
   double minTurnDeg = -180.0;  // angle of the right element minus that of the left one, at the junction
   double maxTurnDeg = 180.0;
-  double minStepPx = 0.0;  // of a jump:
-  int step = 0;            // 1: the right element starts lower, -1: higher
+  double minStepPx = 0.0;  // least height of a jump
+  int step = 0;            // of a jump; 1: the right element starts lower, -1: higher
 };
 
 // How the features are read off the elements.

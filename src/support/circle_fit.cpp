@@ -46,7 +46,7 @@ namespace zelFit {
 namespace {
 
 constexpr double kFarthestPx = 65536.0;
-constexpr std::size_t kSample = 26;     // points, all triples of which are tried
+constexpr std::size_t kSample = 26;       // points, all triples of which are tried
 constexpr std::size_t kMostScored = 101;  // points that rate a triple
 constexpr double kLeastShare = 0.25;
 constexpr int kSteps = 6;

@@ -8,8 +8,8 @@
 namespace zel {
 
 // Circle through three points; the radius is that of the centre in double precision. False, and centre and radius
-// all zero, for points that are not finite, that coincide, or that lie on a line (nearer to one than a millionth of
-// their distance).
+// all zero, for points that are not finite, that coincide, or that lie on a line (nearer to one than a millionth
+// of their distance).
 bool threePoints2circle(const cv::Point2d& a, const cv::Point2d& b, const cv::Point2d& c, cv::Point2d& centre,
                         double& radiusPx);
 
@@ -37,8 +37,8 @@ public:
   // minRadiusPx, maxRadiusPx: of the circle, borders included; 0 <= min <= max.
   // No success, the result all zero: a tolerance or radii that are not as above; fewer than three usable points;
   // no triple with a circle in the range; fewer than a quarter of the points, or three, near the circle.
-  bool createFitType_ransacCircle(const std::vector<cv::Point2f>& points, double distTolerancePx, double minRadiusPx,
-                                  double maxRadiusPx);
+  bool createFitType_ransacCircle(const std::vector<cv::Point2f>& points, double distTolerancePx,
+                                  double minRadiusPx, double maxRadiusPx);
 
   const TCircleFitResult& result() const { return fit; }
 

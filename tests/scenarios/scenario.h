@@ -46,18 +46,7 @@ inline TWeldLineRes detect(const TWeldParams& params, const cv::Mat& image, cons
 }
 
 inline const char* nameOf(scenes::TJoint joint) {
-  switch (joint) {
-    case scenes::TJoint::buttGap:
-      return "gap";
-    case scenes::TJoint::lap:
-      return "lap";
-    case scenes::TJoint::corner:
-      return "corner";
-    case scenes::TJoint::plate:
-      return "plate";
-    default:
-      return "other";
-  }
+  return findWeldJoint(scenes::weldParamsFor(joint).weldType)->shortName;
 }
 
 inline const char* nameOf(scenes::TLevel level) {

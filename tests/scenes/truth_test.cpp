@@ -53,7 +53,7 @@ TEST(SceneTruth, CleanScenesHaveTheirCentroidAtTheTrueRowAndAreDarkElsewhere) {
 TEST(SceneTruth, RandomSeamsLieWellInsideTheFrameAndTheAngleRanges) {
   const TWeldParams weld = weldParamsFor(TJoint::corner);
   for (const TJoint joint : measure::kAllJoints) {
-    for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
+    for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh, TLevel::real}) {
       for (std::uint64_t seed = 0; seed < 8; ++seed) {
         const scenes::TTruth truth = renderScene(randomScene(joint, level, seed, {640, 480})).truth;
         EXPECT_EQ(truth.hasSeam, joint != TJoint::plain && joint != TJoint::blank);

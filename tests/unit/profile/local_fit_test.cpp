@@ -1,5 +1,5 @@
-#include "profile/circle_refine.h"
 #include "profile/local_fit.h"
+#include "profile/circle_refine.h"
 #include "scenes/random.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,8 @@ TEST(LocalLines, ReadABowedSurfaceAtItsEnds) {
 TEST(LocalLines, LeaveOutWildCentresAndSurviveABadStart) {
   scenes::TRandom random(9, scenes::TStream::noise);
   TSamples s;
-  for (int i = 0; i < 300; ++i) s.add(i, i % 4 == 0 ? 60 + random.uniform(-40, 40) : 50 + 0.3 * scenes::toGaussian(random.next()));
+  for (int i = 0; i < 300; ++i)
+    s.add(i, i % 4 == 0 ? 60 + random.uniform(-40, 40) : 50 + 0.3 * scenes::toGaussian(random.next()));
   EXPECT_NEAR(fit(s, TLine{0, 50}, 0.09).whole.offsetOf(150, 50), 0.0, 0.15);
   EXPECT_NEAR(fit(s, TLine{0, 56}, 0.09).whole.offsetOf(150, 50), 0.0, 2.0);
   TSamples few;
@@ -91,10 +92,10 @@ TEST(CircleRefine, ATangentSharedMakesTheRadiusSurer) {
     EXPECT_NEAR(plate.offsetOf(bound.circle.x, bound.circle.y), bound.circle.r, 1e-9);
     freeSum += (free.circle.r - 120) * (free.circle.r - 120);
     boundSum += (bound.circle.r - 120) * (bound.circle.r - 120);
-    claimed += bound.radiusSigma * bound.radiusSigma * 0.25;
+    claimed += bound.spread.rr * 0.25;
   }
   EXPECT_LT(boundSum, 0.5 * freeSum);
-  EXPECT_NEAR(boundSum / claimed, 1.0, 0.2) << "radiusSigma is calibrated";
+  EXPECT_NEAR(boundSum / claimed, 1.0, 0.2) << "the spread is that of the errors";
 }
 
 TEST(CircleRefine, AFilletTouchesBothLines) {

@@ -10,7 +10,6 @@ namespace made {
 namespace {
 
 using TPoint = cv::Point2d;
-using weld::TFeature;
 
 constexpr int kColumns = 1280;
 constexpr double kRad = CV_PI / 180.0;

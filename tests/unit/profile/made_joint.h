@@ -14,15 +14,15 @@ enum class TLevel { clean, noisy, harsh };
 struct TJoint {
   TWeldType weldType = TWeldType::none;
   std::vector<cv::Point2f> points;
-  std::array<weld::TFeaturePoint, weld::kFeatures> features{};
+  std::array<weld::TMeasuredPoint, weld::kFeatures> features{};
   weld::TJointMeasures measures;
   bool isHard = false;  // its edge hides, or nothing can tell it from a neighbouring form
 
-  const weld::TFeaturePoint& at(weld::TFeature f) const { return features[static_cast<std::size_t>(f)]; }
+  const weld::TMeasuredPoint& at(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
 };
 
-// A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22, runs
-// of a ghost 12 to 80 px off.
+// A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22,
+// runs of a ghost 12 to 80 px off.
 //   weldType  lap, corner, plate, U, V, single bevel, flare V, flare bevel; none gives a curved plate
 TJoint makeJoint(TWeldType weldType, TLevel level, std::uint64_t seed);
 

@@ -66,11 +66,13 @@ struct TPrepared {
   explicit TPrepared(const TList2f& points)
       : centres(cleanCentres(points, {}, kHeap)),
         moments(centres.x, centres.y, centres.weight, kHeap),
-        noisePx(measureNoise(centres, moments, kHeap)),
+        noise(measureNoise(centres, moments, kHeap)),
+        noisePx(noise.sigmaPx),
         cuts(cutAtoms(centres, moments, noisePx, kHeap)),
         table(centres, moments, cuts, noisePx, kHeap) {}
   TCentres centres;
   TMoments moments;
+  TStripeNoise noise;
   double noisePx;
   TList<int> cuts;
   TFitTable table;
@@ -90,14 +92,27 @@ TEST(MeasureNoise, IsThatOfTheCentresWhateverTheShape) {
       scenes::TRandom random(testing_support::seedOfCurrentTest(), scenes::TStream::noise);
       TList2f points;
       for (int x = 0; x < 1280; ++x) {
-        const double y = slope * std::abs(x - 640) + sigma * std::sqrt(1 + slope * slope) * scenes::toGaussian(random.next());
+        const double y =
+            slope * std::abs(x - 640) + sigma * std::sqrt(1 + slope * slope) * scenes::toGaussian(random.next());
         points.emplace_back(static_cast<float>(x), static_cast<float>(y));
       }
       EXPECT_NEAR(TPrepared(points).noisePx, sigma, 0.15 * sigma) << slope;
+      EXPECT_LE(TPrepared(points).noise.inflation, 1.5) << "white";
     }
   }
   EXPECT_DOUBLE_EQ(TPrepared(level(0, 200, 7)).noisePx, 0.25);
   EXPECT_DOUBLE_EQ(TPrepared({}).noisePx, 0.25);
+}
+
+TEST(MeasureNoise, TellsHowMuchNeighboursErrAlike) {
+  scenes::TRandom random(testing_support::seedOfCurrentTest(), scenes::TStream::speckle);
+  TList2f points;
+  double speckle = 0.0;
+  for (int x = 0; x < 1280; ++x) {
+    speckle = 0.8 * speckle + 0.6 * scenes::toGaussian(random.next());
+    points.emplace_back(static_cast<float>(x), static_cast<float>(400 + speckle));
+  }
+  EXPECT_NEAR(TPrepared(points).noise.inflation, 9.0, 3.5);  // (1 + 0.8) / (1 - 0.8) for very many
 }
 
 TEST(CutAtoms, CutsAtTheShouldersWithinTwoColumns) {
@@ -125,7 +140,8 @@ TEST(FitTable, LeavesOutAGhostInsideALine) {
 
 TEST(FitTable, TellsARoundFromAStraightStretch) {
   TList2f points;
-  for (int x = -150; x <= 150; ++x) points.emplace_back(static_cast<float>(x), static_cast<float>(-std::sqrt(4e4 - x * x)));
+  for (int x = -150; x <= 150; ++x)
+    points.emplace_back(static_cast<float>(x), static_cast<float>(-std::sqrt(4e4 - x * x)));
   TPrepared round(points);
   const TCircleEntry& arc = round.table.circle(0, round.table.atoms());
   EXPECT_TRUE(arc.isValid);

@@ -1,5 +1,5 @@
-#include "scenes/random.h"
 #include "support/circle_fit.h"
+#include "scenes/random.h"
 #include "support/exact_log.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +41,8 @@ TEST(ThreePoints, GiveTheirCircleOrTellThatThereIsNone) {
   }
 }
 
-std::vector<cv::Point2f> arc(double radius, double openingDeg, double noisePx, double wildShare, std::uint64_t seed) {
+std::vector<cv::Point2f> arc(double radius, double openingDeg, double noisePx, double wildShare,
+                             std::uint64_t seed) {
   scenes::TRandom random(seed, scenes::TStream::noise);
   std::vector<cv::Point2f> points;
   for (int i = 0; i < 200; ++i) {
@@ -68,10 +69,9 @@ TEST(RansacCircle, HoldsAgainstWildPointsOnAShortArc) {
 // The bound is the Cramer-Rao one: the inverse of the normal matrix of a free circle on this arc.
 TEST(RansacCircle, IsNearlyAsGoodAsLeastSquaresCanBe) {
   constexpr double kRadius = 100;
-  double sxx = 0, sx = 0, syy = 0, sy = 0;  // of the unit normals; the arc is symmetric
+  double syy = 0, sy = 0;  // of the unit normals; the arc is symmetric, and x apart from the rest
   for (int i = 0; i < 200; ++i) {
     const double angle = (-90 - 60 + 120.0 * i / 199) * CV_PI / 180;
-    sxx += std::cos(angle) * std::cos(angle), sx += std::cos(angle);
     syy += std::sin(angle) * std::sin(angle), sy += std::sin(angle);
   }
   const double bound = syy / (200 * syy - sy * sy);
@@ -92,7 +92,8 @@ TEST(RansacCircle, TellsWhenThereIsNoCircle) {
   for (int i = 0; i < 100; ++i) straight.emplace_back(static_cast<float>(i), static_cast<float>(2 * i));
   std::vector<cv::Point2f> noise;
   scenes::TRandom random(3, scenes::TStream::noise);
-  for (int i = 0; i < 200; ++i) noise.emplace_back(static_cast<float>(i), static_cast<float>(random.uniform(0, 2000)));
+  for (int i = 0; i < 200; ++i)
+    noise.emplace_back(static_cast<float>(i), static_cast<float>(random.uniform(0, 2000)));
   const std::vector<cv::Point2f> garbage(50, {std::numeric_limits<float>::quiet_NaN(), 0});
   const struct {
     const char* name;
@@ -116,7 +117,8 @@ TEST(RansacCircle, TellsWhenThereIsNoCircle) {
   };
   for (const auto& row : rows) {
     zelFit::TCircleFitFactory factory;
-    EXPECT_EQ(factory.createFitType_ransacCircle(row.points, row.tol, row.least, row.most), row.success) << row.name;
+    EXPECT_EQ(factory.createFitType_ransacCircle(row.points, row.tol, row.least, row.most), row.success)
+        << row.name;
     EXPECT_EQ(factory.result().success, row.success);
     EXPECT_EQ(factory.result().radiusPx > 0.0, row.success) << row.name;
   }
@@ -130,7 +132,8 @@ TEST(ExactLog, AgreesWithTheMathsLibrary) {
   EXPECT_EQ(weld::exactLog(1.0), 0.0);
   EXPECT_EQ(weld::exactLog(0.0), -kInfinity);
   EXPECT_EQ(weld::exactLog(kInfinity), kInfinity);
-  EXPECT_TRUE(std::isnan(weld::exactLog(-1.0)) && std::isnan(weld::exactLog(kNaN)) && std::isnan(weld::exactExp(kNaN)));
+  EXPECT_TRUE(std::isnan(weld::exactLog(-1.0)) && std::isnan(weld::exactLog(kNaN)) &&
+              std::isnan(weld::exactExp(kNaN)));
   EXPECT_EQ(weld::exactExp(0.0), 1.0);
   EXPECT_EQ(weld::exactExp(-1e9), 0.0);
   EXPECT_EQ(weld::exactExp(1e9), kInfinity);

@@ -1,0 +1,14 @@
+// Where a flank ends by its light. Beside a steep or a closed root the stripe is so thick along the columns that
+// its centres stop short of the end, and leave a hole that looks like a root gap.
+#pragma once
+
+#include "profile/profile_layout.h"
+#include "trace/frame.h"
+
+namespace weld {
+
+// Moves the ends of flanks at a root or a wall on along their lines for as long as the image is at least half as
+// bright there as on the flank itself.
+void extendToLight(const TFrame& frame, TProfileLayout& layout);
+
+}  // namespace weld
