@@ -5,9 +5,11 @@
 #include "tools/parameter_page/figures.h"
 #include "tools/text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -43,29 +45,60 @@ std::string tableRow(const TWeldParameter& parameter) {
       " | ");
 }
 
-std::string sectionOf(const TWeldJoint& joint) {
-  std::string text = "\n## " + std::string(joint.name) + "\n\n";
-  for (const tool::TFigure& figure : tool::figuresOf(joint.type)) {
-    text += figureLink(figure) + "\n";
+bool readTheSame(const TWeldJoint& a, const TWeldJoint& b) {
+  const auto isSame = [](const TWeldParameter& p, const TWeldParameter& q) {
+    return std::string(p.name) == q.name && std::string(p.meaning) == q.meaning;
+  };
+  return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(), isSame);
+}
+
+std::string headingOf(const std::vector<TWeldJoint>& joints) {
+  std::vector<std::string> names;
+  for (const TWeldJoint& joint : joints) {
+    names.emplace_back(joint.name);
+  }
+  return "\n## " + tool::join(names, ", ") + "\n\n";
+}
+
+// Joints that read the same parameters have one section.
+std::string sectionOf(const std::vector<TWeldJoint>& joints) {
+  std::string text = headingOf(joints);
+  for (const TWeldJoint& joint : joints) {
+    for (const tool::TFigure& figure : tool::figuresOf(joint.type)) {
+      text += figureLink(figure) + "\n";
+    }
   }
   text += "| name | meaning | unit | default | range | too low | too high |\n|---|---|---|---|---|---|---|\n";
-  for (const TWeldParameter& parameter : joint.parameters) {
+  for (const TWeldParameter& parameter : joints.front().parameters) {
     text += tableRow(parameter);
   }
   return text;
 }
 
-void writePage(const fs::path& docs) {
-  tool::makeFolder(docs / kFigureFolder);
-  std::string page = kIntroduction;
+std::vector<std::vector<TWeldJoint>> sections() {
+  std::vector<std::vector<TWeldJoint>> list;
   for (const TWeldJoint& joint : weldJoints()) {
     if (!joint.hasDetector) {
       continue;
     }
-    for (const tool::TFigure& figure : tool::figuresOf(joint.type)) {
-      tool::writeWholeFile(docs / kFigureFolder / (figure.name + ".svg"), figure.svg);
+    if (list.empty() || !readTheSame(list.back().front(), joint)) {
+      list.emplace_back();
     }
-    page += sectionOf(joint);
+    list.back().push_back(joint);
+  }
+  return list;
+}
+
+void writePage(const fs::path& docs) {
+  tool::makeFolder(docs / kFigureFolder);
+  std::string page = kIntroduction;
+  for (const std::vector<TWeldJoint>& joints : sections()) {
+    for (const TWeldJoint& joint : joints) {
+      for (const tool::TFigure& figure : tool::figuresOf(joint.type)) {
+        tool::writeWholeFile(docs / kFigureFolder / (figure.name + ".svg"), figure.svg);
+      }
+    }
+    page += sectionOf(joints);
   }
   tool::writeWholeFile(docs / "parameters.md", page);
 }
