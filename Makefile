@@ -22,6 +22,9 @@ run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
+# Where below PREFIX the configured build puts the library.
+libdir = sed -n "s/^CMAKE_INSTALL_LIBDIR:[A-Z]*=//p" $(BUILD)/CMakeCache.txt
+
 .PHONY: build demo test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
   faults bench-compare accuracy docs picture install format clean help
 
@@ -33,8 +36,12 @@ build: ## build the library, the program zelweld and the examples (the default)
 demo: ## simulate seams, track them, leave annotated frames and report.html in demo-out/
 	$(setup) build
 	$(configure)
-	$(call compile,$(BUILD)) --target zelweld_demo
+	$(call compile,$(BUILD)) --target zelweld_demo zelweld
 	$(BUILD)/tools/zelweld_demo --out demo-out
+	@echo "Try next:"
+	@echo "  $(BUILD)/tools/zelweld track demo-out/frames --type lap --explain"
+	@echo "  $(BUILD)/tools/zelweld report demo-out/frames --type lap --set minStepPx=40 --out demo-out/high_limit.html"
+	@echo "  $(BUILD)/tools/zelweld sweep demo-out/frames --type lap --set minStepPx=5:40:5"
 
 test: ## build and run all tests
 	$(setup) build test
@@ -137,8 +144,12 @@ docs: ## write docs/parameters.md and its drawings anew
 picture: build ## draw the picture of README.md anew
 	scripts/readme_picture.sh $(BUILD)/tools/zelweld docs/images/seam.png
 
-install: build ## install to PREFIX (default /usr/local)
+install: build ## install to PREFIX (default /usr/local), so that programs find the library there
 	cmake --install $(BUILD) --prefix "$(PREFIX)"
+	@case "$(DESTDIR):$(PREFIX):$$(id -u)" in \
+	  :/usr:0 | :/usr/local:0) ldconfig && echo "Programs find the library now (ldconfig was run)." ;; \
+	  *) echo "Programs find the library with: export LD_LIBRARY_PATH=$(PREFIX)/$$($(libdir))" ;; \
+	esac
 
 format: ## format the sources
 	$(setup) format

@@ -4,12 +4,12 @@
 #include "stripe/ridge/ridge.h"
 #include "against_copy.h"
 
-#include "scenes/scene.h"
+#include "scenes/score.h"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace {
 
@@ -48,38 +48,36 @@ scenes::TLook texturedLook() {
   return look;
 }
 
-struct TScore {
-  int near = 0;
-  int visible = 0;
-  double meanErrorPx = 0.0;
-};
-
-TScore score(const scenes::TScene& scene) {
-  TScore score;
-  double sum = 0.0;
-  for (const double y : scene.truth.centreY) score.visible += std::isnan(y) ? 0 : 1;
+// Of the columns in which the stripe is visible.
+scenes::TScore score(const scenes::TScene& scene) {
+  scenes::TScore score;
+  for (const double y : scene.truth.centreY) score.frames += std::isnan(y) ? 0 : 1;
   for (const weld::TRidgePoint& ridge : weld::extractRidgeCentres(scene.image, kSettings, weld::heapMemory())) {
     const double truth = scene.truth.centreY[static_cast<std::size_t>(ridge.point.x)];
     const double error = std::abs(static_cast<double>(ridge.point.y) - truth);
     if (!(error <= kNearPx)) continue;
-    ++score.near;
-    sum += error;
+    ++score.found;
+    score.errorsPx.push_back(error);
   }
-  score.meanErrorPx = sum / std::max(score.near, 1);
   return score;
+}
+
+double meanOf(const std::vector<double>& values) {
+  return values.empty() ? 0.0
+                        : std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
 }
 
 void ridgeCentres(benchmark::State& state, scenes::TJoint joint, const scenes::TLook& look) {
   const scenes::TScene scene = render(joint, look);
-  const TScore found = score(scene);
-  if (found.near < 0.98 * found.visible) {
+  const scenes::TScore found = score(scene);
+  if (found.found < 0.98 * found.frames) {
     state.SkipWithError("the stripe was not found");
     return;
   }
   bench::runAgainstCopy(state, scene.image, [&] {
     benchmark::DoNotOptimize(weld::extractRidgeCentres(scene.image, kSettings, weld::heapMemory()));
   });
-  state.counters["meanErrorPx"] = found.meanErrorPx;
+  state.counters["meanErrorPx"] = meanOf(found.errorsPx);
 }
 
 using scenes::TJoint;

@@ -122,8 +122,8 @@ std::vector<cv::Point2f> takeRuns(TInput& input, int runs, int maxCount) {
 }  // namespace
 
 int TInput::takeInt() {
-  switch (takeBelow(3)) {
-    case 0:
+  switch (takeBelow(kIntKinds)) {
+    case kIntAsBits:
       return static_cast<int>(static_cast<std::uint32_t>(takeBits()));
     case 1:
       return pick(*this, kOddInts);
@@ -181,18 +181,20 @@ std::vector<cv::Point2f> takePoints(TInput& input, int maxCount) {
   return points;
 }
 
-double& doubleField(TWeldParams& params, int index) {
-  constexpr double TWeldParams::*kFields[kDoubleFields - 4] = {
-      &TWeldParams::dPara1,         &TWeldParams::dPara2,         &TWeldParams::dPara3,
-      &TWeldParams::dPara4,         &TWeldParams::dPara6,         &TWeldParams::dPara7,
-      &TWeldParams::dPara8,         &TWeldParams::dPara9,         &TWeldParams::dPara10,
-      &TWeldParams::angleRange0Min, &TWeldParams::angleRange0Max, &TWeldParams::angleRange1Min,
-      &TWeldParams::angleRange1Max, &TWeldParams::angleRange2Min, &TWeldParams::angleRange2Max,
-      &TWeldParams::angleRange5Min, &TWeldParams::angleRange5Max};
-  double* const rangeBounds[] = {&params.angleRange3.min, &params.angleRange3.max, &params.angleRange4.min,
-                                 &params.angleRange4.max};
-  constexpr int kPlainFields = kDoubleFields - 4;
-  return index < kPlainFields ? params.*kFields[index] : *rangeBounds[index - kPlainFields];
+const std::vector<TWeldParameter>& readFields() {
+  static const std::vector<TWeldParameter> fields = [] {
+    std::vector<TWeldParameter> list;
+    for (const TWeldJoint& joint : weldJoints()) {
+      for (const TWeldParameter& parameter : joint.parameters) {
+        const auto isSame = [&](const TWeldParameter& known) {
+          return std::strcmp(known.field, parameter.field) == 0;
+        };
+        if (std::none_of(list.begin(), list.end(), isSame)) list.push_back(parameter);
+      }
+    }
+    return list;
+  }();
+  return fields;
 }
 
 TWeldParams takeParams(TInput& input) {
@@ -201,14 +203,11 @@ TWeldParams takeParams(TInput& input) {
   params.weldPosType = static_cast<TWeldPosType>(input.takeFlag() ? input.takeBelow(kPositions) : input.takeInt());
   const int overrides = input.takeBelow(kMaxOverrides + 1);
   for (int i = 0; i < overrides; ++i) {
-    const int index = input.takeBelow(kDoubleFields);
-    doubleField(params, index) = input.takeDouble();
+    const int index = input.takeBelow(static_cast<int>(readFields().size()));
+    const TParameterValue& value = readFields()[static_cast<std::size_t>(index)].value;
+    // An infinite count has no whole part.
+    value.set(params, value.kind == TParameterKind::number ? input.takeDouble() : input.takeInt());
   }
-  if (input.takeFlag()) params.nPara1 = input.takeInt();
-  if (input.takeFlag()) params.nPara5 = input.takeInt();
-  params.haveGap = !input.takeFlag();
-  params.flagPara1 = input.takeFlag();
-  params.flagPara2 = input.takeFlag();
   return params;
 }
 

@@ -33,9 +33,11 @@ private:
   FuzzedDataProvider provider;
 };
 
-// How takeDouble is told that the bits of the number follow.
+// How takeDouble and takeInt are told that the bits of the number follow.
 inline constexpr int kDoubleKinds = 4;
 inline constexpr int kDoubleAsBits = 0;
+inline constexpr int kIntKinds = 3;
+inline constexpr int kIntAsBits = 0;
 
 // An image whose pixels end where its memory ends, so that a read behind them is seen.
 class TFrame {
@@ -72,12 +74,11 @@ std::vector<cv::Point2f> takePoints(TInput& input, int maxCount);
 // The default record with some of its fields set to anything.
 TWeldParams takeParams(TInput& input);
 
-// The fields of TWeldParams that hold a double, 0 .. kDoubleFields - 1.
-inline constexpr int kDoubleFields = 21;
-double& doubleField(TWeldParams& params, int index);
+// The fields of TWeldParams that any joint reads, each once.
+const std::vector<TWeldParameter>& readFields();
 inline constexpr int kMaxOverrides = 8;
-inline constexpr int kTypes = 12;  // one more than there are
-inline constexpr int kPositions = 6;
+inline constexpr int kTypes = 16;  // more than there are
+inline constexpr int kPositions = 8;
 
 // Of entry_point: frames of a sequence, and what may be done with them.
 inline constexpr int kMaxFrames = 4;

@@ -2,7 +2,7 @@
 #include "fuzz/input.h"
 #include "fuzz/seed.h"
 #include "fuzz/verdict.h"
-#include "scenes/scene.h"
+#include "scenes/joints.h"
 #include "tools/param_json.h"
 
 #include <opencv2/imgcodecs.hpp>
@@ -20,7 +20,6 @@ using fuzz::TSeed;
 using fuzz::TStroke;
 using scenes::TJoint;
 
-constexpr TJoint kJoints[] = {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain};
 const cv::Size kSceneSize{240, 128};
 const cv::Size kPictureSize{48, 32};  // of image files, where the picture does not matter
 const cv::Size kStrokeSize{320, 240};
@@ -48,10 +47,10 @@ void checkSeed(const TSeed& seed, const TWeldParams& params, const cv::Mat& imag
   const std::vector<std::uint8_t> bytes = seed.bytes();
   fuzz::TInput input(bytes.data(), bytes.size());
   input.takeBelow(fuzz::kWays);
-  TWeldParams read = fuzz::takeParams(input);
-  TWeldParams put = params;
-  bool isSame = read.weldType == put.weldType && read.weldPosType == put.weldPosType;
-  for (int i = 0; i < fuzz::kDoubleFields; ++i) isSame &= fuzz::doubleField(read, i) == fuzz::doubleField(put, i);
+  const TWeldParams read = fuzz::takeParams(input);
+  bool isSame = read.weldType == params.weldType && read.weldPosType == params.weldPosType;
+  for (const TWeldParameter& field : fuzz::readFields())
+    isSame &= field.value.get(read) == field.value.get(params);
   isSame &= !fuzz::takeResult(input, 1).isFound && !input.takeFlag();
   const fuzz::TFrame frame = fuzz::takeFrame(input);
   isSame &= frame.image.size() == image.size() && cv::norm(frame.image, image, cv::NORM_INF) == 0.0;
@@ -72,7 +71,7 @@ TSeed makeSequence(const TWeldParams& params, TPutFrame putFrame) {
 }
 
 void addScenes(TFolder& folder) {
-  for (const TJoint joint : kJoints) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     const cv::Mat image = scenes::renderScene(randomScene(joint, scenes::TLevel::clean, 1, kSceneSize)).image;
     const TWeldParams params = scenes::weldParamsFor(joint);
     const TSeed seed = makeSequence(params, [&](TSeed& s) { fuzz::putFrame(s, image); });
@@ -81,20 +80,21 @@ void addScenes(TFolder& folder) {
   }
 }
 
-// The same joints in fewer bytes.
+// Each drawing of a joint in fewer bytes, for every joint: those that it does not show look for theirs in it.
 void addStrokes(TFolder& folder) {
-  const std::vector<TStroke> strokes[] = {
+  const std::vector<TStroke> drawings[] = {
       {{{10, 120}, {140, 120}}, {{175, 120}, {310, 120}}},
       {{{10, 90}, {155, 90}}, {{158, 130}, {310, 130}}},
       {{{20, 70}, {160, 140}}, {{160, 140}, {300, 70}}},
       {{{5, 170}, {80, 170}}, {{80, 110}, {240, 110}}, {{240, 170}, {315, 170}}},
       {{{10, 100}, {310, 140}}}};
-  for (std::size_t i = 0; i < std::size(kJoints); ++i) {
-    for (const bool usesRidges : {false, true}) {
-      TWeldParams params = scenes::weldParamsFor(kJoints[i]);
-      params.flagPara1 = params.flagPara2 = usesRidges;
-      const TSeed seed = makeSequence(params, [&](TSeed& s) { fuzz::putStrokes(s, kStrokeSize, strokes[i]); });
-      folder.add(seed.bytes());
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
+    for (const std::vector<TStroke>& strokes : drawings) {
+      for (const bool usesRidges : {false, true}) {
+        TWeldParams params = scenes::weldParamsFor(joint);
+        params.flagPara1 = params.flagPara2 = usesRidges;
+        folder.add(makeSequence(params, [&](TSeed& s) { fuzz::putStrokes(s, kStrokeSize, strokes); }).bytes());
+      }
     }
   }
 }
@@ -133,10 +133,10 @@ void addExposures(TFolder& folder) {
 }
 
 void addParamFiles(TFolder& folder) {
-  for (const TJoint joint : kJoints) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     std::string parts = tool::paramsToJson(scenes::weldParamsFor(joint)).dump();
     folder.add(parts);
-    for (const char* const option : {"corner", "left", "dPara2=4", "haveGap=false"}) {
+    for (const char* const option : {"corner", "centre", "flankTolerancePx=4", "haveGap=false"}) {
       parts += '\0';
       parts += option;
     }

@@ -37,6 +37,11 @@ void TSeed::putDouble(double value) {
   putBigEndian(bits, sizeof bits);
 }
 
+void TSeed::putInt(double wholeValue) {
+  putBelow(kIntAsBits, kIntKinds);
+  putBigEndian(static_cast<std::uint64_t>(static_cast<std::int64_t>(wholeValue)), sizeof(std::uint64_t));
+}
+
 std::vector<std::uint8_t> TSeed::bytes() const {
   std::vector<std::uint8_t> all = front;
   all.insert(all.end(), back.rbegin(), back.rend());
@@ -48,20 +53,17 @@ void putParams(TSeed& seed, const TWeldParams& params) {
   seed.putBelow(static_cast<int>(params.weldType), kTypes);
   seed.putFlag(true);
   seed.putBelow(static_cast<int>(params.weldPosType), kPositions);
-  TWeldParams wanted = params;
-  TWeldParams usual;
-  std::vector<int> changed;
-  for (int i = 0; i < kDoubleFields; ++i) {
-    if (doubleField(wanted, i) != doubleField(usual, i)) changed.push_back(i);
+  const std::vector<TWeldParameter>& fields = readFields();
+  std::vector<std::size_t> changed;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (fields[i].value.get(params) != fields[i].value.get(TWeldParams())) changed.push_back(i);
   }
   seed.putBelow(static_cast<int>(changed.size()), kMaxOverrides + 1);
-  for (const int i : changed) {
-    seed.putBelow(i, kDoubleFields);
-    seed.putDouble(doubleField(wanted, i));
+  for (const std::size_t i : changed) {
+    seed.putBelow(static_cast<int>(i), static_cast<int>(fields.size()));
+    const TParameterValue& value = fields[i].value;
+    value.kind == TParameterKind::number ? seed.putDouble(value.get(params)) : seed.putInt(value.get(params));
   }
-  seed.putFlag(false);
-  seed.putFlag(false);
-  for (const bool flag : {!params.haveGap, params.flagPara1, params.flagPara2}) seed.putFlag(flag);
 }
 
 void putNoResult(TSeed& seed) {

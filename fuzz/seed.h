@@ -18,6 +18,7 @@ public:
   void putBelow(int value, int count);
   void putFlag(bool flag) { putBelow(flag ? 1 : 0, 2); }
   void putDouble(double value);
+  void putInt(double wholeValue);
   void putBytes(const std::uint8_t* bytes, std::size_t count) { front.insert(front.end(), bytes, bytes + count); }
 
   std::vector<std::uint8_t> bytes() const;

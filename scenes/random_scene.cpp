@@ -1,4 +1,5 @@
 #include "scenes/groove.h"
+#include "scenes/joints.h"
 #include "scenes/random.h"
 #include "scenes/random_groove.h"
 #include "scenes/random_real.h"
@@ -84,33 +85,6 @@ void lookHarsh(const TGeometry& g, TRandom& random, TLook& look) {
   look.ghostSpan = random.uniform(0.2, 0.6);
 }
 
-TWeldType weldTypeOf(TJoint joint) {
-  switch (joint) {
-    case TJoint::buttGap:
-      return TWeldType::buttGap;
-    case TJoint::lap:
-      return TWeldType::lap;
-    case TJoint::corner:
-      return TWeldType::corner;
-    case TJoint::plate:
-      return TWeldType::plate;
-    case TJoint::vGroove:
-      return TWeldType::vGroove;
-    case TJoint::singleBevel:
-      return TWeldType::singleBevel;
-    case TJoint::uGroove:
-      return TWeldType::uGroove;
-    case TJoint::flareV:
-      return TWeldType::flareV;
-    case TJoint::flareBevel:
-      return TWeldType::flareBevel;
-    case TJoint::plain:
-    case TJoint::blank:
-      break;
-  }
-  return TWeldType::stripePresence;
-}
-
 }  // namespace
 
 TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Size size) {
@@ -132,7 +106,8 @@ TSceneParams randomScene(TJoint joint, TLevel level, std::uint64_t seed, cv::Siz
 
 TWeldParams weldParamsFor(TJoint joint, TWeldPosType pos) {
   TWeldParams params;
-  initWeldParameters(weldTypeOf(joint), params, pos);
+  const bool hasType = joint != TJoint::blank;
+  initWeldParameters(hasType ? weldTypeOf(joint) : TWeldType::stripePresence, params, pos);
   if (isGroove(joint)) params.dPara6 = kShortestFlankPx;
   return params;
 }

@@ -5,14 +5,13 @@
 #include "tools/demo_report.h"
 #include "tools/detection.h"
 #include "tools/image_file.h"
-#include "tools/names.h"
 #include "tools/output_file.h"
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/stats.h"
 #include "tools/text.h"
 
-#include "scenes/scene.h"
+#include "scenes/score.h"
 
 #include <CLI/CLI.hpp>
 #include <opencv2/imgproc.hpp>
@@ -26,22 +25,10 @@
 
 namespace {
 
-using scenes::TJoint;
 using scenes::TLevel;
+using scenes::TSeamCase;
 using tool::TOverlay;
 namespace fs = std::filesystem;
-
-struct TJointRow {
-  TJoint joint;
-  TWeldPosType pos;
-};
-const std::vector<TJointRow> kJoints = {
-    {TJoint::buttGap, TWeldPosType::centre}, {TJoint::buttGap, TWeldPosType::left},
-    {TJoint::buttGap, TWeldPosType::right},  {TJoint::lap, TWeldPosType::centre},
-    {TJoint::lap, TWeldPosType::upper},      {TJoint::lap, TWeldPosType::lower},
-    {TJoint::corner, TWeldPosType::centre},  {TJoint::plate, TWeldPosType::right},
-    {TJoint::plate, TWeldPosType::left},     {TJoint::plate, TWeldPosType::centre},
-    {TJoint::plain, TWeldPosType::centre}};
 
 struct TLevelRow {
   TLevel level;
@@ -57,19 +44,12 @@ constexpr double kMinFoundShare = 0.99;
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
-  std::string type;
+  std::string name;
   std::string level;
   tool::TRunStats stats;
-  std::vector<double> errorsPx;  // one per frame with a result
+  scenes::TScore score;
   std::vector<cv::Mat> thumbnails;
 };
-
-// "plate-left"; no position for the joints that know one only.
-std::string rowName(const TJointRow& row) {
-  const std::string type = tool::nameOf(tool::detectorFor(row.joint));
-  const bool hasPositions = row.joint != TJoint::corner && row.joint != TJoint::plain;
-  return hasPositions ? type + "-" + tool::nameOf(row.pos) : type;
-}
 
 scenes::TMotion motionOf(int sequence) {
   scenes::TMotion motion;
@@ -78,11 +58,8 @@ scenes::TMotion motionOf(int sequence) {
   return motion;
 }
 
-// Distance to the true seam point. A stripe without a seam point: median distance of its centres to the true ones.
-double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TWeldLineRes& result) {
-  if (jointRow.joint != TJoint::plain) {
-    return cv::norm(cv::Point2d(result.weldPos) - scenes::seamPoint(jointRow.joint, truth, jointRow.pos));
-  }
+// Median distance of the stripe's centres to the true ones.
+double stripeErrorPx(const scenes::TTruth& truth, const TWeldLineRes& result) {
   std::vector<double> distances;
   for (const cv::Point2f& point : result.stripePts) {
     const double trueY = truth.centreY[static_cast<std::size_t>(point.x)];
@@ -90,7 +67,16 @@ double errorOf(const TJointRow& jointRow, const scenes::TTruth& truth, const TWe
       distances.push_back(std::abs(point.y - trueY));
     }
   }
-  return tool::percentile(distances, 0.5);
+  return scenes::quantile(distances, 0.5);
+}
+
+void addScore(const TSeamCase& seamCase, const scenes::TTruth& truth, const TWeldLineRes& result,
+              scenes::TScore& score) {
+  if (hasSeamPoint(seamCase.joint) || !result.isFound) {
+    score.add(seamCase, truth, result);
+  } else {
+    score.addFound(stripeErrorPx(truth, result));
+  }
 }
 
 cv::Mat annotated(const cv::Mat& image, const TOverlay& overlay, const std::string& title) {
@@ -101,7 +87,7 @@ cv::Mat annotated(const cv::Mat& image, const TOverlay& overlay, const std::stri
 
 // Writes the annotated frame and puts a small one on the row's line of the contact sheet.
 void keepPicture(const cv::Mat& image, const TOverlay& overlay, const fs::path& path, TRow& row) {
-  const std::string title = row.type + " " + row.level;
+  const std::string title = row.name + " " + row.level;
   tool::writeImage(path, annotated(image, overlay, title));
   cv::Mat small;
   cv::resize(image, small, cv::Size(), kThumbnailScale, kThumbnailScale, cv::INTER_AREA);
@@ -109,30 +95,28 @@ void keepPicture(const cv::Mat& image, const TOverlay& overlay, const fs::path& 
 }
 
 std::string pictureName(const TRow& row, int sequence, int frame) {
-  return row.type + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(frame) + ".png";
+  return row.name + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(frame) + ".png";
 }
 
-void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& row, const fs::path& folder) {
-  const TJoint joint = jointRow.joint;
-  const scenes::TSceneParams first = scenes::randomScene(joint, level, static_cast<std::uint64_t>(sequence) + 1);
-  const TWeldParams params = scenes::weldParamsFor(joint, jointRow.pos);
+void runSequence(const TSeamCase& seamCase, TLevel level, int sequence, TRow& row, const fs::path& folder) {
+  const scenes::TSceneParams first =
+      scenes::randomScene(seamCase.joint, level, static_cast<std::uint64_t>(sequence) + 1);
+  const TWeldParams params = scenes::weldParamsFor(seamCase.joint, seamCase.pos);
   TTrackerOptions options;
   options.keepTrace = true;
   TWeldTracker tracker(params, options);
   for (int n = 0; n < kFrames; ++n) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
     const tool::TTimedSeam timed = tool::trackTimed(tracker, scene.image);
-    if (n == 0 && params.weldType == TWeldType::stripePresence) {
+    if (n == 0 && !hasSeamPoint(seamCase.joint)) {
       continue;  // presence compares with the frame before, so the first frame never counts as found
     }
     row.stats.add(timed.seam.state, timed.ms);
-    if (timed.seam.state == TSeamState::found) {
-      row.errorsPx.push_back(errorOf(jointRow, scene.truth, timed.seam.line));
-    }
+    addScore(seamCase, scene.truth, timed.seam.line, row.score);
     if (n % kAnnotateEvery == kAnnotateEvery - 1) {
       TOverlay overlay = tool::overlayOf(params, timed.seam, tracker.lastTrace(), scene.image.cols);
       if (overlay.seam) {
-        overlay.trueSeam = scenes::seamPoint(joint, scene.truth, jointRow.pos);
+        overlay.trueSeam = scenes::seamPoint(seamCase.joint, scene.truth, seamCase.pos);
       }
       keepPicture(scene.image, overlay, folder / pictureName(row, sequence, n), row);
     }
@@ -140,7 +124,7 @@ void runSequence(const TJointRow& jointRow, TLevel level, int sequence, TRow& ro
 }
 
 bool isGood(const TRow& row) {
-  return row.stats.foundShare() >= kMinFoundShare && tool::percentile(row.errorsPx, 0.5) <= kMaxMedianErrorPx;
+  return row.score.foundShare() >= kMinFoundShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
 }
 
 void printHeading() {
@@ -152,13 +136,12 @@ void printHeading() {
 }
 
 void printRow(const TRow& row) {
-  std::cout << std::left << std::setw(16) << row.type << std::setw(8) << row.level << std::right << std::setw(7)
-            << row.stats.frames() << std::setw(7) << row.stats.found() << std::setw(7)
-            << tool::fixed(100.0 * row.stats.foundShare(), 1) << " %" << std::setw(11)
-            << tool::fixed(tool::percentile(row.errorsPx, 0.5), 2) << std::setw(9)
-            << tool::fixed(tool::percentile(row.errorsPx, 0.95), 2) << std::setw(11)
-            << tool::fixed(row.stats.medianMs(), 2) << std::setw(9) << tool::fixed(row.stats.p95Ms(), 2)
-            << (isGood(row) ? "" : "  FAILED") << std::endl;
+  std::cout << std::left << std::setw(16) << row.name << std::setw(8) << row.level << std::right << std::setw(7)
+            << row.score.frames << std::setw(7) << row.score.found << std::setw(7)
+            << tool::fixed(100.0 * row.score.foundShare(), 1) << " %" << std::setw(11)
+            << tool::fixed(row.score.errorAt(0.5), 2) << std::setw(9) << tool::fixed(row.score.errorAt(0.95), 2)
+            << std::setw(11) << tool::fixed(row.stats.medianMs(), 2) << std::setw(9)
+            << tool::fixed(row.stats.p95Ms(), 2) << (isGood(row) ? "" : "  FAILED") << std::endl;
 }
 
 // One line of thumbnails per joint and level.
@@ -176,17 +159,18 @@ cv::Mat contactSheet(const std::vector<TRow>& rows) {
 
 bool runDemo(const fs::path& folder) {
   tool::makeFolder(folder);
-  tool::TProgress progress(static_cast<int>(kJoints.size() * kLevels.size()) * kSequences);
+  const std::vector<TSeamCase> cases = scenes::detectedCases();
+  tool::TProgress progress(static_cast<int>(cases.size() * kLevels.size()) * kSequences);
   printHeading();
   std::vector<TRow> rows;
   int done = 0;
-  for (const TJointRow& joint : kJoints) {
+  for (const TSeamCase& seamCase : cases) {
     for (const TLevelRow& level : kLevels) {
       TRow row;
-      row.type = rowName(joint);
+      row.name = scenes::nameOf(seamCase);
       row.level = level.name;
       for (int sequence = 0; sequence < kSequences; ++sequence) {
-        runSequence(joint, level.level, sequence, row, folder);
+        runSequence(seamCase, level.level, sequence, row, folder);
         progress.draw(++done);
       }
       progress.clear();
@@ -195,11 +179,12 @@ bool runDemo(const fs::path& folder) {
     }
   }
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
-  tool::writeDemoReport(folder / "report.html");
-  std::cout << "Error: distance of the seam point to the truth; for stripePresence, of the stripe centres.\n"
+  tool::writeDemoReport(folder);
+  std::cout << "Error: distance of the seam point to the truth; for presence, of the stripe centres.\n"
             << "Time: of a tracked frame, with the recording of its trace.\n"
             << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it.\n"
-            << "A lap seam with losses, for a browser: " << (folder / "report.html").string() << std::endl;
+            << "A lap seam with losses, for a browser: " << (folder / "report.html").string()
+            << "; frames of it as a camera gives them: " << (folder / "frames").string() << std::endl;
   return std::all_of(rows.begin(), rows.end(), isGood);
 }
 

@@ -1,5 +1,7 @@
 #include "tools/demo_report.h"
 
+#include "tools/image_file.h"
+#include "tools/output_file.h"
 #include "tools/report.h"
 
 #include "scenes/scene.h"
@@ -12,6 +14,8 @@ namespace {
 constexpr int kFrames = 120;
 constexpr std::uint64_t kSeed = 3;
 constexpr int kNextPartFrame = 75;
+constexpr int kFirstKeptFrame = 44;
+constexpr int kLastKeptFrame = 67;
 constexpr double kLowStepPx = 12.0;  // the joint's default asks for 20
 
 struct TTrouble {
@@ -48,7 +52,8 @@ scenes::TSceneParams sceneOf(int frame) {
 
 }  // namespace
 
-void writeDemoReport(const std::filesystem::path& page) {
+void writeDemoReport(const std::filesystem::path& folder) {
+  makeFolder(folder / "frames");
   TTracking tracking;
   tracking.params = scenes::weldParamsFor(scenes::TJoint::lap, TWeldPosType::centre);
   tracking.tracker.keepTrace = true;
@@ -59,8 +64,11 @@ void writeDemoReport(const std::filesystem::path& page) {
                        n == 0};
     const TTrackedFrame tracked = tracker.track(frame);
     report.add(tracked.record, tracked.image);
+    if (n >= kFirstKeptFrame && n <= kLastKeptFrame) {
+      writeImage(folder / "frames" / cv::format("frame_%04d.png", n), frame.image);
+    }
   }
-  report.write(page);
+  report.write(folder / "report.html");
 }
 
 }  // namespace tool

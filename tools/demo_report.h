@@ -1,11 +1,12 @@
-// The demonstration's report page.
+// The demonstration's report page and frames.
 #pragma once
 
 #include <filesystem>
 
 namespace tool {
 
-// Tracks a simulated lap seam with what goes wrong on a shop floor, and writes the report about it.
-void writeDemoReport(const std::filesystem::path& page);
+// Tracks a simulated lap seam with what goes wrong on a shop floor. Writes the report about it, report.html, and
+// into frames/ the frames around the longest loss, for experiments.
+void writeDemoReport(const std::filesystem::path& folder);
 
 }  // namespace tool

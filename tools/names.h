@@ -1,24 +1,23 @@
-// Joints and welding positions by name, as typed on the command line and in parameter files.
+// Joints and welding positions by name, as typed on the command line and in parameter files. Which there are
+// stands in the library's table of joints.
 #pragma once
 
-#include "scenes/scene.h"
+#include "scenes/joints.h"
 #include "zelWeldDetect.h"
 
 #include <string>
-#include <vector>
 
 namespace tool {
 
-// The enumerator's name, "buttGap".
+// The enumerator's name, "buttGap"; the number of a type without a row in the table.
 std::string nameOf(TWeldType type);
-std::string nameOf(TWeldPosType pos);
 
-// A joint that has a detector, by name or number. Case, '-' and '_' do not matter ("butt-gap", "buttGap"),
-// and "gap" and "presence" are short forms. Throws a usage error for anything else.
+// A joint that has a detector, by name or number. Case, '-' and '_' do not matter ("butt-gap", "buttGap"), and
+// there are short forms ("gap"). Throws a usage error for anything else.
 TWeldType parseDetectorType(const std::string& text);
 
-// A welding position, by name or number. Throws a usage error for anything else.
-TWeldPosType parsePosition(const std::string& text);
+// A welding position that the joint knows, by name or number. Throws a usage error for anything else.
+TWeldPosType parsePosition(TWeldType type, const std::string& text);
 
 // What simulate can draw: any joint, with a detector or without, "plain" and "blank".
 scenes::TJoint parseJoint(const std::string& text);
@@ -26,12 +25,15 @@ scenes::TJoint parseJoint(const std::string& text);
 // The detector that runs on frames of this joint: its own, or the presence check where there is none.
 TWeldType detectorFor(scenes::TJoint joint);
 
-// The joints that have a detector.
-std::vector<TWeldType> detectorTypes();
-
-// Names of the joints that have a detector, for help texts and messages: "buttGap, lap, ...".
+// Names for help texts and messages, "buttGap, lap, ...": joints that have a detector, what simulate can draw, and
+// positions that any joint knows.
 std::string detectorTypeNames();
-std::string positionNames();
 std::string jointNames();
+std::string positionNames();
+
+// Whether a name that is not known may stand for this one: but for case, '-', '_' and '.', it differs by two
+// letters at most or is its beginning. Digits have to be the same, since names that differ in them are different
+// ones.
+bool isNearMiss(const std::string& typed, const std::string& name);
 
 }  // namespace tool

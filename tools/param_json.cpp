@@ -2,12 +2,13 @@
 
 #include "tools/cli_error.h"
 #include "tools/names.h"
-#include "tools/param_table.h"
+#include "tools/parameter.h"
 #include "tools/text.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 namespace tool {
 namespace {
@@ -34,10 +35,28 @@ std::string readText(const std::string& path) {
   return text;
 }
 
+// A parser that drops all but the last value of a name would hide which of them was meant.
+class TTwiceNamed {
+public:
+  explicit TTwiceNamed(const std::string& file) : path(file) {}
+
+  bool operator()(int depth, ordered_json::parse_event_t event, const ordered_json& parsed) {
+    const bool isName = depth == 1 && event == ordered_json::parse_event_t::key;
+    if (isName && !names.insert(parsed.get<std::string>()).second) {
+      throw usageError(path + ": names " + parsed.get<std::string>() + " twice");
+    }
+    return true;
+  }
+
+private:
+  std::string path;
+  std::set<std::string> names;
+};
+
 ordered_json parseFile(const std::string& path) {
   const std::string text = readText(path);
   try {
-    ordered_json record = ordered_json::parse(text);
+    ordered_json record = ordered_json::parse(text, TTwiceNamed(path));
     if (!record.is_object()) {
       throw usageError(path + ": holds no JSON object; `zelweld params --format json` shows one");
     }
@@ -62,27 +81,33 @@ std::string nameIn(const ordered_json& record, const std::string& key) {
 }
 
 void applyFile(TWeldParams& params, const ordered_json& record) {
+  std::set<const TWeldParameter*> given;
   for (const auto& [key, value] : record.items()) {
-    if (key != kTypeKey && key != kPositionKey) {
-      setParam(params, findParam(params.weldType, key), value);
+    if (key == kTypeKey || key == kPositionKey) {
+      continue;
     }
+    const TWeldParameter& parameter = findParameter(params.weldType, key);
+    if (!given.insert(&parameter).second) {
+      throw usageError("sets " + labelOf(parameter) + " twice, by either name");
+    }
+    setValue(params, parameter, value);
   }
 }
 
 void applyValue(TWeldParams& params, const std::string& assignment) {
   const std::size_t cut = assignment.find('=');
   if (cut == std::string::npos) {
-    throw usageError("'" + assignment + "' is no assignment; write name=value, for example dPara2=5");
+    throw usageError("'" + assignment + "' is no assignment; write name=value, for example minGapPx=12");
   }
-  const TParamSpec& spec = findParam(params.weldType, assignment.substr(0, cut));
+  const TWeldParameter& parameter = findParameter(params.weldType, assignment.substr(0, cut));
   const std::string text = assignment.substr(cut + 1);
   double number = 0.0;
   if (parseNumber(text, number)) {
-    setParam(params, spec, number);
+    setValue(params, parameter, number);
   } else if (text == "true" || text == "false") {
-    setParam(params, spec, text == "true");
+    setValue(params, parameter, text == "true");
   } else {
-    setParam(params, spec, text);
+    setValue(params, parameter, text);
   }
 }
 
@@ -106,21 +131,22 @@ TWeldType chooseType(const TParamSource& source, const ordered_json& record) {
   return namingOrigin(isOption ? "--type" : source.file, [&] { return parseDetectorType(text); });
 }
 
-TWeldPosType choosePosition(const TParamSource& source, const ordered_json& record) {
+TWeldPosType choosePosition(TWeldType type, const TParamSource& source, const ordered_json& record) {
   const bool isOption = !source.position.empty();
   const std::string text = isOption ? source.position : nameIn(record, kPositionKey);
   if (text.empty()) {
     return TWeldPosType::centre;
   }
-  return namingOrigin(isOption ? "--position" : source.file, [&] { return parsePosition(text); });
+  return namingOrigin(isOption ? "--position" : source.file, [&] { return parsePosition(type, text); });
 }
 
 }  // namespace
 
 TWeldParams loadParams(const TParamSource& source) {
   const ordered_json record = source.file.empty() ? ordered_json::object() : parseFile(source.file);
+  const TWeldType type = chooseType(source, record);
   TWeldParams params;
-  initWeldParameters(chooseType(source, record), params, choosePosition(source, record));
+  initWeldParameters(type, params, choosePosition(type, source, record));
   namingOrigin(source.file, [&] { applyFile(params, record); });
   for (const std::string& value : source.values) {
     namingOrigin("--set", [&] { applyValue(params, value); });
@@ -131,9 +157,9 @@ TWeldParams loadParams(const TParamSource& source) {
 ordered_json paramsToJson(const TWeldParams& params) {
   ordered_json record;
   record[kTypeKey] = nameOf(params.weldType);
-  record[kPositionKey] = nameOf(params.weldPosType);
-  for (const TParamSpec& spec : paramsOf(params.weldType)) {
-    record[spec.name] = getParam(params, spec);
+  record[kPositionKey] = weldPosText(params.weldPosType);
+  for (const TWeldParameter& parameter : parametersOf(params.weldType)) {
+    record[parameter.name] = valueOf(params, parameter);
   }
   return record;
 }

@@ -13,7 +13,7 @@ namespace tool {
 // Where a record comes from. Empty texts are not given. A later one wins over an earlier one:
 // defaults, file, type and position, single values.
 struct TParamSource {
-  std::string file;                 // JSON, as paramsToJson gives it
+  std::string file;                 // JSON, as paramsToJson gives it; each setting once, by name or field
   std::string type;                 // name or number
   std::string position;             // name or number
   std::vector<std::string> values;  // "name=value"
@@ -23,7 +23,7 @@ struct TParamSource {
 // be right, an input error when the file cannot be read.
 TWeldParams loadParams(const TParamSource& source);
 
-// weldType and weldPosType by name, then every parameter that the joint reads.
+// weldType and weldPosType by name, then every parameter that the joint reads, by its name.
 nlohmann::ordered_json paramsToJson(const TWeldParams& params);
 
 }  // namespace tool

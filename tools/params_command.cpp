@@ -3,7 +3,7 @@
 #include "tools/commands.h"
 #include "tools/names.h"
 #include "tools/param_json.h"
-#include "tools/param_table.h"
+#include "tools/parameter.h"
 
 #include <iomanip>
 #include <iostream>
@@ -17,16 +17,18 @@ struct TOptions {
   std::string format = "table";
 };
 
+constexpr int kNameWidth = 40;  // characters
+
 void printTable(const TWeldParams& params) {
-  std::cout << std::left << std::setw(17) << "name" << std::setw(9) << "default" << std::setw(9) << "unit"
-            << std::setw(30) << "range"
+  std::cout << std::left << std::setw(kNameWidth) << "name (field)" << std::setw(9) << "default" << std::setw(9)
+            << "unit" << std::setw(30) << "range"
             << "meaning\n";
-  for (const TParamSpec& spec : paramsOf(params.weldType)) {
-    std::cout << std::setw(17) << spec.name << std::setw(9) << getParam(params, spec).dump() << std::setw(9)
-              << (spec.unit.empty() ? "-" : spec.unit) << std::setw(30) << describeLimits(spec) << spec.meaning
-              << '\n'
-              << (isSwitch(spec) ? "    false:    " : "    too low:  ") << spec.tooLow << '\n'
-              << (isSwitch(spec) ? "    true:     " : "    too high: ") << spec.tooHigh << '\n';
+  for (const TWeldParameter& parameter : parametersOf(params.weldType)) {
+    std::cout << std::setw(kNameWidth) << labelOf(parameter) << std::setw(9) << valueOf(params, parameter).dump()
+              << std::setw(9) << (*parameter.unit == '\0' ? "-" : parameter.unit) << std::setw(30)
+              << describeLimits(parameter) << parameter.meaning << '\n'
+              << (isFlag(parameter) ? "    false:    " : "    too low:  ") << parameter.tooLow << '\n'
+              << (isFlag(parameter) ? "    true:     " : "    too high: ") << parameter.tooHigh << '\n';
   }
 }
 

@@ -75,6 +75,7 @@ std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) 
   ordered_json line;
   line["frame"] = record.frame;
   line["file"] = record.file;
+  line["state"] = nameOf(record.tracked.state);
   line["found"] = record.tracked.state == TSeamState::found;
   line["held"] = record.tracked.state == TSeamState::held;
   line["x"] = numberOrNull(record.seam, &cv::Point2d::x);
@@ -93,6 +94,7 @@ std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) 
     line["storedStripePts"] = pointList(record.storedStripePts);
   }
   if (hasTrace) {
+    line["reason"] = record.trace->reason;
     line["trace"] = traceJson(*record.trace, hasPoints);
   }
   return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);

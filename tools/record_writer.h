@@ -33,8 +33,8 @@ struct TFrameRecord {
 
 class TRecordWriter {
 public:
-  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines, `keepTrace` the
-  // trace to JSON lines, reason and sentence to CSV, and the sentence of frames not found to the table.
+  // Writes the heading that the format has. `withPoints` adds the stripe points to JSON lines, `keepTrace` reason
+  // and trace to JSON lines, reason and sentence to CSV, and the sentence of frames not found to the table.
   TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool keepTrace);
 
   // Writes and flushes one record. Throws when the stream takes no more.

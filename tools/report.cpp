@@ -4,7 +4,7 @@
 #include "tools/names.h"
 #include "tools/output_file.h"
 #include "tools/overlay.h"
-#include "tools/param_table.h"
+#include "tools/parameter.h"
 #include "tools/picture_code.h"
 #include "tools/report_assets.h"
 #include "tools/text.h"
@@ -68,13 +68,14 @@ ordered_json parametersJson(const TWeldParams& params) {
   TWeldParams usual;
   initWeldParameters(params.weldType, usual, params.weldPosType);
   ordered_json rows = ordered_json::array();
-  for (const TParamSpec& spec : paramsOf(params.weldType)) {
-    rows.push_back({{"name", spec.name},
-                    {"value", getParam(params, spec)},
-                    {"default", getParam(usual, spec)},
-                    {"unit", spec.unit},
-                    {"range", describeLimits(spec)},
-                    {"meaning", spec.meaning}});
+  for (const TWeldParameter& parameter : parametersOf(params.weldType)) {
+    rows.push_back({{"name", parameter.name},
+                    {"field", parameter.field},
+                    {"value", valueOf(params, parameter)},
+                    {"default", valueOf(usual, parameter)},
+                    {"unit", parameter.unit},
+                    {"range", describeLimits(parameter)},
+                    {"meaning", parameter.meaning}});
   }
   return rows;
 }
@@ -118,7 +119,7 @@ std::string TReport::dataJson() const {
   const ordered_json head = {
       {"version", ZELWELD_VERSION},
       {"joint", nameOf(params.weldType)},
-      {"position", nameOf(params.weldPosType)},
+      {"position", weldPosText(params.weldPosType)},
       {"summary", summaryJson(counts)},
       {"selection", everyText(shelf.notableStep()) + " of the frames that were not found, " +
                         everyText(shelf.ordinaryStep()) + " of the others"},

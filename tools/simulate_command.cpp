@@ -44,7 +44,8 @@ scenes::TLevel parseLevel(const std::string& text) {
   if (text == "clean") return scenes::TLevel::clean;
   if (text == "noisy") return scenes::TLevel::noisy;
   if (text == "harsh") return scenes::TLevel::harsh;
-  throw usageError("--level: unknown level '" + text + "': use clean, noisy, harsh");
+  if (text == "real") return scenes::TLevel::real;
+  throw usageError("--level: unknown level '" + text + "': use clean, noisy, harsh, real");
 }
 
 cv::Size parseSize(const std::string& text) {
@@ -94,15 +95,19 @@ std::string truthLine(const std::string& name, const scenes::TTruth& truth, scen
   return name + (truth.hasSeam ? ",1," : ",0,") + seam + "," + join(features, ";");
 }
 
+TWeldPosType positionOf(scenes::TJoint joint, const std::string& text) {
+  const TWeldType type = scenes::weldTypeOf(joint);
+  return parsePosition(findWeldJoint(type) != nullptr ? type : detectorFor(joint), text);
+}
+
 TWeldParams trackParams(scenes::TJoint joint, TWeldPosType pos) {
-  TWeldParams params = scenes::weldParamsFor(joint, pos);
-  initWeldParameters(detectorFor(joint), params, pos);
-  return params;
+  const bool isDetected = detectorFor(joint) == scenes::weldTypeOf(joint);
+  return scenes::weldParamsFor(isDetected ? joint : scenes::jointOf(detectorFor(joint)), pos);
 }
 
 void run(const TOptions& options) {
   const scenes::TJoint joint = parseJoint(options.type);
-  const TWeldPosType pos = parsePosition(options.position);
+  const TWeldPosType pos = positionOf(joint, options.position);
   const scenes::TLevel level = parseLevel(options.level);
   const scenes::TMotion motion = motionOf(options);
   const scenes::TSceneParams first = scenes::randomScene(joint, level, options.seed, parseSize(options.size));
@@ -135,7 +140,7 @@ void addSimulateCommand(CLI::App& program) {
       ->check(CLI::Range(1, 1000000))
       ->capture_default_str();
   command->add_option("--seed", options->seed, "Seed; the same seed gives the same frames")->capture_default_str();
-  command->add_option("--level", options->level, "Difficulty: clean, noisy or harsh")->capture_default_str();
+  command->add_option("--level", options->level, "Difficulty: clean, noisy, harsh or real")->capture_default_str();
   command->add_option("--size", options->size, "Frame size, WIDTHxHEIGHT")->capture_default_str();
   command->add_option("--drift", options->drift, "Shift per frame, dx,dy px")->capture_default_str();
   command->add_option("--jitter", options->jitterPx, "Random shift of each frame, px")

@@ -33,7 +33,7 @@ bool isRange(const std::string& assignment) {
 }
 
 TSweepRange parseRange(const std::string& assignment) {
-  const std::string right = "; write name=from:to:step, for example dPara7=5:40:5";
+  const std::string right = "; write name=from:to:step, for example minStepPx=5:40:5";
   const std::size_t cut = assignment.find('=');
   const std::vector<double> numbers =
       cut == std::string::npos ? std::vector<double>() : parseNumbers(assignment.substr(cut + 1), ':', 3);

@@ -10,14 +10,14 @@
 namespace tool {
 
 struct TSweepRange {
-  std::string name;            // of the parameter
+  std::string name;            // of the parameter, or its field
   std::vector<double> values;  // ascending, evenly spaced
 };
 
 // Whether "name=value" gives a range instead of a value.
 bool isRange(const std::string& assignment);
 
-// "dPara7=5:40:5", from : to : step, both ends included where a step meets them. Throws a usage error that says
+// "minStepPx=5:40:5", from : to : step, both ends included where a step meets them. Throws a usage error that says
 // what would be right: no number, not ascending, a step not above 0, more than 1000 values.
 TSweepRange parseRange(const std::string& assignment);
 

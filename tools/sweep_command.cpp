@@ -3,7 +3,7 @@
 #include "tools/commands.h"
 #include "tools/output.h"
 #include "tools/output_file.h"
-#include "tools/param_table.h"
+#include "tools/parameter.h"
 #include "tools/seam_run.h"
 #include "tools/sweep.h"
 #include "tools/sweep_page.h"
@@ -39,7 +39,7 @@ TSweepRange takeRange(TParamSource& source) {
   if (ranges.size() != 1) {
     throw usageError(
         "--set: " + (ranges.empty() ? "no range is given" : "more than one range: " + join(ranges, ", ")) +
-        "; write one as name=from:to:step, for example dPara7=5:40:5");
+        "; write one as name=from:to:step, for example minStepPx=5:40:5");
   }
   source.values.erase(firstRange, source.values.end());
   return parseRange(ranges.front());
@@ -49,13 +49,13 @@ TSweep sweepOf(const TOptions& options) {
   TParamSource source = options.source;
   const TSweepRange range = takeRange(source);
   TWeldParams params = loadParams(source);
-  const TParamSpec& spec = findParam(params.weldType, range.name);
-  if (isSwitch(spec)) {
-    throw usageError("--set: " + spec.name + " is a switch and has no range; use zelweld compare");
+  const TWeldParameter& parameter = findParameter(params.weldType, range.name);
+  if (isFlag(parameter)) {
+    throw usageError("--set: " + labelOf(parameter) + " is true or false and has no range; use zelweld compare");
   }
   TSweep sweep{params.weldType, range, {}};
   for (const double value : range.values) {
-    setParam(params, spec, value);
+    setValue(params, parameter, value);
     sweep.runs.emplace_back(params, trackerOf(options.run));
   }
   return sweep;
@@ -70,7 +70,8 @@ TSweepRow rowOf(double value, const TSeamRun& run) {
 }
 
 TSweepResult judge(const TSweep& sweep) {
-  TSweepResult result{sweep.type, sweep.range.name, sweep.runs.front().frames(), {}, {}};
+  TSweepResult result{
+      sweep.type, findParameter(sweep.type, sweep.range.name).name, sweep.runs.front().frames(), {}, {}};
   std::vector<TSweepPoint> points;
   for (std::size_t i = 0; i < sweep.runs.size(); ++i) {
     result.rows.push_back(rowOf(sweep.range.values[i], sweep.runs[i]));
@@ -157,8 +158,8 @@ void addSweepCommand(CLI::App& program) {
       "these\n"
       "The suggestion is the middle of the widest run of good values.\n"
       "Examples:\n"
-      "  zelweld sweep frames/ --type lap --set dPara7=5:40:5 --out sweep.html\n"
-      "  zelweld sweep clip.avi --params gap.json --set dPara8=2:30:2 --set dPara2=4 --rotate 90");
+      "  zelweld sweep frames/ --type lap --set minStepPx=5:40:5 --out sweep.html\n"
+      "  zelweld sweep clip.avi --params gap.json --set minGapPx=2:30:2 --set lineTolerancePx=4 --rotate 90");
   command->callback([options] { run(*options); });
 }
 

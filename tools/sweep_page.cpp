@@ -2,7 +2,7 @@
 
 #include "tools/html_page.h"
 #include "tools/names.h"
-#include "tools/param_table.h"
+#include "tools/parameter.h"
 #include "tools/report_assets.h"
 
 #include <nlohmann/json.hpp>
@@ -12,9 +12,11 @@ namespace {
 
 using nlohmann::ordered_json;
 
-ordered_json parameterJson(const TParamSpec& spec) {
-  return {{"name", spec.name},       {"unit", spec.unit},     {"default", getParam(TWeldParams(), spec)},
-          {"meaning", spec.meaning}, {"tooLow", spec.tooLow}, {"tooHigh", spec.tooHigh}};
+ordered_json parameterJson(const TWeldParameter& parameter) {
+  return {{"name", parameter.name},       {"field", parameter.field},
+          {"unit", parameter.unit},       {"default", valueOf(TWeldParams(), parameter)},
+          {"meaning", parameter.meaning}, {"tooLow", parameter.tooLow},
+          {"tooHigh", parameter.tooHigh}};
 }
 
 ordered_json rowJson(const TSweepRow& row) {
@@ -36,10 +38,12 @@ ordered_json goodJson(const std::optional<TGoodRange>& good) {
 }  // namespace
 
 std::string sweepPage(const TSweepResult& result) {
-  ordered_json data = {
-      {"version", ZELWELD_VERSION},      {"joint", nameOf(result.type)},
-      {"frames", result.frames},         {"parameter", parameterJson(findParam(result.type, result.parameter))},
-      {"points", ordered_json::array()}, {"suggestion", goodJson(result.good)}};
+  ordered_json data = {{"version", ZELWELD_VERSION},
+                       {"joint", nameOf(result.type)},
+                       {"frames", result.frames},
+                       {"parameter", parameterJson(findParameter(result.type, result.parameter))},
+                       {"points", ordered_json::array()},
+                       {"suggestion", goodJson(result.good)}};
   for (const TSweepRow& row : result.rows) {
     data["points"].push_back(rowJson(row));
   }

@@ -53,9 +53,9 @@ ordered_json pointJson(const TPoint& point) {
 }
 
 ordered_json checkJson(const TTraceCheck& check) {
-  ordered_json json = {{"name", check.name},    {"measured", check.measured}, {"kind", nameOf(check.kind)},
-                       {"limit", check.limit},  {"unit", check.unit},         {"parameter", check.parameter},
-                       {"passed", check.passed}};
+  ordered_json json = {{"name", check.name},           {"element", check.element}, {"measured", check.measured},
+                       {"kind", nameOf(check.kind)},   {"limit", check.limit},     {"unit", check.unit},
+                       {"parameter", check.parameter}, {"passed", check.passed},   {"stage", check.stage}};
   if (*check.way != '\0') {
     json["way"] = check.way;
   }
@@ -98,7 +98,8 @@ ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
   ordered_json json = {
       {"path", nameOf(attempt.path)},
       {"extraction", tool::nameOf(attempt.extraction)},
-      {"outcome", attempt.reason},
+      {"outcome", weldOutcomeText(attempt.outcome)},
+      {"reason", attempt.reason},
       {"sentence", attempt.sentence},
       {"decisive", attempt.decisive},
       {"regions", listOf(attempt.regions, regionJson)},

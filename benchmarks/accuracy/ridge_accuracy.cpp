@@ -2,7 +2,7 @@
 //   ridge_accuracy [FOLDER OF REAL FRAMES]
 #include "ridge_accuracy.h"
 
-#include "scenes/scene.h"
+#include "scenes/joints.h"
 
 #include <cmath>
 #include <cstdio>
@@ -24,8 +24,16 @@ struct TFamily {
   std::function<void(TLook&)> paint;
 };
 
-const std::vector<TJoint> kJoints{TJoint::plain,  TJoint::buttGap, TJoint::lap,
-                                  TJoint::corner, TJoint::plate,   TJoint::vGroove};
+// Whatever shows a stripe.
+std::vector<TJoint> stripeJoints() {
+  std::vector<TJoint> joints;
+  for (const scenes::TDrawnJoint& row : scenes::drawnJoints()) {
+    if (row.joint != TJoint::blank) joints.push_back(row.joint);
+  }
+  return joints;
+}
+
+const std::vector<TJoint> kJoints = stripeJoints();
 
 const std::vector<TFamily>& sceneFamilies() {
   static const std::vector<TFamily> families{

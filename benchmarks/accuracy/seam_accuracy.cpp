@@ -12,10 +12,9 @@
 
 namespace {
 
-using accuracy::TCase;
-using accuracy::TScore;
-using scenes::TJoint;
+using accuracy::TTrialScore;
 using scenes::TLevel;
+using scenes::TSeamCase;
 
 struct TTarget {
   const char* level;
@@ -23,16 +22,6 @@ struct TTarget {
   double foundShare;
   double medianPx;
   double p95Px;
-};
-
-constexpr TCase kCases[] = {
-    {"butt gap, centre", TJoint::buttGap, TWeldPosType::centre},
-    {"butt gap, left", TJoint::buttGap, TWeldPosType::left},
-    {"lap, centre", TJoint::lap, TWeldPosType::centre},
-    {"lap, upper", TJoint::lap, TWeldPosType::upper},
-    {"corner", TJoint::corner, TWeldPosType::centre},
-    {"plate, right", TJoint::plate, TWeldPosType::right},
-    {"plate, left", TJoint::plate, TWeldPosType::left},
 };
 
 constexpr TTarget kTargets[] = {{"clean", TLevel::clean, 1.0, 0.5, 1.0},
@@ -45,22 +34,22 @@ const char* mark(bool isReached) {
 }
 
 // Median and 95th percentile of what the arithmetic makes of perfect centres.
-std::string floorText(const TScore& score) {
+std::string floorText(const TTrialScore& score) {
   if (score.floorsPx.empty()) return "-";
   char text[32];
-  std::snprintf(text, sizeof text, "%.2f / %.2f", accuracy::quantile(score.floorsPx, 0.5),
-                accuracy::quantile(score.floorsPx, 0.95));
+  std::snprintf(text, sizeof text, "%.2f / %.2f", scenes::quantile(score.floorsPx, 0.5),
+                scenes::quantile(score.floorsPx, 0.95));
   return text;
 }
 
-void printScore(const TCase& trial, const TTarget& target, const char* mode, const TScore& score) {
-  const double share = static_cast<double>(score.found) / score.frames;
-  const double median = accuracy::quantile(score.errorsPx, 0.5);
-  const double p95 = accuracy::quantile(score.errorsPx, 0.95);
-  std::printf("| %-16s | %-5s | %-8s | %6d | %6.2f %%%s | %6.2f%s | %6.2f%s | %5d | %3d | %s |\n", trial.name,
-              target.level, mode, score.frames, 100.0 * share, mark(share >= target.foundShare), median,
-              mark(median <= target.medianPx), p95, mark(p95 <= target.p95Px), score.lost, score.longestLoss,
-              floorText(score).c_str());
+void printScore(const TSeamCase& trial, const TTarget& target, const char* mode, const TTrialScore& score) {
+  const double share = score.foundShare();
+  const double median = score.errorAt(0.5);
+  const double p95 = score.errorAt(0.95);
+  std::printf("| %-16s | %-5s | %-8s | %6d | %6.2f %%%s | %6.2f%s | %6.2f%s | %5d | %3d | %s |\n",
+              nameOf(trial).c_str(), target.level, mode, score.frames, 100.0 * share,
+              mark(share >= target.foundShare), median, mark(median <= target.medianPx), p95,
+              mark(p95 <= target.p95Px), score.lost, score.longestLoss, floorText(score).c_str());
   std::fflush(stdout);
 }
 
@@ -68,7 +57,7 @@ void printSeamTable(int scenes, int sequences, const TTrackerOptions& options) {
   std::printf(
       "| joint | level | mode | frames | found | median px | 95 %% px | lost | longest loss | floor px |\n");
   std::printf("|---|---|---|---|---|---|---|---|---|---|\n");
-  for (const TCase& trial : kCases) {
+  for (const TSeamCase& trial : scenes::seamCases()) {
     for (const TTarget& target : kTargets) {
       auto tracked =
           std::async(std::launch::async, accuracy::scoreSequences, trial, target.value, sequences, options);
@@ -80,11 +69,11 @@ void printSeamTable(int scenes, int sequences, const TTrackerOptions& options) {
 
 void printFalseTable(int scenesEach, const TTrackerOptions& options) {
   std::printf("\n| joint | frames without it | found in |\n|---|---|---|\n");
-  for (const TCase& trial : kCases) {
-    if (trial.pos != TWeldPosType::centre && trial.joint != TJoint::plate) continue;
-    const TScore score = accuracy::scoreFalsePositives(trial, scenesEach, options);
-    const double share = static_cast<double>(score.found) / score.frames;
-    std::printf("| %-16s | %6d | %6.2f %%%s |\n", trial.name, score.frames, 100.0 * share,
+  for (const TSeamCase& trial : scenes::seamCases()) {
+    if (trial.pos != TWeldPosType::centre && trial.joint != scenes::TJoint::plate) continue;
+    const scenes::TScore score = accuracy::scoreFalsePositives(trial, scenesEach, options);
+    const double share = score.foundShare();
+    std::printf("| %-16s | %6d | %6.2f %%%s |\n", nameOf(trial).c_str(), score.frames, 100.0 * share,
                 mark(share <= kMaxFalseShare));
   }
 }

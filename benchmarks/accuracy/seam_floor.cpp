@@ -76,7 +76,8 @@ std::optional<cv::Point2d> featureNamed(const scenes::TTruth& truth, const char*
 }
 
 // Floor at the piece end that the position asks for; a position between two ends has none of its own.
-std::optional<double> pieceEndFloor(const TCase& trial, const TWeldParams& params, const scenes::TScene& scene) {
+std::optional<double> pieceEndFloor(const TSeamCase& trial, const TWeldParams& params,
+                                    const scenes::TScene& scene) {
   const bool isPlate = trial.joint == scenes::TJoint::plate;
   const auto left = featureNamed(scene.truth, isPlate ? "plateRight" : "leftCorner");
   const auto right = featureNamed(scene.truth, isPlate ? "plateLeft" : "rightCorner");
@@ -88,7 +89,7 @@ std::optional<double> pieceEndFloor(const TCase& trial, const TWeldParams& param
 
 }  // namespace
 
-std::optional<double> floorOf(const TCase& trial, const scenes::TScene& scene) {
+std::optional<double> floorOf(const TSeamCase& trial, const scenes::TScene& scene) {
   const TWeldParams params = scenes::weldParamsFor(trial.joint, trial.pos);
   switch (trial.joint) {
     case scenes::TJoint::corner:

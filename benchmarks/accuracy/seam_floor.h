@@ -12,6 +12,6 @@ namespace accuracy {
 //   lap, plate  the true end of the piece, moved to the steepest brightness drop along the true line
 //   corner      the lines through the smoothed and truncated points of the two longest pieces: how tracking fits
 //               them; a first detection fits the centres themselves and comes nearer
-std::optional<double> floorOf(const TCase& trial, const scenes::TScene& scene);
+std::optional<double> floorOf(const TSeamCase& trial, const scenes::TScene& scene);
 
 }  // namespace accuracy

@@ -3,8 +3,6 @@
 #include "seam_floor.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace accuracy {
 
@@ -17,7 +15,7 @@ constexpr int kFramesPerSequence = 60;
 constexpr std::uint64_t kFirstSeed = 1000;
 constexpr double kNoiseSigma = 12.0;
 
-TWeldTracker trackerFor(const TCase& trial, const TTrackerOptions& options) {
+TWeldTracker trackerFor(const TSeamCase& trial, const TTrackerOptions& options) {
   return TWeldTracker(scenes::weldParamsFor(trial.joint, trial.pos), options);
 }
 
@@ -26,22 +24,20 @@ TWeldLineRes findSeam(TWeldTracker& tracker, const scenes::TScene& scene) {
   return tracker.track(scene.image).line;
 }
 
-void addFrame(const TCase& trial, const scenes::TScene& scene, const TWeldLineRes& result, TScore& score) {
-  ++score.frames;
+void addFrame(const TSeamCase& trial, const scenes::TScene& scene, const TWeldLineRes& result,
+              TTrialScore& score) {
   if (const std::optional<double> floor = floorOf(trial, scene)) score.floorsPx.push_back(*floor);
-  if (!result.isFound) return;
-  ++score.found;
-  const cv::Point2d error = cv::Point2d(result.weldPos) - scenes::seamPoint(trial.joint, scene.truth, trial.pos);
-  score.errorsPx.push_back(std::hypot(error.x, error.y));
+  score.add(trial, scene.truth, result);
 }
 
-TScore scoreSequence(const TCase& trial, TLevel level, std::uint64_t seed, const TTrackerOptions& options) {
+TTrialScore scoreSequence(const TSeamCase& trial, TLevel level, std::uint64_t seed,
+                          const TTrackerOptions& options) {
   const double direction = seed % 2 == 0 ? 1.0 : -1.0;
   scenes::TMotion motion;
   motion.driftPx = {1.2 * direction, 0.5};
   motion.jitterPx = 1.5;
   const scenes::TSceneParams first = scenes::randomScene(trial.joint, level, seed);
-  TScore score;
+  TTrialScore score;
   TWeldTracker tracker = trackerFor(trial, options);
   int loss = 0;
   for (int n = 0; n < kFramesPerSequence; ++n) {
@@ -72,17 +68,9 @@ std::vector<TJoint> foreignJoints(TJoint joint) {
 
 }  // namespace
 
-void TScore::add(const TScore& other) {
-  frames += other.frames;
-  found += other.found;
-  lost += other.lost;
-  longestLoss = std::max(longestLoss, other.longestLoss);
-  errorsPx.insert(errorsPx.end(), other.errorsPx.begin(), other.errorsPx.end());
-  floorsPx.insert(floorsPx.end(), other.floorsPx.begin(), other.floorsPx.end());
-}
-
-TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes, const TTrackerOptions& options) {
-  TScore score;
+TTrialScore scoreFirstDetections(const TSeamCase& trial, TLevel level, int scenes,
+                                 const TTrackerOptions& options) {
+  TTrialScore score;
   for (int i = 0; i < scenes; ++i) {
     const scenes::TScene scene = scenes::renderScene(scenes::randomScene(trial.joint, level, kFirstSeed + i));
     TWeldTracker tracker = trackerFor(trial, options);
@@ -91,14 +79,20 @@ TScore scoreFirstDetections(const TCase& trial, TLevel level, int scenes, const 
   return score;
 }
 
-TScore scoreSequences(const TCase& trial, TLevel level, int sequences, const TTrackerOptions& options) {
-  TScore score;
-  for (int i = 0; i < sequences; ++i) score.add(scoreSequence(trial, level, kFirstSeed + i, options));
+TTrialScore scoreSequences(const TSeamCase& trial, TLevel level, int sequences, const TTrackerOptions& options) {
+  TTrialScore score;
+  for (int i = 0; i < sequences; ++i) {
+    const TTrialScore one = scoreSequence(trial, level, kFirstSeed + i, options);
+    score.add(one);
+    score.lost += one.lost;
+    score.longestLoss = std::max(score.longestLoss, one.longestLoss);
+    score.floorsPx.insert(score.floorsPx.end(), one.floorsPx.begin(), one.floorsPx.end());
+  }
   return score;
 }
 
-TScore scoreFalsePositives(const TCase& trial, int scenesEach, const TTrackerOptions& options) {
-  TScore score;
+scenes::TScore scoreFalsePositives(const TSeamCase& trial, int scenesEach, const TTrackerOptions& options) {
+  scenes::TScore score;
   for (const TJoint joint : foreignJoints(trial.joint)) {
     for (int i = 0; i < scenesEach; ++i) {
       scenes::TSceneParams params =
@@ -112,13 +106,6 @@ TScore scoreFalsePositives(const TCase& trial, int scenesEach, const TTrackerOpt
     }
   }
   return score;
-}
-
-double quantile(std::vector<double> errors, double share) {
-  if (errors.empty()) return std::numeric_limits<double>::quiet_NaN();
-  std::sort(errors.begin(), errors.end());
-  const auto index = static_cast<std::size_t>(share * static_cast<double>(errors.size()));
-  return errors[std::min(index, errors.size() - 1)];
 }
 
 }  // namespace accuracy

@@ -6,6 +6,7 @@
 #include "frames.h"
 #include "peers.h"
 #include "plain_way.h"
+#include "scenes/joints.h"
 #include "support/heap.h"
 #include "support/kernels/kernels.h"
 #include "timing.h"
@@ -151,12 +152,6 @@ void reportGaps() {
   }
 }
 
-const char* nameOf(TJoint joint) {
-  if (joint == TJoint::buttGap) return "gap";
-  if (joint == TJoint::lap) return "lap";
-  return joint == TJoint::corner ? "corner" : "plate";
-}
-
 // A joint and, on the same frame and around the same previous stripe, a gap.
 void reportJoint(TJoint joint) {
   const TFrame frame = bench::makeFrame(joint, TScenery::dark);
@@ -169,9 +164,9 @@ void reportJoint(TJoint joint) {
   for (const bool isTracking : {false, true}) {
     const TTiming& own = t[isTracking ? 2 : 0];
     const double above = own.timesCopy() - t[isTracking ? 3 : 1].timesCopy();
-    std::printf("| %s, %s | %.2f | %.1f | %s | %.2f | %s |\n", nameOf(joint), isTracking ? "tracking" : "first",
-                above, kMaxAboveGap, metText(above <= kMaxAboveGap), own.timesCopy(),
-                frame.previous.isFound ? "yes" : "no");
+    std::printf("| %s, %s | %.2f | %.1f | %s | %.2f | %s |\n", scenes::shortNameOf(joint),
+                isTracking ? "tracking" : "first", above, kMaxAboveGap, metText(above <= kMaxAboveGap),
+                own.timesCopy(), frame.previous.isFound ? "yes" : "no");
   }
 }
 
@@ -179,7 +174,9 @@ void reportJoints() {
   beginTable("Other joints, dark frame, 1280 x 1024",
              "| joint, call | copies above a gap | target, at most | met | times copyTo | found |",
              "|---|---|---|---|---|---|");
-  for (const TJoint joint : {TJoint::lap, TJoint::corner, TJoint::plate}) reportJoint(joint);
+  for (const auto& [joint, type] : scenes::seamJoints()) {
+    if (joint != TJoint::buttGap) reportJoint(joint);
+  }
 }
 
 // What a frame costs without a target.
@@ -221,7 +218,7 @@ void reportColour() {
 void reportAllocations() {
   beginTable("Heap allocations inside the library, 1280 x 1024",
              "| joint, call | allocations | target, at most | met |", "|---|---|---|---|");
-  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate}) {
+  for (const auto& [joint, type] : scenes::seamJoints()) {
     const TFrame frame = bench::makeFrame(joint, TScenery::dark);
     for (const bool isTracking : {false, true}) {
       TWeldParams params = frame.params;
@@ -230,10 +227,10 @@ void reportAllocations() {
       detectWeldLineViaTracking(frame.scene.image, params, std::move(previous));
       const long count = heap::requests() - before;
       if (isTracking) {
-        std::printf("| %s, tracking | %ld | %d | %s |\n", nameOf(joint), count, kMaxAllocations,
+        std::printf("| %s, tracking | %ld | %d | %s |\n", scenes::shortNameOf(joint), count, kMaxAllocations,
                     metText(count <= kMaxAllocations));
       } else {
-        std::printf("| %s, first | %ld | - | - |\n", nameOf(joint), count);
+        std::printf("| %s, first | %ld | - | - |\n", scenes::shortNameOf(joint), count);
       }
     }
   }

@@ -1,10 +1,10 @@
 #include "trace_cost.h"
 
 #include "frames.h"
+#include "scenes/joints.h"
 #include "timing.h"
 
 #include <cstdio>
-#include <utility>
 #include <vector>
 
 namespace bench {
@@ -21,10 +21,8 @@ TWeldTracker makeTracker(const TWeldParams& params, bool keepTrace) {
 
 void reportTraceCost() {
   std::printf("\n## What a trace costs\n\n| joint, call | times copyTo | us |\n|---|---|---|\n");
-  for (const auto& [name, joint] : {std::pair{"gap", scenes::TJoint::buttGap},
-                                    {"lap", scenes::TJoint::lap},
-                                    {"corner", scenes::TJoint::corner},
-                                    {"plate", scenes::TJoint::plate}}) {
+  for (const auto& [joint, type] : scenes::seamJoints()) {
+    const char* const name = scenes::shortNameOf(joint);
     const TFrame frame = makeFrame(joint, TScenery::dark);
     const cv::Mat& image = frame.scene.image;
     TWeldTracker plain = makeTracker(frame.params, false);

@@ -1,6 +1,7 @@
 #include "worst_case.h"
 
 #include "frames.h"
+#include "scenes/joints.h"
 #include "timing.h"
 #include "worst_frames.h"
 
@@ -23,25 +24,26 @@ constexpr int kScreeningRuns = 5;
 constexpr int kRuns = 101;
 
 struct TSubject {
-  const char* name;
-  TJoint joint;  // of the usual frame
+  std::string name;
+  TJoint joint = TJoint::buttGap;  // of the usual frame
   bool isPresence = false;
   bool usesRidges = false;
 };
 
-constexpr TSubject kSubjects[] = {{"gap", TJoint::buttGap},
-                                  {"lap", TJoint::lap},
-                                  {"corner", TJoint::corner},
-                                  {"plate", TJoint::plate},
-                                  {"presence, edge pairs", TJoint::buttGap, true},
-                                  {"presence, ridges", TJoint::buttGap, true, true}};
+std::vector<TSubject> makeSubjects() {
+  std::vector<TSubject> subjects;
+  for (const scenes::TDrawnJoint& row : scenes::seamJoints()) {
+    subjects.push_back({scenes::shortNameOf(row.joint), row.joint});
+  }
+  subjects.push_back({"presence, edge pairs", TJoint::buttGap, true});
+  subjects.push_back({"presence, ridges", TJoint::buttGap, true, true});
+  return subjects;
+}
 
 TFrame makeUsualFrame(const TSubject& subject) {
   TFrame frame = makeFrame(subject.joint, TScenery::dark);
   if (!subject.isPresence) return frame;
-  initWeldParameters(TWeldType::stripePresence, frame.params, TWeldPosType::centre);
-  frame.params.flagPara1 = subject.usesRidges;
-  frame.params.flagPara2 = true;
+  frame.params = TPresenceSettings{subject.usesRidges, true}.params();
   return frame;
 }
 
@@ -153,8 +155,7 @@ cv::Mat1b drawWideZigzag(int columns) {
 
 void reportWideFrames() {
   std::printf("\n## Very wide frames, a corner's first detection\n\n| columns | ms |\n|---|---|\n");
-  TWeldParams params;
-  initWeldParameters(TWeldType::corner, params, TWeldPosType::centre);
+  const TWeldParams params = TCornerSettings().params();
   for (const int columns : {1280, 8192, 16384, 65536}) {
     const cv::Mat1b image = drawWideZigzag(columns);
     const double us = medianMicroseconds({"", doNothing, [&] { detect(image, params, {}); }}, kScreeningRuns);
@@ -168,12 +169,12 @@ void reportWorstCases() {
       "\n## Worst cases, 1280 x 1024\n\n"
       "| joint, caller | usual, times copyTo | worst, times copyTo | worst / usual | limit | met | worst, us "
       "| dearest frame |\n|---|---|---|---|---|---|---|---|\n");
-  for (const TSubject& subject : kSubjects) {
+  for (const TSubject& subject : makeSubjects()) {
     const TFrame usual = makeUsualFrame(subject);
     const double copyUs = copyMicroseconds(usual.scene.image);
     const double usualUs = usualMicroseconds(usual);
     const auto row = [&](const char* caller, const TTimedCase& worst) {
-      std::printf("| %s, %s | %.1f | %.1f | %.0f | %.0f | %s | %.0f | %s |\n", subject.name, caller,
+      std::printf("| %s, %s | %.1f | %.1f | %.0f | %.0f | %s | %.0f | %s |\n", subject.name.c_str(), caller,
                   usualUs / copyUs, worst.us / copyUs, worst.us / usualUs, kLimitCopies,
                   worst.us <= kLimitCopies * copyUs ? "yes" : "no", worst.us, worst.name.c_str());
       std::fflush(stdout);

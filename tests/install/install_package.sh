@@ -8,7 +8,8 @@ rm -rf "$prefix" "$prefix.first"
 "$cmake" --install "$build" --prefix "$prefix.first" >/dev/null
 mv "$prefix.first" "$prefix"
 
-for file in include/zelWeldDetect.h include/zelFunctions.h include/zelWeldDetectExport.h bin/zelweld; do
+headers=("$source"/include/*.h)
+for file in "${headers[@]/#"$source/"/}" include/zelWeldDetectExport.h bin/zelweld; do
   if [ ! -e "$prefix/$file" ]; then
     echo "not installed: $file"
     exit 1

@@ -1,6 +1,7 @@
 // How often a tracking frame asks for heap memory.
 #include "scenarios/scenario.h"
 #include "support/heap.h"
+#include "support/reel.h"
 
 #include <gtest/gtest.h>
 
@@ -13,20 +14,7 @@ using scenes::TJoint;
 using scenes::TLevel;
 
 constexpr long kMaxPerTrackingFrame = 10;
-constexpr TJoint kJoints[] = {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain};
 constexpr int kFrames = 4;
-
-std::vector<cv::Mat> sequence(TJoint joint, TLevel level) {
-  const auto first = scenes::randomScene(joint, level, 1, scenario::kFrameSize);
-  scenes::TMotion motion;
-  motion.driftPx = {1.0, 0.4};
-  motion.jitterPx = 1.0;
-  std::vector<cv::Mat> images;
-  for (int n = 0; n < kFrames; ++n) {
-    images.push_back(scenes::renderScene(scenes::frameOf(first, motion, n)).image);
-  }
-  return images;
-}
 
 TEST(Allocations, aTrackingFrameOfAGapMakesNoMoreThanTen) {
   TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
@@ -44,16 +32,10 @@ TEST(Allocations, aTrackingFrameOfAGapMakesNoMoreThanTen) {
   }
 }
 
-std::vector<cv::Mat> inColour(const std::vector<cv::Mat>& greys) {
-  std::vector<cv::Mat> images(greys.size());
-  for (std::size_t i = 0; i < greys.size(); ++i) cv::merge(std::vector<cv::Mat>(3, greys[i]), images[i]);
-  return images;
-}
-
-// The stripe points of the result and the points of its measurement, and nothing else. The frames come there and back, again and again: the first
-// times show the tracker the most that it has to remember at once.
+// The stripe points of the result, the points of its measurement, and nothing else. The frames come there and
+// back, again and again: the first times show the tracker the most that it has to remember at once.
 void expectTwoRequestsPerFrame(const TWeldParams& params, const TTrackerOptions& options,
-                              const std::vector<cv::Mat>& images) {
+                               const std::vector<cv::Mat>& images) {
   TWeldTracker tracker(params, options);
   std::vector<cv::Mat> round = images;
   round.insert(round.end(), images.rbegin(), images.rend());
@@ -77,15 +59,21 @@ TTrackerOptions withExtraction(TStripeExtraction extraction) {
 }
 
 TEST(Allocations, aTrackerThatHasSeenTheLikeAsksTwicePerFrame) {
-  for (const TJoint joint : kJoints) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
-      SCOPED_TRACE(testing::Message() << scenario::nameOf(joint) << ", " << scenario::nameOf(level));
-      const std::vector<cv::Mat> images = sequence(joint, level);
+      SCOPED_TRACE(testing::Message() << scenes::shortNameOf(joint) << ", " << scenario::nameOf(level));
+      const auto first = scenes::randomScene(joint, level, 1, scenario::kFrameSize);
+      std::vector<cv::Mat> images;
+      std::vector<cv::Mat> inColour;
+      for (const scenes::TScene& scene : reel::render(first, reel::drift({1.0, 0.4}, 1.0), kFrames)) {
+        images.push_back(scene.image);
+        inColour.push_back(reel::inColour(scene.image));
+      }
       const TWeldParams params = scenes::weldParamsFor(joint);
       for (const auto extraction : {TStripeExtraction::edgePairs, TStripeExtraction::ridge}) {
         SCOPED_TRACE(testing::Message() << "extraction " << static_cast<int>(extraction));
         expectTwoRequestsPerFrame(params, withExtraction(extraction), images);
-        if (level == TLevel::clean) expectTwoRequestsPerFrame(params, withExtraction(extraction), inColour(images));
+        if (level == TLevel::clean) expectTwoRequestsPerFrame(params, withExtraction(extraction), inColour);
       }
       SCOPED_TRACE("default options");
       expectTwoRequestsPerFrame(params, TTrackerOptions(), images);

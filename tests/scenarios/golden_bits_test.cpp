@@ -2,6 +2,7 @@
 // means to move a result puts the row that the failure prints in place of the old one.
 #include "scenarios/scenario.h"
 #include "support/checksum.h"
+#include "support/reel.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,7 @@ bool operator==(const TPinned& a, const TPinned& b) {
 
 // As in the table below.
 void PrintTo(const TPinned& row, std::ostream* out) {
-  *out << "{" << scenario::nameOf(row.joint) << ", " << scenario::nameOf(row.level) << ", " << std::hex
+  *out << "{" << scenes::shortNameOf(row.joint) << ", " << scenario::nameOf(row.level) << ", " << std::hex
        << std::showbase << std::hexfloat << row.frames << ", " << row.values;
   for (const cv::Point2f& point : {row.first, row.tracked}) *out << ", {" << point.x << "F, " << point.y << "F}";
   *out << "}";
@@ -48,17 +49,14 @@ void PrintTo(const TPinned& row, std::ostream* out) {
 
 TPinned detectTwice(scenes::TJoint joint, scenes::TLevel level) {
   const scenes::TSceneParams scene = scenes::randomScene(joint, level, kSeed, kOddSize);
-  scenes::TMotion motion;
-  motion.driftPx = {1.5, 0.5};
-  const cv::Mat firstImage = scenes::renderScene(scene).image;
-  const cv::Mat nextImage = scenes::renderScene(scenes::frameOf(scene, motion, 1)).image;
+  const std::vector<scenes::TScene> reel = reel::render(scene, reel::drift({1.5, 0.5}, 0.0), 2);
 
   const TWeldParams params = scenes::weldParamsFor(joint);
-  const TWeldLineRes first = scenario::detect(params, firstImage);
-  const TWeldLineRes tracked = scenario::detect(params, nextImage, first);
+  const TWeldLineRes first = scenario::detect(params, reel[0].image);
+  const TWeldLineRes tracked = scenario::detect(params, reel[1].image, first);
 
   TChecksum frames;
-  for (const cv::Mat& image : {firstImage, nextImage}) frames.add(image.data, image.total());
+  for (const scenes::TScene& frame : reel) frames.add(frame.image.data, frame.image.total());
   TChecksum values;
   for (const TWeldLineRes* result : {&first, &tracked}) values.add(*result);
   return {joint, level, frames.value, values.value, first.weldPos, tracked.weldPos};

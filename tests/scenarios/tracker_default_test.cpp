@@ -1,5 +1,6 @@
 // What a tracker with the default options does beyond the plain rules.
 #include "scenario.h"
+#include "support/reel.h"
 
 #include <gtest/gtest.h>
 
@@ -175,9 +176,9 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
       {"soft", [](scenes::TLook& look) { look.fwhmPx = look.rootFwhmPx = 45.0, look.peak = look.rootPeak = 60.0; },
        true},
   };
-  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate}) {
+  for (const TJoint joint : reel::kRuled) {
     for (const TRow& row : rows) {
-      const std::string where = std::string(scenario::nameOf(joint)) + ", " + row.name;
+      const std::string where = std::string(scenes::shortNameOf(joint)) + ", " + row.name;
       scenes::TSceneParams params = scenes::randomScene(joint, TLevel::clean, 8);
       row.paint(params.look);
       TWeldParams weldParams = scenes::weldParamsFor(joint);
@@ -186,7 +187,8 @@ TEST_F(TrackerDefault, automaticExtractionFindsWhatEdgePairsDoNot) {
       TWeldTracker tracker(weldParams, traced());
       for (int i = 0; i < 3; ++i) {
         const TTrackedSeam result = tracker.track(scene.image);
-        ASSERT_NE(result.state, TSeamState::lost) << where << ", frame " << i << ": " << tracker.lastTrace().sentence;
+        ASSERT_NE(result.state, TSeamState::lost)
+            << where << ", frame " << i << ": " << tracker.lastTrace().sentence;
         const cv::Point2d truth = scenes::seamPoint(joint, scene.truth, TWeldPosType::centre);
         EXPECT_NEAR(result.weldPos.x, truth.x, 3.0) << where;
         EXPECT_NEAR(result.weldPos.y, truth.y, 3.0) << where;

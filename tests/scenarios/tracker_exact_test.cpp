@@ -1,10 +1,11 @@
 // A tracker with the exact options is the plain entry point with a memory.
 #include "scenario.h"
+#include "support/checksum.h"
+#include "support/reel.h"
 #include "zelFunctions.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -14,43 +15,20 @@ using scenes::TJoint;
 using scenes::TLevel;
 
 constexpr int kFrames = 12;
-constexpr TJoint kJoints[] = {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain};
-
 // Drifts, then jumps out of the search bands, so that tracking, loss and recovery all come up.
-scenes::TSceneParams sceneAt(const scenes::TSceneParams& first, int n) {
-  scenes::TMotion motion;
-  motion.driftPx = {1.0, 0.4};
-  motion.jitterPx = 1.0;
-  motion.jumpAtFrame = kFrames / 2;
-  motion.jumpPx = {10.0, 150.0};
-  return scenes::frameOf(first, motion, n);
-}
-
-bool haveSameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-void expectSameBits(const TWeldLineRes& a, const TWeldLineRes& b, const std::string& where) {
-  EXPECT_EQ(a.isFound, b.isFound) << where;
-  EXPECT_EQ(a.weldPos, b.weldPos) << where;
-  EXPECT_EQ(a.stripePts, b.stripePts) << where;
-  EXPECT_TRUE(haveSameBits(a.auxVal1, b.auxVal1) && haveSameBits(a.auxVal2, b.auxVal2)) << where;
-  EXPECT_TRUE(haveSameBits(a.auxVal3, b.auxVal3) && haveSameBits(a.auxVal4, b.auxVal4)) << where;
-  EXPECT_TRUE(haveSameBits(a.trackVal, b.trackVal)) << where;
-}
-
 TEST(TrackerExact, sequencesGiveTheResultsOfThePlainEntryPoint) {
-  for (const TJoint joint : kJoints) {
+  const scenes::TMotion motion = reel::withJump(reel::drift({1.0, 0.4}, 1.0), kFrames / 2, {10.0, 150.0});
+  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain}) {
     for (const TLevel level : {TLevel::clean, TLevel::harsh}) {
       const scenes::TSceneParams first = scenes::randomScene(joint, level, 77);
       TWeldParams params = scenes::weldParamsFor(joint);
       TWeldTracker tracker(params, TTrackerOptions::exact());
       TWeldLineRes previous;
-      for (int n = 0; n < kFrames; ++n) {
-        const cv::Mat image = n == 3 ? cv::Mat() : scenes::renderScene(sceneAt(first, n)).image;
-        previous = detectWeldLineViaTracking(image, params, previous);
-        expectSameBits(previous, tracker.track(image).line,
-                       std::to_string(static_cast<int>(joint)) + " frame " + std::to_string(n));
+      std::vector<scenes::TScene> frames = reel::render(first, motion, kFrames);
+      frames[3].image = cv::Mat();
+      for (const scenes::TScene& frame : frames) {
+        previous = detectWeldLineViaTracking(frame.image, params, previous);
+        EXPECT_EQ(checksumOf(previous), checksumOf(tracker.track(frame.image).line)) << scenes::shortNameOf(joint);
       }
     }
   }

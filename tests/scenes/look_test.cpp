@@ -55,20 +55,6 @@ TEST(SceneLook, StripeHasItsWidthAcrossItsDirection) {
   }
 }
 
-TEST(SceneLook, LostStretchesHaveTheirShareAndSpareTheSeam) {
-  scenes::TSceneParams params;
-  params.look.missingShare = 0.2;
-  const scenes::TScene scene = renderScene(params);
-  int lost = 0;
-  for (int x = 0; x < params.size.width; ++x) {
-    if (!std::isnan(scene.truth.centreY[x]) || (x >= 625 && x <= 655)) continue;  // the gap itself
-    ++lost;
-    EXPECT_TRUE(x < 625 - 29 || x > 655 + 29) << x;
-    EXPECT_EQ(cv::countNonZero(scene.image.col(x)), 0) << x;
-  }
-  EXPECT_NEAR(lost, 256, 40);
-}
-
 TEST(Sequence, FramesRenewTheNoiseAndMoveTheSeam) {
   const scenes::TSceneParams still = randomScene(TJoint::plate, TLevel::noisy, 3, {640, 480});
   const scenes::TScene a = renderScene(frameOf(still, {}, 0));

@@ -1,6 +1,6 @@
 #include "workload.h"
 
-#include "scenes/scene.h"
+#include "scenes/joints.h"
 
 #include <cstdlib>
 
@@ -42,7 +42,7 @@ TReel renderReel(TJoint joint, scenes::TLevel level) {
 
 std::vector<TReel> renderReels() {
   std::vector<TReel> reels;
-  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain}) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
     for (const scenes::TLevel level : {scenes::TLevel::clean, scenes::TLevel::harsh}) {
       reels.push_back(renderReel(joint, level));
     }

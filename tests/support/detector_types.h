@@ -1,13 +1,20 @@
-// Every joint that has a detector, with a frame that holds it.
+// Every joint that has a detector, with a frame that may hold it.
 #pragma once
 
 #include "support/painted_frame.h"
 #include "zelWeldDetect.h"
 
+#include <vector>
+
 namespace detector_types {
 
-constexpr TWeldType kAll[] = {TWeldType::buttGap, TWeldType::lap, TWeldType::corner, TWeldType::plate,
-                              TWeldType::stripePresence};
+inline const std::vector<TWeldType> kAll = [] {
+  std::vector<TWeldType> types;
+  for (const TWeldJoint& joint : weldJoints()) {
+    if (joint.hasDetector) types.push_back(joint.type);
+  }
+  return types;
+}();
 
 inline TWeldParams paramsFor(TWeldType type) {
   TWeldParams params;
@@ -23,6 +30,8 @@ inline cv::Mat frameFor(TWeldType type) {
       return painted::cornerFrame();
     case TWeldType::plate:
       return painted::plateFrame();
+    case TWeldType::vGroove:
+      return painted::grooveFrame();
     default:
       return painted::gapFrame();
   }

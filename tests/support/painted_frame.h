@@ -50,7 +50,7 @@ inline std::vector<cv::Point2f> bentPoints(int fromX, int bendX, int toX, double
                 linePoints(bendX, toX, y + firstK * (bendX - fromX), secondK));
 }
 
-// One joint of each kind that has a detector, 640 x 480.
+// One joint of each kind, 640 x 480.
 inline cv::Mat gapFrame() {
   cv::Mat image = dark();
   paintPiece(image, 20, 300, 240.0);
@@ -77,6 +77,15 @@ inline cv::Mat plateFrame() {
   paintPiece(image, 10, 180, 300.0);
   paintPiece(image, 180, 460, 220.0);
   paintPiece(image, 460, 630, 300.0);
+  return image;
+}
+
+inline cv::Mat grooveFrame() {
+  cv::Mat image = dark();
+  paintPiece(image, 20, 220, 200.0);
+  paintPiece(image, 220, 320, 200.0, 1.2);
+  paintPiece(image, 320, 420, 320.0, -1.2);
+  paintPiece(image, 420, 620, 200.0);
   return image;
 }
 

@@ -1,7 +1,7 @@
 // Trackers of their own and calls of the plain entry point on many threads at once, with images and parameters
 // that all of them share. `make test-tsan` builds this with the thread sanitizer.
-#include "scenes/scene.h"
 #include "support/checksum.h"
+#include "support/reel.h"
 #include "zelWeldDetect.h"
 
 #include <gtest/gtest.h>
@@ -28,26 +28,19 @@ struct TSequence {
 };
 
 TSequence makeSequence(TJoint joint) {
+  const auto first = scenes::randomScene(joint, scenes::TLevel::noisy, kSeed, kFrameSize);
+  const scenes::TMotion motion = reel::withJump(reel::drift({1.0, 0.5}, 0.0), kJumpAt, {0.0, 90.0});
   TSequence sequence{scenes::weldParamsFor(joint), {}};
-  const scenes::TSceneParams first = scenes::randomScene(joint, scenes::TLevel::noisy, kSeed, kFrameSize);
-  scenes::TMotion motion;
-  motion.driftPx = {1.0, 0.5};
-  motion.jumpAtFrame = kJumpAt;
-  motion.jumpPx = {0.0, 90.0};
-  for (int n = 0; n < kFrames; ++n) {
-    const cv::Mat grey = scenes::renderScene(scenes::frameOf(first, motion, n)).image;
-    cv::Mat image = grey;
-    if (n % 2 == 1) cv::merge(std::vector<cv::Mat>(3, grey), image);
-    sequence.images.push_back(image);
+  for (const scenes::TScene& scene : reel::render(first, motion, kFrames)) {
+    const bool isGrey = sequence.images.size() % 2 == 0;
+    sequence.images.push_back(isGrey ? scene.image : reel::inColour(scene.image));
   }
   return sequence;
 }
 
 std::vector<TSequence> makeSequences() {
   std::vector<TSequence> sequences;
-  for (const TJoint joint : {TJoint::buttGap, TJoint::lap, TJoint::corner, TJoint::plate, TJoint::plain}) {
-    sequences.push_back(makeSequence(joint));
-  }
+  for (const auto& [joint, type] : scenes::detectedJoints()) sequences.push_back(makeSequence(joint));
   sequences.push_back(sequences.back());
   sequences.back().params.flagPara1 = true;  // ridges
   return sequences;

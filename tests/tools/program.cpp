@@ -13,17 +13,13 @@ namespace fs = std::filesystem;
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
 }
 
 std::vector<nlohmann::json> recordsOf(const std::string& text) {
   std::vector<nlohmann::json> records;
-  for (const std::string& line : linesOf(text)) {
-    records.push_back(nlohmann::json::parse(line));
-  }
+  for (const std::string& line : linesOf(text)) records.push_back(nlohmann::json::parse(line));
   return records;
 }
 
@@ -48,20 +44,28 @@ void ZelweldTest::TearDown() {
   fs::remove_all(folder);
 }
 
-TRun ZelweldTest::zelweld(const std::string& arguments) const {
-  const fs::path out = folder / ".stdout";
-  const fs::path err = folder / ".stderr";
-  // The streams are opened first, so that the arguments may send standard output elsewhere.
-  const std::string command = "cd '" + folder.string() + "' && exec >'" + out.string() + "' 2>'" + err.string() +
-                              "' && '" ZELWELD_PROGRAM "' " + arguments;
+TRun ZelweldTest::shell(const std::string& script) const {
+  // The streams are opened first, so that the script may send standard output elsewhere.
+  const std::string command =
+      "Z='" ZELWELD_PROGRAM "'; cd '" + folder.string() + "' && exec >.stdout 2>.stderr && " + script;
   const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(folder / ".stdout"),
+          readFile(folder / ".stderr")};
 }
 
 TRun ZelweldTest::zelweldOk(const std::string& arguments) const {
   TRun run = zelweld(arguments);
   EXPECT_EQ(run.exitCode, 0) << arguments << "\n" << run.err;
   return run;
+}
+
+void ZelweldTest::expectRefused(int exitCode, const std::vector<TRefusal>& rows) const {
+  for (const auto& [arguments, text] : rows) {
+    const TRun run = zelweld(arguments);
+    EXPECT_EQ(run.exitCode, exitCode) << arguments;
+    EXPECT_EQ(linesOf(run.err).size(), 1U) << arguments << "\n" << run.err;
+    EXPECT_NE(run.err.find(text), std::string::npos) << arguments << "\n" << run.err;
+  }
 }
 
 void ZelweldTest::simulate(const std::string& name, const std::string& options) const {

@@ -119,7 +119,7 @@ def check_sweep(browser):
     values = [row.find_elements(By.TAG_NAME, "td")[0].text for row in browser.find_elements(By.CSS_SELECTOR, "#rows tr")]
     assert values == [str(value) for value in range(5, 106, 10)], values
     cards = browser.find_element(By.ID, "summary").text
-    assert "suggestion for dPara8" in cards and "none" not in cards, cards
+    assert "suggestion for minGapPx" in cards and "none" not in cards, cards
 
 
 def main():

@@ -5,7 +5,6 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
-#include <cmath>
 #include <tuple>
 
 namespace fs = std::filesystem;
@@ -26,180 +25,156 @@ std::vector<cv::Point2d> trueSeams(const fs::path& truthFile) {
   return seams;
 }
 
-std::vector<std::string> namesOf(const TRun& run) {
-  std::vector<std::string> names;
-  for (const auto& record : recordsOf(run.out))
-    names.push_back(fs::path(record["file"].get<std::string>()).filename());
-  return names;
+cv::Point2d pointOf(const nlohmann::json& x, const nlohmann::json& y) {
+  return {x.get<double>(), y.get<double>()};
 }
 
-std::vector<bool> foundOf(const TRun& run) {
-  std::vector<bool> found;
-  for (const auto& record : recordsOf(run.out)) found.push_back(record["found"]);
-  return found;
+std::vector<bool> foundOf(const std::vector<nlohmann::json>& records) {
+  return fieldOf<bool>(records, "found");
 }
+
+using TFlags = std::vector<bool>;
+using TNames = std::vector<std::string>;
 
 }  // namespace
 
-TEST_F(ZelweldTest, TrackingSimulatedFramesFindsTheTrueSeams) {
+class TrackTest : public ZelweldTest {
+protected:
+  // One gap, frames/frame_0000.png.
+  cv::Mat drawFrame() const {
+    simulate("frames", "--type gap --frames 1 --seed 9");
+    return cv::imread((folder / "frames/frame_0000.png").string(), cv::IMREAD_GRAYSCALE);
+  }
+};
+
+TEST_F(TrackTest, SimulatedFramesGiveTheTrueSeamsInEveryFormat) {
   for (const std::string position : {"centre", "left", "right"}) {
     SCOPED_TRACE(position);
     simulate(position, "--type gap --level noisy --frames 8 --seed 5 --drift 1,0.3 --position " + position);
-    const TRun run = zelweldOk("track " + position + " --params " + position + "/params.json --format jsonl");
+    const std::string arguments = position + " --params " + position + "/params.json ";
     const auto seams = trueSeams(folder / position / "truth.csv");
-    const auto records = recordsOf(run.out);
+    const auto records = track(arguments);
     ASSERT_EQ(records.size(), 8U);
     ASSERT_EQ(seams.size(), 8U);
     for (std::size_t i = 0; i < records.size(); ++i) {
-      ASSERT_TRUE(records[i]["found"]) << i;
+      ASSERT_EQ(records[i]["state"], "found") << i;
       EXPECT_EQ(records[i]["frame"], i);
-      const cv::Point2d found(records[i]["x"], records[i]["y"]);
-      EXPECT_LE(cv::norm(found - seams[i]), kMaxSeamErrorPx) << i;
+      EXPECT_LE(cv::norm(pointOf(records[i]["x"], records[i]["y"]) - seams[i]), kMaxSeamErrorPx) << i;
     }
-    EXPECT_NE(run.err.find("frames 8, found 8 (100.0 %), held 0, lost 0, longest loss 0"), std::string::npos)
-        << run.err;
+    const TRun run = zelweldOk("track --format csv " + arguments);
+    EXPECT_EQ(linesOf(run.out).size(), 9U);
+    for (const std::string& line : linesOf(run.out))
+      EXPECT_EQ(std::count(line.begin(), line.end(), ','), 14) << line;
+    EXPECT_EQ(run.err.rfind("frames 8, found 8 (100.0 %), held 0, lost 0, longest loss 0", 0), 0U) << run.err;
   }
-}
-
-TEST_F(ZelweldTest, EveryFormatHasOneLinePerFrameAndItsHeading) {
-  simulate("frames", "--type gap --frames 3");
-  const std::string track = "track frames --type gap --format ";
-  EXPECT_EQ(linesOf(zelweldOk(track + "jsonl").out).size(), 3U);
-  EXPECT_EQ(linesOf(zelweldOk(track + "table").out).size(), 4U);
-  const auto csv = linesOf(zelweldOk(track + "csv").out);
-  ASSERT_EQ(csv.size(), 4U);
-  for (const std::string& line : csv) {
-    EXPECT_EQ(std::count(line.begin(), line.end(), ','), 14) << line;
-  }
-}
-
-TEST_F(ZelweldTest, PointsAreWrittenInBothCoordinateSystems) {
-  simulate("frames", "--type gap --frames 1");
-  const TRun run = zelweldOk("track frames --type gap --roi 0,40,640,440 --format jsonl --points");
-  const auto record = recordsOf(run.out).front();
-  ASSERT_EQ(record["stripePts"].size(), record["points"].get<std::size_t>());
-  ASSERT_EQ(record["storedStripePts"].size(), record["stripePts"].size());
-  EXPECT_EQ(record["storedStripePts"][0][0], record["stripePts"][0][0]);
-  EXPECT_EQ(record["storedStripePts"][0][1].get<double>(), record["stripePts"][0][1].get<double>() + 40.0);
 }
 
 // The presence check compares with the frame before: without one it never finds anything.
-TEST_F(ZelweldTest, PreviousResultIsCarriedWithinASequenceOnly) {
+TEST_F(TrackTest, PreviousResultIsCarriedWithinASequenceOnly) {
   simulate("a", "--type plain --frames 3");
   simulate("b", "--type plain --frames 1");
-  const std::string options = " --type presence --format jsonl";
-  EXPECT_EQ(foundOf(zelweldOk("track a" + options)), (std::vector<bool>{false, true, true}));
-  EXPECT_EQ(foundOf(zelweldOk("track a --first-only" + options)), (std::vector<bool>{false, false, false}));
-  EXPECT_EQ(foundOf(zelweldOk("track a b" + options)), (std::vector<bool>{false, true, true, false}));
-  EXPECT_EQ(foundOf(zelweldOk("track a/frame_0000.png b/frame_0000.png" + options)),
-            (std::vector<bool>{false, true}));
+  const std::pair<const char*, TFlags> rows[] = {{"a", {false, true, true}},
+                                                 {"a --first-only", {false, false, false}},
+                                                 {"a b", {false, true, true, false}},
+                                                 {"a/frame_0000.png b/frame_0000.png", {false, true}}};
+  for (const auto& [inputs, found] : rows) {
+    EXPECT_EQ(foundOf(track(std::string("--type presence ") + inputs)), found) << inputs;
+  }
 }
 
-TEST_F(ZelweldTest, TurnedFramesGiveTheSeamInTheStoredImage) {
-  simulate("frames", "--type gap --frames 1 --seed 9");
-  const cv::Mat upright = cv::imread((folder / "frames/frame_0000.png").string(), cv::IMREAD_GRAYSCALE);
-  const cv::Point seam(trueSeams(folder / "frames/truth.csv").front());
-  cv::Mat mark = cv::Mat::zeros(upright.size(), CV_8U);
-  mark.at<std::uint8_t>(seam) = 1;
-
-  const std::vector<std::pair<int, int>> turns = {// option, how the stored image is turned against it
-                                                  {90, cv::ROTATE_90_COUNTERCLOCKWISE},
-                                                  {180, cv::ROTATE_180},
-                                                  {270, cv::ROTATE_90_CLOCKWISE}};
-  for (const auto& [degrees, undo] : turns) {
-    SCOPED_TRACE(degrees);
+TEST_F(TrackTest, TurnedAndCutFramesGiveSeamAndStripeInTheStoredImage) {
+  const cv::Mat upright = drawFrame();
+  const cv::Point2d seam = trueSeams(folder / "frames/truth.csv").front();
+  const cv::Point2d last(upright.cols - 1.0, upright.rows - 1.0);
+  const std::tuple<std::string, int, cv::Point2d> rows[] = {
+      // option, how the stored image is turned against it, where the seam is there
+      {"90", cv::ROTATE_90_COUNTERCLOCKWISE, {seam.y, last.x - seam.x}},
+      {"180", cv::ROTATE_180, last - seam},
+      {"270", cv::ROTATE_90_CLOCKWISE, {last.y - seam.y, seam.x}}};
+  for (const auto& [degrees, undo, truth] : rows) {
     cv::Mat stored;
-    cv::Mat storedMark;
     cv::rotate(upright, stored, undo);
-    cv::rotate(mark, storedMark, undo);
-    std::vector<cv::Point> truth;
-    cv::findNonZero(storedMark, truth);
     cv::imwrite((folder / "turned.png").string(), stored);
     const std::string size = std::to_string(stored.cols - 30) + "," + std::to_string(stored.rows - 20);
     for (const std::string& region : {std::string(), " --roi 13,7," + size}) {
-      const TRun run =
-          zelweldOk("track turned.png --type gap --format jsonl --rotate " + std::to_string(degrees) + region);
-      const auto record = recordsOf(run.out).front();
-      ASSERT_TRUE(record["found"]) << region;
-      const cv::Point2d found(record["storedX"], record["storedY"]);
-      EXPECT_LE(cv::norm(found - cv::Point2d(truth.front())), kMaxStoredErrorPx) << region;
+      SCOPED_TRACE(degrees + region);
+      const auto record = track("turned.png --type gap --points --rotate " + degrees + region).front();
+      ASSERT_TRUE(record["found"]);
+      const cv::Point2d found = pointOf(record["storedX"], record["storedY"]);
+      EXPECT_LE(cv::norm(found - truth), kMaxStoredErrorPx);
+      const auto& points = record["stripePts"];
+      const auto& storedPoints = record["storedStripePts"];
+      ASSERT_EQ(points.size(), record["points"].get<std::size_t>());
+      ASSERT_EQ(storedPoints.size(), points.size());
+      EXPECT_NEAR(cv::norm(pointOf(storedPoints[0][0], storedPoints[0][1]) - found),
+                  cv::norm(pointOf(points[0][0], points[0][1]) - pointOf(record["x"], record["y"])), 0.01);
     }
   }
 }
 
-TEST_F(ZelweldTest, ChannelsPickTheStripeOutOfColourFrames) {
-  simulate("frames", "--type gap --frames 1");
-  const cv::Mat stripe = cv::imread((folder / "frames/frame_0000.png").string(), cv::IMREAD_GRAYSCALE);
+TEST_F(TrackTest, ChannelsPickTheStripeOutOfColourFrames) {
+  const cv::Mat stripe = drawFrame();
+  const cv::Mat dark = cv::Mat::zeros(stripe.size(), CV_8U);
   const cv::Mat sunlit(stripe.size(), CV_8U, cv::Scalar(120));
   cv::Mat reddened;
   cv::addWeighted(sunlit, 1.0, stripe, 0.6, 0.0, reddened);
-  const auto save = [&](const std::string& name, const std::vector<cv::Mat>& channels) {
+  const std::tuple<std::vector<cv::Mat>, std::string, bool> rows[] = {
+      {{dark, dark, stripe}, "red", true},
+      {{dark, dark, stripe}, "green", false},
+      {{dark, stripe, dark}, "green", true},
+      {{stripe, dark, dark}, "blue", true},
+      {{stripe, dark, dark}, "red-excess", false},
+      {{sunlit, sunlit, reddened}, "green", false},
+      {{sunlit, sunlit, reddened}, "red-excess", true}};
+  for (const auto& [channels, channel, isFound] : rows) {
     cv::Mat colour;
     cv::merge(channels, colour);
-    cv::imwrite((folder / name).string(), colour);
-  };
-  const cv::Mat dark = cv::Mat::zeros(stripe.size(), CV_8U);
-  save("dark.png", {dark, dark, stripe});
-  save("green.png", {dark, stripe, dark});
-  save("blue.png", {stripe, dark, dark});
-  save("day.png", {sunlit, sunlit, reddened});
-  const std::tuple<std::string, std::string, bool> rows[] = {
-      {"dark.png", "red", true},      {"dark.png", "green", false},      {"green.png", "green", true},
-      {"blue.png", "blue", true},     {"blue.png", "red-excess", false}, {"day.png", "green", false},
-      {"day.png", "red-excess", true}};
-  for (const auto& [file, channel, isFound] : rows) {
-    const TRun run = zelweldOk("track " + file + " --type gap --format jsonl --channel " + channel);
-    EXPECT_EQ(foundOf(run), std::vector<bool>{isFound}) << file << " " << channel;
+    cv::imwrite((folder / "c.png").string(), colour);
+    EXPECT_EQ(foundOf(track("c.png --type gap --channel " + channel)), TFlags{isFound}) << channel;
   }
 }
 
-TEST_F(ZelweldTest, FoldersAndPatternsAreReadInCountingOrder) {
-  simulate("frames", "--type gap --frames 1");
+TEST_F(TrackTest, FoldersAndPatternsAreReadInCountingOrder) {
+  drawFrame();
   fs::create_directories(folder / "d");
-  for (const std::string name : {"img1", "img10", "img2", "img02", "other"}) {
-    fs::copy(folder / "frames/frame_0000.png", folder / "d" / (name + ".png"));
+  for (const char* const name : {"1.png", "10.png", "2.png", "02.png", "a.png"}) {
+    fs::copy(folder / "frames/frame_0000.png", folder / "d" / name);
   }
   writeFile(folder / "d/notes.txt", "no image");
-  const std::string options = " --type gap --format jsonl";
-  using TNames = std::vector<std::string>;
-  EXPECT_EQ(namesOf(zelweldOk("track d" + options)),
-            (TNames{"img1.png", "img02.png", "img2.png", "img10.png", "other.png"}));
-  EXPECT_EQ(namesOf(zelweldOk("track d/img%d.png" + options)), (TNames{"img1.png", "img2.png", "img10.png"}));
-  EXPECT_EQ(namesOf(zelweldOk("track d/img%02d.png" + options)), (TNames{"img02.png", "img10.png"}));
+  const std::pair<const char*, TNames> rows[] = {{"d", {"d/1.png", "d/02.png", "d/2.png", "d/10.png", "d/a.png"}},
+                                                 {"d/%d.png", {"d/1.png", "d/2.png", "d/10.png"}},
+                                                 {"d/%02d.png", {"d/02.png", "d/10.png"}}};
+  for (const auto& [input, files] : rows) {
+    EXPECT_EQ(fieldOf<std::string>(track(std::string("--type gap ") + input), "file"), files);
+  }
 }
 
-TEST_F(ZelweldTest, VideosAreReadFrameByFrame) {
-  simulate("frames", "--type gap --frames 6");
-  const std::string path = (folder / "clip.avi").string();
+TEST_F(TrackTest, VideosAreReadFrameByFrame) {
+  cv::Mat frame;
+  cv::cvtColor(drawFrame(), frame, cv::COLOR_GRAY2BGR);
+  const fs::path path = folder / "clip.avi";
   {
     cv::VideoWriter video(path, cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 25.0,
-                          cv::Size(640, 480));
+                          frame.size());
     ASSERT_TRUE(video.isOpened());
-    for (int n = 0; n < 6; ++n) {
-      video.write(cv::imread((folder / ("frames/frame_000" + std::to_string(n) + ".png")).string()));
-    }
+    for (int n = 0; n < 6; ++n) video.write(frame);
   }
-  const TRun whole = zelweldOk("track clip.avi --type gap --format jsonl");
-  EXPECT_EQ(foundOf(whole), std::vector<bool>(6, true));
-  EXPECT_EQ(namesOf(whole).back(), "clip.avi#5");
-
+  const auto records = track("clip.avi --type gap");
+  EXPECT_EQ(foundOf(records), TFlags(6, true));
+  EXPECT_EQ(records.back()["file"], "clip.avi#5");
   const std::string bytes = readFile(path);
   writeFile(folder / "cut.avi", bytes.substr(0, bytes.size() / 2));
-  const TRun cut = zelweld("track cut.avi --type gap --format jsonl");
-  EXPECT_EQ(cut.exitCode, 3);
-  EXPECT_NE(cut.err.find("cut.avi: "), std::string::npos);
-  EXPECT_EQ(linesOf(cut.err).size(), 1U) << cut.err;
+  expectRefused(3, {{"track cut.avi --type gap", "cut.avi: "}});
 }
 
-TEST_F(ZelweldTest, AnnotatedFramesShowStripeSeamAndText) {
-  simulate("frames", "--type gap --frames 2");
+TEST_F(TrackTest, AnnotatedFramesShowStripeSeamAndText) {
+  const cv::Mat before = drawFrame();
   zelweldOk("track frames --type gap --out seen/here");
-  const cv::Mat before = cv::imread((folder / "frames/frame_0001.png").string());
-  const cv::Mat after = cv::imread((folder / "seen/here/000001_frame_0001.png").string());
+  const cv::Mat after = cv::imread((folder / "seen/here/000000_frame_0000.png").string());
   ASSERT_EQ(after.size(), before.size());
   cv::Mat coloured;
   cv::inRange(after, cv::Scalar(60, 40, 230), cv::Scalar(100, 80, 255), coloured);  // the red of the seam cross
-  const cv::Point seam(trueSeams(folder / "frames/truth.csv")[1]);
+  const cv::Point seam(trueSeams(folder / "frames/truth.csv").front());
   const cv::Rect around = cv::Rect(seam - cv::Point(30, 30), cv::Size(61, 61)) & cv::Rect({0, 0}, before.size());
   EXPECT_GT(cv::countNonZero(coloured(around)), 20);
   cv::Mat label;

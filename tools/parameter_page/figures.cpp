@@ -50,13 +50,13 @@ TFigure drawButtGap() {
 
   const TPoint pivot(26.0, drawing.rowAt(26));
   drawing.angle(pivot, kDefaults.angleRange4.min, kDefaults.angleRange4.max, kFanPx, kParameter);
-  labelRay(drawing, pivot, kDefaults.angleRange4.min, {4.0, -2.0}, "angleRange4.min");
-  labelRay(drawing, pivot, kDefaults.angleRange4.max, {4.0, 6.0}, "angleRange4.max");
+  labelRay(drawing, pivot, kDefaults.angleRange4.min, {4.0, -2.0}, "stripeAngleDeg.min");
+  labelRay(drawing, pivot, kDefaults.angleRange4.max, {4.0, 6.0}, "stripeAngleDeg.max");
 
   drawing.band(100.0, 150.0, kDefaults.dPara2, 125.0);
-  drawing.label({125.0, drawing.rowAt(125) - 16.0}, "dPara2", kParameter, TAnchor::middle);
+  drawing.label({125.0, drawing.rowAt(125) - 16.0}, "lineTolerancePx", kParameter, TAnchor::middle);
   drawing.band(235.0, 300.0, kDefaults.dPara4, 268.0);
-  drawing.label({268.0, drawing.rowAt(268) - 13.0}, "dPara4", kParameter, TAnchor::middle);
+  drawing.label({268.0, drawing.rowAt(268) - 13.0}, "fitScalePx", kParameter, TAnchor::middle);
 
   drawing.referenceLine(left, left + TPoint(0.0, 34.0));
   drawing.referenceLine(right, right + TPoint(0.0, 34.0));
@@ -66,7 +66,7 @@ TFigure drawButtGap() {
   const double parameterRow = left.y + 17.0;
   const TPoint widthEnd(left.x + kDefaults.dPara8, parameterRow);
   drawing.distance({left.x, parameterRow}, widthEnd, kParameter);
-  drawing.label(widthEnd + TPoint(9.0, 2.0), "dPara8", kParameter);
+  drawing.label(widthEnd + TPoint(9.0, 2.0), "minGapPx", kParameter);
   return {"buttGap", "Butt gap: one straight stripe broken by a gap", drawing.file()};
 }
 
@@ -82,24 +82,24 @@ TFigure drawLap() {
   drawing.referenceLine(left, left + TPoint(72.0, 0.0));
   const double stepColumn = right.x + 14.0;
   drawing.distance({stepColumn, left.y}, {stepColumn, left.y + kDefaults.dPara7}, kParameter);
-  drawing.label({stepColumn + 3.0, left.y + kDefaults.dPara7 / 2.0 + 2.0}, "dPara7", kParameter);
+  drawing.label({stepColumn + 3.0, left.y + kDefaults.dPara7 / 2.0 + 2.0}, "minStepPx", kParameter);
   drawing.distance({stepColumn + 40.0, left.y}, {stepColumn + 40.0, right.y}, kMeasured);
   drawing.label({stepColumn + 43.0, (left.y + right.y) / 2.0 + 2.0}, "step", kMeasured);
 
   const double lengthRow = left.y - 14.0;
   drawing.referenceLine(left, {left.x, lengthRow - 2.0});
   drawing.distance({left.x - kDefaults.dPara6, lengthRow}, {left.x, lengthRow}, kParameter);
-  drawing.label({left.x - kDefaults.dPara6 / 2.0, lengthRow - 3.0}, "dPara6", kParameter, TAnchor::middle);
+  drawing.label({left.x - kDefaults.dPara6 / 2.0, lengthRow - 3.0}, "minPiecePx", kParameter, TAnchor::middle);
   const double lowerRow = right.y + 14.0;
   drawing.referenceLine(right, {right.x, lowerRow + 2.0});
   drawing.distance({right.x, lowerRow}, {right.x + kDefaults.dPara6, lowerRow}, kParameter);
-  drawing.label({right.x + kDefaults.dPara6 / 2.0, lowerRow + 7.5}, "dPara6", kParameter, TAnchor::middle);
+  drawing.label({right.x + kDefaults.dPara6 / 2.0, lowerRow + 7.5}, "minPiecePx", kParameter, TAnchor::middle);
 
   drawing.band(14.0, 74.0, kDefaults.dPara2, 44.0);
-  drawing.label({44.0, left.y - 16.0}, "dPara2", kParameter, TAnchor::middle);
+  drawing.label({44.0, left.y - 16.0}, "supportPx", kParameter, TAnchor::middle);
   drawing.band(246.0, 306.0, kDefaults.dPara2, 276.0);
-  drawing.label({276.0, right.y - 16.0}, "dPara2", kParameter, TAnchor::middle);
-  drawing.greyProfile({30.0, 104.0}, left, 0.0, kDefaults.dPara1, "dPara1");
+  drawing.label({276.0, right.y - 16.0}, "supportPx", kParameter, TAnchor::middle);
+  drawing.greyProfile({30.0, 104.0}, left, 0.0, kDefaults.dPara1, "minEdgeDrop");
   return {"lap", "Lap: two straight pieces displaced in height", drawing.file()};
 }
 
@@ -116,12 +116,12 @@ TFigure drawCornerAngles() {
   const TPoint root = drawing.feature("root");
   const TPoint left(24.0, drawing.rowAt(24));
   drawing.angle(left, kDefaults.angleRange1Min, kDefaults.angleRange1Max, kFanPx, kParameter);
-  labelRay(drawing, left, kDefaults.angleRange1Min, {4.0, 2.0}, "angleRange1Min");
-  labelRay(drawing, left, kDefaults.angleRange1Max, {4.0, 7.0}, "angleRange1Max", TAnchor::end);
+  labelRay(drawing, left, kDefaults.angleRange1Min, {4.0, 2.0}, "leftFlankDeg.min");
+  labelRay(drawing, left, kDefaults.angleRange1Max, {4.0, 7.0}, "leftFlankDeg.max", TAnchor::end);
   const TPoint right(221.0, drawing.rowAt(221));
   drawing.angle(right, kDefaults.angleRange2Min, kDefaults.angleRange2Max, kFanPx, kParameter);
-  labelRay(drawing, right, kDefaults.angleRange2Min, {0.0, -2.0}, "angleRange2Min", TAnchor::end);
-  labelRay(drawing, right, kDefaults.angleRange2Max, {4.0, 2.0}, "angleRange2Max");
+  labelRay(drawing, right, kDefaults.angleRange2Min, {0.0, -2.0}, "rightFlankDeg.min", TAnchor::end);
+  labelRay(drawing, right, kDefaults.angleRange2Max, {-16.0, 8.0}, "rightFlankDeg.max");
 
   const double leftDeg = 180.0 + drawing.angleDeg(14.0, root.x - kFlankEndPx);
   const double rightDeg = 360.0 + drawing.angleDeg(root.x + kFlankEndPx, 310.0);
@@ -130,9 +130,9 @@ TFigure drawCornerAngles() {
     drawing.angle(root, bisectorDeg - widthDeg / 2.0, bisectorDeg + widthDeg / 2.0, radiusPx, mark);
     drawing.label(TStripeDrawing::ray(root, bisectorDeg, radiusPx + 3.0), name, mark, TAnchor::middle);
   };
-  included(kDefaults.angleRange5Min, 30.0, kParameter, "angleRange5Min");
+  included(kDefaults.angleRange5Min, 30.0, kParameter, "includedAngleDeg.min");
   included(rightDeg - leftDeg, 44.0, kMeasured, "included angle");
-  included(kDefaults.angleRange5Max, 58.0, kParameter, "angleRange5Max");
+  included(kDefaults.angleRange5Max, 58.0, kParameter, "includedAngleDeg.max");
   return {"corner_angles", "Corner: the angles of its flanks and the angle between them", drawing.file()};
 }
 
@@ -152,8 +152,8 @@ void drawFlankShares(TStripeDrawing& drawing, TPoint root, double lastColumn) {
                 TAnchor::middle);
   drawing.distance({leftEnd, shareRow}, {root.x, shareRow}, kParameter);
   drawing.distance({root.x, shareRow}, {rightEnd, shareRow}, kParameter);
-  drawing.label({(leftEnd + root.x) / 2.0, shareRow + 7.5}, "share dPara10", kParameter, TAnchor::middle);
-  drawing.label({rightEnd + 3.0, shareRow + 2.0}, "share dPara10", kParameter);
+  drawing.label({(leftEnd + root.x) / 2.0, shareRow + 7.5}, "solidShare", kParameter, TAnchor::middle);
+  drawing.label({rightEnd + 3.0, shareRow + 2.0}, "solidShare", kParameter);
 }
 
 TFigure drawCornerDistances() {
@@ -169,26 +169,26 @@ TFigure drawCornerDistances() {
   const TPoint breakEnd = beforeBreak + TPoint(kDefaults.nPara5, 0.0);
   drawing.referenceLine(beforeBreak, beforeBreak + TPoint(0.0, 26.0));
   drawing.distance(beforeBreak + TPoint(0.0, 24.0), breakEnd + TPoint(0.0, 24.0), kParameter);
-  drawing.label(beforeBreak + TPoint(-9.0, 26.0), "nPara5", kParameter, TAnchor::end);
+  drawing.label(beforeBreak + TPoint(-9.0, 26.0), "maxBreakColumns", kParameter, TAnchor::end);
 
   const TPoint halfHole(kDefaults.nPara1 / 2.0, 0.0);
   const TPoint below = root + TPoint(0.0, 14.0);
   drawing.referenceLine(root - halfHole, below - halfHole + TPoint(0.0, 2.0));
   drawing.referenceLine(root + halfHole, below + halfHole + TPoint(0.0, 2.0));
   drawing.distance(below - halfHole, below + halfHole, kParameter);
-  drawing.label(below + halfHole + TPoint(9.0, 2.0), "nPara1", kParameter);
+  drawing.label(below + halfHole + TPoint(9.0, 2.0), "maxMissingColumns", kParameter);
 
   const TPoint count(16.0, drawing.rowAt(16) + 44.0);
   const TPoint countEnd = count + TPoint(kDefaults.dPara6, 0.0);
   drawing.referenceLine({count.x, drawing.rowAt(count.x)}, count + TPoint(0.0, 2.0));
   drawing.referenceLine({countEnd.x, drawing.rowAt(countEnd.x)}, countEnd + TPoint(0.0, 2.0));
   drawing.distance(count, countEnd, kParameter);
-  drawing.label((count + countEnd) * 0.5 + TPoint(0.0, 7.5), "dPara6 points", kParameter, TAnchor::middle);
+  drawing.label((count + countEnd) * 0.5 + TPoint(0.0, 7.5), "minFlankPoints", kParameter, TAnchor::middle);
 
   drawing.band(78.0, 124.0, kDefaults.dPara2, 100.0);
-  drawing.label({104.0, drawing.rowAt(100) - 14.0}, "dPara2", kParameter);
+  drawing.label({104.0, drawing.rowAt(100) - 14.0}, "flankTolerancePx", kParameter);
   drawing.band(256.0, 308.0, kDefaults.dPara4, 282.0);
-  drawing.label({284.0, drawing.rowAt(282) + 17.0}, "dPara4", kParameter);
+  drawing.label({284.0, drawing.rowAt(282) + 17.0}, "fitScalePx", kParameter);
   return {"corner_distances", "Corner: distances, counts and shares of its flanks", drawing.file()};
 }
 
@@ -209,24 +209,24 @@ TFigure drawPlate() {
                 TAnchor::middle);
   const double leastRow = left.y + 14.0;
   drawing.distance({left.x, leastRow}, {left.x + kDefaults.dPara9, leastRow}, kParameter);
-  drawing.label({left.x + kDefaults.dPara9 / 2.0, leastRow + 7.5}, "dPara9", kParameter, TAnchor::middle);
+  drawing.label({left.x + kDefaults.dPara9 / 2.0, leastRow + 7.5}, "minWidthPx", kParameter, TAnchor::middle);
 
   const double lengthRow = left.y - 14.0;
   drawing.referenceLine(left, {left.x, lengthRow - 2.0});
   drawing.distance({left.x, lengthRow}, {left.x + kDefaults.dPara6, lengthRow}, kParameter);
-  drawing.label({left.x + kDefaults.dPara6 / 2.0, lengthRow - 3.0}, "dPara6", kParameter, TAnchor::middle);
+  drawing.label({left.x + kDefaults.dPara6 / 2.0, lengthRow - 3.0}, "minPiecePx", kParameter, TAnchor::middle);
 
   const TPoint pivot(left.x + 66.0, left.y);
   const double fanPx = 56.0;
   drawing.angle(pivot, kDefaults.angleRange0Min, kDefaults.angleRange0Max, fanPx, kParameter);
-  drawing.label(TStripeDrawing::ray(pivot, kDefaults.angleRange0Min, fanPx) + TPoint(0.0, -5.0), "angleRange0Min",
-                kParameter, TAnchor::middle);
-  drawing.label(TStripeDrawing::ray(pivot, kDefaults.angleRange0Max, fanPx) + TPoint(0.0, 8.0), "angleRange0Max",
-                kParameter, TAnchor::middle);
+  drawing.label(TStripeDrawing::ray(pivot, kDefaults.angleRange0Min, fanPx) + TPoint(0.0, -5.0),
+                "plateAngleDeg.min", kParameter, TAnchor::middle);
+  drawing.label(TStripeDrawing::ray(pivot, kDefaults.angleRange0Max, fanPx) + TPoint(0.0, 8.0),
+                "plateAngleDeg.max", kParameter, TAnchor::middle);
 
   drawing.band(right.x - 44.0, right.x - 4.0, kDefaults.dPara2, right.x - 20.0);
-  drawing.label({right.x - 20.0, right.y - 16.0}, "dPara2", kParameter, TAnchor::middle);
-  drawing.greyProfile({120.0, 104.0}, right, 0.0, kDefaults.dPara1, "dPara1");
+  drawing.label({right.x - 20.0, right.y - 16.0}, "supportPx", kParameter, TAnchor::middle);
+  drawing.greyProfile({120.0, 104.0}, right, 0.0, kDefaults.dPara1, "minEdgeDrop");
   return {"plate", "Plate: the highest straight piece of the stripe and its two ends", drawing.file()};
 }
 
@@ -245,7 +245,7 @@ TFigure drawStripePresence() {
   drawing.distance(middle + reach, middle, kMeasured);
   drawing.label(middle - reach * 0.5 + TPoint(4.0, 2.0), plain(kTrackingBandPx) + " px", kMeasured);
   drawing.label(middle + reach * 0.5 + TPoint(4.0, 2.0), plain(kTrackingBandPx) + " px", kMeasured);
-  drawing.label({10.0, first.y - 30.0}, "flagPara2: only this band is searched", kParameter);
+  drawing.label({10.0, first.y - 30.0}, "searchesNear: only this band is searched", kParameter);
   return {"stripePresence", "Stripe presence: the band around the previous stripe", drawing.file()};
 }
 

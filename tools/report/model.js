@@ -36,6 +36,11 @@ function plain(value) {
   return value === null ? "no number" : String(Number(value.toPrecision(Math.abs(value) >= 1000 ? 6 : 4)));
 }
 
+// "minGapPx (dPara8)"; settings of the tracker have one name only.
+function settingName({ name, field }) {
+  return field ? `${name} (${field})` : name;
+}
+
 function withUnit(value, unit) {
   return unit ? `${plain(value)} ${unit}` : plain(value);
 }

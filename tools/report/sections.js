@@ -105,7 +105,7 @@ function showStrip() {
 function parameterRow(parameter) {
   const isChanged = parameter.value !== parameter.default;
   return element("tr", "", null,
-    element("td", "", parameter.name),
+    element("td", "", settingName(parameter)),
     element("td", isChanged ? "number changed" : "number", String(parameter.value ?? "∞")),
     element("td", "", parameter.unit),
     element("td", "number", String(parameter.default ?? "∞")),

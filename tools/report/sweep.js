@@ -12,10 +12,10 @@ const chartRows = [
 const step = points.length > 1 ? points[1].value - points[0].value : 1;
 
 function showSummary() {
-  byId("title").textContent = `Sweep of ${parameter.name}`;
+  byId("title").textContent = `Sweep of ${settingName(parameter)}`;
   byId("subject").textContent = `${inWords(sweep.joint)}: ${parameter.meaning}; default ${withUnit(parameter.default, parameter.unit)}`;
   byId("maker").textContent = `zelweld ${sweep.version}`;
-  byId("name").textContent = parameter.name;
+  byId("name").textContent = settingName(parameter);
   byId("too-low").textContent = parameter.tooLow;
   byId("too-high").textContent = parameter.tooHigh;
   const good = suggestion ? `${plain(points[suggestion.first].value)} to ${plain(points[suggestion.last].value)}` : "none";

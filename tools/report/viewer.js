@@ -13,7 +13,8 @@ function gauge(test) {
 function marginWords(test) {
   const { amount } = marginOf(test);
   const words = test.passed ? `${withUnit(amount, test.unit)} to spare` : `${withUnit(-amount, test.unit)} short`;
-  return words + (test.parameter ? ` · ${test.parameter}` : "");
+  const setting = [...report.parameters, ...report.tracker].find((parameter) => parameter.name === test.parameter);
+  return words + (test.parameter ? ` · ${setting ? settingName(setting) : test.parameter}` : "");
 }
 
 // Name, measured value and limit; below, how far apart the two are: to the right of the middle it passed.
@@ -66,7 +67,7 @@ function stripeFacts(attempt) {
 }
 
 function attemptFacts(attempt, position, isDecisive) {
-  const title = `${position + 1}. ${inWords(attempt.path)} search, ${inWords(attempt.extraction)}: ${attempt.outcome}`;
+  const title = `${position + 1}. ${inWords(attempt.path)} search, ${inWords(attempt.extraction)}: ${attempt.reason}`;
   const parts = [element("h3", "", title + (isDecisive ? "" : " (not decisive)"))];
   if (attempt.sentence && !isDecisive) parts.push(element("p", "quiet", attempt.sentence));
   parts.push(...testRows(attempt.checks), element("h4", "", "stripe"), factList(stripeFacts(attempt)));

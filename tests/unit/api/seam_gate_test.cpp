@@ -9,36 +9,33 @@ namespace weld {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-const cv::Size kImage{640, 480};
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
-// A plate between two ends as the detector reports it.
-TWeldLineRes plateBetween(cv::Point2f start, cv::Point2f end) {
-  TWeldLineRes result;
-  result.isFound = true;
-  result.weldPos = (start + end) * 0.5F;
-  const float k = (start.y - end.y) / (start.x - end.x);
-  result.auxVal1 = static_cast<double>(k);
-  result.auxVal2 = static_cast<double>(start.y) - static_cast<double>(start.x) * result.auxVal1;
-  return result;
+TSeam seamAt(cv::Point2f p) {
+  TSeam seam(heapMemory());
+  seam.isFound = true;
+  seam.pos = p;
+  return seam;
 }
 
-TWeldLineRes seamAt(cv::Point2f p) {
-  TWeldLineRes result;
-  result.isFound = true;
-  result.weldPos = p;
-  return result;
+// A plate between two ends as the detector reports it.
+TSeam plateBetween(cv::Point2f start, cv::Point2f end) {
+  TSeam plate = seamAt((start + end) * 0.5F);
+  plate.auxVal1 = static_cast<double>((start.y - end.y) / (start.x - end.x));
+  plate.auxVal2 = static_cast<double>(start.y) - static_cast<double>(start.x) * plate.auxVal1;
+  return plate;
 }
 
 TEST(SeamGate, refusesImpossiblePoints) {
-  struct TRow {
+  const cv::Mat image = cv::Mat::zeros(480, 640, CV_8UC1);
+  const TWeldParams params;
+  const cv::Point2f marker(-1.0F, -1.0F);
+  const struct {
     const char* name;
-    TWeldLineRes seam;
+    TSeam seam;
     TWeldType type;
     bool isPossible;
-  };
-  const cv::Point2f marker(-1.0F, -1.0F);
-  const TRow rows[] = {
-      {"inside", seamAt({320.0F, 240.0F}), TWeldType::lap, true},
+  } rows[] = {
       {"first pixel", seamAt({0.0F, 0.0F}), TWeldType::lap, true},
       {"last pixel", seamAt({639.0F, 479.0F}), TWeldType::lap, true},
       {"left of it", seamAt({-0.5F, 240.0F}), TWeldType::lap, false},
@@ -46,36 +43,40 @@ TEST(SeamGate, refusesImpossiblePoints) {
       {"above it", seamAt({320.0F, -0.5F}), TWeldType::lap, false},
       {"below it", seamAt({320.0F, 479.5F}), TWeldType::lap, false},
       {"no number", seamAt({320.0F, kNaN}), TWeldType::lap, false},
-      {"no end", seamAt({std::numeric_limits<float>::infinity(), 240.0F}), TWeldType::corner, false},
+      {"no end", seamAt({kInf, 240.0F}), TWeldType::corner, false},
       {"plate", plateBetween({80.0F, 240.0F}, {520.0F, 233.0F}), TWeldType::plate, true},
       {"plate, start unsupported", plateBetween(marker, {520.0F, 233.0F}), TWeldType::plate, false},
       {"plate, end unsupported", plateBetween({83.0F, 240.0F}, marker), TWeldType::plate, false},
       {"line through the marker, no plate", plateBetween(marker, {520.0F, 233.0F}), TWeldType::corner, true},
   };
-  for (const TRow& row : rows)
-    EXPECT_EQ(isSeamPointPossible(row.seam, row.type, kImage, {}), row.isPossible) << row.name;
+  for (const auto& row : rows) {
+    const TJointRules& rules = findDetectedJoint(row.type)->rules;
+    EXPECT_EQ(isSeamPointPossible(heapFrame(image, params), row.seam, rules), row.isPossible) << row.name;
+  }
 }
 
 TEST(SeamGate, letsAJumpPassOnceItHasRepeated) {
-  struct TRow {
+  const struct {
     const char* name;
-    std::vector<float> columns;  // of the seam, frame by frame; maxJumpPx 40, acceptAfterFrames 3
+    std::vector<float> columns;  // of the seam, frame by frame, NaN without one; maxJumpPx 40, acceptAfterFrames 3
     std::vector<bool> passes;
-  };
-  const TRow rows[] = {
+  } rows[] = {
       {"steady", {100, 140, 180}, {true, true, true}},
       {"just too far", {100, 140.5F, 100}, {true, false, true}},
       {"new place", {100, 300, 310, 305, 300}, {true, false, false, true, true}},
-      {"wanders on", {100, 300, 330, 360, 390}, {true, false, false, true, true}},
+      {"wanders on", {100, 300, 340, 380, 420}, {true, false, false, true, true}},
+      {"wanders too fast", {100, 300, 340.5F, 381, 421.5F}, {true, false, false, false, false}},
       {"one outlier", {100, 300, 105, 300, 300}, {true, false, true, false, false}},
       {"no two alike", {100, 300, 500, 200, 400}, {true, false, false, false, false}},
+      {"lost between", {100, 300, 300, kNaN, 300, 300}, {true, false, false, true, false, false}},
   };
-  for (const TRow& row : rows) {
+  for (const auto& row : rows) {
     TTrackerOptions options;
     TJumpMemory memory;
     for (std::size_t i = 0; i < row.columns.size(); ++i) {
-      EXPECT_EQ(passesJumpTest({row.columns[i], 50.0F}, options, memory, {}), row.passes[i])
-          << row.name << ' ' << i;
+      TSeam seam = seamAt({row.columns[i], 50.0F});
+      seam.isFound = row.columns[i] == row.columns[i];
+      EXPECT_EQ(passesJumpTest(seam, options, memory, {}), row.passes[i]) << row.name << ' ' << i;
     }
   }
 }

@@ -1,13 +1,12 @@
 #include "detectors/corner_check.h"
 
-#include "support/painted_frame.h"
-
-#include <gtest/gtest.h>
+#include "ending.h"
 
 #include <cmath>
-#include <vector>
 
 namespace {
+
+using TSettings = TCornerSettings;
 
 constexpr int kWidth = 640;
 constexpr int kCornerX = 320;
@@ -20,10 +19,6 @@ const double kNaN = std::nan("");
 class TCorner {
 public:
   TCorner() {
-    flanks.left.k = 0.5;
-    flanks.left.b = kCornerY - 0.5 * kCornerX;
-    flanks.right.k = -0.5;
-    flanks.right.b = kCornerY + 0.5 * kCornerX;
     left(100, kCornerX);
     right(kCornerX + 1, 541);
     for (int x = 0; x < kWidth; ++x) status.push_back({x, 0});
@@ -33,9 +28,9 @@ public:
   TCorner& left(int from, int to) { return spread(flanks.left, from, to); }
   TCorner& right(int from, int to) { return spread(flanks.right, from, to); }
   TCorner& moreLeft(int from, int to) {
-    const std::vector<cv::Point2f> before = flanks.left.inlierPts;
+    const weld::TPoints before = flanks.left.inliers;
     left(from, to);
-    flanks.left.inlierPts = painted::joined(before, flanks.left.inlierPts);
+    flanks.left.inliers.insert(flanks.left.inliers.begin(), before.begin(), before.end());
     return *this;
   }
   TCorner& leftSlope(double k) {
@@ -49,135 +44,167 @@ public:
   // No two neighbours, so that no run forms.
   TCorner& missEverySecond(int fromX, int toX) { return mark(fromX, toX, 1, 2); }
   template <typename T>
-  TCorner& set(T TWeldParams::*field, T value) {
-    params.*field = value;
+  TCorner& set(T TSettings::*field, T value) {
+    settings.*field = value;
     return *this;
   }
-  TCorner& noGap() { return set(&TWeldParams::haveGap, false); }
-  TCorner& band(double ratio) { return set(&TWeldParams::dPara10, ratio); }
-  TCorner& share(double least) { return set(&TWeldParams::dPara3, least); }
+  TCorner& noGap() { return set(&TSettings::allowsGap, false); }
+  TCorner& band(double share) { return set(&TSettings::solidShare, share); }
+  TCorner& share(double least) { return set(&TSettings::minFlankShare, least); }
 
-  bool isPlausible() const {
-    weld::TDetectorObject object;
-    object.setSamplinePointsStatus(status);
-    const cv::Point2f corner{kCornerX, static_cast<float>(kCornerY)};
-    return weld::checkCornerPlausible(object, corner, flanks, {kWidth, 480}, weld::cornerParams(params));
+  std::string end(ending::TSeenChecks& seen) const {
+    const auto check = [this](const weld::TFrame& frame) {
+      weld::TSeam seam(frame.memory);
+      const weld::TCornerParams params(frame.params);
+      seam.isFound =
+          weld::checkCornerPlausible({frame, status, params}, {kCornerX, static_cast<float>(kCornerY)}, flanks);
+      return seam;
+    };
+    return ending::of(painted::dark(), settings.params(), seen, check).reason;
   }
 
 private:
-  TCorner& spread(TLinePara& flank, int from, int to) {
-    flank.inlierPts = painted::linePoints(from, to, flank.k * from + flank.b, flank.k);
+  static weld::TFittedLine flank(double k) {
+    weld::TFittedLine line(weld::heapMemory());
+    line.k = k;
+    line.b = kCornerY - k * kCornerX;
+    return line;
+  }
+  TCorner& spread(weld::TFittedLine& flank, int from, int to) {
+    const auto points = painted::linePoints(from, to, flank.k * from + flank.b, flank.k);
+    flank.inliers.assign(points.begin(), points.end());
     return *this;
   }
 
-  weld::TFlankPair flanks;
+  weld::TFlankPair flanks{flank(0.5), flank(-0.5)};
   std::vector<TWeldPointStatus> status;
-  TWeldParams params;
+  TSettings settings;
 };
 
 struct TRow {
   const char* name;
   TCorner corner;
-  bool isPlausible;
+  std::string reason = "found";
 };
+using TRows = std::vector<TRow>;
 
-void expectRows(const std::vector<TRow>& rows) {
-  ASSERT_TRUE(TCorner().isPlausible());
-  for (const TRow& row : rows) EXPECT_EQ(row.corner.isPlausible(), row.isPlausible) << row.name;
-}
-
-TEST(CheckCornerPlausible, pointCountsSidesAndDensity) {
-  expectRows({
-      {"10 points on the left", TCorner().left(300, 310), true},
-      {"9 points on the left", TCorner().left(300, 309), false},
-      {"10 points on the right", TCorner().right(330, 340), true},
-      {"9 points on the right", TCorner().right(330, 339), false},
-      {"71 of 100 left of the corner", TCorner().left(249, 349), true},
-      {"70 of 100 left of the corner", TCorner().left(250, 350), false},
-      {"71 of 100 right of the corner", TCorner().right(292, 392), true},
-      {"70 of 100 right of the corner", TCorner().right(291, 391), false},
-      {"51 points on the better side", TCorner().left(269, 320).right(321, 350), true},
-      {"50 points on the better side", TCorner().left(270, 320).right(321, 350), false},
-      {"one dense flank is enough", TCorner().left(300, 320).right(321, 500), true},
-      {"160 of 320 columns at a share of one half", TCorner().left(160, 320).right(321, 481).share(0.5), false},
-      {"161 of 320 columns at a share of one half", TCorner().left(159, 320).right(321, 481).share(0.5), true},
-  });
-}
-
-TEST(CheckCornerPlausible, anglesLieStrictlyInsideRangesInEitherOrder) {
-  const auto with = [](double TWeldParams::*bound, double deg) { return TCorner().set(bound, deg); };
-  const auto reversed = [&](double TWeldParams::*least, double TWeldParams::*most) {
-    return TCorner().set(least, TWeldParams{}.*most).set(most, TWeldParams{}.*least);
+TRows countsSidesAndDensity() {
+  const char* const kFew = "too few stripe points on a flank";
+  const char* const kLeft = "left flank reaches beyond the corner";
+  const char* const kRight = "right flank reaches beyond the corner";
+  const char* const kSparse = "too few stripe points per column on both flanks";
+  return {
+      {"10 points on the left", TCorner().left(300, 310)},
+      {"9 points on the left", TCorner().left(300, 309), kFew},
+      {"10 points on the right", TCorner().right(330, 340)},
+      {"9 points on the right", TCorner().right(330, 339), kFew},
+      {"71 of 100 left of the corner", TCorner().left(249, 349)},
+      {"70 of 100 left of the corner", TCorner().left(250, 350), kLeft},
+      {"71 of 100 right of the corner", TCorner().right(292, 392)},
+      {"70 of 100 right of the corner", TCorner().right(291, 391), kRight},
+      {"51 points on the better side", TCorner().left(269, 320).right(321, 350)},
+      {"50 points on the better side", TCorner().left(270, 320).right(321, 350),
+       "too few stripe points on both flanks"},
+      {"one dense flank is enough", TCorner().left(300, 320).right(321, 500)},
+      {"160 of 320 columns at a share of one half", TCorner().left(160, 320).right(321, 481).share(0.5), kSparse},
+      {"161 of 320 columns at a share of one half", TCorner().left(159, 320).right(321, 481).share(0.5)},
   };
+}
+
+// Strictly inside ranges whose bounds come in either order.
+TRows angles() {
+  using TRange = TAngleRange TSettings::*;
+  const auto with = [](TRange range, double min, double max) {
+    return TCorner().set(range, TAngleRange{min, max});
+  };
+  const TRange left = &TSettings::leftFlankDeg;
+  const TRange right = &TSettings::rightFlankDeg;
+  const TRange included = &TSettings::includedAngleDeg;
   const double includedDeg = 180.0 - 2.0 * kFlankDeg;
-  expectRows({
-      {"left reversed", reversed(&TWeldParams::angleRange1Min, &TWeldParams::angleRange1Max), true},
-      {"right reversed", reversed(&TWeldParams::angleRange2Min, &TWeldParams::angleRange2Max), true},
-      {"included reversed", reversed(&TWeldParams::angleRange5Min, &TWeldParams::angleRange5Max), true},
-      {"left too flat", with(&TWeldParams::angleRange1Min, kFlankDeg + 1e-9), false},
-      {"left just steep enough", with(&TWeldParams::angleRange1Min, kFlankDeg - 1e-9), true},
-      {"left too steep", with(&TWeldParams::angleRange1Max, kFlankDeg - 1e-9), false},
-      {"left equal to a bound", with(&TWeldParams::angleRange1Max, 45.0).leftSlope(1.0), false},
-      {"right too flat", with(&TWeldParams::angleRange2Max, -kFlankDeg - 1e-9), false},
-      {"right too steep", with(&TWeldParams::angleRange2Min, -kFlankDeg + 1e-9), false},
-      {"included too small", with(&TWeldParams::angleRange5Min, includedDeg + kIncludedTolDeg), false},
-      {"included large enough", with(&TWeldParams::angleRange5Min, includedDeg - kIncludedTolDeg), true},
-      {"included too large", with(&TWeldParams::angleRange5Max, includedDeg - kIncludedTolDeg), false},
-      {"no number", with(&TWeldParams::angleRange1Min, kNaN).set(&TWeldParams::angleRange1Max, kNaN), false},
-  });
+  return {
+      {"left reversed", with(left, 45, 0)},
+      {"right reversed", with(right, 0, -45)},
+      {"included reversed", with(included, 178, 90)},
+      {"left too flat", with(left, kFlankDeg + 1e-9, 45), "left flank angle too small"},
+      {"left just steep enough", with(left, kFlankDeg - 1e-9, 45)},
+      {"left too steep", with(left, 0, kFlankDeg - 1e-9), "left flank angle too large"},
+      {"left equal to a bound", with(left, 0, 45).leftSlope(1.0), "left flank angle too large"},
+      {"right too flat", with(right, -45, -kFlankDeg - 1e-9), "right flank angle too large"},
+      {"right too steep", with(right, -kFlankDeg + 1e-9, 0), "right flank angle too small"},
+      {"included too small", with(included, includedDeg + kIncludedTolDeg, 178), "included angle too small"},
+      {"included large enough", with(included, includedDeg - kIncludedTolDeg, 178)},
+      {"included too large", with(included, 90, includedDeg - kIncludedTolDeg), "included angle too large"},
+      {"no number", with(left, kNaN, kNaN), "left flank angle too small"},
+  };
 }
 
-TEST(CheckCornerPlausible, gapBandMayMissNoLongRun) {
-  // With 0.3 the band runs from the left point 154 (column 254) to the right point 66 (column 387).
-  expectRows({
-      {"10 missing in the band", TCorner().mark(260, 270), true},
-      {"11 missing in the band", TCorner().mark(260, 271), false},
-      {"11 with a found one between", TCorner().mark(260, 272).mark(265, 266, 0), true},
-      {"11 with an unpaired one between", TCorner().mark(260, 272).mark(265, 266, 2), true},
-      {"band begins behind column 254", TCorner().mark(244, 265), true},
-      {"11 behind column 254", TCorner().mark(244, 266), false},
-      {"band ends before column 387", TCorner().mark(377, 390), true},
-      {"11 before column 387", TCorner().mark(376, 390), false},
-      {"larger allowance", TCorner().mark(260, 275).set(&TWeldParams::nPara5, 15), true},
-      {"ratio below 0", TCorner().band(-1e-9), false},
-      {"ratio 0", TCorner().band(0.0), true},
-      {"ratio 0 begins at the last left point", TCorner().band(0.0).mark(260, 300), true},
-      {"ratio 1", TCorner().band(1.0), true},
-      {"ratio 1 begins at the first left point", TCorner().band(1.0).mark(110, 121), false},
-      {"ratio above 1", TCorner().band(1.0 + 1e-9), false},
-      {"ratio that is not a number", TCorner().band(kNaN), false},
-  });
+// With 0.3 the band runs from the left point 154 (column 254) to the right point 66 (column 387).
+TRows missingRunsInTheBand() {
+  const char* const kBroken = "stripe broken near the corner";
+  const char* const kInvalid = "ratio of the unbroken band out of range";
+  return {
+      {"10 missing in the band", TCorner().mark(260, 270)},
+      {"11 missing in the band", TCorner().mark(260, 271), kBroken},
+      {"11 with a found one between", TCorner().mark(260, 272).mark(265, 266, 0)},
+      {"11 with an unpaired one between", TCorner().mark(260, 272).mark(265, 266, 2)},
+      {"band begins behind column 254", TCorner().mark(244, 265)},
+      {"11 behind column 254", TCorner().mark(244, 266), kBroken},
+      {"band ends before column 387", TCorner().mark(377, 390)},
+      {"11 before column 387", TCorner().mark(376, 390), kBroken},
+      {"larger allowance", TCorner().mark(260, 275).set(&TSettings::maxBreakColumns, 15)},
+      {"ratio below 0", TCorner().band(-1e-9), kInvalid},
+      {"ratio 0", TCorner().band(0.0)},
+      {"ratio 0 begins at the last left point", TCorner().band(0.0).mark(260, 300)},
+      {"ratio 1", TCorner().band(1.0)},
+      {"ratio 1 begins at the first left point", TCorner().band(1.0).mark(110, 121), kBroken},
+      {"ratio above 1", TCorner().band(1.0 + 1e-9), kInvalid},
+      {"ratio that is not a number", TCorner().band(kNaN), kInvalid},
+  };
 }
 
-TEST(CheckCornerPlausible, fewColumnsMayMissNextToTheCorner) {
-  // The nearest flank points beyond 10 columns are those of columns 309 and 331; without one, 50 columns count.
+// The nearest flank points beyond 10 columns are those of columns 309 and 331; without one, 50 columns count.
+TRows missingColumnsAroundTheCorner() {
+  const char* const kMissing = "too many stripe columns missing around the corner";
   const TCorner noLeft = TCorner().left(310, 320).missEverySecond(272, 290);
   const TCorner noRight = TCorner().right(321, 331).missEverySecond(351, 368);
-  expectRows({
-      {"9 missing", TCorner().missEverySecond(311, 329), true},
-      {"10 missing", TCorner().missEverySecond(310, 330), false},
-      {"309 and 331 aside", TCorner().missEverySecond(311, 329).mark(309, 310).mark(331, 332), true},
-      {"nothing may miss at a limit of 1", TCorner().set(&TWeldParams::nPara1, 1).mark(320, 321), false},
-      {"limit of 0 fails every corner", TCorner().set(&TWeldParams::nPara1, 0), false},
-      {"no left point beyond 10 columns: 50th column missing", TCorner(noLeft).mark(270, 271), true},
-      {"no left point beyond 10 columns: 49th column missing", TCorner(noLeft).mark(271, 272), false},
-      {"no right point beyond 10 columns: 50th column missing", TCorner(noRight).mark(370, 371), true},
-      {"no right point beyond 10 columns: 49th column missing", TCorner(noRight).mark(369, 370), false},
-  });
+  return {
+      {"9 missing", TCorner().missEverySecond(311, 329)},
+      {"10 missing", TCorner().missEverySecond(310, 330), kMissing},
+      {"309 and 331 aside", TCorner().missEverySecond(311, 329).mark(309, 310).mark(331, 332)},
+      {"limit of 1", TCorner().set(&TSettings::maxMissingColumns, 1).mark(320, 321), kMissing},
+      {"limit of 0 fails every corner", TCorner().set(&TSettings::maxMissingColumns, 0), kMissing},
+      {"no left point near: 50th column missing", TCorner(noLeft).mark(270, 271)},
+      {"no left point near: 49th column missing", TCorner(noLeft).mark(271, 272), kMissing},
+      {"no right point near: 50th column missing", TCorner(noRight).mark(370, 371)},
+      {"no right point near: 49th column missing", TCorner(noRight).mark(369, 370), kMissing},
+  };
 }
 
-TEST(CheckCornerPlausible, withoutGapStripeMustReachTheCorner) {
-  // Flanks that overlap left of the corner leave it beyond both inner ends.
-  expectRows({
-      {"corner between the inner ends", TCorner().noGap(), true},
-      {"far from both inner ends but between them", TCorner().noGap().left(20, 200).right(450, 620), true},
-      {"beyond both ends, dense enough", TCorner().noGap().left(100, 300).right(310, 541), true},
-      {"20 left points within 100 columns", TCorner().noGap().left(100, 241).right(310, 541), true},
-      {"19 left points within 100 columns", TCorner().noGap().left(100, 240).right(310, 541), false},
-      {"the same with a gap allowed", TCorner().left(100, 240).right(310, 541), true},
-      {"beyond a jump", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(270, 310), false},
-      {"jump of 50 is none", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(249, 310), true},
-  });
+// Flanks that overlap left of the corner leave it beyond both inner ends.
+TRows withoutGap() {
+  const char* const kLeft = "left flank ends too far from the corner";
+  return {
+      {"corner between the inner ends", TCorner().noGap()},
+      {"far from both inner ends but between them", TCorner().noGap().left(20, 200).right(450, 620)},
+      {"beyond both ends, dense enough", TCorner().noGap().left(100, 300).right(310, 541)},
+      {"20 left points within 100 columns", TCorner().noGap().left(100, 241).right(310, 541)},
+      {"19 left points within 100 columns", TCorner().noGap().left(100, 240).right(310, 541), kLeft},
+      {"the same with a gap allowed", TCorner().left(100, 240).right(310, 541)},
+      {"beyond a jump", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(270, 310), kLeft},
+      {"jump of 50 is none", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(249, 310)},
+      {"right flank begins 80 columns off", TCorner().noGap().left(150, 330).right(401, 600),
+       "right flank ends too far from the corner"},
+  };
+}
+
+TEST(CheckCornerPlausible, everyTestHoldsAtItsBorder) {
+  ending::TSeenChecks seen;
+  ASSERT_EQ(TCorner().end(seen), "found");
+  for (const TRows& rows : {countsSidesAndDensity(), angles(), missingRunsInTheBand(),
+                            missingColumnsAroundTheCorner(), withoutGap()}) {
+    for (const TRow& row : rows) EXPECT_EQ(row.corner.end(seen), row.reason) << row.name;
+  }
+  seen.expectEachStoppedARow();
 }
 
 TEST(CalcIntersecAngle, differenceBeyondHalfATurnLosesHalfATurn) {
@@ -188,8 +215,8 @@ TEST(CalcIntersecAngle, differenceBeyondHalfATurnLosesHalfATurn) {
   const auto aimed = [](double deg) {
     const double rad = deg * CV_PI / 180.0;
     const double dx = std::abs(std::cos(rad)) < 1e-9 ? 0.0 : 100.0 * std::cos(rad);
-    TLinePara flank;  // the height of the flank at its first point counts, not the row of the point
-    flank.inlierPts = {{static_cast<float>(kCornerX + dx), -7.0F}};
+    weld::TFittedLine flank(weld::heapMemory());  // its height at its first point counts, not the point's row
+    flank.inliers = {{static_cast<float>(kCornerX + dx), -7.0F}};
     flank.b = kCornerY + 100.0 * std::sin(rad);
     return flank;
   };

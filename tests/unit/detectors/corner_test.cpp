@@ -1,35 +1,34 @@
 #include "detectors/corner.h"
 
+#include "detectors/corner_check.h"
 #include "detectors/corner_flanks.h"
+#include "ending.h"
 #include "geometry/segmentation.h"
-#include "run_detector.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace {
 
+using ending::TStripePts;
+using ending::with;
 using painted::bentPoints;
 using painted::joined;
-using TPoints = std::vector<cv::Point2f>;
+using painted::linePoints;
 using TFlanks = std::optional<weld::TFlankPair>;
+using TSettings = TCornerSettings;
 
-TWeldLineRes detect(const cv::Mat& image, const TWeldParams& params = {}, const TWeldLineRes& prevRes = {}) {
-  return run_detector::run(weld::detectCornerSeam, image, params, prevRes);
-}
+const TStripePts kV = bentPoints(40, 320, 600, 140.0, 0.5, -0.5);
 
-TPoints vPoints() {
-  return bentPoints(40, 320, 600, 140.0, 0.5, -0.5);
-}
-
-TWeldParams with(double TWeldParams::*field, double value) {
-  TWeldParams params;
-  params.*field = value;
-  return params;
+// One of the stages of the detector, on a dark image of that size.
+template <typename TStage>
+auto inCase(TStage stage, const TSettings& settings = {}, cv::Size size = {640, 480}) {
+  const cv::Mat image = painted::dark(size.width, size.height);
+  const TWeldParams weldParams = settings.params();
+  const weld::TCornerParams params(weldParams);
+  const weld::TFrame frame = weld::heapFrame(image, weldParams);
+  return stage(weld::TCornerCase{frame, {}, params});
 }
 
 void expectSlopes(const TFlanks& flanks, double leftK, double rightK) {
@@ -39,74 +38,72 @@ void expectSlopes(const TFlanks& flanks, double leftK, double rightK) {
 }
 
 TEST(FindFlankPairRansac, eachFlankLiesInItsRangeAndTheRightOneMayComeFirst) {
-  const auto find = [](const TPoints& points, const TWeldParams& params = {}) {
-    return weld::findFlankPairRansac(points, weld::cornerParams(params));
+  const auto find = [](const TStripePts& points, const TSettings& settings = {}) {
+    return inCase([&](const auto& c) { return weld::findFlankPairRansac(c, points); }, settings);
   };
-  expectSlopes(find(vPoints()), 0.5, -0.5);
-  EXPECT_FALSE(find(vPoints(), with(&TWeldParams::angleRange1Min, 40.0)));
-  EXPECT_FALSE(find(vPoints(), with(&TWeldParams::angleRange2Max, -40.0)));
-  EXPECT_FALSE(find({}));
+  expectSlopes(find(kV), 0.5, -0.5);
+  EXPECT_FALSE(find(kV, with(TSettings(), &TSettings::leftFlankDeg, {40.0, 45.0})));
+  EXPECT_FALSE(find(kV, with(TSettings(), &TSettings::rightFlankDeg, {-45.0, -40.0})));
   // 50 of 610 points are on the left flank: 8 % of all, but 100 % of what the right flank leaves over.
-  const TPoints unlike =
-      joined(painted::linePoints(20, 70, 100.0, 0.5), painted::linePoints(70, 630, 400.0, -0.5));
-  expectSlopes(find(unlike, with(&TWeldParams::dPara3, 0.5)), 0.5, -0.5);
+  const TStripePts unlike = joined(linePoints(20, 70, 100.0, 0.5), linePoints(70, 630, 400.0, -0.5));
+  expectSlopes(find(unlike, with(TSettings(), &TSettings::minFlankShare, 0.5)), 0.5, -0.5);
 }
 
 TEST(FindFlankPairByPolyline, takesTheLongestPieceOfEachRangeOrTheFirst) {
-  const auto find = [](const TPoints& points, const TWeldParams& params = {}) {
-    return weld::findFlankPairByPolyline(points, weld::cornerParams(params));
+  const auto find = [](const TStripePts& points, const TSettings& settings = {}) {
+    return inCase([&](const auto& c) { return weld::findFlankPairByPolyline(c, points); }, settings);
   };
-  const TPoints zigzag =
-      joined(bentPoints(20, 140, 200, 100.0, 0.4, -0.4), bentPoints(200, 400, 620, 124.0, 0.6, -0.5));
-  expectSlopes(find(zigzag), 0.6, -0.5);
-  EXPECT_FALSE(find(painted::linePoints(20, 400, 100.0, 0.4)));
-  TWeldParams steepRight = with(&TWeldParams::angleRange2Min, -80.0);
-  steepRight.angleRange2Max = -60.0;
-  expectSlopes(find(vPoints(), steepRight), 0.5, 0.5);
+  expectSlopes(
+      find(joined(bentPoints(20, 140, 200, 100.0, 0.4, -0.4), bentPoints(200, 400, 620, 124.0, 0.6, -0.5))), 0.6,
+      -0.5);
+  EXPECT_FALSE(find(linePoints(20, 400, 100.0, 0.4)));
+  expectSlopes(find(kV, with(TSettings(), &TSettings::rightFlankDeg, {-80.0, -60.0})), 0.5, 0.5);
+}
+
+TFlanks findNear(const TStripePts& points, double leftK, double rightK) {
+  return inCase([&](const auto& c) { return weld::findFlankPairNear(c, points, {leftK, rightK}); });
 }
 
 TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
-  const auto find = [](const TPoints& points, double leftK, double rightK) {
-    return weld::findFlankPairNear(points, leftK, rightK, weld::cornerParams({}));
-  };
   // Two V side by side: a flat one, wider, and a steep one.
-  const TPoints points =
+  const TStripePts points =
       joined(bentPoints(10, 200, 390, 150.0, 0.2, -0.2), bentPoints(390, 500, 620, 150.0, 0.7, -0.7));
   for (const auto& [previousK, k] : {std::pair{0.2, 0.2}, {0.7, 0.7}, {0.65, 0.7}, {0.25, 0.2}}) {
-    expectSlopes(find(points, previousK, -previousK), k, -k);
+    expectSlopes(findNear(points, previousK, -previousK), k, -k);
   }
-  EXPECT_FALSE(find(painted::linePoints(10, 400, 150.0, 0.2), 0.2, -0.2));
-  EXPECT_FALSE(find(bentPoints(10, 300, 600, 300.0, -0.3, 0.3), 0.3, -0.3)) << "the left flank must lie left";
+  EXPECT_FALSE(findNear(linePoints(10, 400, 150.0, 0.2), 0.2, -0.2));
+  EXPECT_FALSE(findNear(bentPoints(10, 300, 600, 300.0, -0.3, 0.3), 0.3, -0.3)) << "the left flank must lie left";
 }
 
 TEST(FindFlankPairNear, ofEquallyLongPairsTheFirstIsTaken) {
-  TPoints points = painted::linePoints(10, 100, 100.0);
+  TStripePts points = linePoints(10, 100, 100.0);
   for (const int x : {100, 260}) {  // the same V twice, level pieces around them
     points = joined(points, bentPoints(x, x + 40, x + 80, 100.0, 0.5, -0.5));
-    points = joined(points, painted::linePoints(x + 80, x + 160, 100.0));
+    points = joined(points, linePoints(x + 80, x + 160, 100.0));
   }
-  const auto pieces = weld::segmentStripe(points, weld::TMergeLimits{});
+  const auto pieces = inCase([&](const auto& c) { return weld::segmentStripe(c.frame, points, {}); });
   ASSERT_EQ(pieces.size(), 7U);
   for (const auto i : {1U, 2U}) ASSERT_EQ(weld::pieceLength(pieces[i]), weld::pieceLength(pieces[i + 3]));
-  const TFlanks flanks = weld::findFlankPairNear(points, 0.5, -0.5, weld::cornerParams({}));
+  const TFlanks flanks = findNear(points, 0.5, -0.5);
   ASSERT_TRUE(flanks);
-  EXPECT_LT(flanks->left.inlierPts.back().x, 180.0F);
-  EXPECT_LT(flanks->right.inlierPts.back().x, 190.0F);
+  EXPECT_LT(flanks->left.inliers.back().x, 180.0F);
+  EXPECT_LT(flanks->right.inliers.back().x, 190.0F);
 }
 
 TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
   const auto flank = [](int from, int to, double b, double k) {
-    TLinePara line;
+    weld::TFittedLine line(weld::heapMemory());
     line.k = k;
     line.b = b;
     line.isValid = true;
-    line.inlierPts = painted::linePoints(from, to, k * from + b, k);
+    const TStripePts points = linePoints(from, to, k * from + b, k);
+    line.inliers.assign(points.begin(), points.end());
     return line;
   };
   // The left flank runs past the right one's last column 500, the right one begins before the left one's first.
   weld::TFlankPair flanks{flank(100, 560, 120.0, 0.5), flank(80, 501, 440.0, -0.5)};
-  flanks.right.inlierPts.back().x = 500.75F;  // truncated, counts as column 500
-  for (cv::Point2f& p : flanks.left.inlierPts) p.x += 0.5F;
+  flanks.right.inliers.back().x = 500.75F;  // truncated, counts as column 500
+  for (cv::Point2f& p : flanks.left.inliers) p.x += 0.5F;
   weld::TFlankPair whole = flanks;
   whole.left = flank(100, 560, 120.0, 0.5);
   weld::TFlankPair invalid = flanks;
@@ -126,81 +123,104 @@ TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
   };
   for (const auto& row : rows) {
     weld::TFlankPair trimmed = row.flanks;
-    weld::trimFlankOverlap(trimmed, row.size, weld::cornerParams({}));
-    EXPECT_EQ(trimmed.left.inlierPts.back().x, row.leftEnd) << row.name;
-    EXPECT_EQ(trimmed.right.inlierPts.front().x, row.rightStart) << row.name;
+    inCase([&](const auto& c) { return weld::trimFlankOverlap(c, trimmed), 0; }, {}, row.size);
+    EXPECT_EQ(trimmed.left.inliers.back().x, row.leftEnd) << row.name;
+    EXPECT_EQ(trimmed.right.inliers.front().x, row.rightStart) << row.name;
     EXPECT_EQ(trimmed.right.isValid, row.flanks.right.isValid) << row.name;
   }
 }
 
-TEST(IntersectionOf, parallelFlanksMeetFarOutside) {
+TEST(FlankPairs, parallelOnesCrossFarOutside) {
   for (const auto& [rightK, x] : {std::pair{0.3, -5e6F}, {0.3 - 1e-9, 5e6F}}) {
-    weld::TFlankPair flanks;
+    weld::TFlankPair flanks{weld::TFittedLine(weld::heapMemory()), weld::TFittedLine(weld::heapMemory())};
     flanks.left.k = 0.3;
     flanks.right.k = rightK;
     flanks.left.b = 10.0;
     flanks.right.b = 60.0;
-    EXPECT_EQ(weld::intersectionOf(flanks).x, x);
+    EXPECT_EQ(weld::crossingOf(flanks).x, x);
   }
 }
 
-TEST(DetectCornerSeam, reportsCornerFlanksAndAngle) {
-  const cv::Mat image = painted::cornerFrame();
-  const TWeldLineRes first = detect(image);
-  for (const TWeldLineRes& result : {first, detect(image, {}, first)}) {
-    ASSERT_TRUE(result.isFound);
-    EXPECT_NEAR(result.weldPos.x, 320.0, 1.5);
-    EXPECT_NEAR(result.weldPos.y, 280.0, 1.0);
-    EXPECT_NEAR(result.auxVal1, 0.5, 0.01);
-    EXPECT_NEAR(result.auxVal3, -0.5, 0.01);
-    EXPECT_NEAR(result.auxVal1 * result.weldPos.x + result.auxVal2, result.weldPos.y, 1e-3);
-    EXPECT_NEAR(result.auxVal3 * result.weldPos.x + result.auxVal4, result.weldPos.y, 1e-2);
-    EXPECT_NEAR(result.trackVal, 180.0 - 2.0 * std::atan(0.5) * 180.0 / CV_PI, 1.0);
-  }
-  for (const cv::Point2f& p : first.stripePts) EXPECT_EQ(p.y, std::floor(p.y)) << "edge pairs, no ridges";
+weld::TPrevious tracked(double includedDeg) {
+  weld::TPrevious previous = ending::foundBefore();
+  previous.auxVal1 = 0.5;
+  previous.auxVal3 = -0.5;
+  previous.trackVal = includedDeg;
+  return previous;
 }
 
-TEST(DetectCornerSeam, angleThatChangedByMoreThanTenDegreesFallsBackToRidges) {
-  const cv::Mat image = painted::cornerFrame();
-  TWeldLineRes prevRes = detect(image);
-  const double tracked = detect(image, {}, prevRes).trackVal;
-  for (const auto& [change, isTracked] : {std::pair{9.99, true}, {10.01, false}, {-9.99, true}, {-10.01, false}}) {
-    prevRes.trackVal = tracked + change;
-    const TWeldLineRes result = detect(image, {}, prevRes);
-    ASSERT_TRUE(result.isFound) << change;  // the fallback does not look at the previous frame
-    // Tracked points are smoothed: their columns are not whole.
-    const float x = result.stripePts[result.stripePts.size() / 4].x;
-    EXPECT_EQ(x != std::floor(x), isTracked) << change;
+TEST(FindCorner, reportsCornerFlanksAndAngle) {
+  const double includedDeg = 180.0 - 2.0 * std::atan(0.5) * 180.0 / CV_PI;
+  ending::TSeenChecks seen;
+  for (const weld::TPrevious& previous : {weld::TPrevious(), tracked(includedDeg)}) {
+    const auto end = ending::of(weld::findCorner, kV, {}, seen, previous);
+    ASSERT_TRUE(end.isFound) << end.reason;
+    const weld::TSeam& seam = end.seam;
+    EXPECT_NEAR(seam.pos.x, 320.0, 1.5);
+    EXPECT_NEAR(seam.pos.y, 280.0, 1.0);
+    EXPECT_NEAR(seam.auxVal1, 0.5, 0.01);
+    EXPECT_NEAR(seam.auxVal3, -0.5, 0.01);
+    EXPECT_NEAR(seam.auxVal1 * seam.pos.x + seam.auxVal2, seam.pos.y, 1e-3);
+    EXPECT_NEAR(seam.auxVal3 * seam.pos.x + seam.auxVal4, seam.pos.y, 1e-2);
+    EXPECT_NEAR(seam.trackVal, includedDeg, 1.0);
   }
 }
 
-TEST(DetectCornerSeam, ridgesFindTheCornerThatEdgePairsMiss) {
-  cv::Mat image = painted::dark();
-  for (int x = 40; x < 600; ++x) {  // thinner than edge pairs allow
-    const int y = 280 - std::abs(x - 320) / 2;
-    image.at<uchar>(y, x) = 250;
-    image.at<uchar>(y - 1, x) = image.at<uchar>(y + 1, x) = 120;
-  }
-  for (const TWeldLineRes& prevRes : {TWeldLineRes{}, detect(painted::cornerFrame())}) {
-    const TWeldLineRes result = detect(image, {}, prevRes);
-    ASSERT_TRUE(result.isFound) << prevRes.isFound;
-    EXPECT_NEAR(result.weldPos.x, 320.0, 1.5);
-    EXPECT_NEAR(result.weldPos.y, 280.0, 1.0);
-  }
+// Those that the test of the plausibility provokes.
+ending::TSeenChecks plausibilityChecks() {
+  ending::TSeenChecks seen;
+  ending::of(painted::dark(), {}, seen, [](const weld::TFrame& frame) {
+    const weld::TCornerParams params(frame.params);
+    const TFlanks flanks = inCase([](const auto& c) { return weld::findFlankPairRansac(c, kV); });
+    weld::TSeam seam(frame.memory);
+    seam.isFound = weld::checkCornerPlausible({frame, {}, params}, weld::crossingOf(*flanks), *flanks);
+    return seam;
+  });
+  return seen;
 }
 
-TEST(DetectCornerSeam, framesWithoutCornerAreNotFound) {
-  cv::Mat hill = painted::dark();
-  painted::paintPiece(hill, 40, 320, 300.0, -0.5);
-  painted::paintPiece(hill, 320, 600, 160.0, 0.5);
-  cv::Mat straight = painted::dark();
-  painted::paintPiece(straight, 20, 620, 100.0, 0.3);
-  for (const cv::Mat& image : {painted::dark(), hill, straight}) {
-    const TWeldLineRes result = detect(image);
-    EXPECT_FALSE(result.isFound);
-    EXPECT_EQ(result.weldPos, cv::Point2f());
-    EXPECT_EQ(result.trackVal, 0.0);
+TEST(FindCorner, tellsWhyThereIsNone) {
+  ending::TSeenChecks seen;
+  const double includedDeg = ending::of(weld::findCorner, kV, {}, seen, tracked(127.0)).seam.trackVal;
+  const TSettings usual;
+  TSettings sparse = with(usual, &TSettings::flankTolerancePx, 0.6);
+  sparse.minFlankShare = 0.0;
+  const TStripePts left = linePoints(40, 320, 140.0, 0.5);
+  const TStripePts right = linePoints(320, 600, 280.0, -0.5);
+  const char* const kNoLeft = "no left flank in its range of angles";
+  const char* const kNoRight = "no right flank in its range of angles";
+  const char* const kChange = "included angle changed too much since the last frame";
+  const struct {
+    const char* name;
+    TStripePts points;
+    TSettings settings;
+    const char* reason;
+    weld::TPrevious previous{};
+  } rows[] = {
+      {"9 points", linePoints(20, 29, 240.0), usual, "too few stripe points"},
+      {"hill", bentPoints(40, 320, 600, 300.0, -0.5, 0.5), usual, "left flank reaches beyond the corner"},
+      {"straight", linePoints(20, 620, 100.0, 0.3), usual, kNoRight},
+      {"no left flank, tracked", right, usual, kNoLeft, tracked(includedDeg)},
+      {"no right flank, tracked", left, usual, kNoRight, tracked(includedDeg)},
+      {"3 points on the left", bentPoints(300, 306, 360, 200.0, 0.5, -0.5), sparse,
+       "too few stripe points on a flank"},
+      {"16 points", bentPoints(300, 308, 316, 200.0, 0.5, -0.5), usual, kNoRight},
+      {"left share too low, but two pieces", kV, with(usual, &TSettings::minFlankShare, 0.6), "found"},
+      {"right share too low, but two pieces",
+       joined(bentPoints(40, 400, 500, 140.0, 0.5, -0.5), linePoints(500, 640, 20.0, 0.3)),
+       with(usual, &TSettings::minFlankShare, 0.5), "found"},
+      {"crossing far left", joined(linePoints(40, 300, 100.0, 0.5), linePoints(330, 600, 40.0, -0.1)), usual,
+       "flanks meet outside the image"},
+      {"10.01 degrees more", kV, usual, kChange, tracked(includedDeg - 10.01)},
+      {"10.01 degrees less", kV, usual, kChange, tracked(includedDeg + 10.01)},
+      {"9.99 degrees more", kV, usual, "found", tracked(includedDeg - 9.99)},
+      {"9.99 degrees less", kV, usual, "found", tracked(includedDeg + 9.99)},
+  };
+  for (const auto& row : rows) {
+    const auto end = ending::of(weld::findCorner, row.points, row.settings.params(), seen, row.previous);
+    EXPECT_EQ(end.reason, row.reason) << row.name;
   }
+  seen.expectEachStoppedARow(plausibilityChecks());
 }
 
 }  // namespace

@@ -1,118 +1,79 @@
 #include "detectors/gap.h"
 
-#include "run_detector.h"
-
-#include <gtest/gtest.h>
-
-#include <utility>
-#include <vector>
+#include "ending.h"
 
 namespace {
 
-using painted::paintPiece;
-using run_detector::foundWith;
+using ending::TStripePts;
+using ending::with;
+using painted::joined;
+using painted::linePoints;
+using TSettings = TGapSettings;
 
-TWeldLineRes detect(const cv::Mat& image, const TWeldParams& params = {}, const TWeldLineRes& prevRes = {}) {
-  return run_detector::run(weld::detectGapSeam, image, params, prevRes);
+// A level stripe whose columns from .. to - 1 are missing.
+TStripePts without(int from, int to) {
+  return joined(linePoints(20, from, 240.0), linePoints(to, 620, 240.0));
 }
 
-// A level stripe with the given columns missing.
-cv::Mat stripeWithout(const std::vector<cv::Range>& missing) {
-  cv::Mat image = painted::dark();
-  paintPiece(image, 20, 620, 240.0);
-  for (const cv::Range& range : missing) image.colRange(range).setTo(0);
-  return image;
-}
+const TStripePts kGap = without(300, 340);
+const TStripePts kSloped = joined(linePoints(20, 300, 100.0, 0.25), linePoints(340, 620, 180.0, 0.25));
+const TStripePts kTwoRows = joined(linePoints(20, 300, 240.0), linePoints(340, 620, 300.0));
+const TStripePts kBacked = joined(joined(linePoints(20, 300, 240.0), linePoints(300, 340, 246.0)),
+                                  linePoints(340, 620, 240.0));  // 6 rows under the line
+const TStripePts kTwoGaps =
+    joined(joined(linePoints(20, 200, 240.0), linePoints(230, 400, 240.0)), linePoints(430, 620, 240.0));
+const TStripePts kAtBorder = joined(linePoints(0, 1, 240.0), linePoints(41, 620, 240.0));
 
-// The gap of the columns 300 .. 339 in a stripe of 14 degrees.
-cv::Mat slopedFrame() {
-  cv::Mat image = painted::dark();
-  paintPiece(image, 20, 300, 100.0, 0.25);
-  paintPiece(image, 340, 620, 180.0, 0.25);
-  return image;
-}
-
-TEST(DetectGapSeam, missingColumnsMeasureOneMoreAndTheMinimumIsAccepted) {
+TEST(FindGap, endsWithItsSeamOrItsReason) {
+  const TSettings usual;
+  const TSettings level = with(usual, &TSettings::stripeAngleDeg, {-10.0, 10.0});
+  const char* const kBorder = "seam in the first row or column of the image or outside";
+  const auto pos = [](int value) { return static_cast<TWeldPosType>(value); };
   const struct {
     const char* name;
-    std::vector<cv::Range> missing;
-    double minGapPx;
-    bool isFound;
-    float seamX;
+    TStripePts points;
+    TSettings settings;
+    const char* reason;
+    float seamX = 0.0F;  // the row is the line's at the left edge
+    TWeldPosType pos = TWeldPosType::centre;
+    bool isTracking = false;
   } rows[] = {
-      {"9 columns measure 10", {{300, 309}}, 10.0, true, 304},
-      {"8 columns measure 9", {{300, 308}}, 10.0, false, 0},
-      {"midpoint keeps its half pixel", {{300, 310}}, 10.0, true, 304.5F},
-      {"neighbours measure 1", {}, 1.0, true, 20.5F},
-      {"the wider one", {{200, 220}, {400, 430}}, 10.0, true, 414.5F},
-      {"of equally wide ones the left one", {{200, 230}, {400, 430}}, 10.0, true, 214.5F},
+      {"9 points", linePoints(20, 29, 240.0), usual, "too few stripe points"},
+      {"10 points", linePoints(20, 30, 240.0), usual, "gap too narrow"},
+      {"14 degrees, up to 10 allowed", kSloped, level, "no line through the stripe points"},
+      {"the same, tracked", kSloped, level, "found", 319.5F, pos(0), true},
+      {"upright", TStripePts(40, {300, 240}), usual, "no line through the stripe points", 0, pos(0), true},
+      {"every point on the line", kGap, with(usual, &TSettings::minLineShare, 1.0), "found", 319.5F},
+      {"half of them", kTwoRows, with(usual, &TSettings::minLineShare, 0.9), "too few stripe points on the line"},
+      {"none nearer than 0", kGap, with(usual, &TSettings::lineTolerancePx, 0.0),
+       "fewer than two stripe points on the line", 0, pos(0), true},
+      {"9 columns measure 10", without(300, 309), usual, "found", 304},
+      {"8 columns measure 9", without(300, 308), usual, "gap too narrow"},
+      {"10 columns, half a pixel", without(300, 310), usual, "found", 304.5F},
+      {"neighbours measure 1", without(300, 300), with(usual, &TSettings::minGapPx, 1.0), "found", 20.5F},
+      {"the left one of equals", kTwoGaps, usual, "found", 214.5F},
+      {"backing beyond the tolerance", kBacked, usual, "found", 319.5F},
+      {"backing within it", kBacked, with(usual, &TSettings::lineTolerancePx, 7.0), "gap too narrow"},
+      {"first column", kAtBorder, usual, kBorder, 0, pos(1)},
+      {"its other side", kAtBorder, usual, "found", 41, pos(2)},
+      {"first row", joined(linePoints(20, 300, 0.0), linePoints(340, 620, 0.0)), usual, kBorder},
+      {"left", kSloped, usual, "found", 299, pos(1)},
+      {"right", kSloped, usual, "found", 340, pos(2)},
+      {"right, tracked", kSloped, usual, "found", 340, pos(2), true},
+      {"upper is the centre", kSloped, usual, "found", 319.5F, pos(3)},
+      {"no such position", kSloped, usual, "found", 319.5F, pos(-7)},
   };
+  ending::TSeenChecks seen;
   for (const auto& row : rows) {
-    TWeldParams params;
-    params.dPara8 = row.minGapPx;
-    const TWeldLineRes result = detect(stripeWithout(row.missing), params);
-    ASSERT_EQ(result.isFound, row.isFound) << row.name;
-    EXPECT_EQ(result.weldPos.x, row.seamX) << row.name;
-    EXPECT_FALSE(result.stripePts.empty()) << row.name;
+    const weld::TPrevious previous = row.isTracking ? ending::foundBefore() : weld::TPrevious();
+    const auto end = ending::of(weld::findGap, row.points, row.settings.params(row.pos), seen, previous);
+    EXPECT_EQ(end.reason, row.reason) << row.name;
+    EXPECT_EQ(end.pos.x, row.seamX) << row.name;
+    const bool isSloped = row.points == kSloped;
+    EXPECT_NEAR(end.pos.y, !end.isFound ? 0.0 : isSloped ? 100.0 + 0.25 * (299 - 20) : 240.0, 0.6) << row.name;
+    EXPECT_EQ(end.seam.stripePts.size(), row.points.size()) << row.name;
   }
-}
-
-TEST(DetectGapSeam, positionChoosesTheColumnButTheRowIsThatOfTheLeftEdge) {
-  const cv::Mat image = slopedFrame();
-  const float leftRow = 100.0F + 0.25F * (299 - 20);
-  for (const auto& [pos, seamX] : {std::pair{0, 319.5F}, {1, 299.0F}, {2, 340.0F}, {3, 319.5F}, {-7, 319.5F}}) {
-    TWeldParams params;
-    params.weldPosType = static_cast<TWeldPosType>(pos);
-    const TWeldLineRes first = detect(image, params);
-    for (const TWeldLineRes& result : {first, detect(image, params, first)}) {
-      ASSERT_TRUE(result.isFound) << pos;
-      EXPECT_EQ(result.weldPos.x, seamX) << pos;
-      EXPECT_NEAR(result.weldPos.y, leftRow, 0.6) << pos;
-      EXPECT_EQ(result.auxVal1 + result.auxVal2 + result.auxVal3 + result.auxVal4 + result.trackVal, 0.0);
-    }
-  }
-}
-
-TEST(DetectGapSeam, seamInTheFirstColumnIsNotFound) {
-  cv::Mat image = painted::dark();
-  paintPiece(image, 0, 620, 240.0);
-  image.colRange(1, 41).setTo(0);
-  TWeldParams params;
-  params.weldPosType = TWeldPosType::left;
-  EXPECT_FALSE(detect(image, params).isFound);
-  params.weldPosType = TWeldPosType::right;
-  EXPECT_EQ(detect(image, params).weldPos.x, 41.0F);
-}
-
-TEST(DetectGapSeam, firstDetectionBoundsAngleAndShareAndTrackingDoesNot) {
-  cv::Mat image = slopedFrame();
-  TWeldParams level;
-  level.angleRange4 = {-10.0, 10.0};
-  EXPECT_FALSE(detect(image, level).isFound);
-  EXPECT_TRUE(detect(image, level, detect(image)).isFound);
-
-  TWeldParams complete;
-  complete.dPara3 = 1.0;  // every point on the line
-  EXPECT_TRUE(detect(image, complete).isFound);
-  image(cv::Rect(340, 150, 60, 120)).setTo(0);
-  paintPiece(image, 340, 400, 300.0);
-  EXPECT_FALSE(detect(image, complete).isFound);
-}
-
-TEST(DetectGapSeam, stripePiecesBesideTheLineAreNoGapEdges) {
-  cv::Mat image = stripeWithout({{300, 340}});
-  paintPiece(image, 300, 340, 246.0);  // 6 rows under the line, beyond the tolerance of 5
-  EXPECT_EQ(detect(image).weldPos.x, 319.5F);
-  TWeldParams tolerant;
-  tolerant.dPara2 = 7.0;
-  EXPECT_FALSE(detect(image, tolerant).isFound);
-}
-
-TEST(DetectGapSeam, previousStripeTooShortOrTooFarAwayFindsNothing) {
-  const cv::Mat image = stripeWithout({{300, 340}});
-  EXPECT_TRUE(detect(image, {}, foundWith(painted::linePoints(250, 401, 240.0))).stripePts.empty());
-  EXPECT_EQ(detect(image, {}, foundWith(painted::linePoints(250, 402, 240.0))).weldPos.x, 319.5F);
-  EXPECT_TRUE(detect(image, {}, foundWith(painted::linePoints(20, 620, 100.0))).stripePts.empty());
+  seen.expectEachStoppedARow();
 }
 
 }  // namespace

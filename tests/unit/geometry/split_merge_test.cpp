@@ -40,7 +40,7 @@ TEST(SplitWeldLine, cutsAtVerticesMoreThanTenColumnsApart) {
   // Smoothing draws a ramp out: its vertices are 10 columns apart for 6 columns, 12 for 7. Foot, tip and foot of a
   // spike: the second foot is near the tip, though far from the first foot, which is kept.
   const TPoints spike =
-      joined(bentPoints(0, 100, 106, 50.0, 0.0, 3.9), bentPoints(106, 112, 250, 73.4, -3.9, 0.0));
+      joined(bentPoints(0, 100, 106, 50.0, 0.0, 3.9), bentPoints(106, 112, 250, 73.4, -3.9, -0.5));
   const struct {
     const char* name;
     TPoints stripe;
@@ -52,7 +52,7 @@ TEST(SplitWeldLine, cutsAtVerticesMoreThanTenColumnsApart) {
       {"V", bentPoints(20, 320, 620, 100.0, 0.5, -0.5), {{20, 320}, {320, 619}}},
       {"vertices 10 columns apart", rampStripe(6), {{0, 98}, {98, 249}}},
       {"vertices 12 columns apart", rampStripe(7), {{0, 98}, {110, 249}}},
-      {"spike", spike, {{0, 249}}},
+      {"spike", spike, {{0, 98}, {98, 249}}},
   };
   for (const auto& row : rows) {
     std::vector<std::pair<int, int>> columns;
