@@ -14,21 +14,21 @@ constexpr int kReferenceFrom = 3;  // px before the end, where the flank's own b
 constexpr int kReferenceTo = 18;
 constexpr int kReachRows = 2;  // the brightest row so near counts: a line is not laid to the pixel
 constexpr double kLitShare = 0.5;
-constexpr int kMostHalfPx = 60;   // rows from the line to the edge of its light
-constexpr double kAsidePx = 3.0;  // of the light of another surface
-constexpr int kAsideRun = 5;      // px in a row
-constexpr int kDarkPx = 4;  // in a row that end the light: speckle has dark grains
+constexpr int kMostHalfPx = 60;      // rows from the line to the edge of its light
+constexpr double kAsidePx = 3.0;     // of the light of another surface
+constexpr int kAsideRun = 5;         // px in a row
+constexpr int kDarkPx = 4;           // in a row that end the light: speckle has dark grains
 constexpr double kLeastOffPx = 2.5;  // from a flank, of a centre that is not its own
 constexpr double kOffSigmas = 4.0;
-constexpr double kBesidePx = 30.0;  // farther away the light of the flank is its own
-constexpr int kOtherRun = 8;      // such centres in a row are another surface
-constexpr double kHolePx = 2.5;   // columns between two runs of centres
+constexpr double kBesidePx = 30.0;      // farther away the light of the flank is its own
+constexpr int kOtherRun = 8;            // such centres in a row are another surface
+constexpr double kHolePx = 2.5;         // columns between two runs of centres
 constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kOtherShare = 2.5;     // of the flank's brightness, that another surface has
 constexpr int kOtherPx = 10;            // in a row: grains are bright, too
 constexpr double kForeignSlope = 0.35;  // against the flank
-constexpr double kTailPx = 60.0;  // columns before an end in which a run of something else may begin
+constexpr double kTailPx = 60.0;        // columns before an end in which a run of something else may begin
 
 // Weights of the usual conversion to grey.
 int greyOf(const unsigned char* pixel, int channels) {
@@ -115,7 +115,8 @@ public:
 
   cv::Point2d direction() const { return {side * line.dx, side * line.dy}; }
 
-  // Takes a run off the end that only crosses the line behind a hole: it is a backing, or another surface. Columns.
+  // Takes a run off the end that only crosses the line behind a hole: it is a backing, or another surface.
+  // Columns.
   double dropForeign() {
     const double endX = centres.at(last).x;
     int kept = last;
