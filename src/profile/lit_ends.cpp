@@ -158,7 +158,7 @@ private:
     double farthest = 0.0;
     double sumT = 0.0, sumTT = 0.0, sumOff = 0.0, sumTOff = 0.0;
     for (int i = first; has(i) && count < kTailCentres; i += side) {
-      if (i != first && isBreak(i)) break;
+      if (i != first && std::abs(offsetOf(i) - offsetOf(i - side)) > offPx) break;
       const double t = line.alongOf(centres.at(i).x, centres.at(i).y);
       const double off = offsetOf(i);
       count += 1.0;

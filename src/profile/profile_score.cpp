@@ -9,7 +9,8 @@ namespace weld {
 
 namespace {
 
-constexpr double kFilletOffPx = 1.0;  // of a rounded corner that is no circle
+constexpr double kSharpReachPx = 12.0;  // from a sharp corner to the nearest centre
+constexpr double kFilletOffPx = 1.0;    // of a rounded corner that is no circle
 constexpr double kCostPerCentre = 1.0 / 3.0;
 constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
 constexpr double kMost = 3.0;      // of one that an element does not explain
@@ -122,6 +123,16 @@ double filletShare(const TOrientedCentres& centres, TSpan span, const TFillet& f
   return span.count() > 0 ? static_cast<double>(inside) / span.count() : 1.0;
 }
 
+// A corner that is seen to be sharp: one whose rounding is hidden would lie anywhere.
+bool isSeenAt(const TOrientedCentres& centres, cv::Point2d corner) {
+  const int i = centres.indexOf(corner.x);
+  for (int k = std::max(0, i - 1); k < std::min(centres.count(), i + 1); ++k) {
+    const cv::Point2d apart = centres.at(k) - corner;
+    if (apart.dot(apart) < kSharpReachPx * kSharpReachPx) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& layout, double noisePx) {
@@ -150,6 +161,8 @@ TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& 
       score.worstShare = std::min(score.worstShare, filletShare(centres, between, fillet, share2));
     } else {
       points += kBound * between.count();
+      const bool isRounding = layout.profile->junctions[e].kind == TJunctionKind::fillet;
+      if (isRounding && !isSeenAt(centres, element.right)) score.worstShare = 0.0;
     }
   }
   score.cost += kCostPerCentre * points;
