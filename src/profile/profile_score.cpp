@@ -9,7 +9,7 @@ namespace weld {
 
 namespace {
 
-constexpr double kSharpReachPx = 12.0;  // from a sharp corner to the nearest centre
+constexpr double kSharpReachPx = 25.0;  // from a sharp corner to the nearest centre
 constexpr double kFilletOffPx = 1.0;    // of a rounded corner that is no circle
 constexpr double kCostPerCentre = 1.0 / 3.0;
 constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
