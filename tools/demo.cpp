@@ -37,8 +37,8 @@ struct TLevelRow {
 const std::vector<TLevelRow> kLevels = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
 
 constexpr int kSequences = 4;             // per joint and level
-constexpr int kFrames = 60;               // per sequence
-constexpr int kAnnotateEvery = 60;        // frames
+constexpr int kFrames = 30;               // per sequence
+constexpr int kAnnotateEvery = 30;        // frames
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
 constexpr double kMaxMedianErrorPx = 1.0;
@@ -128,15 +128,15 @@ bool isGood(const TRow& row) {
 }
 
 void printHeading() {
-  std::cout << std::left << std::setw(16) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
+  std::cout << std::left << std::setw(18) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
             << "frames" << std::setw(7) << "found" << std::setw(9) << "share" << std::setw(11) << "error"
             << std::setw(9) << "p95" << std::setw(11) << "time" << std::setw(9) << "p95" << '\n'
-            << std::setw(58) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
+            << std::setw(60) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
             << "ms" << '\n';
 }
 
 void printRow(const TRow& row) {
-  std::cout << std::left << std::setw(16) << row.name << std::setw(8) << row.level << std::right << std::setw(7)
+  std::cout << std::left << std::setw(18) << row.name << std::setw(8) << row.level << std::right << std::setw(7)
             << row.score.frames << std::setw(7) << row.score.found << std::setw(7)
             << tool::fixed(100.0 * row.score.foundShare(), 1) << " %" << std::setw(11)
             << tool::fixed(row.score.errorAt(0.5), 2) << std::setw(9) << tool::fixed(row.score.errorAt(0.95), 2)
