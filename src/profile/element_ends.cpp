@@ -118,9 +118,11 @@ double searchRadius(const TOrientedCentres& centres, TSpan span, const TCorner& 
   const double ratio = std::max(1.15, std::sqrt(std::sqrt(std::sqrt(corner.mostR / kLeastFilletPx))));
   double best = kLeastFilletPx;
   double least = costOf(best);
-  for (double r = kLeastFilletPx * ratio; r <= corner.mostR; r *= ratio) {
+  double r = kLeastFilletPx * ratio;
+  while (r <= corner.mostR) {
     const double cost = costOf(r);
     if (cost < least) least = cost, best = r;
+    r *= ratio;
   }
   double low = best / ratio;
   double high = std::min(corner.mostR, best * ratio);
