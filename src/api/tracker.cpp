@@ -143,8 +143,8 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->jumps = jumps;
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
-  if (!isHeld) std::swap(state->last, state->spare);
   if (!isHeld) {
+    std::swap(state->last, state->spare);
     state->lastColumns = found.columns;
     state->lastProfile = found.seam.profile;
   }

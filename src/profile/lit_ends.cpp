@@ -198,12 +198,14 @@ bool endsInTheDark(TJunctionKind kind) {
 void extendToLight(const TFrame& frame, const TOrientedCentres& centres, TProfileLayout& layout) {
   for (std::size_t j = 0; j + 1 < layout.count(); ++j) {
     if (!endsInTheDark(layout.profile->junctions[j].kind)) continue;
-    TFittedElement& left = layout.elements[j];
-    TFittedElement& right = layout.elements[j + 1];
-    if (layout.range(j).role == TElementRole::flank)
+    if (layout.range(j).role == TElementRole::flank) {
+      TFittedElement& left = layout.elements[j];
       settle(frame, layout.sense, {centres, left, true}, left.right);
-    if (layout.range(j + 1).role == TElementRole::flank)
+    }
+    if (layout.range(j + 1).role == TElementRole::flank) {
+      TFittedElement& right = layout.elements[j + 1];
       settle(frame, layout.sense, {centres, right, false}, right.left);
+    }
   }
 }
 
