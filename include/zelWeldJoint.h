@@ -39,7 +39,7 @@ struct TFeaturePoint {
 //   gap      -                  -               between the edges step across the gap baseAngleDeg
 //   lap      -                  -               along the base    across the base     both pieces, base
 //   corner   -                  -               -                 -                   flanks, included
-//   plate    between the ends   -               -                 -                   baseAngleDeg
+//   plate    of its stripe      -               -                 -                   baseAngleDeg
 //   grooves  of the shoulders   root below them between the root  right plate less    flanks, included, base
 //                                               edges or circles  the left, along y
 //
