@@ -79,7 +79,9 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
                            options.rejectImpossiblePoints && joint->rules.hasSeamPoint};
   const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
   weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
-  if (guides && lastProfile) previous.profile = &*lastProfile;
+  // The plain rules know the last result alone.
+  const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
+  if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   return searchSeam(quest, options, {previous, lastColumns, heldFrames > 0});
 }
 
@@ -94,7 +96,8 @@ TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, bool isLetTh
   }
   const bool isHeld = !seam.line.isFound && canBeHeld && last.isFound && heldFrames < options.holdFrames;
   seam.state = seam.line.isFound ? TSeamState::found : isHeld ? TSeamState::held : TSeamState::lost;
-  seam.weldPos = isHeld ? last.weldPos : seam.line.weldPos;
+  if (isHeld) seam.weldPos = last.weldPos;
+  if (seam.line.isFound) seam.weldPos = seam.line.weldPos;
   return seam;
 }
 
