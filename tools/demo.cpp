@@ -11,6 +11,7 @@
 #include "tools/stats.h"
 #include "tools/text.h"
 
+#include "scenes/groove.h"
 #include "scenes/score.h"
 
 #include <CLI/CLI.hpp>
@@ -37,13 +38,15 @@ struct TLevelRow {
 const std::vector<TLevelRow> kLevels = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
 
 constexpr int kSequences = 4;             // per joint and level
-constexpr int kFrames = 60;               // per sequence
-constexpr int kAnnotateEvery = 60;        // frames
+constexpr int kFrames = 30;               // per sequence
+constexpr int kAnnotateEvery = 30;        // frames
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
+constexpr double kMinGrooveShare = 0.75;  // one of four grooves may be refused where its root hides
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
+  scenes::TJoint joint = scenes::TJoint::plain;
   std::string name;
   std::string level;
   tool::TRunStats stats;
@@ -124,19 +127,20 @@ void runSequence(const TSeamCase& seamCase, TLevel level, int sequence, TRow& ro
 }
 
 bool isGood(const TRow& row) {
-  return row.score.foundShare() >= kMinFoundShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
+  const double minShare = scenes::isGroove(row.joint) ? kMinGrooveShare : kMinFoundShare;
+  return row.score.foundShare() >= minShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
 }
 
 void printHeading() {
-  std::cout << std::left << std::setw(16) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
+  std::cout << std::left << std::setw(18) << "joint" << std::setw(8) << "level" << std::right << std::setw(7)
             << "frames" << std::setw(7) << "found" << std::setw(9) << "share" << std::setw(11) << "error"
             << std::setw(9) << "p95" << std::setw(11) << "time" << std::setw(9) << "p95" << '\n'
-            << std::setw(58) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
+            << std::setw(60) << "median px" << std::setw(9) << "px" << std::setw(11) << "median ms" << std::setw(9)
             << "ms" << '\n';
 }
 
 void printRow(const TRow& row) {
-  std::cout << std::left << std::setw(16) << row.name << std::setw(8) << row.level << std::right << std::setw(7)
+  std::cout << std::left << std::setw(18) << row.name << std::setw(8) << row.level << std::right << std::setw(7)
             << row.score.frames << std::setw(7) << row.score.found << std::setw(7)
             << tool::fixed(100.0 * row.score.foundShare(), 1) << " %" << std::setw(11)
             << tool::fixed(row.score.errorAt(0.5), 2) << std::setw(9) << tool::fixed(row.score.errorAt(0.95), 2)
@@ -159,7 +163,12 @@ cv::Mat contactSheet(const std::vector<TRow>& rows) {
 
 bool runDemo(const fs::path& folder) {
   tool::makeFolder(folder);
-  const std::vector<TSeamCase> cases = scenes::detectedCases();
+  std::vector<TSeamCase> cases = scenes::detectedCases();
+  // A groove's other points come from the same profile as its root and its left shoulder.
+  const auto isRepeated = [](const TSeamCase& c) {
+    return scenes::isGroove(c.joint) && c.pos > TWeldPosType::left;
+  };
+  cases.erase(std::remove_if(cases.begin(), cases.end(), isRepeated), cases.end());
   tool::TProgress progress(static_cast<int>(cases.size() * kLevels.size()) * kSequences);
   printHeading();
   std::vector<TRow> rows;
@@ -167,6 +176,7 @@ bool runDemo(const fs::path& folder) {
   for (const TSeamCase& seamCase : cases) {
     for (const TLevelRow& level : kLevels) {
       TRow row;
+      row.joint = seamCase.joint;
       row.name = scenes::nameOf(seamCase);
       row.level = level.name;
       for (int sequence = 0; sequence < kSequences; ++sequence) {

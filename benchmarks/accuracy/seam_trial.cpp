@@ -52,7 +52,7 @@ TTrialScore scoreSequence(const TSeamCase& trial, TLevel level, std::uint64_t se
 }
 
 // Joints that the detector of a joint must not take for its own. A straight stripe is a plate, and so are the
-// upper pieces of a lap and the shoulders of a groove.
+// upper pieces of a lap and the shoulders of a groove. The rest are grooves.
 std::vector<TJoint> foreignJoints(TJoint joint) {
   switch (joint) {
     case TJoint::buttGap:
@@ -61,8 +61,10 @@ std::vector<TJoint> foreignJoints(TJoint joint) {
       return {TJoint::blank, TJoint::plain, TJoint::buttGap, TJoint::corner};
     case TJoint::corner:
       return {TJoint::blank, TJoint::plain, TJoint::buttGap, TJoint::lap, TJoint::plate};
-    default:
+    case TJoint::plate:
       return {TJoint::blank, TJoint::corner};
+    default:
+      return {TJoint::blank, TJoint::plain, TJoint::plate};
   }
 }
 

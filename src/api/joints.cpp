@@ -23,6 +23,18 @@ TExtractionRule presenceExtraction(const TWeldParams& params) {
   return {settings.usesRidges, settings.searchesNear};
 }
 
+TJointRules gapRules() {
+  TJointRules rules;
+  rules.find = findGap;
+  return rules;
+}
+
+TJointRules lapRules() {
+  TJointRules rules;
+  rules.find = findLap;
+  return rules;
+}
+
 TJointRules cornerRules() {
   TJointRules rules;
   rules.find = findCorner;
@@ -51,6 +63,7 @@ TJointRules presenceRules() {
 TJointRules grooveRules() {
   TJointRules rules;
   rules.find = findGroove;
+  rules.bytesPerColumn = 3072;
   return rules;
 }
 
@@ -72,7 +85,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
-       {findGap}},
+       gapRules()},
       {{TWeldType::lap,
         "lap",
         "lap",
@@ -81,7 +94,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::upper, TPos::lower},
         {TFeature::upperCorner, TFeature::lowerCorner},
         lapParameters()},
-       {findLap}},
+       lapRules()},
       {{TWeldType::corner,
         "corner",
         "corner",

@@ -15,8 +15,9 @@ struct TExtractionRule {
 inline constexpr int kUsualBandPx = 60;
 
 struct TJointRules {
-  TFindSeam find = nullptr;   // null: no detector
-  int bandPx = kUsualBandPx;  // half height of the search band around the previous stripe
+  TFindSeam find = nullptr;          // null: no detector
+  std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
+  int bandPx = kUsualBandPx;         // half height of the search band around the previous stripe
   bool hasSeamPoint = true;
   bool hasSecondChance = false;  // on ridges, where edge pairs give no seam
   // The tracking rules are coarser than those of a first detection: along an extended guide the latter are used.

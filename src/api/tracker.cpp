@@ -15,8 +15,7 @@
 
 namespace {
 
-constexpr std::size_t kBytesPerColumn = 512;  // of the lists of a frame
-constexpr std::size_t kBytesPerRow = 64;
+constexpr std::size_t kBytesPerRow = 64;  // of the lists of a frame
 
 // A limit of jumps that is not a number sets none.
 TTrackerOptions inRange(TTrackerOptions options) {
@@ -31,8 +30,9 @@ TTrackerOptions inRange(TTrackerOptions options) {
 }
 
 // What whole frames of this size need, in grey or in colour, so that no later frame waits for memory.
-std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options) {
-  const std::size_t lists = static_cast<std::size_t>(image.cols) * kBytesPerColumn +
+std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options, const weld::TJoint* joint) {
+  const std::size_t bytesPerColumn = joint != nullptr ? joint->rules.bytesPerColumn : 0;
+  const std::size_t lists = static_cast<std::size_t>(image.cols) * bytesPerColumn +
                             static_cast<std::size_t>(image.rows) * kBytesPerRow + image.total();
   const bool asksRidges = options.extraction != TStripeExtraction::edgePairs;
   return asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
@@ -57,16 +57,16 @@ struct TWeldTracker::TState {
   weld::TArena memory;
   TWeldLineRes spare;
 
-  weld::TMemory* beginFrame(const cv::Mat& image);
+  weld::TMemory* beginFrame(const cv::Mat& image, const weld::TJoint* joint);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
   TTrackedSeam judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld);
   void remember(const TTrackedSeam& seam, std::size_t columns);
 };
 
 // Ends the life of the lists of the frame before.
-weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image) {
+weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image, const weld::TJoint* joint) {
   memory.restart();
-  if (image.dims == 2) memory.reserve(bytesFor(image, options));
+  if (image.dims == 2) memory.reserve(bytesFor(image, options, joint));
   return &memory;
 }
 
@@ -121,7 +121,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   const weld::TJoint* const joint = weld::findDetectedJoint(state->params.weldType);
   const bool hasSeamPoint = joint == nullptr || joint->rules.hasSeamPoint;
 
-  const weld::TFrame frame{image, state->params, state->beginFrame(image), seen};
+  const weld::TFrame frame{image, state->params, state->beginFrame(image, joint), seen};
   const weld::TFound found = state->search(frame, joint);
   weld::TJumpMemory jumps = state->jumps;
   const bool isLetThrough =
@@ -143,8 +143,8 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->jumps = jumps;
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
-  if (!isHeld) std::swap(state->last, state->spare);
   if (!isHeld) {
+    std::swap(state->last, state->spare);
     state->lastColumns = found.columns;
     state->lastProfile = found.seam.profile;
   }

@@ -23,7 +23,9 @@ TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLi
   const weld::TFrame frame{img, params, &memory, {}};
   weld::TRidgeSearch ridges(&memory);
   const weld::TFound found = attemptByRule({frame, *joint, ridges}, {}, weld::TPrevious(prevRes));
-  int frames = 0;
-  if (joint->rules.announce != nullptr) joint->rules.announce(frames, found.seam, found.widthPx);
+  if (joint->rules.announce != nullptr) {
+    int frames = 0;
+    joint->rules.announce(frames, found.seam, found.widthPx);
+  }
   return toLineRes(found.seam);
 }

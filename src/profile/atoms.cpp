@@ -20,7 +20,8 @@ constexpr double kNever = std::numeric_limits<double>::infinity();
 struct TBlock {
   TSpan span;
   double residual;  // squared distances from the line of its own, px^2
-  double rise;      // cost of the merge with its right neighbour
+  // cppcheck-suppress unusedStructMember ; read in loops over blocks
+  double rise;  // cost of the merge with its right neighbour
   double breakCost;
 };
 

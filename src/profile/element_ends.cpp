@@ -104,9 +104,7 @@ double cornerCost(const TOrientedCentres& centres, TSpan span, const TCorner& co
     } else if (p.x > toX || !circle) {
       offset = corner.b.offsetOf(p.x, p.y);
     } else {
-      const double dx = p.x - circle->x;
-      const double dy = p.y - circle->y;
-      offset = std::sqrt(dx * dx + dy * dy) - r;
+      offset = TFillet{*circle, corner.isCentreBelow}.offsetOf(p);
     }
     const double t = offset * offset / (8.0 * noise2);
     cost += 4.0 * t / (1.0 + t);
@@ -120,9 +118,11 @@ double searchRadius(const TOrientedCentres& centres, TSpan span, const TCorner& 
   const double ratio = std::max(1.15, std::sqrt(std::sqrt(std::sqrt(corner.mostR / kLeastFilletPx))));
   double best = kLeastFilletPx;
   double least = costOf(best);
-  for (double r = kLeastFilletPx * ratio; r <= corner.mostR; r *= ratio) {
+  double r = kLeastFilletPx * ratio;
+  while (r <= corner.mostR) {
     const double cost = costOf(r);
     if (cost < least) least = cost, best = r;
+    r *= ratio;
   }
   double low = best / ratio;
   double high = std::min(corner.mostR, best * ratio);
@@ -137,7 +137,7 @@ double searchRadius(const TOrientedCentres& centres, TSpan span, const TCorner& 
 }  // namespace
 
 TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
-                      double noise2, double startPx) {
+                      double noise2) {
   TCircleFit fillet;
   const std::optional<TCorner> corner = cornerBetween(left, right);
   if (!corner || !(corner->mostR > kLeastFilletPx)) return fillet;
@@ -145,8 +145,7 @@ TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& lef
   const TSpan span{std::max(left.span.first, centres.indexOf(corner->at.x - reachPx * corner->a.dx)),
                    std::min(right.span.last, centres.indexOf(corner->at.x + reachPx * corner->b.dx))};
   const double search2 = std::max(noise2, kFilletSearchPx * kFilletSearchPx);
-  const double r =
-      startPx > 0.0 ? std::min(startPx, corner->mostR) : searchRadius(centres, span, *corner, search2);
+  const double r = searchRadius(centres, span, *corner, search2);
   const std::optional<TCircle> circle = touching(r, corner->a, corner->b, corner->isCentreBelow);
   const double sharp = cornerCost(centres, span, *corner, 0.0, noise2);
   if (!circle || cornerCost(centres, span, *corner, r, noise2) > sharp - kFilletGain) return fillet;

@@ -21,6 +21,7 @@ constexpr double kLeastHolePx = 3.0;
 constexpr double kParallel = 0.03;  // sine
 
 struct TMeeting {
+  // cppcheck-suppress unusedStructMember ; read where junctions are compared
   double turnDeg;
   double dx;  // from the end of the left to the start of the right element
   double dy;

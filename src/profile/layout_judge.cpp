@@ -85,7 +85,7 @@ std::optional<TLayoutScore> TLayoutJudge::refine(TProfileLayout& layout, int rou
 
 TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
   TProfileLayout layout = refined;
-  if (options.frame != nullptr) extendToLight(*options.frame, layout);
+  if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
   TProfileFit fit;
   fit.profile = layout.profile;
   fit.sense = layout.sense;

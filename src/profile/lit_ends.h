@@ -8,7 +8,9 @@
 namespace weld {
 
 // Moves the ends of flanks at a root or a wall on along their lines for as long as the image is at least half as
-// bright there as on the flank itself.
-void extendToLight(const TFrame& frame, TProfileLayout& layout);
+// bright there as on the flank itself, and no centres tell that the light is another surface's. An end that lies
+// on such a surface, which crosses the line behind a hole, goes back to the hole.
+//   centres  in the sense of the layout
+void extendToLight(const TFrame& frame, const TOrientedCentres& centres, TProfileLayout& layout);
 
 }  // namespace weld

@@ -54,6 +54,20 @@ private:
   bool isLine;
 };
 
+// The arc of a rounded corner.
+struct TFillet {
+  TCircle circle;
+  bool isCentreBelow;
+
+  // Distance of a centre, px; measured over the middle where it lies beside the far half.
+  double offsetOf(cv::Point2d p) const {
+    const double dx = p.x - circle.x;
+    const double dy = p.y - circle.y;
+    const double reach = std::sqrt(dx * dx + dy * dy);
+    return (dy < 0.0) == isCentreBelow ? reach - circle.r : reach + circle.r;
+  }
+};
+
 struct TRefineSettings {
   double noisePx = 1.0;
   double stripeWidthPx = 0.0;  // 0: not known
@@ -85,9 +99,9 @@ struct TWalk {
 int walkToEnd(const TOrientedCentres& centres, const TFittedElement& element, const TElementRange& range,
               const TWalk& walk);
 
-// Radius of the arc between two lines that meet at a corner; not found where the corner is sharp.
-//   startPx  radius known from before, or 0: it is sought
+// Radius of the arc between two lines that meet at a corner; not found where the corner is sharp. The
+// radius is sought anew each time: one found while the lines still held a part of the arc is too small.
 TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& left, const TFittedElement& right,
-                      double noise2, double startPx);
+                      double noise2);
 
 }  // namespace weld

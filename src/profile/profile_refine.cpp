@@ -69,9 +69,10 @@ private:
   // A plate is read next to its corner; the rest of it only tells how far it reaches.
   void addFarLine(std::size_t e, const TLocalLines& before, TLocalFitSettings how) {
     how.isRough = true;
-    TLocalLines& lines = element(e).lines;
     const TLocalLines all = fitLocalLines(centres, element(e).span, before, how, sums);
-    if (all.isFound) (e == 0 ? lines.left : lines.right) = lines.whole = all.whole;
+    if (!all.isFound) return;
+    TLocalLines& lines = element(e).lines;
+    (e == 0 ? lines.left : lines.right) = lines.whole = all.whole;
   }
 
   bool fitLines() {
@@ -199,7 +200,7 @@ private:
     TFittedElement& a = element(j);
     TFittedElement& b = element(j + 1);
     TCircleFit& fillet = layout.fillets[j];
-    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2), fillet.isFound ? fillet.circle.r : 0.0);
+    fillet = findFillet(centres, a, b, std::max(a.noise2, b.noise2));
     if (!fillet.isFound) return true;
     const TCircle& c = fillet.circle;
     const TLine& left = a.lines.right;

@@ -9,6 +9,8 @@ namespace weld {
 
 namespace {
 
+constexpr double kSharpReachPx = 25.0;  // from a sharp corner to the nearest centre
+constexpr double kFilletOffPx = 1.0;    // of a rounded corner that is no circle
 constexpr double kCostPerCentre = 1.0 / 3.0;
 constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
 constexpr double kMost = 3.0;      // of one that an element does not explain
@@ -99,13 +101,36 @@ private:
   int step;
 };
 
-double filletCost(const TOrientedCentres& centres, TSpan span, const TCircle& c, double noise2) {
+// A centre of a rounded corner's circle that lies below it belongs to a corner that turns downwards.
+bool isTurningDown(const TProfileLayout& layout, std::size_t j) {
+  const TLine& a = layout.elements[j].lines.right;
+  const TLine& b = layout.elements[j + 1].lines.left;
+  return a.dx * b.dy - a.dy * b.dx > 0.0;
+}
+
+double filletCost(const TOrientedCentres& centres, TSpan span, const TFillet& fillet, double noise2) {
   double cost = 0.0;
-  for (int i = span.first; i < span.last; ++i) {
-    const cv::Point2d p = centres.at(i);
-    cost += costOf(std::sqrt((p.x - c.x) * (p.x - c.x) + (p.y - c.y) * (p.y - c.y)) - c.r, 1.0 / noise2);
-  }
+  for (int i = span.first; i < span.last; ++i) cost += costOf(fillet.offsetOf(centres.at(i)), 1.0 / noise2);
   return cost;
+}
+
+// Of the centres between two tangent points, those on the arc.
+double filletShare(const TOrientedCentres& centres, TSpan span, const TFillet& fillet, double noise2) {
+  const double limitPx = kFilletOffPx + kInlierSigmas * std::sqrt(noise2);
+  int inside = 0;
+  for (int i = span.first; i < span.last; ++i)
+    inside += std::abs(fillet.offsetOf(centres.at(i))) < limitPx ? 1 : 0;
+  return span.count() > 0 ? static_cast<double>(inside) / span.count() : 1.0;
+}
+
+// A corner that is seen to be sharp: one whose rounding is hidden would lie anywhere.
+bool isSeenAt(const TOrientedCentres& centres, cv::Point2d corner) {
+  const int i = centres.indexOf(corner.x);
+  for (int k = std::max(0, i - 1); k < std::min(centres.count(), i + 1); ++k) {
+    const cv::Point2d apart = centres.at(k) - corner;
+    if (apart.dot(apart) < kSharpReachPx * kSharpReachPx) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -129,10 +154,15 @@ TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& 
     if (e + 1 == n) break;
     const TSpan between{element.span.last, layout.elements[e + 1].span.first};
     if (layout.fillets[e].isFound) {
-      points += filletCost(centres, between, layout.fillets[e].circle, noise2);
+      const TFillet fillet{layout.fillets[e].circle, isTurningDown(layout, e)};
+      points += filletCost(centres, between, fillet, noise2);
       score.cost += kCostPerFillet;
+      const double share2 = std::max({noise2, element.noise2, layout.elements[e + 1].noise2});
+      score.worstShare = std::min(score.worstShare, filletShare(centres, between, fillet, share2));
     } else {
       points += kBound * between.count();
+      const bool isRounding = layout.profile->junctions[e].kind == TJunctionKind::fillet;
+      if (isRounding && !isSeenAt(centres, element.right)) score.worstShare = 0.0;
     }
   }
   score.cost += kCostPerCentre * points;

@@ -6,7 +6,7 @@ set -euo pipefail
 checkout=$1
 limit=$2
 
-# Of the C++ sources and of the scripts below the given folders.
+# Of the C++ sources, the pages of the report and the scripts below the given folders.
 count_lines() {
   local folders=()
   for folder in "$@"; do [[ -d $checkout/$folder ]] && folders+=("$checkout/$folder"); done
@@ -14,6 +14,8 @@ count_lines() {
     find "${folders[@]}" \( -name '*.cpp' -o -name '*.h' \) -exec sed -E '/^\s*(\/\/|$)/d' {} +
     find "${folders[@]}" \( -name '*.py' -o -name '*.sh' -o -name '*.cmake' -o -name CMakeLists.txt \) \
       -exec sed -E '/^\s*(#|$)/d' {} +
+    find "${folders[@]}" \( -name '*.js' -o -name '*.html' -o -name '*.css' \) \
+      -exec sed -E '/^\s*(\/\/|\/\*|$)/d' {} +
   } | wc -l
 }
 

@@ -1,5 +1,6 @@
 // A frame during which the heap runs out at any one request: the standard exception arrives, nothing leaks, and
 // the same frame right after gives the right result.
+#include "support/checksum.h"
 #include "support/detector_types.h"
 #include "support/heap.h"
 #include "zelWeldDetect.h"
@@ -34,10 +35,6 @@ TSubject plainCall(const std::string& name, TFrameCall call) {
 TWeldLineRes detect(const cv::Mat& image, const TWeldParams& params, const TWeldLineRes& previous) {
   TWeldParams own = params;
   return detectWeldLineViaTracking(image, own, previous);
-}
-
-std::string nameOf(TWeldType type) {
-  return "type" + std::to_string(static_cast<int>(type));
 }
 
 std::vector<TSubject> detections(const std::string& name, const TWeldParams& params, const cv::Mat& image) {
@@ -84,12 +81,13 @@ TSubject features() {
 std::vector<TSubject> allSubjects() {
   std::vector<TSubject> subjects{exposure(), features()};
   for (const TWeldType type : detector_types::kAll) {
-    for (TSubject& subject : detections(nameOf(type), paramsFor(type), frameFor(type)))
+    for (TSubject& subject : detections(findWeldJoint(type)->name, paramsFor(type), frameFor(type)))
       subjects.push_back(std::move(subject));
     TTrackerOptions keepTrace;
     keepTrace.keepTrace = true;
-    subjects.push_back(tracked(nameOf(type) + "Tracker", paramsFor(type), keepTrace));
-    subjects.push_back(tracked(nameOf(type) + "ExactTracker", paramsFor(type), TTrackerOptions::exact()));
+    subjects.push_back(tracked(std::string(findWeldJoint(type)->name) + "Tracker", paramsFor(type), keepTrace));
+    subjects.push_back(tracked(std::string(findWeldJoint(type)->name) + "ExactTracker", paramsFor(type),
+                               TTrackerOptions::exact()));
   }
   TWeldParams ridge = paramsFor(TWeldType::stripePresence);
   ridge.flagPara1 = true;
@@ -97,17 +95,6 @@ std::vector<TSubject> allSubjects() {
   const cv::Mat band = frameFor(ridge.weldType)(cv::Rect(0, 200, 640, 80)).clone();
   for (TSubject& subject : detections("ridge", ridge, band)) subjects.push_back(std::move(subject));
   return subjects;
-}
-
-void expectSame(const TWeldLineRes& result, const TWeldLineRes& expected) {
-  EXPECT_EQ(result.isFound, expected.isFound);
-  EXPECT_EQ(result.weldPos, expected.weldPos);
-  EXPECT_EQ(result.stripePts, expected.stripePts);
-  EXPECT_EQ(result.auxVal1, expected.auxVal1);
-  EXPECT_EQ(result.auxVal2, expected.auxVal2);
-  EXPECT_EQ(result.auxVal3, expected.auxVal3);
-  EXPECT_EQ(result.auxVal4, expected.auxVal4);
-  EXPECT_EQ(result.trackVal, expected.trackVal);
 }
 
 struct TAttempt {
@@ -176,7 +163,7 @@ void expectSurvival(const TSubject& subject, TOutage outage) {
     const long liveBefore = heap::liveBlocks();
     {
       const TAttempt attempt = frameWithout(request, outage, subject.make());
-      expectSame(attempt.result, expected);
+      EXPECT_EQ(checksumOf(attempt.result), checksumOf(expected));
       hasStruck = attempt.hasStruck;
     }
     ASSERT_EQ(heap::liveBlocks(), liveBefore);

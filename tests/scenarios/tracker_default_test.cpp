@@ -97,6 +97,16 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   EXPECT_NEAR(after.weldPos.x, before.weldPos.x + 120.0F, 1.0F);
 }
 
+TEST_F(TrackerDefault, resetForgetsTheFramesBefore) {
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  tracker.track(frame);
+  tracker.reset();
+  EXPECT_TRUE(tracker.lastTrace().sentence.empty());
+  run(tracker, {{"no jump", far, TSeamState::found, "found", " whole near"}});
+  tracker.reset();
+  run(tracker, {{"dark", dark(), TSeamState::lost, "too few stripe points", " whole whole ridges"}});
+}
+
 // Edge pairs see a narrow gap in the bright part of the stripe; ridges follow the dim part as well, and run on
 // across the gap, which is dim as well.
 TEST_F(TrackerDefault, refusesASeamInAFragmentThatRidgesDoNotSee) {

@@ -41,6 +41,7 @@ TEST(SearchGuide, continuesTheEndPiecesStraightOn) {
   EXPECT_EQ(guide.back().x, 939.0F);
   EXPECT_NEAR(guide.back().y, bent.back().y + 16.0F, 0.1F);
   EXPECT_TRUE(std::is_sorted(guide.begin(), guide.end(), [](auto a, auto b) { return a.x < b.x; }));
+  EXPECT_GT(guideOf(painted::bentPoints(300, 345, 900, 500.0, 0.0, -0.5)).front().y, 500.3F) << "50 points count";
   EXPECT_NEAR(guideOf(linePoints(400, 710, 150.0, 2.4)).front().y, 150.0F - 2.0F * kMarginPx, 0.1F) << "steepest";
 }
 

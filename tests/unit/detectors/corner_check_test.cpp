@@ -191,6 +191,7 @@ TRows withoutGap() {
       {"19 left points within 100 columns", TCorner().noGap().left(100, 240).right(310, 541), kLeft},
       {"the same with a gap allowed", TCorner().left(100, 240).right(310, 541)},
       {"beyond a jump", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(270, 310), kLeft},
+      {"first of equal stretches", TCorner().noGap().left(100, 170).right(310, 541).moreLeft(240, 310), kLeft},
       {"jump of 50 is none", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(249, 310)},
       {"right flank begins 80 columns off", TCorner().noGap().left(150, 330).right(401, 600),
        "right flank ends too far from the corner"},

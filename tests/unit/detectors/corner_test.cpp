@@ -71,23 +71,34 @@ TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
   for (const auto& [previousK, k] : {std::pair{0.2, 0.2}, {0.7, 0.7}, {0.65, 0.7}, {0.25, 0.2}}) {
     expectSlopes(findNear(points, previousK, -previousK), k, -k);
   }
+  for (const auto& [offDeg, isNear] : {std::pair{4.5, true}, {5.5, false}}) {
+    const double k = std::tan(std::atan(0.2) + offDeg * CV_PI / 180.0);
+    const double nearK = isNear ? k : 0.2;  // the wider V, if it is near
+    const TStripePts wide = bentPoints(10, 200, 390, 150.0, k, -k);
+    expectSlopes(findNear(joined(wide, bentPoints(390, 500, 620, 150.0, 0.2, -0.2)), 0.2, -0.2), nearK, -nearK);
+  }
   EXPECT_FALSE(findNear(linePoints(10, 400, 150.0, 0.2), 0.2, -0.2));
   EXPECT_FALSE(findNear(bentPoints(10, 300, 600, 300.0, -0.3, 0.3), 0.3, -0.3)) << "the left flank must lie left";
 }
 
-TEST(FindFlankPairNear, ofEquallyLongPairsTheFirstIsTaken) {
-  TStripePts points = linePoints(10, 100, 100.0);
-  for (const int x : {100, 260}) {  // the same V twice, level pieces around them
-    points = joined(points, bentPoints(x, x + 40, x + 80, 100.0, 0.5, -0.5));
-    points = joined(points, linePoints(x + 80, x + 160, 100.0));
+TEST(FindFlankPairs, ofEquallyLongPiecesTheFirstAreTaken) {
+  for (const int secondRightLeg : {40, 70}) {  // the same V twice, level pieces around them
+    TStripePts points = linePoints(10, 100, 100.0);
+    for (const auto& [x, leg] : {std::pair{100, 40}, {260, secondRightLeg}}) {
+      points = joined(points, bentPoints(x, x + 40, x + 40 + leg, 100.0, 0.5, -0.5));
+      points = joined(points, linePoints(x + 40 + leg, x + 160, 120.0 - 0.5 * leg));
+    }
+    const auto pieces = inCase([&](const auto& c) { return weld::segmentStripe(c.frame, points, {}); });
+    ASSERT_EQ(pieces.size(), 7U);
+    ASSERT_EQ(weld::pieceLength(pieces[1]), weld::pieceLength(pieces[4]));
+    ASSERT_EQ(weld::pieceLength(pieces[2]) == weld::pieceLength(pieces[5]), secondRightLeg == 40);
+    const TFlanks byLength = inCase([&](const auto& c) { return weld::findFlankPairByPolyline(c, points); });
+    for (const TFlanks& flanks : {findNear(points, 0.5, -0.5), byLength}) {
+      ASSERT_TRUE(flanks);
+      EXPECT_LT(flanks->left.inliers.back().x, 180.0F);
+      EXPECT_EQ(flanks->right.inliers.back().x < 200.0F, secondRightLeg == 40);
+    }
   }
-  const auto pieces = inCase([&](const auto& c) { return weld::segmentStripe(c.frame, points, {}); });
-  ASSERT_EQ(pieces.size(), 7U);
-  for (const auto i : {1U, 2U}) ASSERT_EQ(weld::pieceLength(pieces[i]), weld::pieceLength(pieces[i + 3]));
-  const TFlanks flanks = findNear(points, 0.5, -0.5);
-  ASSERT_TRUE(flanks);
-  EXPECT_LT(flanks->left.inliers.back().x, 180.0F);
-  EXPECT_LT(flanks->right.inliers.back().x, 190.0F);
 }
 
 TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {

@@ -1,4 +1,4 @@
-#include "made_joint.h"
+#include "scenes/made_joint.h"
 #include "profile/fit_table.h"
 #include "profile/stripe_noise.h"
 #include "scenes/random.h"

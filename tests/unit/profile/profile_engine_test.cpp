@@ -1,5 +1,5 @@
 #include "profile/profile_engine.h"
-#include "made_joint.h"
+#include "scenes/made_joint.h"
 #include "scenes/random.h"
 #include "support/arena.h"
 

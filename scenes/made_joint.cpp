@@ -1,4 +1,4 @@
-#include "made_joint.h"
+#include "scenes/made_joint.h"
 
 #include "scenes/random.h"
 

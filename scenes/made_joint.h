@@ -1,9 +1,9 @@
 // Centre lists of joints whose features are known.
 #pragma once
 
-#include "profile/profile_fit.h"
-#include "stripe/stripe.h"
+#include "zelWeldJoint.h"
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -11,14 +11,22 @@ namespace made {
 
 enum class TLevel { clean, noisy, harsh };
 
+struct TPlace {
+  bool isFound = false;
+  cv::Point2d pos;
+  double sigmaPx = 0.0;
+};
+
+inline constexpr std::size_t kFeatures = static_cast<std::size_t>(TFeature::rightEnd) + 1;
+
 struct TJoint {
   TWeldType weldType = TWeldType::none;
   std::vector<cv::Point2f> points;
-  std::array<weld::TMeasuredPoint, weld::kFeatures> features{};
-  weld::TJointMeasures measures;
+  std::array<TPlace, kFeatures> features{};
+  TJointMeasurement measures;
   bool isHard = false;  // its edge hides, or nothing can tell it from a neighbouring form
 
-  const weld::TMeasuredPoint& at(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
+  const TPlace& at(TFeature f) const { return features[static_cast<std::size_t>(f)]; }
 };
 
 // A random joint of a type, 1,280 columns. harsh: speckle, waves, 15 % of the columns missing in runs of 3 to 22,

@@ -1,0 +1,172 @@
+// Every way in which the search of a groove ends, and what it reports.
+#include "scenes/scene.h"
+#include "support/painted_frame.h"
+#include "zelWeldDetect.h"
+#include "zelWeldSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using scenes::TJoint;
+
+constexpr double kExactPx = 1.2;
+
+// Level, sharp and bright, 640 x 480; the root in the middle.
+scenes::TSceneParams sceneOf(TJoint joint, double gapPx = 0.0) {
+  scenes::TSceneParams p;
+  p.joint = joint;
+  p.size = {640, 480};
+  p.geometry.seam = {0.5, 0.65};
+  p.geometry.gapPx = gapPx;
+  p.geometry.depthPx = 100.0;
+  p.geometry.leftFlankDeg = joint == TJoint::uGroove ? 60.0 : 45.0;
+  p.geometry.rightFlankDeg = joint == TJoint::uGroove ? -55.0 : -50.0;
+  p.geometry.groove.emplace();
+  return p;
+}
+
+struct TPiece {
+  int fromX;
+  int toX;
+  double y;
+  double k = 0.0;
+};
+
+cv::Mat painting(const std::vector<TPiece>& pieces) {
+  cv::Mat image = painted::dark();
+  for (const TPiece& p : pieces) painted::paintPiece(image, p.fromX, p.toX, p.y, p.k);
+  return image;
+}
+
+// A V of flanks of 45 degrees.
+cv::Mat paintedV(int depthPx) {
+  return painting({{20, 320 - depthPx, 200.0},
+                   {320 - depthPx, 320, 200.0, 1.0},
+                   {320, 320 + depthPx, 200.0 + depthPx, -1.0},
+                   {320 + depthPx, 620, 200.0}});
+}
+
+using TChange = std::function<void(TGrooveSettings&)>;
+const TChange kUnchanged = [](TGrooveSettings&) {};
+
+std::string reasonOf(const cv::Mat& image, TWeldType joint, const TChange& change) {
+  TGrooveSettings settings;
+  settings.joint = joint;
+  change(settings);
+  TTrackerOptions options;
+  options.keepTrace = true;
+  TWeldTracker tracker(settings.params(), options);
+  tracker.track(image);
+  return tracker.lastTrace().reason;
+}
+
+TEST(Groove, EveryCheckRefusesWithItsReason) {
+  const auto rendered = [](TJoint joint, double gapPx = 0.0) {
+    return scenes::renderScene(sceneOf(joint, gapPx)).image;
+  };
+  const cv::Mat v = rendered(TJoint::vGroove);
+  const cv::Mat open = rendered(TJoint::vGroove, 30.0);
+  const auto flanks = [](TAngleRange left, TAngleRange right) {
+    return [=](TGrooveSettings& s) { s.leftFlankDeg = left, s.rightFlankDeg = right; };
+  };
+  const auto included = [](double min, double max) {
+    return [=](TGrooveSettings& s) { s.includedAngleDeg = {min, max}; };
+  };
+  const struct {
+    const char* reason;
+    cv::Mat image;
+    TChange change;
+    TWeldType joint = TWeldType::vGroove;
+  } rows[] = {
+      {"found", v, kUnchanged},
+      {"found", open, kUnchanged},
+      {"found", open, [](TGrooveSettings& s) { s.allowsGap = false, s.maxClosedGapPx = 40.0; }},
+      {"too few stripe points in a row", painting({{100, 118, 240.0}}), kUnchanged},
+      {"no such groove in the stripe", painting({{20, 620, 240.0}}), kUnchanged},
+      {"groove within the roughness of the stripe",
+       painting({{20, 290, 200.0}, {290, 320, 200.0, 0.25}, {320, 350, 207.5, -0.25}, {350, 620, 200.0}}),
+       kUnchanged},
+      {"too little stripe beside a corner of the groove",
+       painting({{20, 180, 200.0},
+                 {180, 240, 160.0},
+                 {240, 320, 200.0, 1.0},
+                 {320, 400, 280.0, -1.0},
+                 {400, 620, 200.0}}),
+       kUnchanged},
+      {"a plate or a curve explains the stripe as well", paintedV(12), kUnchanged},
+      {"a flank or an arc is too rough", v, [](TGrooveSettings& s) { s.lineTolerancePx = 0.05; }},
+      {"a flank or an arc is too short", v, [](TGrooveSettings& s) { s.minElementPx = 150.0; }},
+      {"groove too shallow", v, [](TGrooveSettings& s) { s.minDepthPx = 102.0; }},
+      {"groove too narrow", v, [](TGrooveSettings& s) { s.minWidthPx = 200.0; }},
+      {"root gap where none is allowed", open, [](TGrooveSettings& s) { s.allowsGap = false; }},
+      {"left flank angle too small", v, flanks({46.0, 80.0}, {-80.0, 0.0})},
+      {"left flank angle too large", v, flanks({0.0, 44.0}, {-80.0, 0.0})},
+      {"right flank angle too small", v, flanks({0.0, 80.0}, {-49.0, 0.0})},
+      {"right flank angle too large", v, flanks({0.0, 80.0}, {-80.0, -51.0})},
+      {"included angle too small", v, included(86.0, 120.0)},
+      {"included angle too large", v, included(40.0, 84.0)},
+      {"a flank is too flat",
+       painting({{20, 120, 200.0, -0.3}, {120, 320, 170.0, 0.1}, {320, 420, 190.0, -1.0}, {420, 620, 90.0, -0.2}}),
+       kUnchanged},
+  };
+  for (const auto& row : rows) EXPECT_EQ(reasonOf(row.image, row.joint, row.change), row.reason);
+}
+
+TEST(Groove, ReportsPointsAndMeasuresByJoint) {
+  const struct {
+    TJoint joint;
+    double gapPx;
+  } rows[] = {{TJoint::vGroove, 0.0}, {TJoint::vGroove, 30.0}, {TJoint::singleBevel, 20.0},
+              {TJoint::uGroove, 0.0}, {TJoint::flareV, 0.0},   {TJoint::flareBevel, 0.0}};
+  for (const auto& row : rows) {
+    const scenes::TSceneParams params = sceneOf(row.joint, row.gapPx);
+    const scenes::TScene scene = scenes::renderScene(params);
+    SCOPED_TRACE(static_cast<int>(row.joint));
+    TWeldLineRes line;
+    for (const TWeldPosType pos : {TWeldPosType::left, TWeldPosType::right, TWeldPosType::upper,
+                                   TWeldPosType::lower, TWeldPosType::centre}) {
+      line = TWeldTracker(scenes::weldParamsFor(row.joint, pos), {}).track(scene.image).line;
+      const cv::Point2d truth = scenes::seamPoint(row.joint, scene.truth, pos);
+      EXPECT_LT(cv::norm(cv::Point2d(line.weldPos) - truth), kExactPx) << "position " << static_cast<int>(pos);
+    }
+    const scenes::TMeasures& m = scene.truth.measures;
+    const bool isFlare = row.joint == TJoint::flareV || row.joint == TJoint::flareBevel;
+    const bool isFlareBevel = row.joint == TJoint::flareBevel;
+    EXPECT_NEAR(line.auxVal1, isFlareBevel ? 0.0 : m.widthPx, 1.0);
+    EXPECT_NEAR(line.auxVal2, isFlareBevel ? 0.0 : m.depthPx, 1.0);
+    EXPECT_NEAR(line.auxVal3, isFlare ? (isFlareBevel ? 60.0 : m.leftRadiusPx) : m.includedAngleDeg, 1.0);
+    EXPECT_NEAR(line.auxVal4, isFlareBevel ? 0.0 : isFlare ? m.rightRadiusPx : m.gapPx, 1.5);
+  }
+}
+
+TEST(Groove, TrackingFollowsTheFormAndAnotherJointForgetsIt) {
+  scenes::TSceneParams params = sceneOf(TJoint::vGroove, 30.0);
+  TTrackerOptions options;
+  options.keepTrace = true;
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::vGroove), options);
+  const auto stagesOf = [&] {
+    std::string names;
+    for (const auto& stage : tracker.lastTrace().stages) names += std::string(stage.name) + ";";
+    return names;
+  };
+  tracker.track(scenes::renderScene(params).image);
+  EXPECT_NE(stagesOf().find("profile search"), std::string::npos);
+  params.geometry.seam.x += 4.0 / 640.0;
+  const scenes::TScene moved = scenes::renderScene(params);
+  const TTrackedSeam followed = tracker.track(moved.image);
+  EXPECT_NE(stagesOf().find("profile followed"), std::string::npos);
+  EXPECT_EQ(stagesOf().find("profile search"), std::string::npos);
+  EXPECT_LT(cv::norm(cv::Point2d(followed.weldPos) -
+                     scenes::seamPoint(TJoint::vGroove, moved.truth, TWeldPosType::centre)),
+            kExactPx);
+  tracker.setParams(scenes::weldParamsFor(TJoint::singleBevel));
+  tracker.track(moved.image);
+  EXPECT_EQ(stagesOf().find("profile followed"), std::string::npos);
+}
+
+}  // namespace
