@@ -23,15 +23,9 @@ TExtractionRule presenceExtraction(const TWeldParams& params) {
   return {settings.usesRidges, settings.searchesNear};
 }
 
-TJointRules gapRules() {
+TJointRules plainRules(decltype(TJointRules::find) find) {
   TJointRules rules;
-  rules.find = findGap;
-  return rules;
-}
-
-TJointRules lapRules() {
-  TJointRules rules;
-  rules.find = findLap;
+  rules.find = find;
   return rules;
 }
 
@@ -85,7 +79,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
-       gapRules()},
+       plainRules(findGap)},
       {{TWeldType::lap,
         "lap",
         "lap",
@@ -94,7 +88,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::upper, TPos::lower},
         {TFeature::upperCorner, TFeature::lowerCorner},
         lapParameters()},
-       lapRules()},
+       plainRules(findLap)},
       {{TWeldType::corner,
         "corner",
         "corner",

@@ -15,9 +15,8 @@ struct TFrame {
   TMemory* memory;  // of the lists that die with the frame
   TTrace trace;     // what the stages report to
 
-  // The same frame for one of several ways to find the seam, or for one of the stripe's pieces.
+  // The same frame for one of several ways to find the seam.
   TFrame inWay(const char* name) const { return {image, params, memory, trace.inWay(name)}; }
-  TFrame ofPiece(std::size_t index) const { return {image, params, memory, trace.ofPiece(index)}; }
 };
 
 // A frame that nobody reads along with, its lists on the heap.
