@@ -1,5 +1,6 @@
 // How often a tracking frame asks for heap memory.
 #include "scenarios/scenario.h"
+#include "scenes/groove.h"
 #include "support/heap.h"
 #include "support/reel.h"
 
@@ -35,7 +36,7 @@ TEST(Allocations, aTrackingFrameOfAGapMakesNoMoreThanTen) {
 // The stripe points of the result, the points of its measurement, and nothing else. The frames come there and
 // back, again and again: the first times show the tracker the most that it has to remember at once.
 void expectTwoRequestsPerFrame(const TWeldParams& params, const TTrackerOptions& options,
-                               const std::vector<cv::Mat>& images) {
+                               const std::vector<cv::Mat>& images, int minFound) {
   TWeldTracker tracker(params, options);
   std::vector<cv::Mat> round = images;
   round.insert(round.end(), images.rbegin(), images.rend());
@@ -49,7 +50,7 @@ void expectTwoRequestsPerFrame(const TWeldParams& params, const TTrackerOptions&
     EXPECT_LE(heap::requests() - before, 2);
     found += result.isFound ? 1 : 0;
   }
-  EXPECT_GE(found, kFrames);
+  EXPECT_GE(found, minFound);
 }
 
 TTrackerOptions withExtraction(TStripeExtraction extraction) {
@@ -70,13 +71,16 @@ TEST(Allocations, aTrackerThatHasSeenTheLikeAsksTwicePerFrame) {
         inColour.push_back(reel::inColour(scene.image));
       }
       const TWeldParams params = scenes::weldParamsFor(joint);
+      // The exact rules with ridges find a harsh V in half of the frames.
+      const int minFound = scenes::isGroove(joint) ? kFrames : kFrames + 1;
       for (const auto extraction : {TStripeExtraction::edgePairs, TStripeExtraction::ridge}) {
         SCOPED_TRACE(testing::Message() << "extraction " << static_cast<int>(extraction));
-        expectTwoRequestsPerFrame(params, withExtraction(extraction), images);
-        if (level == TLevel::clean) expectTwoRequestsPerFrame(params, withExtraction(extraction), inColour);
+        expectTwoRequestsPerFrame(params, withExtraction(extraction), images, minFound);
+        if (level == TLevel::clean)
+          expectTwoRequestsPerFrame(params, withExtraction(extraction), inColour, minFound);
       }
       SCOPED_TRACE("default options");
-      expectTwoRequestsPerFrame(params, TTrackerOptions(), images);
+      expectTwoRequestsPerFrame(params, TTrackerOptions(), images, minFound);
     }
   }
 }
