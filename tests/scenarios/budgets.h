@@ -27,7 +27,7 @@ struct TSeries {
   scenes::TMotion motion;
 };
 
-const TSeries kFirst{"first", 20, 1, {}};
+const TSeries kFirst{"first", 60, 1, {}};
 const TSeries kTracked{"tracked", 1, 60, reel::drift({1.5, 0.6}, 1.0)};
 const TSeries kBeside{"beside", 15, 3, {}};  // what stands beside the stripe
 
@@ -99,7 +99,7 @@ const TBudget kBudgets[] = {
     {kFirst, kPlate, TPos::centre, kClean, 1.0, 0.3, 1.5},
     {kFirst, kPlate, TPos::left, kClean, 1.0, 0.3, 1.5},
     {kFirst, kPlate, TPos::right, kClean, 1.0, 0.3, 1.5},
-    {kFirst, kPlate, TPos::right, kNoisy, 0.95, 1.2, 2.2},
+    {kFirst, kPlate, TPos::right, kNoisy, 0.95, 1.2, 1.8},
     {kTracked, kGap, TPos::centre, kClean, 1.0, 0.3, 0.6},
     {kTracked, kGap, TPos::centre, kNoisy, 0.95, 0.5, 1.0},
     {kTracked, kLap, TPos::centre, kClean, 1.0, 0.8, 1.2},
