@@ -42,7 +42,7 @@ constexpr int kFrames = 30;               // per sequence
 constexpr int kAnnotateEvery = 30;        // frames
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
-constexpr double kMinGrooveShare = 0.75;  // one of four grooves may be refused where its root hides
+constexpr double kMinUGrooveShare = 0.75;  // one of the four U grooves may be refused
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
@@ -127,7 +127,7 @@ void runSequence(const TSeamCase& seamCase, TLevel level, int sequence, TRow& ro
 }
 
 bool isGood(const TRow& row) {
-  const double minShare = scenes::isGroove(row.joint) ? kMinGrooveShare : kMinFoundShare;
+  const double minShare = row.joint == scenes::TJoint::uGroove ? kMinUGrooveShare : kMinFoundShare;
   return row.score.foundShare() >= minShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
 }
 
