@@ -42,7 +42,7 @@ constexpr int kFrames = 30;               // per sequence
 constexpr int kAnnotateEvery = 30;        // frames
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
-constexpr double kMinUGrooveShare = 0.75;  // one of the four U grooves may be refused
+constexpr double kMinUGrooveShare = 0.94;  // before both of its sides are seen it is refused
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {

@@ -64,6 +64,11 @@ bool arePlatesInLine(const TProfileLayout& layout) {
   return std::abs(left - right) <= kPlatesApartDeg;
 }
 
+// Plates farther apart than the groove is deep are the two levels of a step. What is not a number is no step.
+bool isStep(const TJointMeasures& m) {
+  return std::abs(m.mismatchPx) > m.depthPx;
+}
+
 }  // namespace
 
 TLayoutJudge::TLayoutJudge(const TStripeProfile& s, const TProfileOptions& o, std::pmr::memory_resource* memory)
@@ -96,7 +101,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
                            stripe.holes().secondPx};
   if (!measureLayout(centresOf(layout.sense), layout, state, fit)) {
     fit.outcome = TProfileOutcome::tooShallow;
-  } else if (!arePlatesInLine(layout)) {
+  } else if (!arePlatesInLine(layout) || isStep(fit.measures)) {
     fit.outcome = TProfileOutcome::notMeeting;
   } else if (score.worstShare < kLeastShare) {
     fit.outcome = TProfileOutcome::notSeen;
