@@ -38,7 +38,8 @@ private:
   void* do_allocate(std::size_t size, std::size_t alignment) override {
     const std::size_t step = size < kSmall ? alignment : kCacheLine;
     const std::size_t begin = (used + step - 1) / step * step;
-    if (begin + size <= blockBytes) {
+    // Of an empty list too the first byte lies inside the block, or its return would be taken for the heap's.
+    if (begin < blockBytes && begin + size <= blockBytes) {
       used = begin + size;
       return block + begin;
     }
