@@ -1,7 +1,7 @@
 // Profile engine on lists of 1,280 centres: time of a first fit and of a tracked one, and beside it the median
 // error of the root (counter `rootPx`). A joint that is not found is reported as an error, not timed.
-#include "scenes/made_joint.h"
 #include "profile/profile_engine.h"
+#include "scenes/made_joint.h"
 #include "support/arena.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,7 @@
 #include "api/joints.h"
 
 #include "api/joint_parameters.h"
+#include "api/measure.h"
 #include "detectors/corner.h"
 #include "detectors/gap.h"
 #include "detectors/groove.h"
@@ -23,23 +24,22 @@ TExtractionRule presenceExtraction(const TWeldParams& params) {
   return {settings.usesRidges, settings.searchesNear};
 }
 
-TJointRules plainRules(decltype(TJointRules::find) find) {
+TJointRules rulesOf(TFindSeam find, decltype(TJointRules::measure) measure) {
   TJointRules rules;
   rules.find = find;
+  rules.measure = measure;
   return rules;
 }
 
 TJointRules cornerRules() {
-  TJointRules rules;
-  rules.find = findCorner;
+  TJointRules rules = rulesOf(findCorner, measureCorner);
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
   return rules;
 }
 
 TJointRules plateRules() {
-  TJointRules rules;
-  rules.find = findPlate;
+  TJointRules rules = rulesOf(findPlate, measurePlate);
   rules.bandPx = kPlateBandPx;
   rules.hasSupport = havePlateEndsSupport;
   rules.announce = showPlateInfo;
@@ -47,16 +47,14 @@ TJointRules plateRules() {
 }
 
 TJointRules presenceRules() {
-  TJointRules rules;
-  rules.find = findPresence;
+  TJointRules rules = rulesOf(findPresence, nullptr);
   rules.hasSeamPoint = false;
   rules.extraction = presenceExtraction;
   return rules;
 }
 
 TJointRules grooveRules() {
-  TJointRules rules;
-  rules.find = findGroove;
+  TJointRules rules = rulesOf(findGroove, measureGroove);
   rules.bytesPerColumn = 3072;
   return rules;
 }
@@ -79,7 +77,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
-       plainRules(findGap)},
+       rulesOf(findGap, measureGap)},
       {{TWeldType::lap,
         "lap",
         "lap",
@@ -88,7 +86,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::upper, TPos::lower},
         {TFeature::upperCorner, TFeature::lowerCorner},
         lapParameters()},
-       plainRules(findLap)},
+       rulesOf(findLap, measureLap)},
       {{TWeldType::corner,
         "corner",
         "corner",

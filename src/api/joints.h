@@ -2,6 +2,7 @@
 #pragma once
 
 #include "detectors/seam.h"
+#include "zelWeldJoint.h"
 #include "zelWeldSettings.h"
 
 namespace weld {
@@ -15,7 +16,8 @@ struct TExtractionRule {
 inline constexpr int kUsualBandPx = 60;
 
 struct TJointRules {
-  TFindSeam find = nullptr;          // null: no detector
+  TFindSeam find = nullptr;                                                             // null: no detector
+  bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
   int bandPx = kUsualBandPx;         // half height of the search band around the previous stripe
   bool hasSeamPoint = true;

@@ -1,6 +1,7 @@
 #include "api/measure.h"
 
 #include "api/attempt.h"
+#include "api/joints.h"
 #include "profile/profile_engine.h"
 #include "stripe/edge_pairs/edge_pairs.h"
 #include "stripe/fused.h"
@@ -10,7 +11,6 @@
 #include "support/image_test.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace weld {
@@ -120,34 +120,6 @@ bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
   return true;
 }
 
-bool measureCorner(const TSeam& seam, TJointMeasurement& m) {
-  const auto left = sideOf(leftOf(seam.stripePts, seam.pos.x));
-  const auto right = sideOf(rightOf(seam.stripePts, seam.pos.x));
-  if (!left || !right) return false;
-  setBase(m, *left, *right);
-  m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
-  m.baseAngleDeg = TJointMeasurement::kNone;
-  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), std::max(left->sigmaPx(), right->sigmaPx()));
-  m.confidence = confidenceOf(*left, *right);
-  return true;
-}
-
-bool measurePlate(const TSeam& seam, TJointMeasurement& m) {
-  const auto all = sideOf(seam.stripePts);
-  if (!all) return false;
-  const double leftX = static_cast<double>(seam.stripePts.front().x);
-  const double rightX = static_cast<double>(seam.stripePts.back().x);
-  const cv::Point2d left(leftX, all->rowAt(leftX));
-  const cv::Point2d right(rightX, all->rowAt(rightX));
-  m.widthPx = std::sqrt((right - left).dot(right - left));
-  m.baseAngleDeg = all->angleDeg();
-  m.points.reserve(2);
-  addPoint(m, TFeature::leftEnd, left, all->sigmaPx());
-  addPoint(m, TFeature::rightEnd, right, all->sigmaPx());
-  m.confidence = confidenceOf(*all, *all);
-  return true;
-}
-
 bool takeProfile(const TProfileFit& fit, TJointMeasurement& m) {
   const auto isFound = [](const TMeasuredPoint& p) { return p.isFound; };
   m.points.reserve(static_cast<std::size_t>(std::count_if(fit.features.begin(), fit.features.end(), isFound)));
@@ -171,38 +143,58 @@ bool takeProfile(const TProfileFit& fit, TJointMeasurement& m) {
   return true;
 }
 
-bool measureProfile(const TSeam& seam, TWeldType type, TMemory* memory, TJointMeasurement& m) {
+}  // namespace
+
+bool measureGap(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
+  return measureBreak(seam, false, m);
+}
+
+bool measureLap(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
+  return measureBreak(seam, true, m);
+}
+
+bool measureCorner(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
+  const auto left = sideOf(leftOf(seam.stripePts, seam.pos.x));
+  const auto right = sideOf(rightOf(seam.stripePts, seam.pos.x));
+  if (!left || !right) return false;
+  setBase(m, *left, *right);
+  m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
+  m.baseAngleDeg = TJointMeasurement::kNone;
+  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), std::max(left->sigmaPx(), right->sigmaPx()));
+  m.confidence = confidenceOf(*left, *right);
+  return true;
+}
+
+bool measurePlate(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
+  const auto all = sideOf(seam.stripePts);
+  if (!all) return false;
+  const double leftX = static_cast<double>(seam.stripePts.front().x);
+  const double rightX = static_cast<double>(seam.stripePts.back().x);
+  const cv::Point2d left(leftX, all->rowAt(leftX));
+  const cv::Point2d right(rightX, all->rowAt(rightX));
+  m.widthPx = std::sqrt((right - left).dot(right - left));
+  m.baseAngleDeg = all->angleDeg();
+  m.points.reserve(2);
+  addPoint(m, TFeature::leftEnd, left, all->sigmaPx());
+  addPoint(m, TFeature::rightEnd, right, all->sigmaPx());
+  m.confidence = confidenceOf(*all, *all);
+  return true;
+}
+
+bool measureGroove(const TSeam& seam, TMemory* memory, TJointMeasurement& m) {
   if (seam.profile) return takeProfile(*seam.profile, m);
   const TStripeProfile stripe(seam.stripePts, {}, 0.0, memory);
-  const TProfileFit fit = fitProfile(stripe, profilesOf(type), {}, memory);
+  const TProfileFit fit = fitProfile(stripe, profilesOf(m.weldType), {}, memory);
   return fit.isFound() && takeProfile(fit, m);
 }
 
-bool measureAs(const TSeam& seam, TWeldType type, TMemory* memory, TJointMeasurement& m) {
-  switch (type) {
-    case TWeldType::buttGap:
-    case TWeldType::lap:
-      return measureBreak(seam, type == TWeldType::lap, m);
-    case TWeldType::corner:
-      return measureCorner(seam, m);
-    case TWeldType::plate:
-      return measurePlate(seam, m);
-    default:
-      return measureProfile(seam, type, memory, m);
-  }
-}
-
-}  // namespace
-
 TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMemory* memory) {
-  TJointMeasurement m;
-  const bool areUsable = std::all_of(seam.stripePts.begin(), seam.stripePts.end(), isUsable);
-  const bool isSorted = std::is_sorted(seam.stripePts.begin(), seam.stripePts.end(),
-                                       [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
-  if (!seam.isFound || !isUsable(seam.pos) || !areUsable || !isSorted) return m;
+  const TJoint* const joint = findDetectedJoint(params.weldType);
+  const bool isMeasured = joint != nullptr && joint->rules.measure != nullptr;
+  if (!isMeasured || !seam.isFound || !isUsable(seam.pos)) return {};
   TJointMeasurement measured;
   measured.weldType = params.weldType;
-  if (!measureAs(seam, params.weldType, memory, measured)) return m;
+  if (!joint->rules.measure(seam, memory, measured)) return {};
   measured.isValid = true;
   return measured;
 }
@@ -210,6 +202,11 @@ TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMem
 }  // namespace weld
 
 TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& params) {
+  const std::vector<cv::Point2f>& points = result.stripePts;
+  const bool areUsable = std::all_of(points.begin(), points.end(), weld::isUsable);
+  const bool areSorted =
+      std::is_sorted(points.begin(), points.end(), [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
+  if (!areUsable || !areSorted) return {};
   weld::TArena memory;
   weld::TSeam seam(weld::TPoints(result.stripePts.begin(), result.stripePts.end(), &memory));
   seam.isFound = result.isFound;

@@ -1,6 +1,6 @@
-#include "scenes/made_joint.h"
 #include "profile/fit_table.h"
 #include "profile/stripe_noise.h"
+#include "scenes/made_joint.h"
 #include "scenes/random.h"
 #include "support/seed.h"
 
