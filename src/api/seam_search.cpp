@@ -97,6 +97,11 @@ TFound searchWholeOnBoth(const TSearch& search, bool isHurried) {
   return ridges;
 }
 
+// Of two profiles, the one that stands out more from a plate.
+bool isClearer(const TSeam& seam, const TSeam& other) {
+  return seam.profile && other.profile && seam.profile->score > other.profile->score;
+}
+
 // A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
 //   lostColumns  of the stripe that was searched for in vain before; 0 without one.
 TFound searchWhole(const TSearch& search, const TPrevious& previous, int lostColumns) {
@@ -106,7 +111,7 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous, int lostCol
                                                : searchWholeOnBoth(search, lostColumns > 0);
   if (first.hasAskedRidges || !first.seam.isFound) return first;
   TFound second = searchNear(search, TPrevious(first.seam), {}, !search.quest.ridges.isSpent());
-  return second.seam.isFound ? std::move(second) : std::move(first);
+  return second.seam.isFound && !isClearer(first.seam, second.seam) ? std::move(second) : std::move(first);
 }
 
 // Compares two numbers of stripe points, so that a guide or a second attempt would change what it says.

@@ -88,6 +88,11 @@ std::optional<TLayoutScore> TLayoutJudge::refine(TProfileLayout& layout, int rou
   return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
 }
 
+// Without an image nothing speaks against it.
+bool TLayoutJudge::isLit(const TProfileLayout& layout) const {
+  return options.frame == nullptr || areFeetLit(*options.frame, layout);
+}
+
 TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
   TProfileLayout layout = refined;
   if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
@@ -101,7 +106,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
                            stripe.holes().secondPx};
   if (!measureLayout(centresOf(layout.sense), layout, state, fit)) {
     fit.outcome = TProfileOutcome::tooShallow;
-  } else if (!arePlatesInLine(layout) || isStep(fit.measures)) {
+  } else if (!arePlatesInLine(layout) || isStep(fit.measures) || !isLit(layout)) {
     fit.outcome = TProfileOutcome::notMeeting;
   } else if (score.worstShare < kLeastShare) {
     fit.outcome = TProfileOutcome::notSeen;

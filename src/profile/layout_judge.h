@@ -24,6 +24,8 @@ public:
   TProfileFit judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const;
 
 private:
+  bool isLit(const TProfileLayout& layout) const;
+
   const TStripeProfile& stripe;
   const TProfileOptions& options;
   TList<double> turnedY;

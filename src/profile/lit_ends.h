@@ -7,6 +7,10 @@
 
 namespace weld {
 
+// Whether the flanks are lit up to the corners that they make with a flat root. A backing behind a root gap may
+// lie where such a root would; the dark of the gap tells it.
+bool areFeetLit(const TFrame& frame, const TProfileLayout& layout);
+
 // Moves the ends of flanks at a root or a wall on along their lines for as long as the image is at least half as
 // bright there as on the flank itself, and no centres tell that the light is another surface's. An end that lies
 // on such a surface, which crosses the line behind a hole, goes back to the hole.
