@@ -110,7 +110,9 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous, int lostCol
   TFound first = search.quest.ridges.isSpent() ? searchWholeOnEdgePairs(search, minColumns)
                                                : searchWholeOnBoth(search, lostColumns > 0);
   if (first.hasAskedRidges || !first.seam.isFound) return first;
-  TFound second = searchNear(search, TPrevious(first.seam), {}, !search.quest.ridges.isSpent());
+  TPrevious stripe(first.seam);
+  stripe.profile = nullptr;  // laid on less of the stripe
+  TFound second = searchNear(search, stripe, {}, !search.quest.ridges.isSpent());
   return second.seam.isFound && !isClearer(first.seam, second.seam) ? std::move(second) : std::move(first);
 }
 

@@ -35,6 +35,7 @@ constexpr J kRoundRoot{TJunctionKind::fillet, -178.0, -60.0, 0.0, 0};
 constexpr J kUpWall{TJunctionKind::jump, -180.0, 180.0, 6.0, -1};
 constexpr J kDownStep{TJunctionKind::jump, -180.0, 180.0, 6.0, 1};
 constexpr J kUpStep{TJunctionKind::jump, -180.0, 180.0, 6.0, -1};
+constexpr J kRootGap{TJunctionKind::hole, -12.0, 12.0, 0.0, 0};
 constexpr J kSmooth{TJunctionKind::tangent, -28.0, 28.0, 0.0, 0};
 constexpr J kCusp{TJunctionKind::cusp, -180.0, -40.0, 0.0, 0};
 constexpr J kLineCusp{TJunctionKind::cusp, -180.0, -25.0, 0.0, 0};
@@ -85,6 +86,11 @@ constexpr TProfileTemplate kU[] = {
      5,
      {{kPlate, kSteepDown, kFlat, kSteepUp, kPlate}},
      {{kShoulder, kRoundFoot, kRoundFoot, kShoulder}}},
+    {"U with a root gap",
+     TMeasuring::groove,
+     6,
+     {{kPlate, kSteepDown, kFlat, kFlat, kSteepUp, kPlate}},
+     {{kShoulder, kRoundFoot, kRootGap, kRoundFoot, kShoulder}}},
     {"U with a small arc",
      TMeasuring::groove,
      4,

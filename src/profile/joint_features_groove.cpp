@@ -98,6 +98,21 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
 }
 
+// A flat that is open somewhere.
+void setSplitRoot(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit) {
+  const TFittedElement& left = layout.elements[2];
+  const TFittedElement& right = layout.elements[3];
+  const double leftSigma = endSigma(state, left.lines.right, left.noise2, left.right);
+  const double rightSigma = endSigma(state, right.lines.left, right.noise2, right.left);
+  setFeature(fit, TFeature::leftRoot, left.right, leftSigma);
+  setFeature(fit, TFeature::rightRoot, right.left, rightSigma);
+  setFeature(fit, TFeature::root, 0.5 * (left.right + right.left),
+             0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
+  fit.measures.gapPx = distance(left.right, right.left);
+  if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
+  if (layout.fillets[3].isFound) fit.measures.rightRadiusPx = layout.fillets[3].circle.r;
+}
+
 // Deepest point of an arc under the base.
 void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit& fit) {
   setFeature(fit, TFeature::root, {c.x - c.r * base.dy, c.y + c.r * base.dx}, sigma);
@@ -111,7 +126,8 @@ void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& 
     const TCircle& c = layout.elements[e].arc.circle;
     return setRoundRoot(c, arcSigma(state, layout, e, {c.x, c.y + c.r}), s.base, fit);
   }
-  if (layout.count() > 4) return setFlatRoot(layout, s, state, fit);
+  if (layout.count() == 6) return setSplitRoot(layout, state, fit);
+  if (layout.count() == 5) return setFlatRoot(layout, s, state, fit);
   if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
   if (layout.fillets[1].isFound)
     return setRoundRoot(layout.fillets[1].circle, cornerSigma(state, layout, 1), s.base, fit);

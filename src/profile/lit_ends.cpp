@@ -18,6 +18,7 @@ constexpr double kHolePx = 2.5;         // columns between two runs of centres
 constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
+constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
 constexpr double kTailPx = 60.0;        // columns before an end in which a run of something else may begin
 constexpr double kFootPx = 40.0;        // of a flank, before the corner that its light must reach
 
@@ -39,7 +40,7 @@ public:
     const double endX = centres.at(last).x;
     int kept = last;
     for (int i = last; has(i - side) && std::abs(centres.at(i).x - endX) <= kTailPx; i -= side) {
-      if (isBreak(i) && isForeign(i)) kept = i - side;
+      if (isBreak(i) && (isForeign(i) || isShort(i, endX))) kept = i - side;
     }
     last = kept;
     return std::abs(centres.at(kept).x - endX);
@@ -68,6 +69,12 @@ private:
   bool isBreak(int i) const {
     return std::abs(centres.at(i).x - centres.at(i - side).x) > kHolePx ||
            std::abs(offsetOf(i) - offsetOf(i - side)) > offPx;
+  }
+
+  // Whether the run from this centre to the end is short beside the hole before it.
+  bool isShort(int first, double endX) const {
+    const double holePx = std::abs(centres.at(first).x - centres.at(first - side).x) - 1.0;
+    return std::abs(endX - centres.at(first).x) + 1.0 < kRunPerHole * holePx;
   }
 
   // Whether the run that begins with this centre begins off the line, or leaves it.

@@ -156,9 +156,6 @@ private:
         return placeCorner(j, touchOf(j));
       case TJunctionKind::root:
         return placeRoot(j);
-      case TJunctionKind::hole:
-        setSeenEnds(j);
-        return true;
       default:
         return placeEnds(j);
     }
