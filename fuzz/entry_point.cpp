@@ -1,9 +1,11 @@
-// Frames, parameters and previous results of any kind through the per-frame entry point and the tracker.
+// Frames, parameters and previous results of any kind through the per-frame entry point, the tracker, and what
+// measures and recognises joints.
 #include "fuzz/input.h"
 #include "fuzz/verdict.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -106,6 +108,30 @@ void runTracker(fuzz::TInput& input) {
   });
 }
 
+void checkMeasurement(const TJointMeasurement& m) {
+  require(m.isValid || m.points.empty(), "no points without a measurement");
+  require(m.confidence >= 0.0F && m.confidence <= 1.0F, "a confidence between 0 and 1");
+  for (const TFeaturePoint& p : m.points)
+    require(std::isfinite(p.pos.x) && std::isfinite(p.pos.y) && p.sigmaPx >= 0.0F, "points with a spread");
+}
+
+// Any result and the frame's own, measured as any joint.
+void runMeasuring(fuzz::TInput& input) {
+  const TWeldParams params = fuzz::takeParams(input);
+  TWeldLineRes result = fuzz::takeResult(input, kMaxPreviousPoints);
+  checkMeasurement(measureJoint(result, params));
+  const bool isFedBack = input.takeFlag();
+  forEachFrame(input, params, [&](const cv::Mat& image, TWeldParams& current) {
+    result = detectWeldLineViaTracking(image, current, isFedBack ? result : TWeldLineRes());
+    checkMeasurement(measureJoint(result, current));
+    double most = std::numeric_limits<double>::infinity();
+    for (const TJointCandidate& candidate : recogniseJoint(image)) {
+      require(candidate.score > 0.0 && candidate.score <= most, "candidates by falling score");
+      most = candidate.score;
+    }
+  });
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
@@ -115,7 +141,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::TInput input(data, size);
-  constexpr void (*kWays[fuzz::kWays])(fuzz::TInput&) = {runEntryPoint, compareTracker, runTracker};
+  constexpr void (*kWays[fuzz::kWays])(fuzz::TInput&) = {runEntryPoint, compareTracker, runTracker, runMeasuring};
   kWays[input.takeBelow(fuzz::kWays)](input);
   return 0;
 }

@@ -82,7 +82,9 @@ inline constexpr int kPositions = 8;
 
 // Of entry_point: frames of a sequence, and what may be done with them.
 inline constexpr int kMaxFrames = 4;
-inline constexpr int kWays = 3;
+inline constexpr int kWays = 4;
+inline constexpr int kEntryPointWay = 0;
+inline constexpr int kMeasuringWay = 3;
 
 // A previous result of anything.
 TWeldLineRes takeResult(TInput& input, int maxPoints);

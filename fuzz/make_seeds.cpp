@@ -57,11 +57,11 @@ void checkSeed(const TSeed& seed, const TWeldParams& params, const cv::Mat& imag
   fuzz::require(isSame, "seeds that read as they were put");
 }
 
-// The same frame four times through the entry point.
+// The same frame four times.
 template <typename TPutFrame>
-TSeed makeSequence(const TWeldParams& params, TPutFrame putFrame) {
+TSeed makeSequence(int way, const TWeldParams& params, TPutFrame putFrame) {
   TSeed seed;
-  seed.putBelow(0, fuzz::kWays);
+  seed.putBelow(way, fuzz::kWays);
   fuzz::putParams(seed, params);
   fuzz::putNoResult(seed);
   seed.putFlag(false);
@@ -74,9 +74,11 @@ void addScenes(TFolder& folder) {
   for (const auto& [joint, type] : scenes::detectedJoints()) {
     const cv::Mat image = scenes::renderScene(randomScene(joint, scenes::TLevel::clean, 1, kSceneSize)).image;
     const TWeldParams params = scenes::weldParamsFor(joint);
-    const TSeed seed = makeSequence(params, [&](TSeed& s) { fuzz::putFrame(s, image); });
-    checkSeed(seed, params, image);
-    folder.add(seed.bytes());
+    for (const int way : {fuzz::kEntryPointWay, fuzz::kMeasuringWay}) {
+      const TSeed seed = makeSequence(way, params, [&](TSeed& s) { fuzz::putFrame(s, image); });
+      checkSeed(seed, params, image);
+      folder.add(seed.bytes());
+    }
   }
 }
 
@@ -87,13 +89,15 @@ void addStrokes(TFolder& folder) {
       {{{10, 90}, {155, 90}}, {{158, 130}, {310, 130}}},
       {{{20, 70}, {160, 140}}, {{160, 140}, {300, 70}}},
       {{{5, 170}, {80, 170}}, {{80, 110}, {240, 110}}, {{240, 170}, {315, 170}}},
+      {{{10, 80}, {110, 80}}, {{110, 80}, {160, 160}}, {{160, 160}, {210, 80}}, {{210, 80}, {310, 80}}},
       {{{10, 100}, {310, 140}}}};
   for (const auto& [joint, type] : scenes::detectedJoints()) {
     for (const std::vector<TStroke>& strokes : drawings) {
       for (const bool usesRidges : {false, true}) {
         TWeldParams params = scenes::weldParamsFor(joint);
         params.flagPara1 = params.flagPara2 = usesRidges;
-        folder.add(makeSequence(params, [&](TSeed& s) { fuzz::putStrokes(s, kStrokeSize, strokes); }).bytes());
+        const auto putFrame = [&](TSeed& s) { fuzz::putStrokes(s, kStrokeSize, strokes); };
+        folder.add(makeSequence(fuzz::kEntryPointWay, params, putFrame).bytes());
       }
     }
   }

@@ -121,10 +121,9 @@ struct TWeldParameter {
 // One kind of joint.
 struct TWeldJoint {
   TWeldType type = TWeldType::none;
-  const char* name = "";       // "buttGap"
-  const char* shortName = "";  // "gap"; the name itself where there is no shorter one
-  const char* meaning = "";    // how the stripe shows it
-  bool hasDetector = false;
+  const char* name = "";                   // "buttGap"
+  const char* shortName = "";              // "gap"; the name itself where there is no shorter one
+  const char* meaning = "";                // how the stripe shows it
   std::vector<TWeldPosType> positions;     // that it knows; any other one counts as centre
   std::vector<TFeature> features;          // that it has
   std::vector<TWeldParameter> parameters;  // that it reads

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "zelWeldDetectExport.h"
+#include "zelWeldJoint.h"
 #include "zelWeldTypes.h"
 
 #include <opencv2/core.hpp>
@@ -76,7 +77,7 @@ struct TTraceFilter {
   std::int32_t after = 0;
 };
 
-// One straight piece of the stripe.
+// One piece of the stripe, straight or an arc.
 struct TTracePiece {
   cv::Point startPt;
   cv::Point endPt;
@@ -87,6 +88,9 @@ struct TTracePiece {
   double meanDistPx = 0.0;  // of the points from the line
   double maxDistPx = 0.0;
   bool isFitted = false;
+  const char* name = "";         // of a groove's: "left flank"; empty for the others
+  cv::Point2d centre{0.0, 0.0};  // of an arc
+  double radiusPx = 0.0;         // 0: straight
 };
 
 // One line that a detector tried.
@@ -121,6 +125,7 @@ struct TTraceAttempt {
   std::vector<TTraceFilter> filters;  // in the order in which they ran
   std::vector<cv::Point2f> centres;   // what the detector worked on
   std::vector<TTracePiece> pieces;
+  std::vector<TFeaturePoint> features;  // of a groove that was laid over the stripe, found or refused
   std::vector<TTraceLine> lines;
   std::vector<TTraceCheck> checks;        // in the order in which they ran
   std::vector<cv::Point2f> testedPoints;  // seam points that were put to the test

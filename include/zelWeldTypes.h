@@ -8,16 +8,16 @@
 
 // Joint kind; selects the detector. Any other value is safe and behaves like `none`.
 enum class TWeldType : std::int32_t {
-  buttGap = 0,         // one straight stripe broken by a gap
-  lap = 1,             // two pieces displaced in height (a step)
-  corner = 2,          // two flanks that meet in one corner
-  none = 3,            // no detector: every call gives the empty result
-  plate = 4,           // one plate: the highest straight piece and its two ends
-  uGroove = 5,         // no detector in this release
-  vGroove = 6,         // no detector in this release
-  singleBevel = 7,     // no detector in this release
-  flareV = 8,          // no detector in this release
-  flareBevel = 9,      // no detector in this release
+  buttGap = 0,  // one straight stripe broken by a gap
+  lap = 1,      // two pieces displaced in height (a step)
+  corner = 2,   // two flanks that meet in one corner
+  none = 3,     // no detector: every call gives the empty result
+  plate = 4,    // one plate: the highest straight piece and its two ends
+  uGroove = 5,
+  vGroove = 6,
+  singleBevel = 7,
+  flareV = 8,
+  flareBevel = 9,
   stripePresence = 10  // is the stripe there, compared with the previous frame
 };
 

@@ -6,10 +6,10 @@ namespace scenes {
 namespace {
 
 template <typename TAccept>
-std::vector<TDrawnJoint> detectedWhere(TAccept accept) {
+std::vector<TDrawnJoint> jointsWhere(TAccept accept) {
   std::vector<TDrawnJoint> list;
   for (const TWeldJoint& joint : weldJoints()) {
-    if (joint.hasDetector && accept(joint)) list.push_back({jointOf(joint.type), joint.type});
+    if (accept(joint)) list.push_back({jointOf(joint.type), joint.type});
   }
   return list;
 }
@@ -48,13 +48,13 @@ const std::vector<TDrawnJoint>& drawnJoints() {
 }
 
 const std::vector<TDrawnJoint>& detectedJoints() {
-  static const std::vector<TDrawnJoint> joints = detectedWhere([](const TWeldJoint&) { return true; });
+  static const std::vector<TDrawnJoint> joints = jointsWhere([](const TWeldJoint&) { return true; });
   return joints;
 }
 
 const std::vector<TDrawnJoint>& seamJoints() {
   static const std::vector<TDrawnJoint> joints =
-      detectedWhere([](const TWeldJoint& joint) { return !joint.features.empty(); });
+      jointsWhere([](const TWeldJoint& joint) { return !joint.features.empty(); });
   return joints;
 }
 

@@ -13,5 +13,6 @@ void addExposureCommand(CLI::App& program);
 void addFeaturesCommand(CLI::App& program);
 void addCompareCommand(CLI::App& program);
 void addSweepCommand(CLI::App& program);
+void addIdentifyCommand(CLI::App& program);
 
 }  // namespace tool

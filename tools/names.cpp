@@ -79,9 +79,6 @@ TWeldType parseDetectorType(const std::string& text) {
   if (joint == nullptr) {
     throw usageError("unknown joint type '" + text + "': use " + detectorTypeNames());
   }
-  if (!joint->hasDetector) {
-    throw usageError("joint type '" + std::string(joint->name) + "' has no detector: use " + detectorTypeNames());
-  }
   return joint->type;
 }
 
@@ -111,7 +108,7 @@ TJoint parseJoint(const std::string& text) {
 
 TWeldType detectorFor(TJoint joint) {
   const TWeldJoint* const own = findWeldJoint(scenes::weldTypeOf(joint));
-  return own != nullptr && own->hasDetector ? own->type : TWeldType::stripePresence;
+  return own != nullptr ? own->type : TWeldType::stripePresence;
 }
 
 std::string detectorTypeNames() {

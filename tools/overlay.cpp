@@ -1,7 +1,5 @@
 #include "tools/overlay.h"
 
-#include "tools/trace_json.h"
-
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -16,6 +14,7 @@ const cv::Scalar kRegionColour(220, 140, 30);
 const cv::Scalar kRejectedColour(40, 130, 255);
 const cv::Scalar kLineColour(200, 200, 200);
 const cv::Scalar kPieceColour(255, 60, 230);
+const cv::Scalar kMarkColour(255, 255, 120);
 const cv::Scalar kTestedColour(60, 230, 255);
 const cv::Scalar kSeamColour(80, 60, 255);
 const cv::Scalar kHeldColour(40, 180, 240);
@@ -31,6 +30,7 @@ const std::array<cv::Scalar, 3> kStretchColours = {cv::Scalar(50, 205, 0), cv::S
 constexpr double kRegionOpacity = 0.15;
 constexpr double kLabelOpacity = 0.65;
 constexpr float kMaxLinkPx = 3.0F;  // stripe centres farther apart begin a new stretch; twice as much in height
+constexpr int kLeastNamedPx = 400;  // width of an image that has room for names
 constexpr int kSubpixelBits = 4;    // drawing accuracy: 1/16 px
 
 // Line widths and text grow with the image, so that a large frame stays readable when shown small.
@@ -100,15 +100,17 @@ void drawStripe(cv::Mat& image, const std::vector<cv::Point2f>& points) {
                           std::abs(points[i].y - points[i - 1].y) <= 2.0F * kMaxLinkPx;
     stretch += i > 0 && !isLinked ? 1 : 0;
     drawLine(image, {isLinked ? points[i - 1] : points[i], points[i]},
-             kStretchColours[stretch % kStretchColours.size()], 2.0);
+             kStretchColours[stretch % kStretchColours.size()], 1.5);
   }
 }
 
-// A line of pieces with a bar across both ends.
-void drawPiece(cv::Mat& image, const TSegment& piece) {
+// A piece with a bar across both ends. The stripe is drawn over it and leaves its edges to be seen.
+void drawPiece(cv::Mat& image, const TPolyline& piece) {
   const float bar = static_cast<float>(9.0 * drawingScale(image));
-  drawLine(image, piece, kPieceColour, 1.0);
-  for (const cv::Point2f& end : {piece.first, piece.second}) {
+  for (std::size_t i = 1; i < piece.size(); ++i) {
+    drawLine(image, {piece[i - 1], piece[i]}, kPieceColour, 4.0);
+  }
+  for (const cv::Point2f& end : {piece.front(), piece.back()}) {
     drawLine(image, {end - cv::Point2f(0, bar), end + cv::Point2f(0, bar)}, kPieceColour, 1.5);
   }
 }
@@ -130,15 +132,42 @@ void drawCross(cv::Mat& image, cv::Point2f centre, const cv::Scalar& colour) {
   }
 }
 
-std::vector<TSegment> linesAcross(const std::vector<TTraceLine>& lines, int imageWidth) {
-  std::vector<TSegment> segments;
-  for (const TTraceLine& line : lines) {
-    const auto at = [&](double x) { return cv::Point2f(cv::Point2d(x, line.slope * x + line.intercept)); };
-    if (line.isValid) {
-      segments.emplace_back(at(0.0), at(imageWidth - 1.0));
+// Names stand outside the joint: above its upper points and below the lower ones, those of a side on that side.
+void drawName(cv::Mat& image, const TMark& mark, bool isUpper) {
+  const double textScale = 0.45 * drawingScale(image);
+  const int thickness = lineWidth(image, 1.0);
+  const cv::Size size = cv::getTextSize(mark.name, cv::FONT_HERSHEY_SIMPLEX, textScale, thickness, nullptr);
+  const bool isLeft = mark.name.rfind("left", 0) == 0;
+  const bool isRight = mark.name.rfind("right", 0) == 0;
+  const double space = (isLeft || isRight ? 15.0 : 30.0) * drawingScale(image);  // the cross of the seam is there
+  const int x = cvRound(mark.pos.x) - (isLeft ? size.width : isRight ? 0 : size.width / 2);
+  const int y = cvRound(static_cast<double>(mark.pos.y) + (isUpper ? -space : space + size.height));
+  const cv::Point base(std::clamp(x, 0, std::max(0, image.cols - size.width)),
+                       std::clamp(y, size.height, std::max(size.height, image.rows - 2)));
+  for (const auto& [ink, more] : {std::pair(kBlack, 2), std::pair(kMarkColour, 0)}) {
+    cv::putText(image, mark.name, base, cv::FONT_HERSHEY_SIMPLEX, textScale, ink, thickness + more, cv::LINE_AA);
+  }
+}
+
+// Of points at one place the first is named.
+void drawMarks(cv::Mat& image, const std::vector<TMark>& marks) {
+  double sumY = 0.0;
+  for (const TMark& mark : marks) {
+    sumY += static_cast<double>(mark.pos.y);
+  }
+  const double middleY = sumY / static_cast<double>(std::max<std::size_t>(1, marks.size()));
+  for (auto mark = marks.begin(); mark != marks.end(); ++mark) {
+    if (!isFinite(mark->pos)) {
+      continue;
+    }
+    drawRing(image, mark->pos, 5.0, kMarkColour);
+    const bool isNamed = std::any_of(marks.begin(), mark, [&](const TMark& other) {
+      return cv::norm(other.pos - mark->pos) < 6.0 * drawingScale(image);
+    });
+    if (!isNamed && image.cols >= kLeastNamedPx) {
+      drawName(image, *mark, static_cast<double>(mark->pos.y) < middleY);
     }
   }
-  return segments;
 }
 
 std::string hexOf(const cv::Scalar& colour) {
@@ -148,32 +177,6 @@ std::string hexOf(const cv::Scalar& colour) {
 
 }  // namespace
 
-std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TTrackedSeam& seam) {
-  const TWeldJoint* const joint = findWeldJoint(params.weldType);
-  const bool hasSeamPoint = seam.state != TSeamState::lost && joint != nullptr && !joint->features.empty();
-  return hasSeamPoint ? std::make_optional(cv::Point2d(seam.weldPos)) : std::nullopt;
-}
-
-TOverlay overlayOf(const TWeldParams& params, const TTrackedSeam& seam, const TFrameTrace& trace, int imageWidth) {
-  TOverlay overlay;
-  overlay.state = seam.state;
-  overlay.seam = seamOf(params, seam);
-  overlay.centres = seam.line.stripePts;
-  const TTraceAttempt* const attempt = decisiveAttempt(trace);
-  if (attempt == nullptr) {
-    return overlay;
-  }
-  overlay.regions.assign(attempt->regions.begin(), attempt->regions.end());
-  overlay.rejected.assign(attempt->rejected.begin(), attempt->rejected.end());
-  overlay.centres = attempt->centres;
-  overlay.lines = linesAcross(attempt->lines, imageWidth);
-  for (const TTracePiece& piece : attempt->pieces) {
-    overlay.pieces.emplace_back(piece.startPt, piece.endPt);
-  }
-  overlay.testedPts = attempt->testedPoints;
-  return overlay;
-}
-
 cv::Mat drawOverlay(const cv::Mat& image, const TOverlay& overlay) {
   cv::Mat drawn = toColour(image);
   drawRegions(drawn, overlay.regions);
@@ -181,10 +184,11 @@ cv::Mat drawOverlay(const cv::Mat& image, const TOverlay& overlay) {
   for (const TSegment& line : overlay.lines) {
     drawLine(drawn, line, kLineColour, 0.7);
   }
-  for (const TSegment& piece : overlay.pieces) {
+  for (const TPolyline& piece : overlay.pieces) {
     drawPiece(drawn, piece);
   }
   drawStripe(drawn, overlay.centres);
+  drawMarks(drawn, overlay.marks);
   for (const cv::Point2f& point : overlay.testedPts) {
     drawRing(drawn, point, 8.0, kTestedColour);
   }
@@ -224,34 +228,16 @@ void drawLabel(cv::Mat& image, const std::vector<std::string>& lines, TSeamState
   }
 }
 
-TOverlay scaled(TOverlay overlay, float factor) {
-  // Pixel centres are at whole numbers, so the image's corner is at (-0.5, -0.5).
-  const cv::Point2f half(0.5F, 0.5F);
-  const auto scalePoint = [&](cv::Point2f point) { return (point + half) * factor - half; };
-  for (auto* const points : {&overlay.rejected, &overlay.centres, &overlay.testedPts}) {
-    std::transform(points->begin(), points->end(), points->begin(), scalePoint);
-  }
-  for (auto* const segments : {&overlay.lines, &overlay.pieces}) {
-    for (TSegment& segment : *segments) {
-      segment = {scalePoint(segment.first), scalePoint(segment.second)};
-    }
-  }
-  for (cv::Rect2f& region : overlay.regions) {
-    region = {scalePoint(region.tl()), region.size() * factor};
-  }
-  for (auto* const point : {&overlay.seam, &overlay.trueSeam}) {
-    if (*point) {
-      *point = scalePoint(**point);
-    }
-  }
-  return overlay;
-}
-
 std::vector<std::pair<std::string, std::string>> overlayKey() {
-  return {{"searched", hexOf(kRegionColour)},     {"rejected", hexOf(kRejectedColour)},
-          {"stripe", hexOf(kStretchColours[0])},  {"next stretch", hexOf(kStretchColours[1])},
-          {"piece", hexOf(kPieceColour)},         {"line tried", hexOf(kLineColour)},
-          {"point tested", hexOf(kTestedColour)}, {"seam", hexOf(kSeamColour)},
+  return {{"searched", hexOf(kRegionColour)},
+          {"rejected", hexOf(kRejectedColour)},
+          {"stripe", hexOf(kStretchColours[0])},
+          {"next stretch", hexOf(kStretchColours[1])},
+          {"piece", hexOf(kPieceColour)},
+          {"line tried", hexOf(kLineColour)},
+          {"point of the joint", hexOf(kMarkColour)},
+          {"point tested", hexOf(kTestedColour)},
+          {"seam", hexOf(kSeamColour)},
           {"held seam", hexOf(kHeldColour)}};
 }
 

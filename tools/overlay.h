@@ -15,6 +15,13 @@
 namespace tool {
 
 using TSegment = std::pair<cv::Point2f, cv::Point2f>;
+using TPolyline = std::vector<cv::Point2f>;
+
+// A point with a name: "left shoulder".
+struct TMark {
+  std::string name;
+  cv::Point2f pos;
+};
 
 // What is drawn over an image, in its pixels.
 struct TOverlay {
@@ -22,7 +29,8 @@ struct TOverlay {
   std::vector<cv::Point2f> rejected;    // stripe points that a filter dropped
   std::vector<cv::Point2f> centres;     // stripe points that the detector worked on
   std::vector<TSegment> lines;          // that the detector tried
-  std::vector<TSegment> pieces;         // straight pieces of the stripe
+  std::vector<TPolyline> pieces;        // of the stripe, straight or arcs
+  std::vector<TMark> marks;             // points of the joint
   std::vector<cv::Point2f> testedPts;   // seam points that were put to the test
   std::optional<cv::Point2f> seam;      // seam point found or held
   std::optional<cv::Point2f> trueSeam;  // where it truly is

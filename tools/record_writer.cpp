@@ -34,11 +34,6 @@ std::string tableHeading() {
   return line.str();
 }
 
-// The end of a long name says more than its beginning.
-std::string shortened(const std::string& file) {
-  return file.size() <= kFileWidth ? file : "..." + file.substr(file.size() - kFileWidth + 3);
-}
-
 std::string foundWord(TSeamState state) {
   return state == TSeamState::held ? "held" : (state == TSeamState::found ? "yes" : "no");
 }
@@ -48,9 +43,9 @@ std::string tableLine(const TFrameRecord& record, bool hasTrace) {
   const std::string y = record.seam ? fixed(record.seam->y, 2) : "-";
   std::ostringstream line;
   line << std::right << std::setw(6) << record.frame << "  " << std::left << std::setw(kFileWidth)
-       << shortened(record.file) << std::right << std::setw(7) << foundWord(record.tracked.state) << std::setw(10)
-       << x << std::setw(10) << y << std::setw(8) << record.tracked.line.stripePts.size() << std::setw(10)
-       << fixed(record.tracked.line.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
+       << shortened(record.file, kFileWidth) << std::right << std::setw(7) << foundWord(record.tracked.state)
+       << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.tracked.line.stripePts.size()
+       << std::setw(10) << fixed(record.tracked.line.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
   if (hasTrace && record.tracked.state != TSeamState::found) {
     line << "  " << record.trace->sentence;
   }
@@ -98,17 +93,6 @@ std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) 
     line["trace"] = traceJson(*record.trace, hasPoints);
   }
   return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-}
-
-std::string csvText(const std::string& text) {
-  if (text.find_first_of(",\"\n\r") == std::string::npos) {
-    return text;
-  }
-  std::string quoted = "\"";
-  for (const char c : text) {
-    quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-  }
-  return quoted + "\"";
 }
 
 std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {

@@ -24,6 +24,21 @@ std::string padded(const std::string& text, std::size_t width) {
   return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
 }
 
+std::string shortened(const std::string& text, std::size_t width) {
+  return text.size() <= width ? text : "..." + text.substr(text.size() - width + 3);
+}
+
+std::string csvText(const std::string& text) {
+  if (text.find_first_of(",\"\n\r") == std::string::npos) {
+    return text;
+  }
+  std::string quoted = "\"";
+  for (const char c : text) {
+    quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+  }
+  return quoted + "\"";
+}
+
 std::string onOneLine(std::string text) {
   const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
   std::replace_if(text.begin(), text.end(), isControl, ' ');

@@ -70,15 +70,29 @@ ordered_json filterJson(const TTraceFilter& filter) {
 }
 
 ordered_json pieceJson(const TTracePiece& piece) {
-  return {{"start", pointJson(piece.startPt)},
-          {"end", pointJson(piece.endPt)},
-          {"slope", rounded(piece.slope, kSlopeSteps)},
-          {"intercept", rounded(piece.intercept)},
-          {"points", piece.points},
-          {"inliers", piece.inliers},
-          {"meanDistPx", rounded(piece.meanDistPx)},
-          {"maxDistPx", rounded(piece.maxDistPx)},
-          {"isFitted", piece.isFitted}};
+  ordered_json json = {{"start", pointJson(piece.startPt)},
+                       {"end", pointJson(piece.endPt)},
+                       {"slope", rounded(piece.slope, kSlopeSteps)},
+                       {"intercept", rounded(piece.intercept)},
+                       {"points", piece.points},
+                       {"inliers", piece.inliers},
+                       {"meanDistPx", rounded(piece.meanDistPx)},
+                       {"maxDistPx", rounded(piece.maxDistPx)},
+                       {"isFitted", piece.isFitted}};
+  if (*piece.name != '\0') {
+    json["name"] = piece.name;
+  }
+  if (piece.radiusPx > 0.0) {
+    json["centre"] = pointJson(piece.centre);
+    json["radiusPx"] = rounded(piece.radiusPx);
+  }
+  return json;
+}
+
+ordered_json featureJson(const TFeaturePoint& point) {
+  return {{"name", featureText(point.feature)},
+          {"pos", pointJson(point.pos)},
+          {"sigmaPx", rounded(static_cast<double>(point.sigmaPx))}};
 }
 
 ordered_json lineJson(const TTraceLine& line) {
@@ -113,6 +127,7 @@ ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
       {"centres", attempt.centres.size()},
       {"filters", listOf(attempt.filters, filterJson)},
       {"pieces", listOf(attempt.pieces, pieceJson)},
+      {"features", listOf(attempt.features, featureJson)},
       {"lines", listOf(attempt.lines, lineJson)},
       {"checks", listOf(attempt.checks, checkJson)},
       {"testedPts", listOf(attempt.testedPoints, pointJson<cv::Point2f>)}};

@@ -4,6 +4,7 @@
 #include "scenes/scene.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace bench {
@@ -80,6 +81,17 @@ cv::Mat1b drawStaggeredStretches() {
   return image;
 }
 
+// Half circles side by side: every one of them a flare, a round groove or a curve.
+cv::Mat1b drawScallops(int radiusPx) {
+  cv::Mat1b image(kSize, static_cast<unsigned char>(0));
+  for (int x = 0; x < kSize.width; ++x) {
+    const double across = x % (2 * radiusPx) + 0.5 - radiusPx;
+    const int top = cvRound(400.0 - 0.9 * std::sqrt(radiusPx * radiusPx - across * across));
+    image(cv::Rect(x, top, 1, 15)) = 255;
+  }
+  return image;
+}
+
 cv::Mat1b drawSpatter() {
   scenes::TSceneParams params = scenes::randomScene(scenes::TJoint::corner, scenes::TLevel::harsh, kSeed, kSize);
   params.look.spatter = 3000;
@@ -110,6 +122,8 @@ std::vector<TWorstFrame> makeWorstFrames() {
       {"five zig-zags in noise", over(zigzags, fineNoise, 0.3)},
       {"zig-zag in noise brighter downwards", over(drawZigzags(1, 26, 6.0), brightenDownwards(fineNoise), 0.3)},
       {"staggered stretches", drawStaggeredStretches()},
+      {"row of grooves", drawZigzags(1, 128, 90.0)},
+      {"row of scallops", drawScallops(64)},
       {"3000 streaks of spatter", drawSpatter()}};
 }
 

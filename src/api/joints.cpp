@@ -64,7 +64,7 @@ TJoint groove(TWeldType type, const char* name, const char* shortName, const cha
   const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
                                           TFeature::leftShoulder, TFeature::rightShoulder};
   const std::vector<TPos> positions = {TPos::centre, TPos::left, TPos::right, TPos::upper, TPos::lower};
-  return {{type, name, shortName, meaning, true, positions, features, grooveParameters()}, grooveRules()};
+  return {{type, name, shortName, meaning, positions, features, grooveParameters()}, grooveRules()};
 }
 
 const std::vector<TJoint>& joints() {
@@ -73,7 +73,6 @@ const std::vector<TJoint>& joints() {
         "buttGap",
         "gap",
         "one straight stripe broken by a gap",
-        true,
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
@@ -82,7 +81,6 @@ const std::vector<TJoint>& joints() {
         "lap",
         "lap",
         "two pieces displaced in height",
-        true,
         {TPos::centre, TPos::upper, TPos::lower},
         {TFeature::upperCorner, TFeature::lowerCorner},
         lapParameters()},
@@ -91,7 +89,6 @@ const std::vector<TJoint>& joints() {
         "corner",
         "corner",
         "two flanks that meet in one corner",
-        true,
         {TPos::centre},
         {TFeature::corner},
         cornerParameters()},
@@ -100,7 +97,6 @@ const std::vector<TJoint>& joints() {
         "plate",
         "plate",
         "the highest straight piece and its two ends",
-        true,
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEnd, TFeature::rightEnd},
         plateParameters()},
@@ -114,7 +110,6 @@ const std::vector<TJoint>& joints() {
         "stripePresence",
         "presence",
         "is the stripe there, as in the frame before?",
-        true,
         {TPos::centre},
         {},
         presenceParameters()},
@@ -123,17 +118,12 @@ const std::vector<TJoint>& joints() {
   return rows;
 }
 
+}  // namespace
+
 const TJoint* findJoint(TWeldType type) {
   const auto row =
       std::find_if(joints().begin(), joints().end(), [type](const TJoint& j) { return j.info.type == type; });
   return row != joints().end() ? &*row : nullptr;
-}
-
-}  // namespace
-
-const TJoint* findDetectedJoint(TWeldType type) {
-  const TJoint* const joint = findJoint(type);
-  return joint != nullptr && joint->rules.find != nullptr ? joint : nullptr;
 }
 
 }  // namespace weld

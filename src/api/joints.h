@@ -16,7 +16,7 @@ struct TExtractionRule {
 inline constexpr int kUsualBandPx = 60;
 
 struct TJointRules {
-  TFindSeam find = nullptr;                                                             // null: no detector
+  TFindSeam find = nullptr;
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
   int bandPx = kUsualBandPx;         // half height of the search band around the previous stripe
@@ -35,7 +35,7 @@ struct TJoint {
   TJointRules rules;
 };
 
-// The joint of that type; null where there is no detector for it.
-const TJoint* findDetectedJoint(TWeldType type);
+// The joint of that type; null for a type without a row.
+const TJoint* findJoint(TWeldType type);
 
 }  // namespace weld

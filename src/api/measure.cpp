@@ -189,7 +189,7 @@ bool measureGroove(const TSeam& seam, TMemory* memory, TJointMeasurement& m) {
 }
 
 TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMemory* memory) {
-  const TJoint* const joint = findDetectedJoint(params.weldType);
+  const TJoint* const joint = findJoint(params.weldType);
   const bool isMeasured = joint != nullptr && joint->rules.measure != nullptr;
   if (!isMeasured || !seam.isFound || !isUsable(seam.pos)) return {};
   TJointMeasurement measured;

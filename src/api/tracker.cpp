@@ -121,7 +121,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   TFrameTrace trace;
   const weld::TTrace seen = state->options.keepTrace ? weld::TTrace(trace) : weld::TTrace();
   const weld::TTraceClock clock(seen);
-  const weld::TJoint* const joint = weld::findDetectedJoint(state->params.weldType);
+  const weld::TJoint* const joint = weld::findJoint(state->params.weldType);
   const bool hasSeamPoint = joint == nullptr || joint->rules.hasSeamPoint;
 
   const weld::TFrame frame{image, state->params, state->beginFrame(image, joint), seen};

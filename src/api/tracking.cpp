@@ -15,7 +15,7 @@ constexpr std::size_t kStackBytes = 16384;  // for the small lists of a frame; t
 }  // namespace
 
 TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLineRes prevRes) {
-  const weld::TJoint* const joint = weld::findDetectedJoint(params.weldType);
+  const weld::TJoint* const joint = weld::findJoint(params.weldType);
   if (!weld::hasPixels(img) || joint == nullptr) return {};
   weld::requireReadable(img);
   alignas(64) std::array<std::byte, kStackBytes> stack;

@@ -1,6 +1,7 @@
 #include "detectors/groove.h"
 
 #include "detectors/common_checks.h"
+#include "detectors/groove_report.h"
 #include "profile/profile_engine.h"
 #include "zelWeldSettings.h"
 
@@ -23,11 +24,26 @@ constexpr TCheck kMeeting{
     {22, TWeldOutcome::elementMissing, "groove", "flanks and plates do not meet in a groove"},
     "flanks and plates that meet"};
 constexpr TCheck kRelief{{23, TWeldOutcome::fitTooWeak, "groove", "groove within the roughness of the stripe"},
-                         "groove that stands out of the noise"};
-constexpr TCheck kSeen{{24, TWeldOutcome::fitTooWeak, "groove", "too little stripe beside a corner of the groove"},
-                       "stripe beside the groove's corners"};
+                         "depth that stands out of the noise",
+                         TRule::atLeast,
+                         "px"};
+constexpr TCheck kRound{{23, TWeldOutcome::elementMissing, "round edges", "round edges overlap or turn away"},
+                        "round edges side by side"};
+constexpr TCheck kPlates{{24, TWeldOutcome::angleOutOfRange, "plates", "plates out of line"},
+                         "angle between the plates",
+                         TRule::atMost,
+                         "deg"};
+constexpr TCheck kStep{{25, TWeldOutcome::sizeOutOfRange, "plates", "a step rather than a groove"},
+                       "mismatch of the plates beside the depth",
+                       TRule::notAbove,
+                       "px"};
+constexpr TCheck kFeet{{26, TWeldOutcome::elementMissing, "root", "a flank ends before its flat root"},
+                       "flanks lit up to a flat root"};
+constexpr TCheck kSeen{{27, TWeldOutcome::fitTooWeak, "groove", "too little stripe beside a corner of the groove"},
+                       "share of stripe beside the worst corner",
+                       TRule::atLeast};
 constexpr TCheck kBetter{
-    {25, TWeldOutcome::fitTooWeak, "groove", "a plate or a curve explains the stripe as well"},
+    {28, TWeldOutcome::fitTooWeak, "groove", "a plate or a curve explains the stripe as well"},
     "gain over a plate or a curve",
     TRule::atLeast};
 
@@ -121,35 +137,24 @@ double lengthOf(const TProfileElement& element) {
   return std::sqrt(d.dot(d));
 }
 
-void reportElements(const TProfileFit& fit, const TTrace& trace) {
-  if (!trace) return;
-  trace.attempt().pieces.clear();
-  for (std::size_t e = 0; e < fit.elementCount; ++e) {
-    const TProfileElement& element = fit.elements[e];
-    const cv::Point2d d = element.right - element.left;
-    TTracePiece piece;
-    piece.startPt = cv::Point(element.left);
-    piece.endPt = cv::Point(element.right);
-    piece.slope = d.x != 0.0 ? d.y / d.x : 0.0;
-    piece.intercept = element.left.y - piece.slope * element.left.x;
-    piece.meanDistPx = element.noisePx;
-    piece.maxDistPx = element.noisePx;
-    piece.points = static_cast<std::int32_t>(d.x);
-    piece.inliers = static_cast<std::int32_t>(d.x * element.inlierShare);
-    piece.isFitted = true;
-    trace.attempt().pieces.push_back(piece);
-  }
-}
-
-// What the engine itself asks of a profile.
+// What the engine itself asks of a profile, with its numbers where the joint has them.
 bool isLaid(const TProfileFit& fit, const TStripeProfile& stripe, const TTrace& trace) {
   const TProfileOutcome outcome = fit.outcome;
+  const TJointMeasures& m = fit.measures;
   const TProfileOptions limits;
+  const auto notes = [&](const TCheck& check, double measured, double limit, TProfileOutcome failure) {
+    const bool hasNumbers = !std::isnan(measured) && !std::isnan(limit);
+    return hasNumbers ? trace.note(check, measured, limit, outcome != failure)
+                      : trace.holds(check, outcome != failure);
+  };
   return trace.passes(kCentres, static_cast<std::size_t>(stripe.centres().count()), kLeastCentres) &&
          trace.holds(kLayout, outcome != TProfileOutcome::noLayout && outcome != TProfileOutcome::tooFewCentres) &&
          trace.holds(kMeeting, outcome != TProfileOutcome::notMeeting) &&
-         trace.holds(kRelief, outcome != TProfileOutcome::tooShallow) &&
-         trace.holds(kSeen, outcome != TProfileOutcome::notSeen) &&
+         notes(isFlare(fit) ? kRound : kRelief, m.depthPx, fit.leastDepthPx, TProfileOutcome::tooShallow) &&
+         notes(kPlates, fit.platesApartDeg, kMostPlatesApartDeg, TProfileOutcome::platesApart) &&
+         notes(kStep, std::abs(m.mismatchPx), m.depthPx, TProfileOutcome::stepped) &&
+         trace.holds(kFeet, outcome != TProfileOutcome::darkFeet) &&
+         notes(kSeen, fit.worstShare, kLeastShare, TProfileOutcome::notSeen) &&
          trace.note(kBetter, fit.score, limits.leastGain, fit.isFound());
 }
 
@@ -185,13 +190,18 @@ bool areAnglesAdmissible(const TProfileFit& fit, const TGrooveSettings& settings
 bool areSidesAdmissible(const TProfileFit& fit, const TGrooveSettings& settings, const TTrace& trace) {
   double roughestPx = 0.0;
   double shortestPx = std::numeric_limits<double>::infinity();
+  std::size_t roughest = 0;
+  std::size_t shortest = 0;
   for (std::size_t e = 0; e < fit.elementCount; ++e) {
-    if (!isSide(fit, fit.elements[e])) continue;
-    roughestPx = std::max(roughestPx, fit.elements[e].noisePx);
-    shortestPx = std::min(shortestPx, lengthOf(fit.elements[e]));
+    const TProfileElement& side = fit.elements[e];
+    if (!isSide(fit, side)) continue;
+    if (side.noisePx > roughestPx) roughest = e;
+    if (lengthOf(side) < shortestPx) shortest = e;
+    roughestPx = std::max(roughestPx, side.noisePx);
+    shortestPx = std::min(shortestPx, lengthOf(side));
   }
-  return trace.passes(kSmooth, roughestPx, settings.lineTolerancePx) &&
-         trace.passes(kLength, shortestPx, settings.minElementPx);
+  return trace.ofPiece(roughest).passes(kSmooth, roughestPx, settings.lineTolerancePx) &&
+         trace.ofPiece(shortest).passes(kLength, shortestPx, settings.minElementPx);
 }
 
 bool isGroove(const TProfileFit& fit, const TGrooveSettings& settings, const TTrace& trace) {
@@ -260,7 +270,7 @@ TSeam findGroove(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
   TSeam seam(TPoints(stripe.points, frame.memory));
   const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
   const TProfileFit fit = lay(frame, profile, previous);
-  reportElements(fit, trace);
+  reportGroove(fit, trace);
   if (!isLaid(fit, profile, trace)) return seam;
   const auto pos = cv::Point2f(pointAt(fit, frame.params.weldPosType));
   trace.addTestedPoint(pos);

@@ -20,8 +20,9 @@ double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
 }
 
-bool isDeep(const TProfileFit& fit, double noisePx) {
-  return fit.measures.depthPx >= std::max(kLeastDepthPx, kDepthPerNoise * noisePx);
+bool isDeep(TProfileFit& fit, double noisePx) {
+  fit.leastDepthPx = std::max(kLeastDepthPx, kDepthPerNoise * noisePx);
+  return fit.measures.depthPx >= fit.leastDepthPx;
 }
 
 // The end of a flank carried along it to a depth under its plate.

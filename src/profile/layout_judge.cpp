@@ -11,8 +11,6 @@ namespace weld {
 
 namespace {
 
-constexpr double kPlatesApartDeg = 14.0;
-constexpr double kLeastShare = 0.4;        // of the centres next to a corner that belong to the elements
 constexpr double kConfidenceScale = 20.0;  // gain over a plate
 constexpr double kRightPx = 3.0;
 // Of the joints found, however unclear, and what clarity adds; both from made joints of every level.
@@ -55,13 +53,14 @@ double confidenceOf(const TProfileFit& fit, double worstShare) {
   return kRightAtLeast + kRightByClarity * clarity;
 }
 
-bool arePlatesInLine(const TProfileLayout& layout) {
+// Nothing where an end is no plate.
+double platesApartDeg(const TProfileLayout& layout) {
   const std::size_t last = layout.count() - 1;
   const auto isPlate = [&](std::size_t e) { return layout.range(e).role == TElementRole::plate; };
-  if (last == 0 || !isPlate(0) || !isPlate(last)) return true;
+  if (last == 0 || !isPlate(0) || !isPlate(last)) return kNoMeasure;
   const double left = angleDegOf(layout.elements[0].lines.right);
   const double right = angleDegOf(layout.elements[last].lines.left);
-  return std::abs(left - right) <= kPlatesApartDeg;
+  return std::abs(left - right);
 }
 
 // Plates farther apart than the groove is deep are the two levels of a step. What is not a number is no step.
@@ -101,13 +100,19 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   fit.sense = layout.sense;
   fit.noisePx = stripe.noisePx();
   fit.score = nullCost - score.cost;
+  fit.platesApartDeg = platesApartDeg(layout);
+  fit.worstShare = score.worstShare;
   fit.outcome = TProfileOutcome::found;
   const TStripeState state{stripe.noisePx(), stripe.noiseInflation(), stripe.holes().unseenPx,
                            stripe.holes().secondPx};
   if (!measureLayout(centresOf(layout.sense), layout, state, fit)) {
     fit.outcome = TProfileOutcome::tooShallow;
-  } else if (!arePlatesInLine(layout) || isStep(fit.measures) || !isLit(layout)) {
-    fit.outcome = TProfileOutcome::notMeeting;
+  } else if (fit.platesApartDeg > kMostPlatesApartDeg) {
+    fit.outcome = TProfileOutcome::platesApart;
+  } else if (isStep(fit.measures)) {
+    fit.outcome = TProfileOutcome::stepped;
+  } else if (!isLit(layout)) {
+    fit.outcome = TProfileOutcome::darkFeet;
   } else if (score.worstShare < kLeastShare) {
     fit.outcome = TProfileOutcome::notSeen;
   } else if (fit.score < options.leastGain) {

@@ -49,6 +49,9 @@ private:
   THoles gaps;
 };
 
+inline constexpr double kMostPlatesApartDeg = 14.0;
+inline constexpr double kLeastShare = 0.4;  // of the centres beside a corner that belong to its elements
+
 struct TProfileOptions {
   double leastGain = 12.0;        // by which the profile must be cheaper than a plate or a curve
   int senses = 0;                 // 1: only grooves that open upwards in the image; -1: only downwards; 0: both

@@ -56,7 +56,10 @@ enum class TProfileOutcome : std::int32_t {
   tooFewCentres,  // after the wild ones are gone
   noLayout,       // the template fits nowhere
   notMeeting,     // its elements do not meet as they should
-  tooShallow,     // depth or turns within the noise
+  tooShallow,     // depth within the noise, or round edges that overlap
+  platesApart,    // plates that point elsewhere
+  stepped,        // plates farther apart than the groove is deep
+  darkFeet,       // flanks that end in the dark before their flat root
   notSeen,        // too few centres next to a corner
   notBetter,      // a plate or a curve explains the stripe as well
 };
@@ -70,6 +73,9 @@ struct TProfileFit {
   double noisePx = 0.0;                       // of the stripe
   std::array<TMeasuredPoint, kFeatures> features{};
   TJointMeasures measures;
+  double leastDepthPx = kNoMeasure;    // that stands out of the noise
+  double platesApartDeg = kNoMeasure;  // between the plates
+  double worstShare = kNoMeasure;      // of the centres beside a corner that belong to its elements
   std::size_t elementCount = 0;
   std::array<TProfileElement, kMostElements> elements{};
 

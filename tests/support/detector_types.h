@@ -11,7 +11,7 @@ namespace detector_types {
 inline const std::vector<TWeldType> kAll = [] {
   std::vector<TWeldType> types;
   for (const TWeldJoint& joint : weldJoints()) {
-    if (joint.hasDetector) types.push_back(joint.type);
+    types.push_back(joint.type);
   }
   return types;
 }();

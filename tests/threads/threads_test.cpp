@@ -1,5 +1,5 @@
-// Trackers of their own and calls of the plain entry point on many threads at once, with images and parameters
-// that all of them share. `make test-tsan` builds this with the thread sanitizer.
+// Trackers of their own, calls of the plain entry point and rankings of joints on many threads at once, with
+// images and parameters that all of them share. `make test-tsan` builds this with the thread sanitizer.
 #include "support/checksum.h"
 #include "support/reel.h"
 #include "zelWeldDetect.h"
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <iterator>
 #include <thread>
 #include <vector>
 
@@ -19,7 +20,7 @@ using scenes::TJoint;
 const cv::Size kFrameSize{640, 480};
 constexpr int kFrames = 5;
 constexpr int kJumpAt = 3;  // the frame in which tracking is lost
-constexpr int kThreadsPerKind = 8;
+constexpr int kThreadsPerKind = 6;
 constexpr std::uint64_t kSeed = 11;
 
 struct TSequence {
@@ -65,27 +66,38 @@ TChecksums track(TSequence& sequence) {
   return sums;
 }
 
+TChecksums rank(TSequence& sequence) {
+  TChecksum sum;
+  for (const TJointCandidate& candidate : recogniseJoint(sequence.images.front())) {
+    sum.add(&candidate.weldType, sizeof candidate.weldType);
+    sum.add(&candidate.score, sizeof candidate.score);
+  }
+  return {sum.value};
+}
+
 using TRun = TChecksums (*)(TSequence& sequence);
+constexpr TRun kRuns[] = {callPlainly, track, rank};
+constexpr int kKinds = static_cast<int>(std::size(kRuns));
+constexpr int kThreads = kKinds * kThreadsPerKind;
 
 TEST(Threads, giveTheResultsOfOneThread) {
   std::vector<TSequence> sequences = makeSequences();
-  std::vector<TChecksums> expected[2];
-  const TRun runs[2] = {callPlainly, track};
-  for (int kind = 0; kind < 2; ++kind) {
-    for (TSequence& sequence : sequences) expected[kind].push_back(runs[kind](sequence));
+  std::vector<TChecksums> expected[kKinds];
+  for (int kind = 0; kind < kKinds; ++kind) {
+    for (TSequence& sequence : sequences) expected[kind].push_back(kRuns[kind](sequence));
   }
 
-  std::atomic<int> waiting{2 * kThreadsPerKind};
-  std::vector<int> wrong(2 * kThreadsPerKind);
+  std::atomic<int> waiting{kThreads};
+  std::vector<int> wrong(kThreads);
   std::vector<std::thread> threads;
-  for (int t = 0; t < 2 * kThreadsPerKind; ++t) {
+  for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
       --waiting;
       while (waiting > 0) std::this_thread::yield();
       for (std::size_t i = 0; i < sequences.size(); ++i) {
         const std::size_t s =
             (i + static_cast<std::size_t>(t)) % sequences.size();  // all kinds of frames at any time
-        if (runs[t % 2](sequences[s]) != expected[t % 2][s]) ++wrong[static_cast<std::size_t>(t)];
+        if (kRuns[t % kKinds](sequences[s]) != expected[t % kKinds][s]) ++wrong[static_cast<std::size_t>(t)];
       }
     });
   }

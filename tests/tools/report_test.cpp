@@ -113,6 +113,44 @@ TEST_F(ReportTest, HeldFramesRepeatTheSeamAndNothingElse) {
   EXPECT_TRUE(held["stripePts"].empty() && held["storedStripePts"].empty());
 }
 
+// In the records, and drawn.
+TEST_F(ReportTest, GroovesTellTheirElementsPointsAndNumbers) {
+  using TNames = std::vector<std::string>;
+  const std::pair<std::string, TNames> rows[] = {
+      {"v", {"left plate", "left flank", "right flank", "right plate"}},
+      {"bevel", {"left plate", "left flank", "right plate"}},
+      {"flareV", {"left plate", "left arc", "right arc", "right plate"}}};
+  for (const auto& [joint, names] : rows) {
+    SCOPED_TRACE(joint);
+    simulate(joint, "--type " + joint + " --level clean --frames 1 --seed 6");
+    const auto record = recordsOf(zelweldOk("track " + joint + " --params " + joint +
+                                            "/params.json --explain --format jsonl --out " + joint + "_seen")
+                                      .out)
+                            .front();
+    ASSERT_TRUE(record["found"]) << record["reason"];
+    const auto& attempt = record["trace"]["attempts"][record["trace"]["decisive"].get<std::size_t>()];
+    TNames found;
+    for (const auto& piece : attempt["pieces"]) {
+      found.push_back(piece["name"]);
+      EXPECT_EQ(piece.contains("radiusPx"), found.back().find("arc") != std::string::npos) << found.back();
+    }
+    EXPECT_EQ(found, names);
+    const auto yesOrNo = std::count_if(attempt["checks"].begin(), attempt["checks"].end(),
+                                       [](const nlohmann::json& check) { return check["limit"].is_null(); });
+    EXPECT_LE(yesOrNo, joint == "flareV" ? 8 : 7)
+        << "region, layout, meeting, light; a point, whole, in the image";
+    const cv::Mat drawn = cv::imread((folder / (joint + "_seen/000000_frame_0000.png")).string());
+    for (const auto& feature : attempt["features"]) {
+      const cv::Point at(feature["pos"][0].get<int>(), feature["pos"][1].get<int>());
+      cv::Mat marks;  // the light blue of a ring
+      cv::inRange(drawn(cv::Rect(at - cv::Point(9, 9), cv::Size(19, 19)) & cv::Rect({}, drawn.size())),
+                  cv::Scalar(220, 220, 90), cv::Scalar(255, 255, 150), marks);
+      EXPECT_GT(cv::countNonZero(marks), 3) << feature["name"];
+    }
+    EXPECT_GE(attempt["features"].size(), 3U);
+  }
+}
+
 TEST(PictureShelf, OrdinaryFramesAreThinnedEvenlyBeforeNotableOnes) {
   struct TRow {
     const char* name;

@@ -1,5 +1,6 @@
 #include "tools/parameter_page/figures.h"
 
+#include "tools/parameter_page/groove_figures.h"
 #include "tools/parameter_page/stripe_drawing.h"
 #include "tools/text.h"
 
@@ -261,6 +262,10 @@ std::vector<TFigure> figuresOf(TWeldType type) {
       return {drawCornerAngles(), drawCornerDistances()};
     case TWeldType::plate:
       return {drawPlate()};
+    case TWeldType::vGroove:
+      return {drawGrooveSizes(), drawGrooveAngles()};
+    case TWeldType::flareV:
+      return {drawFlareSizes()};
     case TWeldType::stripePresence:
       return {drawStripePresence()};
     default:

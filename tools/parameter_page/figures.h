@@ -14,7 +14,7 @@ struct TFigure {
   std::string svg;
 };
 
-// The drawings of a joint that has a detector, to the scale of the default values.
+// The drawings of a joint, to the scale of the default values. Joints with the same parameters share theirs.
 std::vector<TFigure> figuresOf(TWeldType type);
 
 }  // namespace tool

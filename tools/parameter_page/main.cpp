@@ -78,9 +78,6 @@ std::string sectionOf(const std::vector<TWeldJoint>& joints) {
 std::vector<std::vector<TWeldJoint>> sections() {
   std::vector<std::vector<TWeldJoint>> list;
   for (const TWeldJoint& joint : weldJoints()) {
-    if (!joint.hasDetector) {
-      continue;
-    }
     if (list.empty() || !readTheSame(list.back().front(), joint)) {
       list.emplace_back();
     }

@@ -87,6 +87,12 @@ void TStripeDrawing::referenceLine(cv::Point2d a, cv::Point2d b) {
   svg.line(a, b, {kReference, kLinePx, "2 1.5"});
 }
 
+void TStripeDrawing::referenceCircle(cv::Point2d centre, double radius) {
+  for (const double fromDeg : {0.0, 180.0}) {
+    svg.arc(centre, radius, fromDeg, fromDeg + 180.0, {kReference, kLinePx, "2 1.5"});
+  }
+}
+
 void TStripeDrawing::arrow(cv::Point2d tip, cv::Point2d from, TMark mark) {
   const cv::Point2d along = unit(tip - from);
   const cv::Point2d across(-along.y, along.x);

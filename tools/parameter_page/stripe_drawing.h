@@ -28,6 +28,7 @@ public:
   double angleDeg(double fromColumn, double toColumn) const;
 
   void referenceLine(cv::Point2d a, cv::Point2d b);
+  void referenceCircle(cv::Point2d centre, double radius);
 
   // A distance between two points with arrows at both ends; arrows of short ones come from outside.
   void distance(cv::Point2d a, cv::Point2d b, TMark mark);

@@ -17,10 +17,14 @@ function marginWords(test) {
   return words + (test.parameter ? ` · ${setting ? settingName(setting) : test.parameter}` : "");
 }
 
+function pieceName(pieces, index) {
+  return pieces[index]?.name ?? `piece ${index + 1}`;
+}
+
 // Name, measured value and limit; below, how far apart the two are: to the right of the middle it passed.
-function testRow(test) {
+function testRow(test, pieces) {
   const hasNumbers = test.measured !== null && test.limit !== null;
-  const subject = test.piece === undefined ? test.name : `${test.name}, piece ${test.piece + 1}`;
+  const subject = test.piece === undefined ? test.name : `${test.name}, ${pieceName(pieces, test.piece)}`;
   const words = hasNumbers
     ? `${withUnit(test.measured, test.unit)}${test.passed ? "" : ", needs"} ${limitSigns[test.kind]} ${withUnit(test.limit, test.unit)}`
     : test.passed ? "yes" : "no";
@@ -30,12 +34,12 @@ function testRow(test) {
 }
 
 // The tests in their order, under the name of the way that they belong to.
-function testRows(tests) {
+function testRows(tests, pieces) {
   const rows = [];
   tests.forEach((test, index) => {
     const isNewWay = test.way !== undefined && (index === 0 || tests[index - 1].way !== test.way);
     if (isNewWay) rows.push(element("h4", "", test.way));
-    rows.push(testRow(test));
+    rows.push(testRow(test, pieces));
   });
   return rows;
 }
@@ -66,11 +70,24 @@ function stripeFacts(attempt) {
   return facts;
 }
 
+// Elements and points of a groove.
+function grooveFacts(attempt) {
+  const named = attempt.pieces.filter((piece) => piece.name);
+  if (named.length === 0) return [];
+  const elements = named.map((piece) => [piece.name, (piece.radiusPx
+    ? `radius ${plain(piece.radiusPx)} px`
+    : `${plain((Math.atan(piece.slope) * 180) / Math.PI)}°`) +
+    `, x ${piece.start[0]} to ${piece.end[0]}, roughness ${plain(piece.meanDistPx)} px`]);
+  const points = attempt.features.map(({ name, pos, sigmaPx }) =>
+    [name, `x ${number(pos[0], 1)}, y ${number(pos[1], 1)} px, ± ${number(sigmaPx, 2)}`]);
+  return [element("h4", "", "groove"), factList([...elements, ...points])];
+}
+
 function attemptFacts(attempt, position, isDecisive) {
   const title = `${position + 1}. ${inWords(attempt.path)} search, ${inWords(attempt.extraction)}: ${attempt.reason}`;
   const parts = [element("h3", "", title + (isDecisive ? "" : " (not decisive)"))];
   if (attempt.sentence && !isDecisive) parts.push(element("p", "quiet", attempt.sentence));
-  parts.push(...testRows(attempt.checks), element("h4", "", "stripe"), factList(stripeFacts(attempt)));
+  parts.push(...testRows(attempt.checks, attempt.pieces), ...grooveFacts(attempt), element("h4", "", "stripe"), factList(stripeFacts(attempt)));
   return parts;
 }
 
@@ -96,10 +113,10 @@ function showFacts(frame, detail) {
   if (!detail) return;
   const { attempts, decisive, gate, stages } = detail.trace;
   const refused = gate.find((test) => !test.passed) || (decisive >= 0 && attempts[decisive].checks[attempts[decisive].decisive]);
-  if (refused) facts.append(testRow(refused));
+  if (refused) facts.append(testRow(refused, decisive >= 0 ? attempts[decisive].pieces : []));
   const order = attempts.map((_, index) => index).sort((a, b) => (b === decisive) - (a === decisive) || a - b);
   for (const index of order) facts.append(...attemptFacts(attempts[index], index, index === decisive));
-  if (gate.length > 0) facts.append(element("h3", "", "Gate of the tracker"), ...testRows(gate));
+  if (gate.length > 0) facts.append(element("h3", "", "Gate of the tracker"), ...testRows(gate, []));
   facts.append(...stageFacts(stages));
   facts.scrollTop = 0;
 }

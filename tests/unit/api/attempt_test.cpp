@@ -23,7 +23,7 @@ TFrameTrace run(const cv::Mat& image, const TWeldParams& params, const TStripePt
   before.stripePts = previous;
   const TFrame frame{image, params, heapMemory(), TTrace(trace)};
   TRidgeSearch ridges(frame.memory);
-  attemptByRule({frame, *findDetectedJoint(params.weldType), ridges}, {}, before);
+  attemptByRule({frame, *findJoint(params.weldType), ridges}, {}, before);
   return trace;
 }
 

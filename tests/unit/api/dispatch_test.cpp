@@ -44,7 +44,6 @@ TEST(Dispatch, emptyImagesAndTypesWithoutDetectorGiveTheEmptyResult) {
   for (const int type : {TLimits::min(), -1, 3, 11, 1000, TLimits::max()})
     expectEmptyResult(painted::gapFrame(), type);
   for (const TWeldJoint& joint : weldJoints()) {
-    if (!joint.hasDetector) expectEmptyResult(painted::gapFrame(), static_cast<int>(joint.type));
     for (const cv::Mat& image : {cv::Mat(), cv::Mat(480, 0, CV_8UC3), cv::Mat(0, 640, CV_16UC4)})
       expectEmptyResult(image, static_cast<int>(joint.type));
   }

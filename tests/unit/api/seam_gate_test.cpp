@@ -50,7 +50,7 @@ TEST(SeamGate, refusesImpossiblePoints) {
       {"line through the marker, no plate", plateBetween(marker, {520.0F, 233.0F}), TWeldType::corner, true},
   };
   for (const auto& row : rows) {
-    const TJointRules& rules = findDetectedJoint(row.type)->rules;
+    const TJointRules& rules = findJoint(row.type)->rules;
     EXPECT_EQ(isSeamPointPossible(heapFrame(image, params), row.seam, rules), row.isPossible) << row.name;
   }
 }

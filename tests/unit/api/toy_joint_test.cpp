@@ -34,7 +34,6 @@ TJoint dipJoint() {
                 "dip",
                 "dip",
                 "the lowest point of the stripe",
-                true,
                 {TWeldPosType::centre},
                 {TFeature::root},
                 {{"minDipPx", "dPara7", "px", {0.0, 1000.0}, "smallest depth", "bends", "nothing", dPara7}}},
