@@ -201,6 +201,7 @@ void buildPieces(TJoint joint, const TGeometry& geometry, double endX, TProfile&
       break;
     case TJoint::plain:
       p.pieces = {linePiece(0.0, endX, p.seam)};
+      if (geometry.bowPx != 0.0) bow(0.0, endX, geometry.bowPx, p.pieces[0]);
       break;
     case TJoint::blank:
       break;

@@ -20,7 +20,8 @@ enum class TStream : std::uint64_t {
   drops,
   roughness,
   toeBlob,
-  mirrors
+  mirrors,
+  decoy
 };
 
 inline std::uint64_t mixBits(std::uint64_t v) {

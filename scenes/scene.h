@@ -50,7 +50,7 @@ struct TGeometry {
   double depthPx = 120.0;       // grooves: depth below the shoulders
   double plateWidthPx = 500.0;  // plate: width
   double sideStepPx = 0.0;      // buttGap: the right plate lies so much lower in the image
-  double bowPx = 0.0;           // corner: the flanks' middles lie so many rows below their chords
+  double bowPx = 0.0;           // corner, plain: the middle of each flank lies so many rows below its chord
   // The five groove joints: the tilt turns the whole groove, and the truth is complete. None: plain level grooves
   // with sharp edges, sheared by the tilt, without measures.
   std::optional<TGroove> groove = std::nullopt;
