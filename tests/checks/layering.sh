@@ -26,7 +26,7 @@ tests/support             include scenes
 tests/scenarios           include scenes tests/support
 tests/tools               include scenes tools tests/support
 tests                     include scenes tests/support src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting
-benchmarks                include scenes tests src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting
+benchmarks                include scenes tools tests src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting
 TABLE
 }
 
