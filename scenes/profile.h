@@ -20,6 +20,8 @@ struct TPiece {
   bool isDark = false;          // belongs to the darker one of the two surfaces
   double bowRows = 0.0;         // a line bows down by this many rows at the anchor ...
   double bowHalfPx = 0.0;       // ... and by none this many columns left and right of it; 0: straight
+
+  bool isInGroove() const { return rootShareFirst > 0.0 || rootShareLast > 0.0; }
 };
 
 struct TProfile {

@@ -21,7 +21,9 @@ enum class TStream : std::uint64_t {
   roughness,
   toeBlob,
   mirrors,
-  decoy
+  decoy,
+  scrap,
+  flanks
 };
 
 inline std::uint64_t mixBits(std::uint64_t v) {

@@ -84,6 +84,14 @@ void troubleSurroundings(TRandom& random, TSceneParams& params) {
   }
 }
 
+// Ground flanks scatter the light: dim, and 5 to 10 times as rough as the plates.
+void roughenFlanks(TSceneParams& params) {
+  TRandom random(params.seed, TStream::flanks);
+  if (random.chance(0.6)) return;
+  params.troubles.flankRoughPx = random.uniform(0.8, 2.0);
+  params.look.rootPeak *= random.uniform(0.3, 0.7);
+}
+
 }  // namespace
 
 void makeReal(double scale, TRandom& random, TSceneParams& params) {
@@ -96,6 +104,7 @@ void makeReal(double scale, TRandom& random, TSceneParams& params) {
   if (params.joint == TJoint::buttGap && random.chance(0.5)) tightenGap(random, params);
   if (params.joint == TJoint::plate && random.chance(0.5)) layFlush(random, params);
   if (!isGroove(params.joint)) return;
+  roughenFlanks(params);
   params.troubles.secondLaserDropPx *= params.geometry.groove->isRootUpper ? -1.0 : 1.0;
   if (random.chance(0.5)) params.look.flankGhostShare = random.uniform(0.1, 0.35);
 }

@@ -93,6 +93,7 @@ struct TTroubles {
   double dropShare = 0.0;  // share of the columns that lose the stripe in runs of 3 to 25, up to the points' sides
   int dropAtPointPx = 0;   // one more such run, this long, covers an edge, corner or shoulder
   double darkRoughPx = 0.0;       // scatter of the drawn stripe around its true row on the darker surface
+  double flankRoughPx = 0.0;      // the same in a groove, where it is more
   double darkFwhmPx = 0.0;        // width of the stripe on the darker surface; 0: as on the other
   double toeBlobPx = 0.0;         // diameter of a saturated blob at an edge, corner or shoulder
   double secondLaserShare = 0.0;  // brightness of a second laser's stripe against the first; 0: none
@@ -100,6 +101,8 @@ struct TTroubles {
   double secondLaserDropPx = 0;   // ... and its seam lies so far below the first one's
   int mirrorLines = 0;            // dim mirror images that fan out of the seam
   double torchLevel = 0.0;        // grey level of torch and wire above the seam; 0: out of view
+  double flashLevel = 0.0;        // a flash floods the frame with this grey level ...
+  double scrapPx = 0.0;           // ... and leaves so many columns of the stripe, anywhere; 0: no flash
   double seamLine = 0.0;  // the joint seen in room light: a line across the frame, so many grey levels darker
 };
 
@@ -181,6 +184,8 @@ struct TMotion {
   int jumpAtFrame = -1;           // the seam jumps here by jumpPx, or the profile changes abruptly
   cv::Point2d jumpPx{0.0, 0.0};
   bool changesProfile = false;
+  int flashAtFrame = -1;  // here the arc flashes ...
+  int flashFrames = 1;    // ... for so long
 };
 
 // Frame n of a sequence; noise, speckle and spatter are new in every frame.

@@ -8,6 +8,14 @@ constexpr double kProfileGrowth = 1.4;    // of gap, step and depth when the pro
 constexpr double kFlankFlattening = 0.7;  // of the flank angles
 constexpr double kPlateShrinking = 0.8;   // of the plate
 
+constexpr double kFlashLevel = 120.0;
+constexpr double kScrapPx = 27.0;
+
+void flash(TTroubles& troubles) {
+  troubles.flashLevel = kFlashLevel;
+  troubles.scrapPx = kScrapPx;
+}
+
 void changeProfile(TGeometry& geometry) {
   geometry.gapPx *= kProfileGrowth;
   geometry.stepPx *= kProfileGrowth;
@@ -35,6 +43,8 @@ TSceneParams frameOf(const TSceneParams& first, const TMotion& motion, int n) {
     shiftPx += motion.jumpPx;
     if (motion.changesProfile) changeProfile(params.geometry);
   }
+  if (motion.flashAtFrame >= 0 && n >= motion.flashAtFrame && n < motion.flashAtFrame + motion.flashFrames)
+    flash(params.troubles);
   params.geometry.seam.x += shiftPx.x / params.size.width;
   params.geometry.seam.y += shiftPx.y / params.size.height;
   params.geometry.tiltDeg += motion.tiltDriftDeg * n;

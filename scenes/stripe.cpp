@@ -85,6 +85,17 @@ void dropRuns(const TSceneParams& params, const TProfile& profile, std::vector<c
   drop(static_cast<int>(toes[which].x) - random.integer(0, length - 1), length);
 }
 
+// A flash drowns the stripe but for one scrap of it.
+void keepScrap(const TSceneParams& params, std::vector<char>& isLost) {
+  const int length = static_cast<int>(params.troubles.scrapPx);
+  const int cols = params.size.width;
+  if (length <= 0 || length >= cols) return;
+  TRandom random(params.seed, TStream::scrap, params.frame);
+  const int first = random.integer(0, cols - length);
+  std::fill(isLost.begin(), isLost.begin() + first, 1);
+  std::fill(isLost.begin() + first + length, isLost.end(), 1);
+}
+
 double flareAt(const TSceneParams& params, const TProfile& profile, double x) {
   const double share = (x - profile.seam.x) / kFlareReachPx;
   return params.look.flare * halve(static_cast<float>(share * share));
@@ -108,6 +119,7 @@ TStripeColumn layOutColumn(const TSceneParams& params, const TProfile& profile, 
                 (piece.isDark ? look.brightnessRatio : 1.0);
   if (piece.isDark && params.troubles.darkFwhmPx > 0.0) column.fwhmPx = params.troubles.darkFwhmPx;
   column.roughPx = piece.isDark ? params.troubles.darkRoughPx : 0.0;
+  if (piece.isInGroove()) column.roughPx = std::max(column.roughPx, params.troubles.flankRoughPx);
   column.peak *= 1.0 - look.slopeDimming * (1.0 - column.cosine);
   return column;
 }
@@ -178,6 +190,7 @@ void drawColumn(const TStripeColumn& column, double flatTop, const TSpeckle& spe
 std::vector<TStripeColumn> layOutStripe(const TSceneParams& params, const TProfile& profile) {
   std::vector<char> isLost = loseStretches(params, profile);
   dropRuns(params, profile, isLost);
+  keepScrap(params, isLost);
   std::vector<TStripeColumn> columns;
   for (const TPiece& piece : profile.pieces) {
     const TColumns range = columnsOf(piece, params.size.width);

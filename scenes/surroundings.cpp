@@ -113,7 +113,7 @@ void addSpot(cv::Point2d centre, cv::Size2d radius, double level, const TSpeckle
 
 cv::Mat1f lightSurroundings(const TSceneParams& params) {
   const TLook& look = params.look;
-  cv::Mat1f light(params.size, static_cast<float>(look.background));
+  cv::Mat1f light(params.size, static_cast<float>(look.background + params.troubles.flashLevel));
   if (look.texture <= 0.0) return light;
   TRandom random(params.seed, TStream::texture);
   addTexture(kPatchPx, look.texture * (1.0 - kBrushedShare), TRandom(random.next(), TStream::texture), light);
