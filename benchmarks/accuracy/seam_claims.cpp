@@ -26,7 +26,7 @@ template <typename TUse>
 void forEachClaim(const TRun& run, const TUse& use) {
   for (std::size_t i = 0; i < run.reels.size(); ++i) {
     const TReel& reel = run.reels[i];
-    if (reel.isSequence || reel.subject.decoy) continue;
+    if (reel.show != TShow::scene || reel.subject.decoy) continue;
     const TAnswer& answer = run.answers[i].asked.front().frames.front();
     if (answer.isFound && !std::isnan(answer.confidence)) use(reel, answer);
   }

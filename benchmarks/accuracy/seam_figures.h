@@ -23,7 +23,7 @@ inline TWanted atMost(double value) {
   return {-std::numeric_limits<double>::infinity(), value};
 }
 
-enum class TUnit { percent, pixels, ratio };
+enum class TUnit { percent, pixels, ratio, frames };
 
 // NaN: there is no such figure. Infinite: nothing was measured that should have been.
 struct TFigure {

@@ -43,6 +43,8 @@ double slackOf(const TFigure& figure) {
       return 0.02 + 0.05 * figure.value;
     case TUnit::ratio:
       return 0.03;
+    case TUnit::frames:
+      return 0.0;
   }
   return 0.0;
 }

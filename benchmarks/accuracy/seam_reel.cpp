@@ -58,9 +58,11 @@ bool shows(const TSubject& subject, const scenes::TSceneParams& scene, TJoint as
 
 scenes::TMotion motionOf(const TReel& reel) {
   scenes::TMotion motion;
-  if (!reel.isSequence) return motion;
+  if (reel.show == TShow::scene) return motion;
   motion.driftPx = {reel.seed % 2 == 0 ? kDriftPx : -kDriftPx, 0.5};
   motion.jitterPx = kJitterPx;
+  motion.flashAtFrame = reel.show == TShow::flash ? kFlashAtFrame : -1;
+  motion.flashFrames = kFlashFrames;
   return motion;
 }
 
@@ -102,6 +104,7 @@ TAnswer answerOf(const TTrackedSeam& seam, TJoint asked, const TReel& reel, cons
 std::vector<TQuestion> questionsOf(const TReel& reel, const scenes::TSceneParams& scene) {
   std::vector<TQuestion> questions;
   const TSubject& subject = reel.subject;
+  if (reel.show == TShow::flash) return {{subject.joint, false}};
   if (!subject.decoy) {
     questions.push_back({subject.joint, false});
     if (!isGroove(subject.joint)) questions.push_back({subject.joint, true});
@@ -152,7 +155,7 @@ TReelAnswers playReel(const TReel& reel) {
       const TTrackedSeam seam = trackers[i].track(scene.image);
       asked.frames.push_back(answerOf(seam, asked.question.asked, reel, scene.truth));
     }
-    if (!reel.isSequence) answers.recognised = recognisedIn(scene.image);
+    if (reel.show == TShow::scene) answers.recognised = recognisedIn(scene.image);
   }
   return answers;
 }

@@ -19,13 +19,23 @@ struct TSubject {
 };
 std::string nameOf(const TSubject& subject);
 
+enum class TShow {
+  scene,     // seen once
+  sequence,  // drifts and jitters
+  flash      // a short sequence that an arc flash interrupts, in which a scrap of the stripe remains
+};
+
 struct TReel {
   TSubject subject;
   scenes::TLevel level = scenes::TLevel::clean;
   std::uint64_t seed = 0;
-  bool isSequence = false;  // drifts and jitters; otherwise its frames are one scene, seen once
+  TShow show = TShow::scene;
   int frames = 1;
 };
+
+inline constexpr int kFlashAtFrame = 8;
+inline constexpr int kFlashFrames = 2;
+inline constexpr int kFramesOfFlash = 24;
 
 // A tracker that the reel is shown to.
 struct TQuestion {
@@ -57,7 +67,8 @@ struct TReelAnswers {
 };
 
 // Asks for the reel's own joint under the default options and, where there are plain rules, under theirs; then for
-// every joint that the reel does not show, in the first third of a joint's sequence. A pure function of the reel.
+// every joint that the reel does not show, in the first third of a joint's sequence. A flash is shown to the
+// default tracker of its own joint alone. A pure function of the reel.
 TReelAnswers playReel(const TReel& reel);
 
 // The grooves are ours alone: there are no plain rules for them.

@@ -38,9 +38,13 @@ std::vector<TReel> reelsOf(const TSample& sample) {
     const int frames = subject.decoy ? (sample.frames + 2) / 3 : sample.frames;
     for (const TLevelName& level : kLevels) {
       if (!isWanted(sample.levels, level.name)) continue;
-      for (int i = 0; i < sample.sequences; ++i)
-        sequences.push_back({subject, level.level, sample.seed + kSequenceSeeds + i, true, frames});
-      for (int i = 0; i < sample.scenes; ++i) scenes.push_back({subject, level.level, sample.seed + i, false, 1});
+      for (int i = 0; i < sample.sequences; ++i) {
+        const std::uint64_t seed = sample.seed + kSequenceSeeds + i;
+        sequences.push_back({subject, level.level, seed, TShow::sequence, frames});
+        if (!subject.decoy) sequences.push_back({subject, level.level, seed, TShow::flash, kFramesOfFlash});
+      }
+      for (int i = 0; i < sample.scenes; ++i)
+        scenes.push_back({subject, level.level, sample.seed + i, TShow::scene, 1});
     }
   }
   sequences.insert(sequences.end(), scenes.begin(), scenes.end());

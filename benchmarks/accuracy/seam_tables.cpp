@@ -26,13 +26,15 @@ TFigure pixels(const char* name, const std::vector<double>& errors, double share
 
 struct TMode {
   const char* name;
-  bool isSequence;
+  TShow show;
   bool isExact;
+
+  bool isTracking() const { return show == TShow::sequence; }
 };
-constexpr TMode kModes[] = {{"first", false, false},
-                            {"tracking", true, false},
-                            {"exact first", false, true},
-                            {"exact tracking", true, true}};
+constexpr TMode kModes[] = {{"first", TShow::scene, false},
+                            {"tracking", TShow::sequence, false},
+                            {"exact first", TShow::scene, true},
+                            {"exact tracking", TShow::sequence, true}};
 
 // What one joint gave at one level and in one mode.
 struct TSeamScore {
@@ -61,10 +63,10 @@ struct TSeamScore {
 };
 
 template <typename TUse>
-void forEachAsked(const TRun& run, scenes::TLevel level, bool isSequence, const TUse& use) {
+void forEachAsked(const TRun& run, scenes::TLevel level, TShow show, const TUse& use) {
   for (std::size_t i = 0; i < run.reels.size(); ++i) {
     const TReel& reel = run.reels[i];
-    if (reel.level != level || reel.isSequence != isSequence) continue;
+    if (reel.level != level || reel.show != show) continue;
     for (const TAsked& asked : run.answers[i].asked) use(reel, asked);
   }
 }
@@ -74,7 +76,7 @@ bool isOwn(const TReel& reel, const TAsked& asked) {
 }
 
 TRow seamRow(TJoint joint, const TLevelName& level, const TMode& mode, const TSeamScore& score) {
-  const TSeamTarget target = mode.isExact ? TSeamTarget() : seamTarget(joint, level.level, mode.isSequence);
+  const TSeamTarget target = mode.isExact ? TSeamTarget() : seamTarget(joint, level.level, mode.isTracking());
   TRow row{{scenes::shortNameOf(joint), level.name, mode.name}, {}, {}};
   row.figures = {percent("found %", static_cast<double>(score.mainPx.size()), score.frames, target.foundPercent),
                  pixels("median", score.mainPx, 0.5, target.medianPx),
@@ -83,7 +85,7 @@ TRow seamRow(TJoint joint, const TLevelName& level, const TMode& mode, const TSe
                  pixels("others, 95 %", score.pointsPx, 0.95, target.pointsP95Px),
                  percent("wrong %", score.wrong, score.frames, target.wrongPercent)};
   if (joint == TJoint::corner) row.figures[3].value = row.figures[4].value = kNone;
-  if (mode.isSequence) row.note = std::to_string(score.longestLoss);
+  if (mode.isTracking()) row.note = std::to_string(score.longestLoss);
   return row;
 }
 
@@ -98,12 +100,43 @@ TTable seamTable(const TRun& run) {
     for (const TLevelName& level : kLevels) {
       for (const TMode& mode : kModes) {
         TSeamScore score;
-        forEachAsked(run, level.level, mode.isSequence, [&](const TReel& reel, const TAsked& asked) {
+        forEachAsked(run, level.level, mode.show, [&](const TReel& reel, const TAsked& asked) {
           const bool isMeant = asked.question.asked == drawn.joint && asked.question.isExact == mode.isExact;
           if (isOwn(reel, asked) && isMeant) score.add(asked.frames);
         });
         if (score.frames > 0) table.rows.push_back(seamRow(drawn.joint, level, mode, score));
       }
+    }
+  }
+  return table;
+}
+
+// Frames after the flash until the seam is right again; those that are left, where it is not. Nothing for a reel
+// that was not right before.
+std::optional<int> recoveryOf(const std::vector<TAnswer>& frames) {
+  const auto isRight = [](const TAnswer& a) { return a.isFound && a.errorPx <= kWrongPx; };
+  if (!isRight(frames[kFlashAtFrame - 1])) return std::nullopt;
+  const auto after = frames.begin() + kFlashAtFrame + kFlashFrames;
+  return static_cast<int>(std::find_if(after, frames.end(), isRight) - after);
+}
+
+TTable flashTable(const TRun& run) {
+  TTable table{
+      "flash", "Frames after an arc flash until the seam is right again", {"joint", "level"}, "sequences", false,
+      {}};
+  for (const scenes::TDrawnJoint& drawn : scenes::seamJoints()) {
+    for (const TLevelName& level : kLevels) {
+      std::vector<double> frames;
+      forEachAsked(run, level.level, TShow::flash, [&](const TReel& reel, const TAsked& asked) {
+        if (reel.subject.joint != drawn.joint) return;
+        if (const std::optional<int> recovery = recoveryOf(asked.frames)) frames.push_back(*recovery);
+      });
+      if (frames.empty()) continue;
+      const double p95 = scenes::quantile(frames, 0.95);
+      table.rows.push_back({{scenes::shortNameOf(drawn.joint), level.name},
+                            {{"median", TUnit::frames, scenes::quantile(frames, 0.5), {}},
+                             {"95 %", TUnit::frames, p95, recoveryTarget(drawn.joint, level.level)}},
+                            std::to_string(frames.size())});
     }
   }
   return table;
@@ -124,13 +157,14 @@ struct TShare {
 TRow falseRow(const TRun& run, TJoint asked, const TLevelName& level, const TMode& mode) {
   std::map<std::string, TShare> bySubject;
   TShare all;
-  forEachAsked(run, level.level, mode.isSequence, [&](const TReel& reel, const TAsked& a) {
+  forEachAsked(run, level.level, mode.show, [&](const TReel& reel, const TAsked& a) {
     if (a.question.asked != asked || isOwn(reel, a)) return;
     bySubject[nameOf(reel.subject)].add(a.frames);
     if (reel.subject.decoy || !isGroove(asked)) all.add(a.frames);
   });
   TRow row{{scenes::shortNameOf(asked), level.name, mode.name}, {}, {}};
-  row.figures.push_back(percent("all %", all.found, all.frames, falseTarget(asked, level.level, mode.isSequence)));
+  row.figures.push_back(
+      percent("all %", all.found, all.frames, falseTarget(asked, level.level, mode.isTracking())));
   for (const TSubject& subject : allSubjects()) {
     const std::string name = nameOf(subject);
     row.figures.push_back(percent(name.c_str(), bySubject[name].found, bySubject[name].frames));
@@ -176,7 +210,8 @@ TRow recognitionRow(const TRun& run, const TSubject& subject, const TLevelName& 
   std::map<std::string, int> rivals;
   for (std::size_t i = 0; i < run.reels.size(); ++i) {
     const TReel& reel = run.reels[i];
-    if (reel.isSequence || reel.level != level.level || nameOf(reel.subject) != nameOf(subject)) continue;
+    if (reel.show != TShow::scene || reel.level != level.level || nameOf(reel.subject) != nameOf(subject))
+      continue;
     const std::vector<TWeldType>& named = run.answers[i].recognised;
     const TWeldType first = named.empty() ? TWeldType::none : named.front();
     const TWeldType wanted = subject.decoy ? TWeldType::none : scenes::weldTypeOf(subject.joint);
@@ -211,7 +246,8 @@ TTable recognitionTable(const TRun& run) {
 }  // namespace
 
 std::vector<TTable> tablesOf(const TRun& run) {
-  return {seamTable(run), falseTable(run), recognitionTable(run), confidenceTable(run), sigmaTable(run)};
+  return {seamTable(run),        flashTable(run),      falseTable(run),
+          recognitionTable(run), confidenceTable(run), sigmaTable(run)};
 }
 
 }  // namespace accuracy

@@ -68,6 +68,7 @@ constexpr TGroup kGapAndCorner{kPlainFound, kPlainFound, kSharp,      kSharp,
                                1.0,         kPlainWrong, kPlainFalse, kPlainFalse};
 constexpr TGroup kLapAndPlate{kPlainFound, kPlainFound, kEnds, kEnds, 1.0, kPlainWrong, kPlainFalse, kPlainFalse};
 
+constexpr TRowOf4 kRecovery{0.0, 0.0, 1.0, 2.0};  // of joints that are not grooves
 constexpr TRowOf4 kRecognised{99.5, 99.0, 90.0, kAny};
 constexpr TRowOf4 kSilent{100.0, 99.8, 99.0, kAny};
 constexpr TWanted kConfidenceOff{-0.1, 0.1};
@@ -110,6 +111,10 @@ TSeamTarget seamTarget(TJoint joint, TLevel level, bool isTracking) {
 TWanted falseTarget(TJoint asked, TLevel level, bool isTracking) {
   const TGroup& group = groupOf(asked);
   return most(isTracking ? group.falseTracking[indexOf(level)] : group.falseFirst[indexOf(level)]);
+}
+
+TWanted recoveryTarget(TJoint joint, TLevel level) {
+  return isGroove(joint) ? TWanted() : most(kRecovery[indexOf(level)]);
 }
 
 TWanted recognitionTarget(TLevel level) {

@@ -20,6 +20,7 @@ inline constexpr double kRightPx = 3.0;  // what a confidence speaks of
 
 TSeamTarget seamTarget(scenes::TJoint joint, scenes::TLevel level, bool isTracking);
 TWanted falseTarget(scenes::TJoint asked, scenes::TLevel level, bool isTracking);  // percent of the frames
+TWanted recoveryTarget(scenes::TJoint joint, scenes::TLevel level);                // frames after a flash
 TWanted recognitionTarget(scenes::TLevel level);                                   // percent of the scenes
 TWanted silenceTarget(scenes::TLevel level);  // percent of the scenes without a joint, in which none is named
 TWanted confidenceTarget();                   // share that is right less the confidence
