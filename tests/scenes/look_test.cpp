@@ -2,6 +2,8 @@
 
 #include "measure.h"
 
+#include <algorithm>
+
 namespace {
 
 using scenes::TJoint;
@@ -87,6 +89,16 @@ TEST(Sequence, FramesRenewTheNoiseAndMoveTheSeam) {
   };
   EXPECT_EQ(gapAt(2), 30);
   EXPECT_GT(gapAt(3), 36);
+  motion = {};
+  motion.flashAtFrame = 2;
+  motion.flashFrames = 2;
+  const auto litAt = [&](int n) {
+    const std::vector<double> rows = truthAt(n).centreY;
+    return std::count_if(rows.begin(), rows.end(), [](double row) { return !std::isnan(row); });
+  };
+  EXPECT_GT(litAt(1), 1200);
+  for (const int n : {2, 3}) EXPECT_TRUE(litAt(n) > 0 && litAt(n) <= 27) << n;
+  EXPECT_EQ(litAt(4), litAt(1));
 }
 
 }  // namespace
