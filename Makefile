@@ -130,7 +130,7 @@ bench-compare: ## set the whole-frame figures beside those of another commit: ma
 	$(call compile,$(BUILD)) --target bench_whole_frame
 	scripts/bench-compare.sh "$(REV)" $(BUILD)/benchmarks/bench_whole_frame
 
-accuracy: ## print tables of the pixel errors of single stages
+accuracy: ## print tables of errors, false reports and claims; fails where one got worse than is known
 	$(setup) build test
 	$(configure) -DZELWELD_BUILD_TESTS=ON
 	$(call compile,$(BUILD)) --target accuracy

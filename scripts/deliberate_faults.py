@@ -2,8 +2,9 @@
 """Tries deliberate faults: which tests catch them?
 
 Applies the faults of tests/deliberate_faults.txt one at a time to a copy of the checkout. Rebuilds and runs the unit
-tests of the fault's folder, those of the others and the scenarios, until one fails. Prints a line per fault: caught by which test, survived, or stale when
-its text is no longer found. Fails when a fault is stale or does not compile.
+tests of the fault's folder, those of the others, the scenarios and the short run of the accuracy tables, until one
+fails. Prints a line per fault: caught by which test, survived, or stale when its text is no longer found. Fails when a
+fault is stale or does not compile.
 
 Faults of a file in the list:
 
@@ -84,12 +85,14 @@ class DoesNotCompile(Exception):
 
 
 class Tests:
-    """The unit tests, a program for each folder of src/, and the scenarios."""
+    """The unit tests, a program for each folder of src/, the scenarios and the short run of the accuracy tables."""
+
+    ACCURACY = "seam_accuracy"
 
     def __init__(self, scratch, jobs):
         self.source, self.build, self.jobs = scratch / "source", scratch / "build", jobs
         folders = sorted(path.name for path in (self.source / "tests" / "unit").iterdir() if any(path.glob("*.cpp")))
-        self.programs = [f"test_{folder}" for folder in folders] + ["test_scenarios"]
+        self.programs = [f"test_{folder}" for folder in folders] + ["test_scenarios", self.ACCURACY]
         self.seconds = {}
 
     def configure(self):
@@ -102,9 +105,14 @@ class Tests:
         if done.returncode != 0:
             raise DoesNotCompile(done.stdout + done.stderr)
 
+    def command(self, program, stops_early):
+        if program == self.ACCURACY:
+            return [self.build / "benchmarks" / "accuracy" / program, "--short"]
+        return [self.build / "tests" / program] + (["--gtest_fail_fast"] if stops_early else [])
+
     def run(self, program, stops_early):
-        """The tests of a program that fail."""
-        command = [self.build / "tests" / program] + (["--gtest_fail_fast"] if stops_early else [])
+        """The tests of a program that fail; of the accuracy tables the rows."""
+        command = self.command(program, stops_early)
         timeout = max(LEAST_TIMEOUT_S, SLOWEST * self.seconds.get(program, 0))
         try:
             done = subprocess.run(command, cwd=self.build / "tests", timeout=timeout, stdout=subprocess.PIPE,
@@ -115,6 +123,9 @@ class Tests:
         except subprocess.TimeoutExpired as expired:
             output, end = expired.stdout or b"", "does not end"
         output = output.decode(errors="replace")
+        if program == self.ACCURACY:
+            rows = re.findall(r"^\| ([^!\n]*?) \| [-\d.]+[^\n]*!", output, re.MULTILINE)
+            return [f"{program} {row.replace(' | ', ' ')}" for row in rows] or [f"{program} ({end})"]
         failed = re.findall(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)", output, re.MULTILINE)
         begun = re.findall(r"^\[ RUN      \] (\S+)", output, re.MULTILINE)
         names = list(dict.fromkeys(failed)) or [f"{begun[-1] if begun else ''} ({end})"]

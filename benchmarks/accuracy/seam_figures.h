@@ -44,7 +44,7 @@ struct TTable {
   std::string title;
   std::vector<std::string> labelHeads;
   std::string noteHead;   // empty: no notes
-  bool isPooled = false;  // over all subjects and levels
+  bool isPooled = false;  // its rows take in other subjects or levels than they name
   std::vector<TRow> rows;
 };
 

@@ -177,7 +177,7 @@ TTable falseTable(const TRun& run) {
                "Seams reported, in percent of frames that do not show the joint",
                {"asked for", "level", "mode"},
                "",
-               false,
+               true,
                {}};
   for (const scenes::TDrawnJoint& drawn : scenes::seamJoints()) {
     for (const TLevelName& level : kLevels) {
