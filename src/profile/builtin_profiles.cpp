@@ -34,8 +34,9 @@ constexpr J kRoot{TJunctionKind::root, -178.0, -20.0, 0.0, 0};
 constexpr J kRoundRoot{TJunctionKind::fillet, -178.0, -60.0, 0.0, 0};
 constexpr J kUpWall{TJunctionKind::jump, -180.0, 180.0, 6.0, -1};
 constexpr J kDownStep{TJunctionKind::jump, -180.0, 180.0, 6.0, 1};
-constexpr J kUpStep{TJunctionKind::jump, -180.0, 180.0, 6.0, -1};
 constexpr J kRootGap{TJunctionKind::hole, -12.0, 12.0, 0.0, 0};
+constexpr J kBackingBelow{TJunctionKind::jump, -180.0, 180.0, -8.0, 1};
+constexpr J kBackingAbove{TJunctionKind::jump, -180.0, 180.0, -8.0, -1};
 constexpr J kSmooth{TJunctionKind::tangent, -28.0, 28.0, 0.0, 0};
 constexpr J kCusp{TJunctionKind::cusp, -180.0, -40.0, 0.0, 0};
 constexpr J kLineCusp{TJunctionKind::cusp, -180.0, -25.0, 0.0, 0};
@@ -58,7 +59,7 @@ constexpr TProfileTemplate kV[] = {
      TMeasuring::groove,
      5,
      {{kPlate, kDown, kFlat, kUp, kPlate}},
-     {{kShoulder, kDownStep, kUpStep, kShoulder}}},
+     {{kShoulder, kBackingBelow, kBackingAbove, kShoulder}}},
 };
 
 constexpr TProfileTemplate kLeftBevel{
@@ -68,11 +69,15 @@ constexpr TProfileTemplate kLeftFlatBevel{"bevel on the left with a flat root",
                                           4,
                                           {{kPlate, kDown, kFlat, kPlate}},
                                           {{kShoulder, kFoot, kUpWall}}};
+constexpr TProfileTemplate kLeftBackedBevel{"bevel on the left over a backing",
+                                            TMeasuring::bevel,
+                                            4,
+                                            {{kPlate, kDown, kFlat, kPlate}},
+                                            {{kShoulder, kBackingBelow, kUpWall}}};
 constexpr TProfileTemplate kBevel[] = {
-    kLeftBevel,
-    mirrored(kLeftBevel, "bevel on the right"),
-    kLeftFlatBevel,
-    mirrored(kLeftFlatBevel, "bevel on the right with a flat root"),
+    kLeftBevel,       mirrored(kLeftBevel, "bevel on the right"),
+    kLeftFlatBevel,   mirrored(kLeftFlatBevel, "bevel on the right with a flat root"),
+    kLeftBackedBevel, mirrored(kLeftBackedBevel, "bevel on the right over a backing"),
 };
 
 constexpr TProfileTemplate kLeftWalledU{"U without a right wall",

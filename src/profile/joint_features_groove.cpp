@@ -141,7 +141,9 @@ struct TBevel {
   bool isLeft;
 
   const TFittedElement& at(std::size_t e) const { return layout.elements[isLeft ? e : layout.count() - 1 - e]; }
-  const TFittedElement& bottom() const { return at(layout.count() - 2); }  // the flank itself, or a flat
+  bool hasFlat() const { return layout.count() == 4 && layout.profile->junctions[1].kind == TJunctionKind::cross; }
+  // The flank itself, or a flat that joins it.
+  const TFittedElement& bottom() const { return at(hasFlat() ? 2 : 1); }
   const TFittedElement& wallPlate() const { return at(layout.count() - 1); }
   cv::Point2d end(const TFittedElement& e) const { return isLeft ? e.right : e.left; }  // towards the wall
   const TLine& line(const TFittedElement& e) const { return isLeft ? e.lines.right : e.lines.left; }
@@ -167,7 +169,7 @@ void setBevelRoot(const TBevel& bevel, const TStripeState& state, TProfileFit& f
   if (isClosed) {  // where the bottom meets the wall
     const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
     foot = crossingOf(bottomLine, wall).value_or(foot);
-    if (bevel.layout.count() == 3) flankRoot = foot;
+    if (!bevel.hasFlat()) flankRoot = foot;
     sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
   }
   fit.measures.gapPx = isClosed ? 0.0 : gapPx;

@@ -18,9 +18,10 @@ constexpr double kHolePx = 2.5;         // columns between two runs of centres
 constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
-constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
-constexpr double kTailPx = 60.0;        // columns before an end in which a run of something else may begin
-constexpr double kFootPx = 40.0;        // of a flank, before the corner that its light must reach
+constexpr double kLeastStepPx = 1.2;
+constexpr double kRunPerHole = 3.0;  // columns of a run, over those of the hole before it
+constexpr double kTailPx = 60.0;     // columns before an end in which a run of something else may begin
+constexpr double kFootPx = 40.0;     // of a flank, before the corner that its light must reach
 
 // An end of a flank, and the centres about it.
 class TFlankEnd {
@@ -30,7 +31,8 @@ public:
         line(isRightEnd ? flank.lines.right : flank.lines.left),
         side(isRightEnd ? 1 : -1),
         last(isRightEnd ? flank.span.last - 1 : flank.span.first),
-        offPx(std::max(kLeastOffPx, kOffSigmas * std::sqrt(flank.noise2))) {}
+        stepSigmaPx(kOffSigmas * std::sqrt(flank.noise2)),
+        offPx(std::max(kLeastOffPx, stepSigmaPx)) {}
 
   cv::Point2d direction() const { return {side * line.dx, side * line.dy}; }
 
@@ -48,6 +50,7 @@ public:
 
   // Along the line, up to the centres of something else: the light there is theirs.
   double freePx(cv::Point2d end) const {
+    if (endsInStep()) return 0.0;
     int off = 0;
     int first = last;
     for (int i = last + side; has(i); i += side) {
@@ -69,6 +72,16 @@ private:
   bool isBreak(int i) const {
     return std::abs(centres.at(i).x - centres.at(i - side).x) > kHolePx ||
            std::abs(offsetOf(i) - offsetOf(i - side)) > offPx;
+  }
+
+  // Whether the very next centres, which follow each other, lie beside the line: the stripe goes on, on another
+  // surface.
+  bool endsInStep() const {
+    const int next = last + side;
+    if (!has(next + side) || std::abs(centres.at(next).x - centres.at(last).x) > kHolePx) return false;
+    const double stepPx = std::abs(offsetOf(next) - offsetOf(last));
+    return stepPx > std::max(kLeastStepPx, stepSigmaPx) &&
+           std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * stepPx;
   }
 
   // Whether the run from this centre to the end is short beside the hole before it.
@@ -103,6 +116,7 @@ private:
   const TLine& line;
   int side;
   int last;
+  double stepSigmaPx;
   double offPx;
 };
 
