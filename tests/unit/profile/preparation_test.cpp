@@ -2,6 +2,7 @@
 #include "profile/stripe_noise.h"
 #include "scenes/made_joint.h"
 #include "scenes/random.h"
+#include "support/painted_frame.h"
 #include "support/seed.h"
 
 #include <gtest/gtest.h>
@@ -15,23 +16,14 @@ namespace {
 std::pmr::memory_resource* const kHeap = std::pmr::get_default_resource();
 using TList2f = std::vector<cv::Point2f>;
 
-TList2f level(int from, int to, float y) {
-  TList2f points;
-  for (int x = from; x < to; ++x) points.emplace_back(static_cast<float>(x), y);
-  return points;
-}
-
-void add(TList2f& to, const TList2f& more) {
-  to.insert(to.end(), more.begin(), more.end());
-}
+using painted::joined;
+using painted::linePoints;
 
 TEST(CleanCentres, KeepsWhatHasNeighbours) {
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  TList2f split = level(0, 3, 50);  // joins the rest once the wild centres between are gone
-  add(split, {{3, 90}, {4, 10}});
-  add(split, level(5, 8, 50));
-  TList2f far = level(0, 3, 50);  // three neighbours are a run only together with others
-  add(far, level(40, 60, 50));
+  // The ends join once the wild centres between are gone; three neighbours are a run only together with others.
+  const TList2f split = joined(joined(linePoints(0, 3, 50), {{3, 90}, {4, 10}}), linePoints(5, 8, 50));
+  const TList2f far = joined(linePoints(0, 3, 50), linePoints(40, 60, 50));
   const struct {
     const char* name;
     TList2f points;
@@ -39,8 +31,8 @@ TEST(CleanCentres, KeepsWhatHasNeighbours) {
   } rows[] = {
       {"none", {}, 0},
       {"alone", {{3, 4}}, 0},
-      {"four", level(0, 4, 9), 4},
-      {"three", level(0, 3, 9), 0},
+      {"four", linePoints(0, 4, 9), 4},
+      {"three", linePoints(0, 3, 9), 0},
       {"split by wild ones", split, 6},
       {"three far off", far, 20},
       {"not finite", {{0, 1}, {1, kNaN}, {kNaN, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 3e7F}}, 4},
@@ -52,7 +44,7 @@ TEST(CleanCentres, KeepsWhatHasNeighbours) {
 }
 
 TEST(CleanCentres, TakesTheConfidenceAsWeight) {
-  const TList2f points = level(0, 5, 9);
+  const TList2f points = linePoints(0, 5, 9);
   const std::vector<TCentreSource> sources{{TCentreOrigin::ridge, 0.5F},
                                            {TCentreOrigin::ridge, -1.0F},
                                            {TCentreOrigin::ridge, 7.0F},
@@ -100,7 +92,7 @@ TEST(MeasureNoise, IsThatOfTheCentresWhateverTheShape) {
       EXPECT_LE(TPrepared(points).noise.inflation, 1.5) << "white";
     }
   }
-  EXPECT_DOUBLE_EQ(TPrepared(level(0, 200, 7)).noisePx, 0.25);
+  EXPECT_DOUBLE_EQ(TPrepared(linePoints(0, 200, 7)).noisePx, 0.25);
   EXPECT_DOUBLE_EQ(TPrepared({}).noisePx, 0.25);
 }
 
@@ -128,10 +120,8 @@ TEST(CutAtoms, CutsAtTheShouldersWithinTwoColumns) {
 }
 
 TEST(FitTable, LeavesOutAGhostInsideALine) {
-  TList2f points = level(0, 300, 100);
-  add(points, level(300, 330, 150));
-  add(points, level(330, 700, 100));
-  const TPrepared prepared(points);
+  const TPrepared prepared(
+      joined(joined(linePoints(0, 300, 100), linePoints(300, 330, 150)), linePoints(330, 700, 100)));
   const TLineEntry& line = prepared.table.line(0, prepared.table.atoms());
   EXPECT_TRUE(line.isStraight);
   EXPECT_EQ(line.dropped, 30);
@@ -149,7 +139,7 @@ TEST(FitTable, TellsARoundFromAStraightStretch) {
   EXPECT_NEAR(arc.startDeg, -48.59, 0.1);
   EXPECT_NEAR(arc.endDeg, 48.59, 0.1);
   EXPECT_FALSE(round.table.line(0, round.table.atoms()).isStraight);
-  TPrepared straight(level(0, 300, 5));
+  TPrepared straight(linePoints(0, 300, 5));
   EXPECT_FALSE(straight.table.circle(0, straight.table.atoms()).isValid);
 }
 
