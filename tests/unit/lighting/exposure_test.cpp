@@ -1,25 +1,18 @@
 #include "plain_exposure.h"
 
 #include "lighting/weighted_sums.h"
+#include "support/seed.h"
 #include "zelWeldDetect.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using namespace LightingAdaptation;
-
-cv::RNG seededByTestName() {
-  const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-  const auto seed = std::hash<std::string>{}(test->name());
-  testing::Test::RecordProperty("seed", std::to_string(seed));
-  return cv::RNG(seed);
-}
 
 cv::Mat randomPixels(cv::RNG& rng, cv::Size size, int from, int to) {
   cv::Mat image(size, CV_8UC1);
@@ -54,7 +47,7 @@ const std::vector<cv::Size> kSizes{{1, 1},   {3, 1},    {1, 3},    {2, 2},     {
                                    {64, 64}, {65, 120}, {127, 50}, {333, 217}, {2200, 9}, {9, 1100}};
 
 TEST(RemoveReflectiveAreas, equalsTheOpeningForEverySizeOfImageAndKernel) {
-  cv::RNG rng = seededByTestName();
+  cv::RNG rng(testing_support::seedOfCurrentTest());
   for (const cv::Size size : kSizes) {
     for (const int kernelSize : {1, 2, 3, 7, 50, 64, 65, 130}) {
       for (int rectangles = 0; rectangles < 9; rectangles += 2) {
@@ -74,7 +67,10 @@ TEST(RemoveReflectiveAreas, equalsTheOpeningForEverySizeOfImageAndKernel) {
 
 // Masks hold 0, 255 and values between, which the mean takes for set and the count for reflective.
 TEST(WeightedFigures, equalAddingPixelAfterPixel) {
-  cv::RNG rng = seededByTestName();
+  const std::pair<int, int> bounds[] = {{240, 256},     {254, 256},    {255, 256},         {-1, 256},
+                                        {100, 102},     {-9, 900},     {INT_MIN, INT_MAX}, {INT_MAX, INT_MIN},
+                                        {254, INT_MIN}, {INT_MAX, 256}};
+  cv::RNG rng(testing_support::seedOfCurrentTest());
   for (const int share : {0, 1, 50, 101}) {
     for (const cv::Size size : kSizes) {
       SCOPED_TRACE(testing::Message() << size << ", " << share << " % reflective");
@@ -88,7 +84,7 @@ TEST(WeightedFigures, equalAddingPixelAfterPixel) {
       EXPECT_EQ(weld::sumSampledGrey(image, mask), sum);
       const int divisor = size.area() / 4;
       EXPECT_EQ(calcMeanGrayVal(image, mask), divisor == 0 ? INT_MIN : static_cast<int>(sum / divisor));
-      for (const auto& [low, high] : {std::pair{240, 256}, {-1, 256}, {100, 102}, {-9, 900}}) {
+      for (const auto& [low, high] : bounds) {
         const float weights = plain::rangeWeights(image, mask, low, high);
         EXPECT_EQ(calcRangePixelNum(image, mask, low, high), static_cast<int>(weights)) << low << " " << high;
       }
@@ -98,7 +94,7 @@ TEST(WeightedFigures, equalAddingPixelAfterPixel) {
 
 // So many bright pixels that double and single precision round.
 TEST(WeightedSums, roundLikeAddingPixelAfterPixelOnHugeFrames) {
-  cv::RNG rng = seededByTestName();
+  cv::RNG rng(testing_support::seedOfCurrentTest());
   const cv::Size size(4200, 4100);
   for (const int share : {0, 3, 60, 100}) {
     const cv::Mat image = randomPixels(rng, size, 254, 255);
@@ -131,26 +127,10 @@ TEST(CalcMeanGrayVal, masksThatDoNotFitGiveMinusOneAndFewPixelsTheSmallestIntege
   }
 }
 
-TEST(CalcRangePixelNum, boundsMayBeAnyInteger) {
-  const cv::Mat image(1, 256, CV_8UC1, cv::Scalar(255));
-  for (const auto& [low, high, count] : {std::tuple{254, 256, 256},
-                                         {255, 256, 0},
-                                         {INT_MIN, INT_MAX, 256},
-                                         {INT_MAX, INT_MIN, 0},
-                                         {254, INT_MIN, 0},
-                                         {INT_MAX, 256, 0}}) {
-    EXPECT_EQ(calcRangePixelNum(image, image, low, high), count) << low << " " << high;
-  }
-}
-
-struct TExposure {
-  int meanGray = 0;
-  int brightPixelNum = 0;
-};
-
-TExposure exposureOf(const cv::Mat& image) {
-  TExposure exposure;
-  calcExposureParam(image, exposure.meanGray, exposure.brightPixelNum);
+// Mean grey and number of bright pixels.
+std::pair<int, int> exposureOf(const cv::Mat& image) {
+  std::pair<int, int> exposure;
+  calcExposureParam(image, exposure.first, exposure.second);
   return exposure;
 }
 
@@ -160,21 +140,17 @@ TEST(CalcExposureParam, countsReflectionsPartlyAndTheStripeFully) {
   const struct {
     const char* name;
     cv::Mat image;
-    int meanGray, brightPixelNum;
-  } rows[] = {{"empty", cv::Mat(), -1, -1},
-              {"no rows", cv::Mat(0, 5, CV_8UC1), -1, -1},
-              {"stripe of 3 px", stripe, (98 * 20 + 2 * 250) / 100, 1200},
+    std::pair<int, int> expected;
+  } rows[] = {{"empty", cv::Mat(), {-1, -1}},
+              {"no rows", cv::Mat(0, 5, CV_8UC1), {-1, -1}},
+              {"stripe of 3 px", stripe, {(98 * 20 + 2 * 250) / 100, 1200}},
               // 0.2 per pixel, added up in single precision: not 0.2 * 1310720 = 262144.
-              {"white", cv::Mat(1024, 1280, CV_8UC1, cv::Scalar(255)), 76, 264809},
-              {"grey 240", cv::Mat(200, 400, CV_8UC1, cv::Scalar(240)), 240, 0},
-              {"three dark pixels", stripe({0, 0, 3, 1}), INT_MIN, 0}};
-  for (const auto& row : rows) {
-    const TExposure exposure = exposureOf(row.image);
-    EXPECT_EQ(exposure.meanGray, row.meanGray) << row.name;
-    EXPECT_EQ(exposure.brightPixelNum, row.brightPixelNum) << row.name;
-  }
+              {"white", cv::Mat(1024, 1280, CV_8UC1, cv::Scalar(255)), {76, 264809}},
+              {"grey 240", cv::Mat(200, 400, CV_8UC1, cv::Scalar(240)), {240, 0}},
+              {"three dark pixels", stripe({0, 0, 3, 1}), {INT_MIN, 0}}};
+  for (const auto& row : rows) EXPECT_EQ(exposureOf(row.image), row.expected) << row.name;
   // Of a colour image what its grey conversion gives; its pixels stay.
-  cv::RNG rng = seededByTestName();
+  cv::RNG rng(testing_support::seedOfCurrentTest());
   for (const cv::Size size : kSizes) {
     cv::Mat colour(size, CV_8UC3);
     rng.fill(colour, cv::RNG::UNIFORM, 0, 256);
@@ -183,9 +159,8 @@ TEST(CalcExposureParam, countsReflectionsPartlyAndTheStripeFully) {
     cv::Mat grey;
     cv::cvtColor(colour, grey, cv::COLOR_BGR2GRAY);
     const cv::Mat mask = plain::notReflective(grey, 50);
-    const TExposure exposure = exposureOf(colour);
-    EXPECT_EQ(exposure.meanGray, calcMeanGrayVal(grey, mask)) << size;
-    EXPECT_EQ(exposure.brightPixelNum, calcRangePixelNum(grey, mask, 240, 256)) << size;
+    const std::pair expected{calcMeanGrayVal(grey, mask), calcRangePixelNum(grey, mask, 240, 256)};
+    EXPECT_EQ(exposureOf(colour), expected) << size;
     EXPECT_EQ(cv::norm(colour, before, cv::NORM_INF), 0.0) << size;
   }
 }
@@ -207,6 +182,22 @@ TEST(LightingAdaptation, imagesThatAreNotGreyAndKernelsWithoutSizeRaise) {
   EXPECT_THROW(removeReflectiveAreas(cv::Mat(), mask, 50), cv::Exception);
   for (const int size : {0, -1, INT_MIN}) EXPECT_THROW(removeReflectiveAreas(grey, mask, size), cv::Exception);
   EXPECT_NO_THROW(removeReflectiveAreas(grey, mask, INT_MAX));
+}
+
+TEST(AdviseExposureFactor, leavesWithinToleranceStepsByFourAtMostAndNeverRaisesASaturatedFrame) {
+  struct {
+    int meanGray;
+    double brightShare;
+    double factor;
+  } const rows[] = {{30, 0.0, 1.0},   {50, 0.1, 1.0},   {29, 0.0, 40.0 / 29.0}, {51, 0.1, 40.0 / 51.0},
+                    {10, 0.0, 4.0},   {9, 0.0, 4.0},    {0, 0.0, 4.0},          {160, 0.0, 0.25},
+                    {255, 0.0, 0.25}, {-1, 0.0, 1.0},   {INT_MIN, 0.9, 1.0},    {40, 0.11, 0.5},
+                    {20, 0.11, 0.5},  {100, 0.11, 0.4}, {255, 1.0, 0.25}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(adviseExposureFactor(row.meanGray, row.brightShare, TExposureTarget{}), row.factor)
+        << row.meanGray << " " << row.brightShare;
+  }
+  EXPECT_EQ(adviseExposureFactor(INT_MAX, 0.0, {INT_MIN, 10, 0.1}), 0.25);
 }
 
 }  // namespace
