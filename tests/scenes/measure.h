@@ -1,12 +1,15 @@
 // What a rendered frame shows, measured from its pixels alone.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
 #include <cmath>
 #include <cstdint>
+#include <string>
 
 #include "scenes/scene.h"
+#include "support/seed.h"
 
 namespace measure {
 
@@ -43,11 +46,17 @@ inline double heightAtHalf(const cv::Mat& image, int x) {
   return last - first;
 }
 
-// FNV-1a.
 inline std::uint64_t checksum(const cv::Mat& image) {
-  std::uint64_t sum = 0xCBF29CE484222325ULL;
-  for (const std::uint8_t v : cv::Mat1b(image)) sum = (sum ^ v) * 0x100000001B3ULL;
-  return sum;
+  const cv::Mat1b greys(image);
+  return testing_support::seedOf({greys.begin(), greys.end()});
+}
+
+inline cv::Point2d feature(const scenes::TTruth& truth, const std::string& name) {
+  for (const scenes::TFeature& f : truth.features) {
+    if (f.name == name) return f.point;
+  }
+  ADD_FAILURE() << "no feature " << name;
+  return {};
 }
 
 // The first lit column from there on, in steps of 1 or -1; the stripe must be visible there.

@@ -9,18 +9,36 @@ namespace {
 using scenes::TJoint;
 using scenes::TLevel;
 
-// Changes only when harsh grooves or real frames are changed on purpose.
-constexpr std::uint64_t kGoldenChecksum = 6062374180522708438ULL;
+// Change only when harsh grooves or real frames are changed on purpose.
+constexpr std::uint64_t kGoldenImages = 6062374180522708438ULL;
+constexpr std::uint64_t kGoldenTruths = 12973142047046991605ULL;
 
-TEST(RealScenes, BytesAreTheSameOnEveryMachine) {
+// Points and measures to a thousandth of a pixel or degree.
+std::uint64_t checksumOf(const scenes::TTruth& truth) {
+  const scenes::TMeasures& m = truth.measures;
+  std::vector<double> values{truth.seam.x,       truth.seam.y,   m.gapPx,        m.widthPx,
+                             m.depthPx,          m.mismatchPx,   m.leftAngleDeg, m.rightAngleDeg,
+                             m.includedAngleDeg, m.baseAngleDeg, m.leftRadiusPx, m.rightRadiusPx};
+  for (const scenes::TFeature& f : truth.features) values.insert(values.end(), {f.point.x, f.point.y});
   std::uint64_t sum = 0;
+  for (const double v : values)
+    sum = sum * 31 + static_cast<std::uint64_t>(std::isnan(v) ? -1 : std::llround(v * 1e3));
+  return sum;
+}
+
+TEST(RealScenes, BytesAndTruthsAreTheSameOnEveryMachine) {
+  std::uint64_t sum = 0;
+  std::uint64_t truths = 0;
   for (const TJoint joint : measure::kAllJoints) {
     for (std::uint64_t seed = 0; seed < 8; ++seed) {
       const TLevel level = seed == 0 && joint >= TJoint::vGroove ? TLevel::harsh : TLevel::real;
-      sum = sum * 31 + measure::checksum(renderScene(randomScene(joint, level, seed, {320, 240})).image);
+      const scenes::TScene scene = renderScene(randomScene(joint, level, seed, {320, 240}));
+      sum = sum * 31 + measure::checksum(scene.image);
+      truths = truths * 31 + checksumOf(scene.truth);
     }
   }
-  EXPECT_EQ(sum, kGoldenChecksum);
+  EXPECT_EQ(sum, kGoldenImages);
+  EXPECT_EQ(truths, kGoldenTruths);
 }
 
 TEST(RealScenes, HalfOfTheGapsAreTightBreaksWithASideStep) {

@@ -2,8 +2,6 @@
 
 #include "measure.h"
 
-#include <string>
-
 namespace {
 
 using scenes::TJoint;
@@ -11,13 +9,7 @@ using scenes::TLevel;
 
 constexpr double kCentroidTolPx = 0.05;
 
-cv::Point2d feature(const scenes::TTruth& truth, const std::string& name) {
-  for (const scenes::TFeature& f : truth.features) {
-    if (f.name == name) return f.point;
-  }
-  ADD_FAILURE() << "no feature " << name;
-  return {};
-}
+using measure::feature;
 
 // The three seam points of a joint, in the order of the welding positions.
 void expectSeams(TJoint joint, const scenes::TTruth& truth, const std::vector<TWeldPosType>& positions,
