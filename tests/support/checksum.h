@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 // FNV-1a (Fowler, Noll and Vo, 1991).
 class TChecksum {
@@ -14,15 +15,14 @@ public:
     for (std::size_t i = 0; i < size; ++i) value = (value ^ bytes[i]) * 0x01000193U;
   }
 
+  void add(std::initializer_list<double> numbers) {
+    for (const double number : numbers) add(&number, sizeof number);
+  }
+
   // All but the seam point.
   void add(const TWeldLineRes& result) {
-    const double numbers[] = {result.isFound ? 1.0 : 0.0,
-                              result.auxVal1,
-                              result.auxVal2,
-                              result.auxVal3,
-                              result.auxVal4,
-                              result.trackVal};
-    add(numbers, sizeof numbers);
+    add({result.isFound ? 1.0 : 0.0, result.auxVal1, result.auxVal2, result.auxVal3, result.auxVal4,
+         result.trackVal});
     add(result.stripePts.data(), result.stripePts.size() * sizeof(cv::Point2f));
   }
 

@@ -1,13 +1,9 @@
 #include "detectors/corner.h"
 
 #include "detectors/corner_check.h"
-#include "detectors/corner_flanks.h"
 #include "ending.h"
-#include "geometry/segmentation.h"
 
 #include <cmath>
-#include <optional>
-#include <utility>
 
 namespace {
 
@@ -16,141 +12,207 @@ using ending::with;
 using painted::bentPoints;
 using painted::joined;
 using painted::linePoints;
-using TFlanks = std::optional<weld::TFlankPair>;
 using TSettings = TCornerSettings;
 
-const TStripePts kV = bentPoints(40, 320, 600, 140.0, 0.5, -0.5);
+constexpr int kWidth = 640;
+constexpr int kCornerX = 320;
+constexpr double kCornerY = 240.0;
+const double kFlankDeg = std::atan(0.5) * 180.0 / CV_PI;
+constexpr double kIncludedTolDeg = 1e-3;
+const double kNaN = std::nan("");
 
-// One of the stages of the detector, on a dark image of that size.
-template <typename TStage>
-auto inCase(TStage stage, const TSettings& settings = {}, cv::Size size = {640, 480}) {
-  const cv::Mat image = painted::dark(size.width, size.height);
-  const TWeldParams weldParams = settings.params();
-  const weld::TCornerParams params(weldParams);
-  const weld::TFrame frame = weld::heapFrame(image, weldParams);
-  return stage(weld::TCornerCase{frame, {}, params});
-}
-
-void expectSlopes(const TFlanks& flanks, double leftK, double rightK) {
-  ASSERT_TRUE(flanks);
-  EXPECT_NEAR(flanks->left.k, leftK, 0.03);
-  EXPECT_NEAR(flanks->right.k, rightK, 0.03);
-}
-
-TEST(FindFlankPairRansac, eachFlankLiesInItsRangeAndTheRightOneMayComeFirst) {
-  const auto find = [](const TStripePts& points, const TSettings& settings = {}) {
-    return inCase([&](const auto& c) { return weld::findFlankPairRansac(c, points); }, settings);
-  };
-  expectSlopes(find(kV), 0.5, -0.5);
-  EXPECT_FALSE(find(kV, with(TSettings(), &TSettings::leftFlankDeg, {40.0, 45.0})));
-  EXPECT_FALSE(find(kV, with(TSettings(), &TSettings::rightFlankDeg, {-45.0, -40.0})));
-  // 50 of 610 points are on the left flank: 8 % of all, but 100 % of what the right flank leaves over.
-  const TStripePts unlike = joined(linePoints(20, 70, 100.0, 0.5), linePoints(70, 630, 400.0, -0.5));
-  expectSlopes(find(unlike, with(TSettings(), &TSettings::minFlankShare, 0.5)), 0.5, -0.5);
-}
-
-TEST(FindFlankPairByPolyline, takesTheLongestPieceOfEachRangeOrTheFirst) {
-  const auto find = [](const TStripePts& points, const TSettings& settings = {}) {
-    return inCase([&](const auto& c) { return weld::findFlankPairByPolyline(c, points); }, settings);
-  };
-  expectSlopes(
-      find(joined(bentPoints(20, 140, 200, 100.0, 0.4, -0.4), bentPoints(200, 400, 620, 124.0, 0.6, -0.5))), 0.6,
-      -0.5);
-  EXPECT_FALSE(find(linePoints(20, 400, 100.0, 0.4)));
-  expectSlopes(find(kV, with(TSettings(), &TSettings::rightFlankDeg, {-80.0, -60.0})), 0.5, 0.5);
-}
-
-TFlanks findNear(const TStripePts& points, double leftK, double rightK) {
-  return inCase([&](const auto& c) { return weld::findFlankPairNear(c, points, {leftK, rightK}); });
-}
-
-TEST(FindFlankPairNear, prefersThePiecesNearThePreviousFlanks) {
-  // Two V side by side: a flat one, wider, and a steep one.
-  const TStripePts points =
-      joined(bentPoints(10, 200, 390, 150.0, 0.2, -0.2), bentPoints(390, 500, 620, 150.0, 0.7, -0.7));
-  for (const auto& [previousK, k] : {std::pair{0.2, 0.2}, {0.7, 0.7}, {0.65, 0.7}, {0.25, 0.2}}) {
-    expectSlopes(findNear(points, previousK, -previousK), k, -k);
+// A V that passes every test: flanks of 0.5 and -0.5, one point per column, no column missing.
+class TCorner {
+public:
+  TCorner() {
+    left(100, kCornerX);
+    right(kCornerX + 1, 541);
+    for (int x = 0; x < kWidth; ++x) status.push_back({x, 0});
   }
-  for (const auto& [offDeg, isNear] : {std::pair{4.5, true}, {5.5, false}}) {
-    const double k = std::tan(std::atan(0.2) + offDeg * CV_PI / 180.0);
-    const double nearK = isNear ? k : 0.2;  // the wider V, if it is near
-    const TStripePts wide = bentPoints(10, 200, 390, 150.0, k, -k);
-    expectSlopes(findNear(joined(wide, bentPoints(390, 500, 620, 150.0, 0.2, -0.2)), 0.2, -0.2), nearK, -nearK);
-  }
-  EXPECT_FALSE(findNear(linePoints(10, 400, 150.0, 0.2), 0.2, -0.2));
-  EXPECT_FALSE(findNear(bentPoints(10, 300, 600, 300.0, -0.3, 0.3), 0.3, -0.3)) << "the left flank must lie left";
-}
 
-TEST(FindFlankPairs, ofEquallyLongPiecesTheFirstAreTaken) {
-  for (const int secondRightLeg : {40, 70}) {  // the same V twice, level pieces around them
-    TStripePts points = linePoints(10, 100, 100.0);
-    for (const auto& [x, leg] : {std::pair{100, 40}, {260, secondRightLeg}}) {
-      points = joined(points, bentPoints(x, x + 40, x + 40 + leg, 100.0, 0.5, -0.5));
-      points = joined(points, linePoints(x + 40 + leg, x + 160, 120.0 - 0.5 * leg));
-    }
-    const auto pieces = inCase([&](const auto& c) { return weld::segmentStripe(c.frame, points, {}); });
-    ASSERT_EQ(pieces.size(), 7U);
-    ASSERT_EQ(weld::pieceLength(pieces[1]), weld::pieceLength(pieces[4]));
-    ASSERT_EQ(weld::pieceLength(pieces[2]) == weld::pieceLength(pieces[5]), secondRightLeg == 40);
-    const TFlanks byLength = inCase([&](const auto& c) { return weld::findFlankPairByPolyline(c, points); });
-    for (const TFlanks& flanks : {findNear(points, 0.5, -0.5), byLength}) {
-      ASSERT_TRUE(flanks);
-      EXPECT_LT(flanks->left.inliers.back().x, 180.0F);
-      EXPECT_EQ(flanks->right.inliers.back().x < 200.0F, secondRightLeg == 40);
-    }
+  // Flank points over the columns from .. to - 1.
+  TCorner& left(int from, int to) { return spread(flanks.left, from, to); }
+  TCorner& right(int from, int to) { return spread(flanks.right, from, to); }
+  TCorner& moreLeft(int from, int to) {
+    const weld::TPoints before = flanks.left.inliers;
+    left(from, to);
+    flanks.left.inliers.insert(flanks.left.inliers.begin(), before.begin(), before.end());
+    return *this;
   }
-}
+  TCorner& leftSlope(double k) {
+    flanks.left.k = k;
+    return *this;
+  }
+  TCorner& mark(int fromX, int toX, int value = 1, int step = 1) {
+    for (int x = fromX; x < toX; x += step) status[static_cast<std::size_t>(x)].status = value;
+    return *this;
+  }
+  // No two neighbours, so that no run forms.
+  TCorner& missEverySecond(int fromX, int toX) { return mark(fromX, toX, 1, 2); }
+  template <typename T>
+  TCorner& set(T TSettings::*field, T value) {
+    settings.*field = value;
+    return *this;
+  }
+  TCorner& noGap() { return set(&TSettings::allowsGap, false); }
+  TCorner& band(double share) { return set(&TSettings::solidShare, share); }
+  TCorner& share(double least) { return set(&TSettings::minFlankShare, least); }
 
-TEST(TrimFlankOverlap, cutsWhatReachesBeyondTheFarEndOfTheOther) {
-  const auto flank = [](int from, int to, double b, double k) {
+  std::string end(ending::TSeenChecks& seen) const {
+    const auto check = [this](const weld::TFrame& frame) {
+      weld::TSeam seam(frame.memory);
+      const weld::TCornerParams params(frame.params);
+      seam.isFound =
+          weld::checkCornerPlausible({frame, status, params}, {kCornerX, static_cast<float>(kCornerY)}, flanks);
+      return seam;
+    };
+    return ending::of(painted::dark(), settings.params(), seen, check).reason;
+  }
+
+private:
+  static weld::TFittedLine flank(double k) {
     weld::TFittedLine line(weld::heapMemory());
     line.k = k;
-    line.b = b;
-    line.isValid = true;
-    const TStripePts points = linePoints(from, to, k * from + b, k);
-    line.inliers.assign(points.begin(), points.end());
+    line.b = kCornerY - k * kCornerX;
     return line;
+  }
+  TCorner& spread(weld::TFittedLine& flank, int from, int to) {
+    const auto points = painted::linePoints(from, to, flank.k * from + flank.b, flank.k);
+    flank.inliers.assign(points.begin(), points.end());
+    return *this;
+  }
+
+  weld::TFlankPair flanks{flank(0.5), flank(-0.5)};
+  std::vector<TWeldPointStatus> status;
+  TSettings settings;
+};
+
+struct TRow {
+  const char* name;
+  TCorner corner;
+  std::string reason = "found";
+};
+using TRows = std::vector<TRow>;
+
+TRows countsSidesAndDensity() {
+  const char* const kFew = "too few stripe points on a flank";
+  const char* const kLeft = "left flank reaches beyond the corner";
+  const char* const kRight = "right flank reaches beyond the corner";
+  const char* const kSparse = "too few stripe points per column on both flanks";
+  return {
+      {"10 points on the left", TCorner().left(300, 310)},
+      {"9 points on the left", TCorner().left(300, 309), kFew},
+      {"10 points on the right", TCorner().right(330, 340)},
+      {"9 points on the right", TCorner().right(330, 339), kFew},
+      {"71 of 100 left of the corner", TCorner().left(249, 349)},
+      {"70 of 100 left of the corner", TCorner().left(250, 350), kLeft},
+      {"71 of 100 right of the corner", TCorner().right(292, 392)},
+      {"70 of 100 right of the corner", TCorner().right(291, 391), kRight},
+      {"51 points on the better side", TCorner().left(269, 320).right(321, 350)},
+      {"50 points on the better side", TCorner().left(270, 320).right(321, 350),
+       "too few stripe points on both flanks"},
+      {"one dense flank is enough", TCorner().left(300, 320).right(321, 500)},
+      {"160 of 320 columns at a share of one half", TCorner().left(160, 320).right(321, 481).share(0.5), kSparse},
+      {"161 of 320 columns at a share of one half", TCorner().left(159, 320).right(321, 481).share(0.5)},
   };
-  // The left flank runs past the right one's last column 500, the right one begins before the left one's first.
-  weld::TFlankPair flanks{flank(100, 560, 120.0, 0.5), flank(80, 501, 440.0, -0.5)};
-  flanks.right.inliers.back().x = 500.75F;  // truncated, counts as column 500
-  for (cv::Point2f& p : flanks.left.inliers) p.x += 0.5F;
-  weld::TFlankPair whole = flanks;
-  whole.left = flank(100, 560, 120.0, 0.5);
-  weld::TFlankPair invalid = flanks;
-  invalid.right.isValid = false;
-  const struct {
-    const char* name;
-    weld::TFlankPair flanks;
-    cv::Size size;
-    float leftEnd, rightStart;
-  } rows[] = {
-      {"overlapping", flanks, {640, 480}, 499.5F, 100},
-      {"points in the columns of the ends stay", whole, {640, 480}, 500, 100},
-      {"intersection in column 320 of 320", flanks, {320, 480}, 559.5F, 80},
-      {"intersection in row 280 of 280", flanks, {640, 280}, 559.5F, 80},
-      {"right flank invalid", invalid, {640, 480}, 559.5F, 80},
-      {"9 points on the left", {flank(551, 560, 120.0, 0.5), flanks.right}, {640, 480}, 559, 80},
+}
+
+// Strictly inside ranges whose bounds come in either order.
+TRows angles() {
+  using TRange = TAngleRange TSettings::*;
+  const auto with = [](TRange range, double min, double max) {
+    return TCorner().set(range, TAngleRange{min, max});
   };
-  for (const auto& row : rows) {
-    weld::TFlankPair trimmed = row.flanks;
-    inCase([&](const auto& c) { return weld::trimFlankOverlap(c, trimmed), 0; }, {}, row.size);
-    EXPECT_EQ(trimmed.left.inliers.back().x, row.leftEnd) << row.name;
-    EXPECT_EQ(trimmed.right.inliers.front().x, row.rightStart) << row.name;
-    EXPECT_EQ(trimmed.right.isValid, row.flanks.right.isValid) << row.name;
+  const TRange left = &TSettings::leftFlankDeg;
+  const TRange right = &TSettings::rightFlankDeg;
+  const TRange included = &TSettings::includedAngleDeg;
+  const double includedDeg = 180.0 - 2.0 * kFlankDeg;
+  return {
+      {"left reversed", with(left, 45, 0)},
+      {"right reversed", with(right, 0, -45)},
+      {"included reversed", with(included, 178, 90)},
+      {"left too flat", with(left, kFlankDeg + 1e-9, 45), "left flank angle too small"},
+      {"left just steep enough", with(left, kFlankDeg - 1e-9, 45)},
+      {"left too steep", with(left, 0, kFlankDeg - 1e-9), "left flank angle too large"},
+      {"left equal to a bound", with(left, 0, 45).leftSlope(1.0), "left flank angle too large"},
+      {"right too flat", with(right, -45, -kFlankDeg - 1e-9), "right flank angle too large"},
+      {"right too steep", with(right, -kFlankDeg + 1e-9, 0), "right flank angle too small"},
+      {"included too small", with(included, includedDeg + kIncludedTolDeg, 178), "included angle too small"},
+      {"included large enough", with(included, includedDeg - kIncludedTolDeg, 178)},
+      {"included too large", with(included, 90, includedDeg - kIncludedTolDeg), "included angle too large"},
+      {"no number", with(left, kNaN, kNaN), "left flank angle too small"},
+  };
+}
+
+// With 0.3 the band runs from the left point 154 (column 254) to the right point 66 (column 387).
+TRows missingRunsInTheBand() {
+  const char* const kBroken = "stripe broken near the corner";
+  const char* const kInvalid = "ratio of the unbroken band out of range";
+  return {
+      {"10 missing in the band", TCorner().mark(260, 270)},
+      {"11 missing in the band", TCorner().mark(260, 271), kBroken},
+      {"11 with a found one between", TCorner().mark(260, 272).mark(265, 266, 0)},
+      {"11 with an unpaired one between", TCorner().mark(260, 272).mark(265, 266, 2)},
+      {"band begins behind column 254", TCorner().mark(244, 265)},
+      {"11 behind column 254", TCorner().mark(244, 266), kBroken},
+      {"band ends before column 387", TCorner().mark(377, 390)},
+      {"11 before column 387", TCorner().mark(376, 390), kBroken},
+      {"larger allowance", TCorner().mark(260, 275).set(&TSettings::maxBreakColumns, 15)},
+      {"ratio below 0", TCorner().band(-1e-9), kInvalid},
+      {"ratio 0", TCorner().band(0.0)},
+      {"ratio 0 begins at the last left point", TCorner().band(0.0).mark(260, 300)},
+      {"ratio 1", TCorner().band(1.0)},
+      {"ratio 1 begins at the first left point", TCorner().band(1.0).mark(110, 121), kBroken},
+      {"ratio above 1", TCorner().band(1.0 + 1e-9), kInvalid},
+      {"ratio that is not a number", TCorner().band(kNaN), kInvalid},
+  };
+}
+
+// The nearest flank points beyond 10 columns are those of columns 309 and 331; without one, 50 columns count.
+TRows missingColumnsAroundTheCorner() {
+  const char* const kMissing = "too many stripe columns missing around the corner";
+  const TCorner noLeft = TCorner().left(310, 320).missEverySecond(272, 290);
+  const TCorner noRight = TCorner().right(321, 331).missEverySecond(351, 368);
+  return {
+      {"9 missing", TCorner().missEverySecond(311, 329)},
+      {"10 missing", TCorner().missEverySecond(310, 330), kMissing},
+      {"309 and 331 aside", TCorner().missEverySecond(311, 329).mark(309, 310).mark(331, 332)},
+      {"limit of 1", TCorner().set(&TSettings::maxMissingColumns, 1).mark(320, 321), kMissing},
+      {"limit of 0 fails every corner", TCorner().set(&TSettings::maxMissingColumns, 0), kMissing},
+      {"no left point near: 50th column missing", TCorner(noLeft).mark(270, 271)},
+      {"no left point near: 49th column missing", TCorner(noLeft).mark(271, 272), kMissing},
+      {"no right point near: 50th column missing", TCorner(noRight).mark(370, 371)},
+      {"no right point near: 49th column missing", TCorner(noRight).mark(369, 370), kMissing},
+  };
+}
+
+// Flanks that overlap left of the corner leave it beyond both inner ends.
+TRows withoutGap() {
+  const char* const kLeft = "left flank ends too far from the corner";
+  return {
+      {"corner between the inner ends", TCorner().noGap()},
+      {"far from both inner ends but between them", TCorner().noGap().left(20, 200).right(450, 620)},
+      {"beyond both ends, dense enough", TCorner().noGap().left(100, 300).right(310, 541)},
+      {"20 left points within 100 columns", TCorner().noGap().left(100, 241).right(310, 541)},
+      {"19 left points within 100 columns", TCorner().noGap().left(100, 240).right(310, 541), kLeft},
+      {"the same with a gap allowed", TCorner().left(100, 240).right(310, 541)},
+      {"beyond a jump", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(270, 310), kLeft},
+      {"first of equal stretches", TCorner().noGap().left(100, 170).right(310, 541).moreLeft(240, 310), kLeft},
+      {"jump of 50 is none", TCorner().noGap().left(100, 200).right(310, 541).moreLeft(249, 310)},
+      {"right flank begins 80 columns off", TCorner().noGap().left(150, 330).right(401, 600),
+       "right flank ends too far from the corner"},
+  };
+}
+
+void expectPlausibleAtEveryBorder(ending::TSeenChecks& seen) {
+  ASSERT_EQ(TCorner().end(seen), "found");
+  for (const TRows& rows : {countsSidesAndDensity(), angles(), missingRunsInTheBand(),
+                            missingColumnsAroundTheCorner(), withoutGap()}) {
+    for (const TRow& row : rows) EXPECT_EQ(row.corner.end(seen), row.reason) << row.name;
   }
 }
 
-TEST(FlankPairs, parallelOnesCrossFarOutside) {
-  for (const auto& [rightK, x] : {std::pair{0.3, -5e6F}, {0.3 - 1e-9, 5e6F}}) {
-    weld::TFlankPair flanks{weld::TFittedLine(weld::heapMemory()), weld::TFittedLine(weld::heapMemory())};
-    flanks.left.k = 0.3;
-    flanks.right.k = rightK;
-    flanks.left.b = 10.0;
-    flanks.right.b = 60.0;
-    EXPECT_EQ(weld::crossingOf(flanks).x, x);
-  }
-}
+const TStripePts kV = bentPoints(40, 320, 600, 140.0, 0.5, -0.5);
 
 weld::TPrevious tracked(double includedDeg) {
   weld::TPrevious previous = ending::foundBefore();
@@ -160,38 +222,7 @@ weld::TPrevious tracked(double includedDeg) {
   return previous;
 }
 
-TEST(FindCorner, reportsCornerFlanksAndAngle) {
-  const double includedDeg = 180.0 - 2.0 * std::atan(0.5) * 180.0 / CV_PI;
-  ending::TSeenChecks seen;
-  for (const weld::TPrevious& previous : {weld::TPrevious(), tracked(includedDeg)}) {
-    const auto end = ending::of(weld::findCorner, kV, {}, seen, previous);
-    ASSERT_TRUE(end.isFound) << end.reason;
-    const weld::TSeam& seam = end.seam;
-    EXPECT_NEAR(seam.pos.x, 320.0, 1.5);
-    EXPECT_NEAR(seam.pos.y, 280.0, 1.0);
-    EXPECT_NEAR(seam.auxVal1, 0.5, 0.01);
-    EXPECT_NEAR(seam.auxVal3, -0.5, 0.01);
-    EXPECT_NEAR(seam.auxVal1 * seam.pos.x + seam.auxVal2, seam.pos.y, 1e-3);
-    EXPECT_NEAR(seam.auxVal3 * seam.pos.x + seam.auxVal4, seam.pos.y, 1e-2);
-    EXPECT_NEAR(seam.trackVal, includedDeg, 1.0);
-  }
-}
-
-// Those that the test of the plausibility provokes.
-ending::TSeenChecks plausibilityChecks() {
-  ending::TSeenChecks seen;
-  ending::of(painted::dark(), {}, seen, [](const weld::TFrame& frame) {
-    const weld::TCornerParams params(frame.params);
-    const TFlanks flanks = inCase([](const auto& c) { return weld::findFlankPairRansac(c, kV); });
-    weld::TSeam seam(frame.memory);
-    seam.isFound = weld::checkCornerPlausible({frame, {}, params}, weld::crossingOf(*flanks), *flanks);
-    return seam;
-  });
-  return seen;
-}
-
-TEST(FindCorner, tellsWhyThereIsNone) {
-  ending::TSeenChecks seen;
+void expectEndsOfStripes(ending::TSeenChecks& seen) {
   const double includedDeg = ending::of(weld::findCorner, kV, {}, seen, tracked(127.0)).seam.trackVal;
   const TSettings usual;
   TSettings sparse = with(usual, &TSettings::flankTolerancePx, 0.6);
@@ -231,7 +262,22 @@ TEST(FindCorner, tellsWhyThereIsNone) {
     const auto end = ending::of(weld::findCorner, row.points, row.settings.params(), seen, row.previous);
     EXPECT_EQ(end.reason, row.reason) << row.name;
   }
-  seen.expectEachStoppedARow(plausibilityChecks());
+}
+
+TEST(FindCorner, endsWithItsSeamOrItsReason) {
+  ending::TSeenChecks seen;
+  expectPlausibleAtEveryBorder(seen);
+  expectEndsOfStripes(seen);
+  seen.expectEachStoppedARow();
+}
+
+TEST(FindCorner, reportsCornerFlanksAndAngle) {
+  ending::TSeenChecks seen;
+  const weld::TSeam seam = ending::of(weld::findCorner, kV, {}, seen).seam;
+  EXPECT_LT(cv::norm(seam.pos - cv::Point2f(320.0F, 280.0F)), 1.5);
+  EXPECT_NEAR(seam.auxVal1, 0.5, 0.01);
+  EXPECT_NEAR(seam.auxVal3, -0.5, 0.01);
+  EXPECT_NEAR(seam.trackVal, 180.0 - 2.0 * kFlankDeg, 1.0);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "detectors/lap.h"
 
-#include "detectors/piece_end.h"
 #include "ending.h"
 
 #include <cmath>
@@ -12,47 +11,12 @@ using ending::TStripePts;
 using painted::joined;
 using painted::linePoints;
 using weld::TPiece;
-using TPieces = std::vector<TPiece>;
-using TSettings = TLapSettings;
-
-auto selectPair(const TPieces& pieces) {
-  const cv::Mat image = painted::dark();
-  const TWeldParams params;
-  return weld::selectLapPieces(weld::heapFrame(image, params), weld::TPieces(pieces.begin(), pieces.end()));
-}
-
-TEST(SelectLapPieces, choosesByNumberAndInliers) {
-  // Only the ends, the slope and the number of inliers are looked at.
-  const auto inliers = [](int startX, std::size_t count) {
-    TPiece p{weld::TPoints()};
-    p.startPt = {startX, 100};
-    p.endPt = {startX + 50, 100};
-    p.fitPts.resize(count);
-    p.isFitted = true;
-    return p;
-  };
-  const struct {
-    const char* name;
-    TPieces pieces;
-    std::vector<int> expectedStarts;
-  } rows[] = {
-      {"none", {}, {}},
-      {"one", {piece(0, 99, 50)}, {}},
-      {"two in their order, though they touch", {piece(0, 99, 50), piece(100, 199, 50)}, {0, 100}},
-      {"two the wrong way round", {inliers(300, 10), inliers(0, 90)}, {300, 0}},
-      {"the two with the most", {inliers(0, 50), inliers(200, 10), inliers(400, 80)}, {400, 0}},
-      {"equal counts keep their order", {inliers(0, 50), inliers(200, 50), inliers(400, 50)}, {0, 200}},
-      {"as the exchanges leave them", {inliers(0, 50), inliers(200, 50), inliers(400, 80)}, {400, 200}},
-  };
-  for (const auto& row : rows) {
-    const auto pair = selectPair(row.pieces);
-    std::vector<int> starts;
-    if (pair) starts = {pair->first.startPt.x, pair->second.startPt.x};
-    EXPECT_EQ(starts, row.expectedStarts) << row.name;
-  }
-}
 
 TEST(SelectLapPieces, joinsTouchingNeighboursOfThreeOrMore) {
+  const TWeldParams params;
+  const auto select = [&](const std::vector<TPiece>& pieces) {
+    return weld::selectLapPieces(weld::heapFrame({}, params), weld::TPieces(pieces.begin(), pieces.end()));
+  };
   const struct {
     int secondStartX;
     double secondY;
@@ -64,18 +28,15 @@ TEST(SelectLapPieces, joinsTouchingNeighboursOfThreeOrMore) {
       {100, 50, 9.5, true}, {100, 50, 10.5, false}, {100, 50, -10.5, false},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.secondStartX << " " << row.secondY << " " << row.secondAngleDeg);
     TPiece second = piece(row.secondStartX, row.secondStartX + 99, row.secondY);
     second.k = static_cast<float>(std::tan(row.secondAngleDeg * CV_PI / 180.0));
-    const auto pair = selectPair({piece(0, 99, 50), second, piece(300, 560, 200)});
-    ASSERT_TRUE(pair);
+    const auto pair = select({piece(0, 99, 50), second, piece(300, 560, 200)});
     // Joined: the two that are left, in order. Not joined: the longest one first.
-    EXPECT_EQ(pair->first.startPt.x, row.isJoined ? 0 : 300);
-    EXPECT_EQ(pair->first.pts.size(), row.isJoined ? 200U : 261U);
+    EXPECT_EQ(pair.value().first.startPt.x, row.isJoined ? 0 : 300)
+        << row.secondStartX << " " << row.secondY << " " << row.secondAngleDeg;
   }
-  const auto stopped = selectPair({piece(0, 99, 50), piece(100, 199, 50), piece(200, 299, 50)});
-  ASSERT_TRUE(stopped);
-  EXPECT_EQ(stopped->second.pts.size(), 100U) << "joining stops at two pieces";
+  const auto stopped = select({piece(0, 99, 50), piece(100, 199, 50), piece(200, 299, 50)});
+  EXPECT_EQ(stopped.value().second.pts.size(), 100U) << "joining stops at two pieces";
 }
 
 // On a dark image no corner moves: it stays at the end of its piece.
@@ -83,13 +44,10 @@ struct TLap {
   TPiece left = piece(20, 300, 200);
   TPiece right = piece(310, 600, 260);
   TStripePts stripePts{};
-  TSettings settings{};
-  TWeldPosType pos = TWeldPosType::centre;
-  cv::Mat image = painted::dark();
 
-  ending::TEnding end(ending::TSeenChecks& seen) const {
+  ending::TEnding end(ending::TSeenChecks& seen, const TWeldParams& params = TLapSettings().params()) const {
     const auto all = joined({left.pts.begin(), left.pts.end()}, {right.pts.begin(), right.pts.end()});
-    return ending::of(image, settings.params(pos), seen, [&](const weld::TFrame& frame) {
+    return ending::of(painted::dark(), params, seen, [&](const weld::TFrame& frame) {
       return weld::computeLapSeam(frame, left, right, stripePts.empty() ? all : stripePts);
     });
   }
@@ -169,69 +127,12 @@ TEST(FindLap, endsWithItsSeamOrItsReason) {
   seen.expectEachStoppedARow();
 }
 
-TEST(ComputeLapSeam, positionChoosesTheCorner) {
-  const cv::Point2f left{300, 200};
-  const struct {
-    int pos;
-    double rightY;
-    cv::Point2f seam;
-  } rows[] = {{3, 260, left},       {3, 150, {310, 150}}, {4, 260, {310, 260}},
-              {4, 150, left},       {3, 200, {310, 200}}, {4, 200, {310, 200}},  // a tie is the right corner
-              {0, 260, {305, 230}}, {1, 260, {305, 230}}, {77, 260, {305, 230}}};
-  ending::TSeenChecks seen;
-  for (const auto& row : rows) {
-    TLap lap{piece(20, 300, 200), piece(310, 600, row.rightY)};
-    lap.settings.minStepPx = -1.0;
-    lap.pos = static_cast<TWeldPosType>(row.pos);
-    EXPECT_EQ(lap.end(seen).pos, row.seam) << row.pos << " " << row.rightY;
-  }
-}
-
-TEST(ComputeLapSeam, lineIsRefittedNearTheEndOutsideTheMiddleBandOfTheEndRows) {
-  // The last and first 100 points lie 4 rows off the line of the piece; only a refit finds their row.
-  constexpr float kBendPx = 4.0F;
-  const struct {
-    const char* name;
-    double leftY, rightY;
-    int rightEndY;
-    float expectedLeftY, expectedRightY;
-  } rows[] = {
-      {"both in the middle (144 .. 336)", 144, 200, 200, 144, 200},
-      {"left above", 143, 200, 200, 147, 200},
-      {"right below", 200, 337, 337, 200, 341},
-      {"right on the border", 200, 336, 336, 200, 336},
-      {"right piece judged by its end row", 200, 260, 400, 200, 264},
-      {"right piece judged by its end row, not its start row", 200, 400, 300, 200, 400},
-  };
-  ending::TSeenChecks seen;
-  for (const auto& row : rows) {
-    TLap lap{piece(20, 300, row.leftY), piece(310, 600, row.rightY)};
-    for (std::size_t i = 0; i < 100; ++i) {
-      lap.left.pts[lap.left.pts.size() - 1 - i].y += kBendPx;
-      lap.right.pts[i].y += kBendPx;
-    }
-    lap.right.endPt.y = row.rightEndY;
-    for (const int bend : {0, 4}) {  // light that ends at the corner, in both rows that may be looked at
-      lap.image(cv::Rect(20, static_cast<int>(row.leftY) + bend, 281, 1)).setTo(200);
-      lap.image(cv::Rect(310, static_cast<int>(row.rightY) + bend, 291, 1)).setTo(200);
-    }
-    lap.pos = TWeldPosType::upper;
-    EXPECT_NEAR(lap.end(seen).pos.y, row.expectedLeftY, 0.01) << row.name;
-    lap.pos = TWeldPosType::lower;
-    EXPECT_NEAR(lap.end(seen).pos.y, row.expectedRightY, 0.01) << row.name;
-  }
-}
-
-TEST(PieceEndPoints, hundredAtMostAndNeverTheLastOfTheFirst) {
-  const std::size_t rows[][3] = {{0, 0, 0}, {1, 0, 1}, {100, 99, 100}, {101, 100, 100}, {300, 100, 100}};
-  for (const auto& [count, firstCount, lastCount] : rows) {
-    const TStripePts points = linePoints(0, static_cast<int>(count), 9.0);
-    const weld::TPointView first = weld::firstPoints(points);
-    const weld::TPointView last = weld::lastPoints(points);
-    EXPECT_EQ(first.begin(), points.data()) << count;
-    EXPECT_EQ(first.size(), firstCount);
-    EXPECT_EQ(last.end(), points.data() + count) << count;
-    EXPECT_EQ(last.size(), lastCount);
+TEST(ComputeLapSeam, ofATieTheRightCornerIsTheUpperAndTheLowerOne) {
+  const TLap level{piece(20, 300, 200), piece(310, 600, 200)};
+  for (const TWeldPosType pos : {TWeldPosType::upper, TWeldPosType::lower}) {
+    ending::TSeenChecks seen;
+    EXPECT_EQ(level.end(seen, ending::with(TLapSettings(), &TLapSettings::minStepPx, -1.0).params(pos)).pos,
+              cv::Point2f(310, 200));
   }
 }
 
