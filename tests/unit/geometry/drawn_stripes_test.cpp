@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -50,7 +51,8 @@ struct TDraw {
 // A line of slope 3/4 has distances that are exact.
 void selectByDistance(TDraw& d) {
   const double k = d.oneOf({0.0, 0.75, -0.75});
-  const double b = static_cast<double>(d.points[d.below(d.points.size())].y) + d.random.integer(-4, 4);
+  const cv::Point2f on = d.points[d.below(d.points.size())];
+  const double b = static_cast<double>(on.y) + d.random.integer(-4, 4);
   const double tolPx = d.random.integer(0, 24) / 2.0;
   TPoints far;
   d.weld.filterOutLinePts(k, b, tolPx, d.points, far);
@@ -90,10 +92,11 @@ void fitConsensusLines(TDraw& d) {
 
 void cutPieces(TDraw& d) {
   std::vector<TStripePiece> pieces(1);
-  const auto limit = [&](std::initializer_list<double> values) { return static_cast<float>(d.oneOf(values)); };
   const TPoints points = d.random.chance(0.2) ? d.part(17, 22) : d.points;
-  d.weld.segmentStripe(points, pieces, limit({0, 5, 10, 1e4}), limit({0, 10, 200}), limit({0, 20, 1e4}),
-                       limit({1, 3}));
+  const std::array<double, 4> limits{d.oneOf({0, 5, 10, 1e4}), d.oneOf({0, 10, 200}), d.oneOf({0, 20, 1e4}),
+                                     d.oneOf({1, 3})};
+  const auto limit = [&](std::size_t i) { return static_cast<float>(limits[i]); };
+  d.weld.segmentStripe(points, pieces, limit(0), limit(1), limit(2), limit(3));
   for (const TStripePiece& piece : pieces) d.add(piece);
   d.weld.segmentStripe(d.points, pieces, 0.0F, 0.0F, 0.0F, 3.0F);
   if (pieces.size() > 1) {  // merged at the very height of a joint
@@ -147,7 +150,9 @@ void combineLines(TDraw& d) {
   second.isValid = !d.random.chance(0.1);
   second.inlierPts = {{190, 1}, {256, 0}};
   if (d.random.chance(0.1)) (d.random.chance(0.5) ? first : second).inlierPts.clear();
-  d.add(d.weld.combine2Lines(first, second, d.part(5, 30), d.part(5, 30)));
+  const TPoints firstPts = d.part(5, 30);
+  const TPoints secondPts = d.part(5, 30);
+  d.add(d.weld.combine2Lines(first, second, firstPts, secondPts));
 }
 
 // Bands of brightness, and a line near the stripe's.
@@ -179,8 +184,8 @@ const struct {
   void (*run)(TDraw&);
   std::uint32_t sum;
 } kPinned[] = {{"distances", selectByDistance, 0x8e7d0754},  {"fits", fitLines, 0x7ef5777a},
-               {"consensus", fitConsensusLines, 0x9085ddd3}, {"pieces", cutPieces, 0x97baa0d7},
-               {"atoms", splitIntoAtoms, 0xd405ddb6},        {"combined lines", combineLines, 0x53bdabf},
+               {"consensus", fitConsensusLines, 0x9085ddd3}, {"pieces", cutPieces, 0x3e1e068f},
+               {"atoms", splitIntoAtoms, 0xd405ddb6},        {"combined lines", combineLines, 0x1d81bc95},
                {"corners", moveCorners, 0xb2d05851}};
 
 TEST(DrawnStripes, giveThePinnedResultsOfTheToolkit) {
