@@ -1,5 +1,6 @@
 // The toolkit on a V, and on what has no meaning.
 #include "geometry/piece_fit.h"
+#include "geometry/stripe_smoothing.h"
 #include "support/painted_frame.h"
 #include "zelWeldDetect.h"
 
@@ -97,6 +98,16 @@ TEST(Toolkit, numbersWithoutMeaningGiveTheFailedResult) {
   EXPECT_EQ(refine(kV, 204.0F, 0.5F, cv::Mat(0, 40, CV_8UC1)), marker);
   for (const int type : {CV_16UC1, CV_8UC2})
     EXPECT_THROW(refine(kV, 204.0F, 0.5F, cv::Mat::zeros(480, 640, type)), cv::Exception);
+}
+
+TEST(StripeSmoothing, dropsJumpsOfFourRowsAColumnAndListsOfFourToSixPoints) {
+  const TPoints jumps{{0, 0}, {1, 4}, {2, 7.5F}, {3, 50}, {4, 50}};  // each against the point before, kept or not
+  EXPECT_EQ(weld::toVector(weld::dropSteepJumps(jumps, 4.0F, weld::heapMemory())),
+            (TPoints{{0, 0}, {2, 7.5F}, {4, 50}}));
+  for (const int count : {3, 4, 6, 7}) {
+    const TPoints level = painted::linePoints(0, count, 5.0);
+    EXPECT_EQ(weld::smoothStripe(level, weld::heapMemory()).empty(), count == 4 || count == 6) << count;
+  }
 }
 
 TEST(FitPiece, pointsAtTheToleranceAreOff) {
