@@ -110,6 +110,16 @@ TEST(StripeSmoothing, dropsJumpsOfFourRowsAColumnAndListsOfFourToSixPoints) {
   }
 }
 
+TEST(Toolkit, shortListsAndEmptyRanges) {
+  TPoints few{{0, 5}, {1, 5}};
+  TBaseWeld().removeDiscontinuousPts(few, 4);
+  EXPECT_EQ(few.size(), 2U);
+  few.emplace_back(2.0F, 5.0F);
+  TBaseWeld().removeDiscontinuousPts(few, 4);
+  EXPECT_TRUE(few.empty());
+  EXPECT_FALSE(TBaseWeld().findALine(painted::linePoints(0, 40, 30.0), 0, 0).isValid);
+}
+
 TEST(FitPiece, pointsAtTheToleranceAreOff) {
   const TPoints points = painted::joined(painted::linePoints(0, 41, 10.0), {{20, 13}, {20, 7}});
   const weld::TPiece piece = weld::fitPiece({points.begin(), points.end()}, 3.0F, weld::heapMemory());
