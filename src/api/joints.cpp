@@ -124,7 +124,7 @@ const TJoint* findJoint(TWeldType type) {
 TJointRules profileRules(TFindSeam find) {
   TJointRules rules = rulesOf(std::move(find), measureGroove);
   rules.bytesPerColumn = 3072;
-  rules.band.coversStripe = true;  // of a deep groove
+  rules.band.coversGuide = true;  // of a deep groove
   return rules;
 }
 

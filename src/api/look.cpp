@@ -16,14 +16,16 @@ void endWithGuide(TPointView guide, TList<cv::Rect>& regions) {
   for (cv::Rect& region : regions) region.width = std::min(region.width, end - region.x);
 }
 
-void coverStripe(TIntPointView stripe, const TBand& band, cv::Size imageSize, TList<cv::Rect>& regions) {
+void coverGuide(TPointView guide, int halfPx, cv::Size imageSize, TList<cv::Rect>& regions) {
   for (cv::Rect& region : regions) {
     int top = region.y;
     int bottom = region.br().y;
-    for (const cv::Point p : stripe) {
-      if (p.x < region.x || p.x >= region.br().x) continue;
-      top = std::min(top, p.y - band.halfPx);
-      bottom = std::max(bottom, p.y + band.halfPx);
+    for (const cv::Point2f point : guide) {
+      const int x = truncToInt(point.x);
+      const int y = truncToInt(point.y);
+      if (x < region.x || x >= region.br().x) continue;
+      top = std::min(top, y - halfPx);
+      bottom = std::max(bottom, y + halfPx);
     }
     region.y = std::max(top, 0);
     region.height = std::min(bottom, imageSize.height) - region.y;
@@ -38,16 +40,14 @@ TLook lookEverywhere(const TFrame& frame) {
 
 TLook lookNear(const TFrame& frame, TPointView stripe, const TBand& band) {
   const TList<cv::Point> guide = toIntPoints(stripe, frame.memory);
-  TLook look{TSearchPath::tracking, buildStripeRegions(frame.image.size(), guide, band.halfPx, frame.memory)};
-  const bool isWhole = look.regions.size() == 1 && look.regions[0].size() == frame.image.size();  // no guide
-  if (band.coversStripe && !isWhole) coverStripe(guide, band, frame.image.size(), look.regions);
-  return look;
+  return {TSearchPath::tracking, buildStripeRegions(frame.image.size(), guide, band.halfPx, frame.memory)};
 }
 
 TLook lookAlong(const TFrame& frame, TPointView guide, const TBand& band) {
   if (guide.empty()) return lookEverywhere(frame);
   TLook look = lookNear(frame, guide, band);
   endWithGuide(guide, look.regions);
+  if (band.coversGuide) coverGuide(guide, band.halfPx, frame.image.size(), look.regions);
   return look;
 }
 

@@ -14,9 +14,9 @@ struct TLook {
 // Around the stripe of an earlier frame.
 struct TBand {
   int halfPx = 60;
-  // Stretches of the stripe are taken for straight, so that one which is bent by more than the band is cut off.
-  // true: the band holds all of it.
-  bool coversStripe = false;
+  // Stretches of a guide are taken for straight, so that a stripe which is bent by more than the band is cut off.
+  // true: along a guide the band holds all of it.
+  bool coversGuide = false;
 };
 
 TLook lookEverywhere(const TFrame& frame);
