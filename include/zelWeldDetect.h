@@ -14,6 +14,7 @@
 #include "zelWeldDetectVersion.h"
 #include "zelWeldJoint.h"
 #include "zelWeldSettings.h"
+#include "zelWeldTemplate.h"
 #include "zelWeldToolkit.h"
 #include "zelWeldTrace.h"
 #include "zelWeldTracker.h"

@@ -4,6 +4,7 @@
 
 #include "zelWeldDetectExport.h"
 #include "zelWeldJoint.h"
+#include "zelWeldTemplate.h"
 #include "zelWeldTrace.h"
 #include "zelWeldTypes.h"
 
@@ -65,6 +66,8 @@ struct TTrackedSeam {
 class ZELWELDDETECT_EXPORT TWeldTracker {
 public:
   explicit TWeldTracker(const TWeldParams& params, const TTrackerOptions& options = TTrackerOptions());
+  // Of a joint of one's own; one that has a problem (findTemplateProblem) is never found.
+  explicit TWeldTracker(const TJointTemplate& joint, const TTrackerOptions& options = TTrackerOptions());
   TWeldTracker(TWeldTracker&& other) noexcept;  // leaves the source good for assignment and destruction only
   TWeldTracker& operator=(TWeldTracker&& other) noexcept;
   ~TWeldTracker();
@@ -77,7 +80,8 @@ public:
   // Forgets the frames so far: the next one is a first detection.
   void reset();
 
-  // Takes effect with the next frame. The last seam is kept; reset() as well when the joint is another one.
+  // Takes effect with the next frame. The last seam is kept; reset() as well when the joint is another one, as it
+  // always is after one's own.
   void setParams(const TWeldParams& params);
 
   // What happened in the last frame; empty unless the options ask for it and before the first frame.

@@ -113,7 +113,7 @@ TFound attemptByRule(const TQuest& quest, const TExtraction& extraction, const T
   const TExtractionRule own = rules.extraction != nullptr ? rules.extraction(frame.params) : TExtractionRule();
   if (own.usesRidges) return attempt(quest, lookEverywhere(frame), {TStripeExtraction::ridge}, previous);
   const bool isTracking = own.isTracked && previous.isFound;
-  const TLook look = isTracking ? lookNear(frame, previous.stripePts, rules.bandPx) : lookEverywhere(frame);
+  const TLook look = isTracking ? lookNear(frame, previous.stripePts, rules.band) : lookEverywhere(frame);
   return attempt(quest, look, extraction, previous);
 }
 

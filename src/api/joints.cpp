@@ -10,6 +10,7 @@
 #include "detectors/presence.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace weld {
 
@@ -26,7 +27,7 @@ TExtractionRule presenceExtraction(const TWeldParams& params) {
 
 TJointRules rulesOf(TFindSeam find, decltype(TJointRules::measure) measure) {
   TJointRules rules;
-  rules.find = find;
+  rules.find = std::move(find);
   rules.measure = measure;
   return rules;
 }
@@ -40,7 +41,7 @@ TJointRules cornerRules() {
 
 TJointRules plateRules() {
   TJointRules rules = rulesOf(findPlate, measurePlate);
-  rules.bandPx = kPlateBandPx;
+  rules.band.halfPx = kPlateBandPx;
   rules.hasSupport = havePlateEndsSupport;
   rules.announce = showPlateInfo;
   return rules;
@@ -53,18 +54,12 @@ TJointRules presenceRules() {
   return rules;
 }
 
-TJointRules grooveRules() {
-  TJointRules rules = rulesOf(findGroove, measureGroove);
-  rules.bytesPerColumn = 3072;
-  return rules;
-}
-
 // The five grooves are one profile engine's, and read the same settings.
 TJoint groove(TWeldType type, const char* name, const char* shortName, const char* meaning) {
   const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
                                           TFeature::leftShoulder, TFeature::rightShoulder};
   const std::vector<TPos> positions = {TPos::centre, TPos::left, TPos::right, TPos::upper, TPos::lower};
-  return {{type, name, shortName, meaning, positions, features, grooveParameters()}, grooveRules()};
+  return {{type, name, shortName, meaning, positions, features, grooveParameters()}, profileRules(findGroove)};
 }
 
 const std::vector<TJoint>& joints() {
@@ -124,6 +119,13 @@ const TJoint* findJoint(TWeldType type) {
   const auto row =
       std::find_if(joints().begin(), joints().end(), [type](const TJoint& j) { return j.info.type == type; });
   return row != joints().end() ? &*row : nullptr;
+}
+
+TJointRules profileRules(TFindSeam find) {
+  TJointRules rules = rulesOf(std::move(find), measureGroove);
+  rules.bytesPerColumn = 3072;
+  rules.band.coversGuide = true;  // of a deep groove
+  return rules;
 }
 
 }  // namespace weld

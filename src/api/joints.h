@@ -1,6 +1,7 @@
 // The one table of joints: what each is called, knows and reads, and the rules that find it.
 #pragma once
 
+#include "api/look.h"
 #include "detectors/seam.h"
 #include "zelWeldJoint.h"
 #include "zelWeldSettings.h"
@@ -13,13 +14,11 @@ struct TExtractionRule {
   bool isTracked = true;    // near the previous stripe once a seam was found
 };
 
-inline constexpr int kUsualBandPx = 60;
-
 struct TJointRules {
-  TFindSeam find = nullptr;
+  TFindSeam find;
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
-  int bandPx = kUsualBandPx;         // half height of the search band around the previous stripe
+  TBand band;
   bool hasSeamPoint = true;
   bool hasSecondChance = false;  // on ridges, where edge pairs give no seam
   // The tracking rules are coarser than those of a first detection: along an extended guide the latter are used.
@@ -34,6 +33,9 @@ struct TJoint {
   TWeldJoint info;
   TJointRules rules;
 };
+
+// Rules of the joints that the profile engine finds.
+TJointRules profileRules(TFindSeam find);
 
 // The joint of that type; null for a type without a row.
 const TJoint* findJoint(TWeldType type);

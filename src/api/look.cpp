@@ -16,21 +16,38 @@ void endWithGuide(TPointView guide, TList<cv::Rect>& regions) {
   for (cv::Rect& region : regions) region.width = std::min(region.width, end - region.x);
 }
 
+void coverGuide(TPointView guide, int halfPx, cv::Size imageSize, TList<cv::Rect>& regions) {
+  for (cv::Rect& region : regions) {
+    int top = region.y;
+    int bottom = region.br().y;
+    for (const cv::Point2f point : guide) {
+      const int x = truncToInt(point.x);
+      const int y = truncToInt(point.y);
+      if (x < region.x || x >= region.br().x) continue;
+      top = std::min(top, y - halfPx);
+      bottom = std::max(bottom, y + halfPx);
+    }
+    region.y = std::max(top, 0);
+    region.height = std::min(bottom, imageSize.height) - region.y;
+  }
+}
+
 }  // namespace
 
 TLook lookEverywhere(const TFrame& frame) {
   return {TSearchPath::first, buildStripeRegions(frame.image.size(), {}, 0, frame.memory)};
 }
 
-TLook lookNear(const TFrame& frame, TPointView stripe, int bandPx) {
+TLook lookNear(const TFrame& frame, TPointView stripe, const TBand& band) {
   const TList<cv::Point> guide = toIntPoints(stripe, frame.memory);
-  return {TSearchPath::tracking, buildStripeRegions(frame.image.size(), guide, bandPx, frame.memory)};
+  return {TSearchPath::tracking, buildStripeRegions(frame.image.size(), guide, band.halfPx, frame.memory)};
 }
 
-TLook lookAlong(const TFrame& frame, TPointView guide, int bandPx) {
+TLook lookAlong(const TFrame& frame, TPointView guide, const TBand& band) {
   if (guide.empty()) return lookEverywhere(frame);
-  TLook look = lookNear(frame, guide, bandPx);
+  TLook look = lookNear(frame, guide, band);
   endWithGuide(guide, look.regions);
+  if (band.coversGuide) coverGuide(guide, band.halfPx, frame.image.size(), look.regions);
   return look;
 }
 

@@ -11,12 +11,19 @@ struct TLook {
   TList<cv::Rect> regions;
 };
 
+// Around the stripe of an earlier frame.
+struct TBand {
+  int halfPx = 60;
+  // Stretches of a guide are taken for straight, so that a stripe which is bent by more than the band is cut off.
+  // true: along a guide the band holds all of it.
+  bool coversGuide = false;
+};
+
 TLook lookEverywhere(const TFrame& frame);
 
-// In a band of that half height around the stripe of an earlier frame.
-TLook lookNear(const TFrame& frame, TPointView stripe, int bandPx);
+TLook lookNear(const TFrame& frame, TPointView stripe, const TBand& band);
 
 // The same, to the ends of the guide and no farther; everywhere when the guide is empty.
-TLook lookAlong(const TFrame& frame, TPointView guide, int bandPx);
+TLook lookAlong(const TFrame& frame, TPointView guide, const TBand& band);
 
 }  // namespace weld

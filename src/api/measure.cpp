@@ -188,12 +188,11 @@ bool measureGroove(const TSeam& seam, TMemory* memory, TJointMeasurement& m) {
   return fit.isFound() && takeProfile(fit, m);
 }
 
-TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMemory* memory) {
-  const TJoint* const joint = findJoint(params.weldType);
+TJointMeasurement measureSeam(const TSeam& seam, const TJoint* joint, TMemory* memory) {
   const bool isMeasured = joint != nullptr && joint->rules.measure != nullptr;
   if (!isMeasured || !seam.isFound || !isUsable(seam.pos)) return {};
   TJointMeasurement measured;
-  measured.weldType = params.weldType;
+  measured.weldType = joint->info.type;
   if (!joint->rules.measure(seam, memory, measured)) return {};
   measured.isValid = true;
   return measured;
@@ -211,7 +210,7 @@ TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& pa
   weld::TSeam seam(weld::TPoints(result.stripePts.begin(), result.stripePts.end(), &memory));
   seam.isFound = result.isFound;
   seam.pos = result.weldPos;
-  return weld::measureSeam(seam, params, &memory);
+  return weld::measureSeam(seam, weld::findJoint(params.weldType), &memory);
 }
 
 std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image) {

@@ -6,6 +6,8 @@
 
 namespace weld {
 
+struct TJoint;
+
 // One for each kind of joint: fills what its stripe shows, of the type that `m` names. False: it does not show it.
 bool measureGap(const TSeam& seam, TMemory* memory, TJointMeasurement& m);
 bool measureLap(const TSeam& seam, TMemory* memory, TJointMeasurement& m);
@@ -14,6 +16,7 @@ bool measurePlate(const TSeam& seam, TMemory* memory, TJointMeasurement& m);
 bool measureGroove(const TSeam& seam, TMemory* memory, TJointMeasurement& m);
 
 // Of a found seam on the stripe points that it was found with; not valid where they do not show the joint.
-TJointMeasurement measureSeam(const TSeam& seam, const TWeldParams& params, TMemory* memory);
+//   joint  null: nothing is measured
+TJointMeasurement measureSeam(const TSeam& seam, const TJoint* joint, TMemory* memory);
 
 }  // namespace weld

@@ -49,10 +49,10 @@ bool isDoubtful(const TSeam& seam, const TPrevious& before, const TDoubt& doubt)
 
 TLook lookAround(const TSearch& search, const TPrevious& stripe) {
   const TFrame& frame = search.quest.frame;
-  const int bandPx = search.quest.joint.rules.bandPx;
-  if (search.options.guideMarginPx == 0) return lookNear(frame, stripe.stripePts, bandPx);
+  const TBand& band = search.quest.joint.rules.band;
+  if (search.options.guideMarginPx == 0) return lookNear(frame, stripe.stripePts, band);
   const TStageTimer timer(frame.trace, "guide");
-  return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), bandPx);
+  return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), band);
 }
 
 // Around a found stripe.

@@ -1,6 +1,7 @@
 #include "zelWeldTracker.h"
 
 #include "api/measure.h"
+#include "api/own_joint.h"
 #include "api/seam_gate.h"
 #include "api/seam_search.h"
 #include "support/arena.h"
@@ -43,6 +44,7 @@ std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options, const
 struct TWeldTracker::TState {
   TTrackerOptions options;
   TWeldParams params;
+  std::unique_ptr<weld::TOwnJoint> own;  // instead of the joint of the parameters
 
   // What a frame leaves to the next one.
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
@@ -57,9 +59,10 @@ struct TWeldTracker::TState {
   weld::TArena memory;
   TWeldLineRes spare;
 
+  const weld::TJoint* joint() const { return own ? own->detected() : weld::findJoint(params.weldType); }
   weld::TMemory* beginFrame(const cv::Mat& image, const weld::TJoint* joint);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
-  TTrackedSeam judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld);
+  TTrackedSeam judge(const weld::TFound& found, const weld::TJoint* joint, bool isLetThrough);
   void remember(const TTrackedSeam& seam, std::size_t columns);
 };
 
@@ -86,11 +89,12 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
 }
 
 // A seam that is held back counts as not found.
-TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, bool isLetThrough, bool canBeHeld) {
+TTrackedSeam TWeldTracker::TState::judge(const weld::TFound& found, const weld::TJoint* joint, bool isLetThrough) {
+  const bool canBeHeld = joint == nullptr || joint->rules.hasSeamPoint;
   TTrackedSeam seam;
   if (isLetThrough) {
     seam.line = toLineRes(found.seam);
-    seam.measurement = weld::measureSeam(found.seam, params, &memory);
+    seam.measurement = weld::measureSeam(found.seam, joint, &memory);
   } else {
     seam.line.stripePts.assign(found.seam.stripePts.begin(), found.seam.stripePts.end());
   }
@@ -113,6 +117,11 @@ TWeldTracker::TWeldTracker(const TWeldParams& params, const TTrackerOptions& opt
   state->params = params;
 }
 
+TWeldTracker::TWeldTracker(const TJointTemplate& joint, const TTrackerOptions& options)
+    : TWeldTracker(TWeldParams(), options) {
+  state->own = std::make_unique<weld::TOwnJoint>(joint);
+}
+
 TWeldTracker::TWeldTracker(TWeldTracker&& other) noexcept = default;
 TWeldTracker& TWeldTracker::operator=(TWeldTracker&& other) noexcept = default;
 TWeldTracker::~TWeldTracker() = default;
@@ -121,7 +130,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   TFrameTrace trace;
   const weld::TTrace seen = state->options.keepTrace ? weld::TTrace(trace) : weld::TTrace();
   const weld::TTraceClock clock(seen);
-  const weld::TJoint* const joint = weld::findJoint(state->params.weldType);
+  const weld::TJoint* const joint = state->joint();
   const bool hasSeamPoint = joint == nullptr || joint->rules.hasSeamPoint;
 
   const weld::TFrame frame{image, state->params, state->beginFrame(image, joint), seen};
@@ -129,14 +138,15 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   weld::TJumpMemory jumps = state->jumps;
   const bool isLetThrough =
       !hasSeamPoint || weld::passesJumpTest(found.seam, state->options, jumps, seen.atGate());
-  TTrackedSeam seam = state->judge(found, isLetThrough, hasSeamPoint);
+  TTrackedSeam seam = state->judge(found, joint, isLetThrough);
   state->remember(seam, static_cast<std::size_t>(std::max(image.cols, 0)));
   int announced = state->announcedFrames;
   if (seam.state == TSeamState::found && joint->rules.announce != nullptr)
     joint->rules.announce(announced, found.seam, found.widthPx);
   if (seen) {
-    weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos},
-                        findWeldJoint(state->params.weldType));
+    const char* const problem = state->own ? state->own->problem.c_str() : "";
+    weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos, problem},
+                        joint != nullptr ? &joint->info : nullptr);
     trace.totalUs = clock.elapsedUs();
   }
 
@@ -166,6 +176,9 @@ void TWeldTracker::reset() {
 
 void TWeldTracker::setParams(const TWeldParams& params) {
   state->params = params;
+  if (state->own == nullptr) return;
+  state->own.reset();
+  state->lastProfile.reset();
 }
 
 const TFrameTrace& TWeldTracker::lastTrace() const {

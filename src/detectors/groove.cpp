@@ -1,8 +1,6 @@
 #include "detectors/groove.h"
 
-#include "detectors/common_checks.h"
-#include "detectors/groove_report.h"
-#include "profile/profile_engine.h"
+#include "detectors/laid_profile.h"
 #include "zelWeldSettings.h"
 
 #include <algorithm>
@@ -15,43 +13,6 @@ namespace {
 constexpr double kLeastFlankDeg = 10.0;  // with the flanks' ranges at their defaults
 constexpr double kMostFlankDeg = 88.0;
 
-constexpr std::size_t kLeastCentres = TStripeProfile::kFewestCentres;
-
-constexpr TCheck kCentres = countCheck({20, TWeldOutcome::noStripe, "stripe", "too few stripe points in a row"},
-                                       "stripe points that follow each other", TRule::atLeast);
-constexpr TCheck kLayout{{21, TWeldOutcome::elementMissing, "groove", "no such groove in the stripe"}, "groove"};
-constexpr TCheck kMeeting{
-    {22, TWeldOutcome::elementMissing, "groove", "flanks and plates do not meet in a groove"},
-    "flanks and plates that meet"};
-constexpr TCheck kRelief{{23, TWeldOutcome::fitTooWeak, "groove", "groove within the roughness of the stripe"},
-                         "depth that stands out of the noise",
-                         TRule::atLeast,
-                         "px"};
-constexpr TCheck kRound{{23, TWeldOutcome::elementMissing, "round edges", "round edges overlap or turn away"},
-                        "round edges side by side"};
-constexpr TCheck kPlates{{24, TWeldOutcome::angleOutOfRange, "plates", "plates out of line"},
-                         "angle between the plates",
-                         TRule::atMost,
-                         "deg"};
-constexpr TCheck kStep{{25, TWeldOutcome::sizeOutOfRange, "plates", "a step rather than a groove"},
-                       "mismatch of the plates beside the depth",
-                       TRule::notAbove,
-                       "px"};
-constexpr TCheck kFeet{{26, TWeldOutcome::elementMissing, "root", "a flank ends before its flat root"},
-                       "flanks lit up to a flat root"};
-constexpr TCheck kSeen{{27, TWeldOutcome::fitTooWeak, "groove", "too little stripe beside a corner of the groove"},
-                       "share of stripe beside the worst corner",
-                       TRule::atLeast};
-constexpr TCheck kBetter{
-    {28, TWeldOutcome::fitTooWeak, "groove", "a plate or a curve explains the stripe as well"},
-    "gain over a plate or a curve",
-    TRule::atLeast};
-
-constexpr TCheck kSmooth{{30, TWeldOutcome::fitTooWeak, "flank", "a flank or an arc is too rough"},
-                         "roughness of the roughest flank or arc",
-                         TRule::atMost,
-                         "px",
-                         "lineTolerancePx"};
 constexpr TCheck kLength{{31, TWeldOutcome::elementTooShort, "flank", "a flank or an arc is too short"},
                          "length of the shortest flank or arc",
                          TRule::atLeast,
@@ -123,39 +84,9 @@ bool isSame(const TAngleRange& a, const TAngleRange& b) {
   return a.min == b.min && a.max == b.max;
 }
 
-bool isFlare(const TProfileFit& fit) {
-  return fit.profile->measuring == TMeasuring::flareV || fit.profile->measuring == TMeasuring::flareBevel;
-}
-
 // The arcs of a U groove's corners may be short; its walls are flanks.
 bool isSide(const TProfileFit& fit, const TProfileElement& element) {
   return element.role == TElementRole::flank || (element.role == TElementRole::round && isFlare(fit));
-}
-
-double lengthOf(const TProfileElement& element) {
-  const cv::Point2d d = element.right - element.left;
-  return std::sqrt(d.dot(d));
-}
-
-// What the engine itself asks of a profile, with its numbers where the joint has them.
-bool isLaid(const TProfileFit& fit, const TStripeProfile& stripe, const TTrace& trace) {
-  const TProfileOutcome outcome = fit.outcome;
-  const TJointMeasures& m = fit.measures;
-  const TProfileOptions limits;
-  const auto notes = [&](const TCheck& check, double measured, double limit, TProfileOutcome failure) {
-    const bool hasNumbers = !std::isnan(measured) && !std::isnan(limit);
-    return hasNumbers ? trace.note(check, measured, limit, outcome != failure)
-                      : trace.holds(check, outcome != failure);
-  };
-  return trace.passes(kCentres, static_cast<std::size_t>(stripe.centres().count()), kLeastCentres) &&
-         trace.holds(kLayout, outcome != TProfileOutcome::noLayout && outcome != TProfileOutcome::tooFewCentres) &&
-         trace.holds(kMeeting, outcome != TProfileOutcome::notMeeting) &&
-         notes(isFlare(fit) ? kRound : kRelief, m.depthPx, fit.leastDepthPx, TProfileOutcome::tooShallow) &&
-         notes(kPlates, fit.platesApartDeg, kMostPlatesApartDeg, TProfileOutcome::platesApart) &&
-         notes(kStep, std::abs(m.mismatchPx), m.depthPx, TProfileOutcome::stepped) &&
-         trace.holds(kFeet, outcome != TProfileOutcome::darkFeet) &&
-         notes(kSeen, fit.worstShare, kLeastShare, TProfileOutcome::notSeen) &&
-         trace.note(kBetter, fit.score, limits.leastGain, fit.isFound());
 }
 
 bool isInside(const TAngleCheck& check, double deg, const TAngleRange& range, const TTrace& trace) {
@@ -200,7 +131,7 @@ bool areSidesAdmissible(const TProfileFit& fit, const TGrooveSettings& settings,
     roughestPx = std::max(roughestPx, side.noisePx);
     shortestPx = std::min(shortestPx, lengthOf(side));
   }
-  return trace.ofPiece(roughest).passes(kSmooth, roughestPx, settings.lineTolerancePx) &&
+  return trace.ofPiece(roughest).passes(kRoughestElement, roughestPx, settings.lineTolerancePx) &&
          trace.ofPiece(shortest).passes(kLength, shortestPx, settings.minElementPx);
 }
 
@@ -229,56 +160,16 @@ cv::Point2d pointAt(const TProfileFit& fit, TWeldPosType pos) {
   }
 }
 
-double orZero(double measure) {
-  return std::isnan(measure) ? 0.0 : measure;
-}
-
-void storeMeasures(const TProfileFit& fit, TSeam& seam) {
-  const TJointMeasures& m = fit.measures;
-  const bool hasRadii = isFlare(fit);
-  seam.auxVal1 = orZero(m.widthPx);
-  seam.auxVal2 = orZero(m.depthPx);
-  seam.auxVal3 =
-      orZero(hasRadii ? (std::isnan(m.leftRadiusPx) ? m.rightRadiusPx : m.leftRadiusPx) : m.includedAngleDeg);
-  seam.auxVal4 =
-      fit.profile->measuring == TMeasuring::flareBevel ? 0.0 : orZero(hasRadii ? m.rightRadiusPx : m.gapPx);
-  seam.trackVal = orZero(m.mismatchPx);
-}
-
-// A tracker may have been told to look for another joint since.
-bool isOf(TTemplateView forms, const TProfileFit* fit) {
-  return fit != nullptr && fit->profile >= forms.begin() && fit->profile < forms.end();
-}
-
-TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, const TPrevious& previous) {
-  const TTemplateView forms = profilesOf(frame.params.weldType);
-  TProfileOptions options;
-  options.frame = &frame;
-  if (previous.isFound && isOf(forms, previous.profile)) {
-    const TStageTimer timer(frame.trace, "profile followed");
-    TProfileFit fit = trackProfile(stripe, *previous.profile, options, frame.memory);
-    if (fit.isFound()) return fit;
-  }
-  const TStageTimer timer(frame.trace, "profile search");
-  return fitProfile(stripe, forms, options, frame.memory);
-}
-
 }  // namespace
 
 TSeam findGroove(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  const TTrace& trace = frame.trace;
+  const TTemplateView forms = profilesOf(frame.params.weldType);
+  const std::optional<TProfileFit> fit = layProfile(frame, stripe, forms, previous);
   TSeam seam(TPoints(stripe.points, frame.memory));
-  const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
-  const TProfileFit fit = lay(frame, profile, previous);
-  reportGroove(fit, trace);
-  if (!isLaid(fit, profile, trace)) return seam;
-  const auto pos = cv::Point2f(pointAt(fit, frame.params.weldPosType));
-  trace.addTestedPoint(pos);
-  if (!isGroove(fit, TGrooveSettings::of(frame.params), trace)) return seam;
-  seam.isFound = true;
-  seam.pos = pos;
-  seam.profile = fit;
-  storeMeasures(fit, seam);
+  if (!fit) return seam;
+  const auto pos = cv::Point2f(pointAt(*fit, frame.params.weldPosType));
+  frame.trace.addTestedPoint(pos);
+  if (isGroove(*fit, TGrooveSettings::of(frame.params), frame.trace)) takeSeam(*fit, pos, seam);
   return seam;
 }
 

@@ -8,6 +8,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -53,6 +54,6 @@ inline TWeldLineRes toLineRes(const TSeam& seam) {
 }
 
 // A detector is a function of the frame, its stripe and the seam of the frame before.
-using TFindSeam = TSeam (*)(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
+using TFindSeam = std::function<TSeam(const TFrame& frame, const TStripe& stripe, const TPrevious& previous)>;
 
 }  // namespace weld

@@ -7,8 +7,6 @@ namespace {
 using E = TElementRange;
 using J = TJunctionRange;
 
-constexpr double kMostPlateDeg = 32.0;  // tilt of a plate in the image
-constexpr double kLeastTurnDeg = 11.0;  // anything less is no corner
 constexpr double kSteepestTurnDeg = 100.0;
 constexpr double kAny = 1e9;
 
@@ -16,34 +14,35 @@ constexpr E line(TElementRole role, double minDeg, double maxDeg, double minLeng
   return {TElementKind::line, role, minDeg, maxDeg, minLengthPx, kAny, 0.0, kAny, true, false, false};
 }
 constexpr E arc(double minRadiusPx, double maxRadiusPx, bool isCentreBelow, bool touchesLeft, bool touchesRight) {
-  return {TElementKind::arc, TElementRole::round, -90.0,         90.0,        15.0,        kAny,
+  return {TElementKind::arc, TElementRole::round, -90.0,         90.0,        kLeastArcPx, kAny,
           minRadiusPx,       maxRadiusPx,         isCentreBelow, touchesLeft, touchesRight};
 }
 
-constexpr E kPlate = line(TElementRole::plate, -kMostPlateDeg, kMostPlateDeg, 20.0);
-constexpr E kDown = line(TElementRole::flank, -3.0, 90.0, 15.0);
-constexpr E kUp = line(TElementRole::flank, -90.0, 3.0, 15.0);
-constexpr E kSteepDown = line(TElementRole::flank, 35.0, 90.0, 15.0);
-constexpr E kSteepUp = line(TElementRole::flank, -90.0, -35.0, 15.0);
-constexpr E kFlat = line(TElementRole::flat, -kMostPlateDeg, kMostPlateDeg, 12.0);
+constexpr E kPlate = line(TElementRole::plate, -kMostPlateDeg, kMostPlateDeg, kLeastPlatePx);
+constexpr E kDown = line(TElementRole::flank, -3.0, 90.0, kLeastFlankPx);
+constexpr E kUp = line(TElementRole::flank, -90.0, 3.0, kLeastFlankPx);
+constexpr E kSteepDown = line(TElementRole::flank, 35.0, 90.0, kLeastFlankPx);
+constexpr E kSteepUp = line(TElementRole::flank, -90.0, -35.0, kLeastFlankPx);
+constexpr E kFlat = line(TElementRole::flat, -kMostPlateDeg, kMostPlateDeg, kLeastFlatPx);
 
 constexpr J kShoulder{TJunctionKind::cross, kLeastTurnDeg, kSteepestTurnDeg, 0.0, 0};
 constexpr J kFoot{TJunctionKind::cross, -kSteepestTurnDeg, -kLeastTurnDeg, 0.0, 0};
-constexpr J kRoundFoot{TJunctionKind::fillet, -kSteepestTurnDeg, -25.0, 0.0, 0};
-constexpr J kRoot{TJunctionKind::root, -178.0, -20.0, 0.0, 0};
+constexpr J kRoundFoot{TJunctionKind::fillet, -kSteepestTurnDeg, -kLeastRoundedDeg, 0.0, 0};
+constexpr J kRoot{TJunctionKind::root, -178.0, -kLeastRootDeg, 0.0, 0};
 constexpr J kRoundRoot{TJunctionKind::fillet, -178.0, -60.0, 0.0, 0};
-constexpr J kUpWall{TJunctionKind::jump, -180.0, 180.0, 6.0, -1};
-constexpr J kDownStep{TJunctionKind::jump, -180.0, 180.0, 6.0, 1};
+constexpr J kUpWall{TJunctionKind::jump, -180.0, 180.0, kLeastJumpPx, -1};
+constexpr J kDownStep{TJunctionKind::jump, -180.0, 180.0, kLeastJumpPx, 1};
 constexpr J kRootGap{TJunctionKind::hole, -12.0, 12.0, 0.0, 0};
+// The search cuts between atoms: a step may look as much higher as it is low.
 constexpr J kBackingBelow{TJunctionKind::jump, -180.0, 180.0, -8.0, 1};
 constexpr J kBackingAbove{TJunctionKind::jump, -180.0, 180.0, -8.0, -1};
-constexpr J kSmooth{TJunctionKind::tangent, -28.0, 28.0, 0.0, 0};
+constexpr J kSmooth{TJunctionKind::tangent, -kMostSmoothDeg, kMostSmoothDeg, 0.0, 0};
 constexpr J kCusp{TJunctionKind::cusp, -180.0, -40.0, 0.0, 0};
 constexpr J kLineCusp{TJunctionKind::cusp, -180.0, -25.0, 0.0, 0};
 
 constexpr E kBowl{
     TElementKind::arc, TElementRole::round, -90.0, 90.0, 50.0, kAny, 15.0, 600.0, false, false, false};
-constexpr E kBowlInWalls = arc(8.0, 600.0, false, true, true);
+constexpr E kBowlInWalls = arc(kLeastRadiusPx, 600.0, false, true, true);
 constexpr E kTubeAfterPlate = arc(20.0, 2000.0, true, true, false);
 constexpr E kTubeBeforePlate = arc(20.0, 2000.0, true, false, true);
 constexpr E kTube = arc(20.0, 2000.0, true, false, false);
@@ -80,11 +79,12 @@ constexpr TProfileTemplate kBevel[] = {
     kLeftBackedBevel, mirrored(kLeftBackedBevel, "bevel on the right over a backing"),
 };
 
-constexpr TProfileTemplate kLeftWalledU{"U without a right wall",
-                                        TMeasuring::groove,
-                                        4,
-                                        {{kPlate, kSteepDown, arc(8.0, 600.0, false, true, false), kPlate}},
-                                        {{kShoulder, kSmooth, kShoulder}}};
+constexpr TProfileTemplate kLeftWalledU{
+    "U without a right wall",
+    TMeasuring::groove,
+    4,
+    {{kPlate, kSteepDown, arc(kLeastRadiusPx, 600.0, false, true, false), kPlate}},
+    {{kShoulder, kSmooth, kShoulder}}};
 constexpr TProfileTemplate kU[] = {
     {"U with a flat",
      TMeasuring::groove,

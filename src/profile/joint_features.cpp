@@ -83,6 +83,15 @@ double endSigma(const TStripeState& state, const TLine& line, double noise2, cv:
   return std::sqrt(along * along + across * across);
 }
 
+TLine surfaceAt(const TProfileLayout& layout, std::size_t e, bool isRight) {
+  const TFittedElement& element = layout.elements[e];
+  if (layout.range(e).kind == TElementKind::line) return isRight ? element.lines.right : element.lines.left;
+  const cv::Point2d at = isRight ? element.right : element.left;
+  const TCircle& c = element.arc.circle;
+  const double side = layout.range(e).isCentreBelow ? 1.0 : -1.0;
+  return {at.x, at.y, side * (c.y - at.y) / c.r, side * (at.x - c.x) / c.r, 0.0, 0.0, 0.0};
+}
+
 void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx) {
   fit.features[static_cast<std::size_t>(feature)] = {true, pos, sigmaPx};
 }
@@ -173,6 +182,8 @@ bool measureLayout(const TOrientedCentres& centres, const TProfileLayout& layout
     case TMeasuring::flareV:
     case TMeasuring::flareBevel:
       return measureFlare(centres, layout, state, fit);
+    case TMeasuring::points:
+      return measurePoints(centres, layout, state, fit);
     default:
       return measurePlain(layout, state, fit);
   }

@@ -26,6 +26,9 @@ bool measureBevel(const TOrientedCentres& centres, const TProfileLayout& layout,
 bool measureFlare(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                   TProfileFit& fit);
 bool measurePlain(const TProfileLayout& layout, const TStripeState& state, TProfileFit& fit);
+// By the points that the template itself names.
+bool measurePoints(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
+                   TProfileFit& fit);
 
 // Pieces that they share.
 
@@ -47,6 +50,29 @@ double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std:
 double arcSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t e, cv::Point2d at);
 // Of an end that is only seen to within the column, or cut short by a hole.
 double endSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at);
+
+// The line of an element at one of its ends; of an arc its tangent there, which does not say how sure it is.
+TLine surfaceAt(const TProfileLayout& layout, std::size_t e, bool isRight);
+
+// The edges of what shows no stripe between elements j and j + 1.
+struct TOpening {
+  TMeasuredPoint left;
+  TMeasuredPoint right;
+  TMeasuredPoint middle;
+  double gapPx = 0.0;  // 0: closed; NaN: cannot be seen
+};
+// Of two flanks that point at each other.
+TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base, const TStripeState& state);
+// Of a step whose wall shows no stripe: its foot lies under the end of its plate, as deep as the other side
+// reaches.
+struct TWall {
+  std::size_t bottom;  // the element that ends at its foot
+  std::size_t plate;   // the element that ends at its top
+};
+TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeState& state);
+
+// A groove that stands out of the noise.
+bool isDeep(TProfileFit& fit, double noisePx);
 
 void setFeature(TProfileFit& fit, TFeature feature, cv::Point2d pos, double sigmaPx);
 void setShoulderMeasures(const TOrientedCentres& centres, TSpan groove, TProfileFit& fit);

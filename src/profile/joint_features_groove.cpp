@@ -14,15 +14,12 @@ constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
 constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
 
-constexpr double kHolesPx = 0.7;  // of a stripe whose holes may have cut a root edge
+constexpr double kHiddenPx = 2.5;      // columns from the end of the bottom to a wall that leans over it
+constexpr double kHiddenShare = 0.58;  // root mean square of a gap of unknown width, over the most
+constexpr double kHolesPx = 0.7;       // of a stripe whose holes may have cut a root edge
 
 double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
-}
-
-bool isDeep(TProfileFit& fit, double noisePx) {
-  fit.leastDepthPx = std::max(kLeastDepthPx, kDepthPerNoise * noisePx);
-  return fit.measures.depthPx >= fit.leastDepthPx;
 }
 
 // The end of a flank carried along it to a depth under its plate.
@@ -46,35 +43,11 @@ TSides sidesOf(const TProfileLayout& layout) {
           baseOf(layout.elements[0].lines.right, layout.elements[n - 1].lines.left)};
 }
 
-// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other.
-// Ends that come close to one another meet.
-void setOpenRoot(const TSides& s, const TStripeState& state, TProfileFit& fit) {
-  const TLine& left = s.leftFlank.lines.right;
-  const TLine& right = s.rightFlank.lines.left;
-  cv::Point2d leftRoot = s.leftFlank.right;
-  cv::Point2d rightRoot = s.rightFlank.left;
-  double leftSigma = endSigma(state, left, s.leftFlank.noise2, leftRoot);
-  double rightSigma = endSigma(state, right, s.rightFlank.noise2, rightRoot);
-  const double lower = s.base.depthOf(s.rightPlate.left, rightRoot) - s.base.depthOf(s.leftPlate.right, leftRoot);
-  const double evenPx = kUnevenPx + 2.0 * state.noisePx;
-  const bool hasHoles = state.unseenPx > kHolesPx;
-  if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, s.base, lower);
-  if (hasHoles && -lower > evenPx) rightRoot = carried(right, rightRoot, s.base, -lower);
-  const std::optional<cv::Point2d> corner = crossingOf(left, right);
-  const cv::Point2d between = rightRoot - leftRoot;
-  const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
-  const bool hasCrossed = between.x * s.base.dx + between.y * s.base.dy <= 0.0;
-  const double closedPx = kClosedPx + kClosedPerNoise * state.noisePx;
-  const bool isClosed = hasCrossed || between.x * s.base.dx + between.y * s.base.dy < closedPx;
-  if (isClosed && corner) {
-    leftRoot = rightRoot = *corner;
-    leftSigma = rightSigma = crossingSigma(state, s.leftFlank, s.rightFlank, *corner);
-  }
-  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
-  setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
-  setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
-  const double sigma = isClosed ? leftSigma : 0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma);
-  setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot), sigma);
+void setOpening(TProfileFit& fit, const TOpening& opening) {
+  setFeature(fit, TFeature::leftRoot, opening.left.pos, opening.left.sigmaPx);
+  setFeature(fit, TFeature::rightRoot, opening.right.pos, opening.right.sigmaPx);
+  setFeature(fit, TFeature::root, opening.middle.pos, opening.middle.sigmaPx);
+  fit.measures.gapPx = opening.gapPx;
 }
 
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
@@ -129,7 +102,9 @@ void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& 
   }
   if (layout.count() == 6) return setSplitRoot(layout, state, fit);
   if (layout.count() == 5) return setFlatRoot(layout, s, state, fit);
-  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) return setOpenRoot(s, state, fit);
+  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) {
+    return setOpening(fit, openRoot(layout, 1, s.base, state));
+  }
   if (layout.fillets[1].isFound)
     return setRoundRoot(layout.fillets[1].circle, cornerSigma(state, layout, 1), s.base, fit);
   setFeature(fit, TFeature::root, s.leftFlank.right, cornerSigma(state, layout, 1));
@@ -141,46 +116,107 @@ struct TBevel {
   bool isLeft;
 
   const TFittedElement& at(std::size_t e) const { return layout.elements[isLeft ? e : layout.count() - 1 - e]; }
+  // Whether a flat joins the flank; one that does not is a backing.
   bool hasFlat() const { return layout.count() == 4 && layout.profile->junctions[1].kind == TJunctionKind::cross; }
-  // The flank itself, or a flat that joins it.
-  const TFittedElement& bottom() const { return at(hasFlat() ? 2 : 1); }
+  std::size_t bottom() const {
+    const std::size_t fromFlank = hasFlat() ? 2 : 1;
+    return isLeft ? fromFlank : layout.count() - 1 - fromFlank;
+  }
   const TFittedElement& wallPlate() const { return at(layout.count() - 1); }
   cv::Point2d end(const TFittedElement& e) const { return isLeft ? e.right : e.left; }  // towards the wall
-  const TLine& line(const TFittedElement& e) const { return isLeft ? e.lines.right : e.lines.left; }
   const TLine& wallLine() const { return isLeft ? wallPlate().lines.left : wallPlate().lines.right; }
   cv::Point2d wallTop() const { return isLeft ? wallPlate().left : wallPlate().right; }
   TFeature onFlank(TFeature left, TFeature right) const { return isLeft ? left : right; }
 };
 
-// The wall shows no stripe: its foot lies under the end of its plate, as deep as the flank reaches.
+// Of a flat bottom the flank's edge is where the flat begins.
 void setBevelRoot(const TBevel& bevel, const TStripeState& state, TProfileFit& fit) {
-  const TLine& wallLine = bevel.wallLine();
-  const TLine& bottomLine = bevel.line(bevel.bottom());
+  TOpening opening =
+      wallOpening(bevel.layout, {bevel.bottom(), bevel.isLeft ? bevel.layout.count() - 1 : 0}, state);
   const cv::Point2d wallTop = bevel.wallTop();
-  const cv::Point2d end = bevel.end(bevel.bottom());
-  const double topSigma = endSigma(state, wallLine, bevel.wallPlate().noise2, wallTop);
-  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
-  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
-  cv::Point2d flankRoot = bevel.end(bevel.at(1));
-  double sigma = endSigma(state, bottomLine, bevel.bottom().noise2, end);
-  const double across = (foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy;
-  const double gapPx = bevel.isLeft ? across : -across;
-  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
-  if (isClosed) {  // where the bottom meets the wall
-    const TLine wall{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
-    foot = crossingOf(bottomLine, wall).value_or(foot);
-    if (!bevel.hasFlat()) flankRoot = foot;
-    sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
-  }
-  fit.measures.gapPx = isClosed ? 0.0 : gapPx;
+  const double topSigma = endSigma(state, bevel.wallLine(), bevel.wallPlate().noise2, wallTop);
   setFeature(fit, bevel.onFlank(TFeature::rightShoulder, TFeature::leftShoulder), wallTop, topSigma);
-  setFeature(fit, bevel.onFlank(TFeature::leftRoot, TFeature::rightRoot), flankRoot, sigma);
-  setFeature(fit, bevel.onFlank(TFeature::rightRoot, TFeature::leftRoot), foot, sigma);
-  setFeature(fit, TFeature::root, 0.5 * (flankRoot + foot),
-             isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma));
+  if (bevel.hasFlat()) {
+    (bevel.isLeft ? opening.left : opening.right).pos = bevel.end(bevel.at(1));
+    opening.middle.pos = 0.5 * (opening.left.pos + opening.right.pos);
+  }
+  setOpening(fit, opening);
 }
 
 }  // namespace
+
+bool isDeep(TProfileFit& fit, double noisePx) {
+  fit.leastDepthPx = std::max(kLeastDepthPx, kDepthPerNoise * noisePx);
+  return fit.measures.depthPx >= fit.leastDepthPx;
+}
+
+// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other.
+// Ends that come close to one another meet.
+TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base, const TStripeState& state) {
+  const TFittedElement& leftFlank = layout.elements[j];
+  const TFittedElement& rightFlank = layout.elements[j + 1];
+  const TLine& left = leftFlank.lines.right;
+  const TLine& right = rightFlank.lines.left;
+  cv::Point2d leftRoot = leftFlank.right;
+  cv::Point2d rightRoot = rightFlank.left;
+  double leftSigma = endSigma(state, left, leftFlank.noise2, leftRoot);
+  double rightSigma = endSigma(state, right, rightFlank.noise2, rightRoot);
+  const double lower = base.depthOf(layout.elements[layout.count() - 1].left, rightRoot) -
+                       base.depthOf(layout.elements[0].right, leftRoot);
+  const double evenPx = kUnevenPx + 2.0 * state.noisePx;
+  const bool hasHoles = state.unseenPx > kHolesPx;
+  if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, base, lower);
+  if (hasHoles && -lower > evenPx) rightRoot = carried(right, rightRoot, base, -lower);
+  const std::optional<cv::Point2d> corner = crossingOf(left, right);
+  const cv::Point2d between = rightRoot - leftRoot;
+  const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
+  const bool hasCrossed = between.x * base.dx + between.y * base.dy <= 0.0;
+  const double closedPx = kClosedPx + kClosedPerNoise * state.noisePx;
+  const bool isClosed = hasCrossed || between.x * base.dx + between.y * base.dy < closedPx;
+  if (isClosed && corner) {
+    leftRoot = rightRoot = *corner;
+    leftSigma = rightSigma = crossingSigma(state, leftFlank, rightFlank, *corner);
+  }
+  const double sigma = isClosed ? leftSigma : 0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma);
+  return {{true, leftRoot, leftSigma},
+          {true, rightRoot, rightSigma},
+          {true, 0.5 * (leftRoot + rightRoot), sigma},
+          isClosed ? 0.0 : gapPx};
+}
+
+TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeState& state) {
+  const auto [low, high] = wall;
+  const bool isLeft = low < high;  // the lower side
+  const TFittedElement& bottom = layout.elements[low];
+  const TFittedElement& upper = layout.elements[high];
+  const TLine bottomLine = surfaceAt(layout, low, isLeft);
+  const TLine wallLine = surfaceAt(layout, high, !isLeft);
+  const cv::Point2d wallTop = isLeft ? upper.left : upper.right;
+  const cv::Point2d end = isLeft ? bottom.right : bottom.left;
+  const double topSigma = endSigma(state, wallLine, upper.noise2, wallTop);
+  const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
+  cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
+  cv::Point2d edge = end;
+  double sigma = endSigma(state, bottomLine, bottom.noise2, end);
+  const double across = (foot.x - end.x) * wallLine.dx + (foot.y - end.y) * wallLine.dy;
+  const double gapPx = isLeft ? across : -across;
+  const bool isClosed = gapPx < kClosedPx + kClosedPerNoise * state.noisePx;
+  const bool leansOver = (foot.x - wallTop.x) * (isLeft ? 1.0 : -1.0) > 0.0;
+  const bool isHidden = !isClosed && leansOver && std::abs(end.x - wallTop.x) < kHiddenPx;
+  if (isClosed) {  // where the bottom meets the wall
+    const TLine upright{wallTop.x, wallTop.y, -wallLine.dy, wallLine.dx, 0.0, 0.0, 0.0};
+    edge = foot = crossingOf(bottomLine, upright).value_or(foot);
+    sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
+  }
+  if (isHidden) sigma = std::sqrt(sigma * sigma + kHiddenShare * kHiddenShare * gapPx * gapPx);
+  const double middleSigma = isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma);
+  return {{true, isLeft ? edge : foot, sigma},
+          {true, isLeft ? foot : edge, sigma},
+          {true, 0.5 * (edge + foot), middleSigma},
+          isHidden   ? kNoMeasure
+          : isClosed ? 0.0
+                     : gapPx};
+}
 
 bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout, const TStripeState& state,
                    TProfileFit& fit) {

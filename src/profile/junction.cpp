@@ -74,6 +74,7 @@ std::optional<double> junctionCost(const TJunctionRange& junction, const TElemen
   const TElementEnd& b = right.left;
   const double turnDeg = b.angleDeg - a.angleDeg;
   if (turnDeg < junction.minTurnDeg || turnDeg > junction.maxTurnDeg) return std::nullopt;
+  if (std::abs(turnDeg) < junction.leastTurnDeg) return std::nullopt;
   const double tolPx =
       kCornerTolPx + kTolPerNoise * table.noisePx() + kTolPerLength * std::min(left.lengthPx, right.lengthPx);
   const TMeeting meeting{turnDeg, b.x - a.x, b.y - a.y, tolPx};

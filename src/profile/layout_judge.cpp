@@ -44,11 +44,11 @@ void copyElements(const TProfileLayout& layout, const TLayoutScore& score, TProf
   }
 }
 
-// Share of the frames like this one whose root is right to within three pixels.
+// Share of the frames like this one whose seam point is right to within three pixels.
 double confidenceOf(const TProfileFit& fit, double worstShare) {
-  const TMeasuredPoint& root = fit.feature(TFeature::root);
-  const double sigma = std::max(root.sigmaPx, 0.1);
-  const double isExact = root.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
+  const TMeasuredPoint& seam = fit.feature(fit.profile->tracked);
+  const double sigma = std::max(seam.sigmaPx, 0.1);
+  const double isExact = seam.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
   const double clarity = (1.0 - exactExp(-fit.score / kConfidenceScale)) * isExact * worstShare;
   return kRightAtLeast + kRightByClarity * clarity;
 }

@@ -13,8 +13,6 @@
 
 namespace weld {
 
-inline constexpr std::size_t kFeatures = static_cast<std::size_t>(TFeature::rightEnd) + 1;
-
 struct TMeasuredPoint {
   bool isFound = false;
   cv::Point2d pos{0.0, 0.0};  // image, px
@@ -50,6 +48,12 @@ struct TProfileElement {
   double inlierShare = 0.0;  // of the centres near its ends that belong to it
 };
 
+// A stretch without a stripe, in the sense of the template.
+struct TGapMeasure {
+  double widthPx = 0.0;  // 0: closed
+  double stepPx = 0.0;   // by which its right side lies deeper under the plates
+};
+
 // Why a stripe has no such profile.
 enum class TProfileOutcome : std::int32_t {
   found,
@@ -78,6 +82,7 @@ struct TProfileFit {
   double worstShare = kNoMeasure;      // of the centres beside a corner that belong to its elements
   std::size_t elementCount = 0;
   std::array<TProfileElement, kMostElements> elements{};
+  std::array<TGapMeasure, kMostElements - 1> gaps{};  // behind each element, where the template names the points
 
   bool isFound() const { return outcome == TProfileOutcome::found; }
   const TMeasuredPoint& feature(TFeature f) const { return features[static_cast<std::size_t>(f)]; }

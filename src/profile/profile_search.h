@@ -58,7 +58,7 @@ private:
     int sense;
     TList<TElementChoice> choices;
   };
-  static constexpr std::size_t kMostKnown = 64;
+  static constexpr std::size_t kMostKnown = 128;  // more than a joint of one's own can have
 
   TFitTable& fits;
   TList<TKnown> known;

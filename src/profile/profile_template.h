@@ -3,6 +3,7 @@
 // other sense is tried by turning the stripe over.
 #pragma once
 
+#include "zelWeldTemplate.h"
 #include "zelWeldTypes.h"
 
 #include <array>
@@ -12,6 +13,20 @@
 namespace weld {
 
 inline constexpr std::size_t kMostElements = 7;
+inline constexpr std::size_t kFeatures = static_cast<std::size_t>(TFeature::rightEnd) + 1;
+
+// What elements and the ways they meet must be at least, of whatever joint.
+inline constexpr double kMostPlateDeg = 32.0;  // tilt of a plate in the image
+inline constexpr double kLeastPlatePx = 20.0;
+inline constexpr double kLeastFlankPx = 15.0;
+inline constexpr double kLeastFlatPx = 12.0;
+inline constexpr double kLeastArcPx = 15.0;
+inline constexpr double kLeastRadiusPx = 8.0;
+inline constexpr double kLeastTurnDeg = 11.0;     // anything less is no corner
+inline constexpr double kLeastRoundedDeg = 25.0;  // of a corner that may be rounded
+inline constexpr double kLeastRootDeg = 20.0;     // between flanks that point at each other
+inline constexpr double kMostSmoothDeg = 28.0;    // of a common tangent, before it is refined
+inline constexpr double kLeastJumpPx = 6.0;
 
 enum class TElementKind : std::uint8_t { line, arc };
 enum class TElementRole : std::uint8_t { plate, flank, flat, round };
@@ -51,12 +66,21 @@ struct TJunctionRange {
   TJunctionKind kind = TJunctionKind::cross;
   double minTurnDeg = -180.0;  // angle of the right element minus that of the left one, at the junction
   double maxTurnDeg = 180.0;
-  double minStepPx = 0.0;  // least height of a jump
-  int step = 0;            // of a jump; 1: the right element starts lower, -1: higher
+  double minStepPx = 0.0;     // least height of a jump
+  int step = 0;               // of a jump; 1: the right element starts lower, -1: higher
+  double leastTurnDeg = 0.0;  // in either direction
 };
 
 // How the features are read off the elements.
-enum class TMeasuring : std::uint8_t { groove, bevel, flareV, flareBevel, corner, lap, gap, plate, none };
+enum class TMeasuring : std::uint8_t { groove, bevel, flareV, flareBevel, corner, lap, gap, plate, points, none };
+
+// Where a feature lies, of a template that says so itself.
+struct TProfilePoint {
+  TFeature feature = TFeature::root;
+  TJointPlace place = TJointPlace::start;
+  std::size_t at = 0;  // element, or junction
+  bool isOfJunction = false;
+};
 
 struct TProfileTemplate {
   const char* name = "";
@@ -64,7 +88,30 @@ struct TProfileTemplate {
   std::size_t elementCount = 0;
   std::array<TElementRange, kMostElements> elements{};
   std::array<TJunctionRange, kMostElements - 1> junctions{};  // one between each two elements
+  TFeature tracked = TFeature::root;
+  std::size_t pointCount = 0;
+  std::array<TProfilePoint, kFeatures> points{};
 };
+
+constexpr TFeature mirrored(TFeature feature) {
+  constexpr TFeature kPairs[][2] = {{TFeature::leftRoot, TFeature::rightRoot},
+                                    {TFeature::leftShoulder, TFeature::rightShoulder},
+                                    {TFeature::leftEdge, TFeature::rightEdge},
+                                    {TFeature::leftEnd, TFeature::rightEnd}};
+  for (const auto& pair : kPairs) {
+    if (feature == pair[0]) return pair[1];
+    if (feature == pair[1]) return pair[0];
+  }
+  return feature;
+}
+
+constexpr TProfilePoint mirrored(const TProfilePoint& point, std::size_t elementCount) {
+  const TJointPlace place = point.place == TJointPlace::start ? TJointPlace::end
+                            : point.place == TJointPlace::end ? TJointPlace::start
+                                                              : point.place;
+  const std::size_t last = point.isOfJunction ? elementCount - 2 : elementCount - 1;
+  return {mirrored(point.feature), place, last - point.at, point.isOfJunction};
+}
 
 // The same joint seen in a mirror.
 constexpr TProfileTemplate mirrored(const TProfileTemplate& from, const char* name) {
@@ -82,6 +129,8 @@ constexpr TProfileTemplate mirrored(const TProfileTemplate& from, const char* na
     to.junctions[j] = from.junctions[from.elementCount - 2 - j];
     to.junctions[j].step = -to.junctions[j].step;
   }
+  to.tracked = mirrored(from.tracked);
+  for (std::size_t p = 0; p < from.pointCount; ++p) to.points[p] = mirrored(from.points[p], from.elementCount);
   return to;
 }
 

@@ -58,6 +58,7 @@ TEnding endingOf(const TFrameTrace& trace, const TFrameEnd& end, const TWeldJoin
     const TTraceAttempt& attempt = trace.attempts[trace.decisive];
     return {attempt.outcome, attempt.reason, attempt.sentence};
   }
+  if (end.problem[0] != '\0') return {TWeldOutcome::settingInvalid, "template of the joint is wrong", end.problem};
   const TWeldOutcome outcome = end.hasImage ? TWeldOutcome::noDetector : TWeldOutcome::noImage;
   return {outcome, weldOutcomeText(outcome), weldOutcomeText(outcome)};
 }

@@ -21,7 +21,8 @@ void concludeFailedAttempt(TFrameTrace& trace, const TWeldJoint& joint);
 struct TFrameEnd {
   bool hasImage = false;
   bool isHeld = false;
-  cv::Point2f heldPos;  // of the earlier seam that is repeated
+  cv::Point2f heldPos;       // of the earlier seam that is repeated
+  const char* problem = "";  // of the joint's template, which cannot be looked for; empty: none
 };
 
 // Ends the frame: with the gate's test that failed, else like its decisive attempt. A frame without attempts had

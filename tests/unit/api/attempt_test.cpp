@@ -119,11 +119,11 @@ TEST(LookAlong, endsWithTheGuide) {
   const TWeldParams params;
   const TFrame frame = heapFrame(image, params);
   const TStripePts guide = linePoints(20, 420, 240.0);
-  EXPECT_EQ(lookNear(frame, guide, 60).regions.back().br().x, 639);
-  const TLook look = lookAlong(frame, guide, 60);
+  EXPECT_EQ(lookNear(frame, guide, {}).regions.back().br().x, 639);
+  const TLook look = lookAlong(frame, guide, {});
   EXPECT_EQ(look.regions.back().br().x, 420);
   EXPECT_EQ(look.path, TSearchPath::tracking);
-  EXPECT_EQ(lookAlong(frame, {}, 60).path, TSearchPath::first);
+  EXPECT_EQ(lookAlong(frame, {}, {}).path, TSearchPath::first);
 }
 
 }  // namespace

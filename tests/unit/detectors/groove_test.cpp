@@ -88,7 +88,7 @@ TEST(Groove, EveryCheckRefusesWithItsReason) {
       {"found", open, kUnchanged},
       {"found", open, [](TGrooveSettings& s) { s.allowsGap = false, s.maxClosedGapPx = 40.0; }},
       {"too few stripe points in a row", painting({{100, 118, 240.0}}), kUnchanged},
-      {"no such groove in the stripe", painting({{20, 620, 240.0}}), kUnchanged},
+      {"no such joint in the stripe", painting({{20, 620, 240.0}}), kUnchanged},
       {"plates out of line",
        painting({{20, 240, 200.0},
                  {240, 300, 200.0, 1.0},
@@ -99,10 +99,10 @@ TEST(Groove, EveryCheckRefusesWithItsReason) {
       {"a step rather than a groove",
        painting({{20, 240, 200.0}, {240, 300, 200.0, 1.0}, {300, 460, 260.0, -1.0}, {460, 620, 100.0}}),
        kUnchanged},
-      {"groove within the roughness of the stripe",
+      {"joint within the roughness of the stripe",
        painting({{20, 290, 200.0}, {290, 320, 200.0, 0.25}, {320, 350, 207.5, -0.25}, {350, 620, 200.0}}),
        kUnchanged},
-      {"too little stripe beside a corner of the groove",
+      {"too little stripe beside a corner of the joint",
        painting({{20, 180, 200.0},
                  {180, 240, 160.0},
                  {240, 320, 200.0, 1.0},
@@ -153,6 +153,17 @@ TEST(Groove, ReportsPointsAndMeasuresByJoint) {
     EXPECT_NEAR(line.auxVal3, isFlare ? (isFlareBevel ? 60.0 : m.leftRadiusPx) : m.includedAngleDeg, 1.0);
     EXPECT_NEAR(line.auxVal4, isFlareBevel ? 0.0 : isFlare ? m.rightRadiusPx : m.gapPx, 1.5);
   }
+}
+
+// Plates tilted by 10 degrees: the square wall under the right one leans over the flank's end.
+TEST(Groove, AWallThatHidesTheRootLeavesItUnsure) {
+  const double k = -0.176;
+  const cv::Mat image = painting({{10, 220, 220.0, k}, {220, 320, 183.0, 1.0}, {320, 630, 183.0 + 100.0 * k, k}});
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::singleBevel));
+  const TTrackedSeam seam = tracker.track(image);
+  ASSERT_EQ(seam.state, TSeamState::found);
+  EXPECT_TRUE(std::isnan(seam.measurement.gapPx));
+  EXPECT_LT(seam.measurement.confidence, 0.7F);
 }
 
 TEST(Groove, TrackingFollowsTheFormAndAnotherJointForgetsIt) {
