@@ -17,6 +17,7 @@ inline constexpr int kUsualBandPx = 60;
 
 struct TJointRules {
   TFindSeam find = nullptr;
+  TFindSeam findOwn = nullptr;  // the default tracker's own way; null: the same
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
   int bandPx = kUsualBandPx;         // half height of the search band around the previous stripe
