@@ -2,6 +2,7 @@
 
 #include "api/joint_parameters.h"
 #include "api/measure.h"
+#include "api/own_rules.h"
 #include "detectors/corner.h"
 #include "detectors/gap.h"
 #include "detectors/groove.h"
@@ -28,6 +29,12 @@ TJointRules rulesOf(TFindSeam find, decltype(TJointRules::measure) measure) {
   TJointRules rules;
   rules.find = find;
   rules.measure = measure;
+  return rules;
+}
+
+TJointRules gapRules() {
+  TJointRules rules = rulesOf(findGap, measureGap);
+  rules.findOwn = findOwnGap;
   return rules;
 }
 
@@ -76,7 +83,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
-       rulesOf(findGap, measureGap)},
+       gapRules()},
       {{TWeldType::lap,
         "lap",
         "lap",

@@ -1,0 +1,13 @@
+// What the default tracker does beyond the plain rules of a joint.
+#pragma once
+
+#include "detectors/seam.h"
+
+namespace weld {
+
+// A butt gap. Refused where the stripe goes on beside the line on a side of the gap: a groove or a bend shows such
+// a hole too. Where gaps of 4 px or less are wanted, a break that is only darker than the stripe beside it counts,
+// and a hole of columns without a centre from 5 px on.
+TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
+
+}  // namespace weld
