@@ -42,6 +42,11 @@ TPointRow sequence(TPointRow row) {
   return row;
 }
 
+TPointRow ofFiles(std::vector<const char*> files, TPointRow row) {
+  row.files = std::move(files);
+  return row;
+}
+
 TPointRow withEmptyFrames(TPointRow row) {
   row.knowsAllJoints = true;
   return row;
@@ -51,17 +56,20 @@ TPointRow withEmptyFrames(TPointRow row) {
 
 const std::vector<TPointRow>& pointRows() {
   static const std::vector<TPointRow> rows = {
-      sequence({"nghia-butt/run_a", {TWeldType::buttGap, TPos::centre, kTightGap, kButtRuns}, {"seam"}, 2, 1}),
-      sequence({"nghia-butt/run_c", {TWeldType::buttGap, TPos::centre, kTightGap, kButtRuns}, {"seam"}, 0, 4}),
+      sequence({"nghia-butt/run_a", {TWeldType::buttGap, TPos::centre, kTightGap, kButtRuns}, {"seam"}, 11, 0}),
+      sequence({"nghia-butt/run_c", {TWeldType::buttGap, TPos::centre, kTightGap, kButtRuns}, {"seam"}, 12, 0}),
       {"silent-buttgap", {TWeldType::buttGap, TPos::left, "", kTurned}, {"gap_edge_lower"}, 2, 0},
       {"silent-buttgap", {TWeldType::buttGap, TPos::right, "", kTurned}, {"gap_edge_upper"}, 2, 0},
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSkirting}, {"corner"}, 1, 0},
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSecondBend}, {"second_bend"}, 0, 0},
       {"maris-corner", {TWeldType::corner, TPos::centre, kAngleIron, kDaylight}, {"corner"}, 1, 0},
       withEmptyFrames({"girish-fillet", {TWeldType::corner}, {"corner_bright_stripe", "corner_dim_stripe"}, 5, 1}),
-      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::left, kLongPlate}, {"plate_edge_left"}, 0, 0},
-      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::right, kLongPlate}, {"plate_edge_right"}, 0, 0},
-      {"nghia-butt/plate_edge", {TWeldType::plate, TPos::left, "", kSteel}, {"plate_edge"}, 0, 4},
+      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::left, kLongPlate}, {"plate_edge_left"}, 2, 0},
+      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::right, kLongPlate}, {"plate_edge_right"}, 2, 0},
+      ofFiles({"data60.jpg"},
+              {"nghia-butt/plate_edge", {TWeldType::plate, TPos::left, "", kSteel}, {"plate_edge"}, 1, 0}),
+      ofFiles({"data110.jpg", "data120.jpg", "data150.jpg"},
+              {"nghia-butt/plate_edge", {TWeldType::plate, TPos::right, "", kSteel}, {"plate_edge"}, 2, 1}),
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kFilletRight, kBox}, {"inner_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::lap, TPos::lower, "", kBox}, {"step", "step_upper"}, 0, 0},
@@ -69,24 +77,24 @@ const std::vector<TPointRow>& pointRows() {
       grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 0),
       grooveRow(TFeature::leftRoot, {"flank_left_end", "root_left"}, 2, 0),
       grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 1, 1),
-      withEmptyFrames({"hanhiver-groove", {TWeldType::buttGap}, {}, 0, 3}),
+      withEmptyFrames({"hanhiver-groove", {TWeldType::buttGap}, {}, 0, 0}),
   };
   return rows;
 }
 
 const std::vector<TRunRow>& runRows() {
   static const std::vector<TRunRow> rows = {
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 9, kAny, 87.0},
-      {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 8, kAny, 89.0},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 8, kAny, 95.5},
+      {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 9, kAny, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 7, kAny, 99.5},
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 5, 76.5},
-      {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 16, 99.0},
-      {"hanhiver-groove/run5_bevel_step", {TWeldType::buttGap}, {1, 14}, 0, 5, 78.5},
-      {"hanhiver-groove/run7_filled_bead", {TWeldType::buttGap}, {20, 31}, 0, 11, 66.0},
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::stripePresence}, {12, 31}, 19, kAny, 96.0},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 1, 95.5},
+      {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 0, 99.0},
+      {"hanhiver-groove/run5_bevel_step", {TWeldType::buttGap}, {1, 14}, 0, 0, 99.5},
+      {"hanhiver-groove/run7_filled_bead", {TWeldType::buttGap}, {20, 31}, 0, 0, 99.5},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::stripePresence}, {12, 31}, 19, kAny, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::stripePresence}, {28, 43}, 15, kAny, 99.0},
-      {"hanhiver-groove/run5_bevel_step", {TWeldType::stripePresence}, {1, 14}, 13, kAny, 67.5},
-      {"hanhiver-groove/run7_filled_bead", {TWeldType::stripePresence}, {20, 31}, 11, kAny, 60.0},
+      {"hanhiver-groove/run5_bevel_step", {TWeldType::stripePresence}, {1, 14}, 13, kAny, 99.5},
+      {"hanhiver-groove/run7_filled_bead", {TWeldType::stripePresence}, {20, 31}, 11, kAny, 99.5},
   };
   return rows;
 }

@@ -29,6 +29,7 @@ struct TPointRow {
   bool isSequence = false;                         // the frames follow each other
   bool knowsAllJoints = false;                     // frames without a label show no such joint
   double toleranceFactor = 1.0;
+  std::vector<const char*> files = {};  // that count; none: all
 };
 
 // A run of frames without labels, with the weak lines of its author beside it.

@@ -106,6 +106,8 @@ TPointScore scorePoints(const fs::path& root, const TPointRow& row, const TTrack
   TPointScore score;
   TWeldTracker tracker(paramsOf(row.asked), options);
   for (const fs::path& file : listFrames(folder)) {
+    if (!row.files.empty() && std::find(row.files.begin(), row.files.end(), file.filename()) == row.files.end())
+      continue;
     std::vector<TLabel> labels = labelsOf(all, file, row);
     const bool isScored = !labels.empty() || row.knowsAllJoints;
     if (!isScored && !row.isSequence) continue;

@@ -47,6 +47,7 @@ TJointRules cornerRules() {
 
 TJointRules plateRules() {
   TJointRules rules = rulesOf(findPlate, measurePlate);
+  rules.findOwn = findOwnPlate;
   rules.bandPx = kPlateBandPx;
   rules.hasSupport = havePlateEndsSupport;
   rules.announce = showPlateInfo;
