@@ -47,6 +47,11 @@ TPointRow ofFiles(std::vector<const char*> files, TPointRow row) {
   return row;
 }
 
+TPointRow atEnd(TFeature end, TPointRow row) {
+  row.feature = end;
+  return row;
+}
+
 TPointRow withEmptyFrames(TPointRow row) {
   row.knowsAllJoints = true;
   return row;
@@ -64,12 +69,20 @@ const std::vector<TPointRow>& pointRows() {
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSecondBend}, {"second_bend"}, 0, 0},
       {"maris-corner", {TWeldType::corner, TPos::centre, kAngleIron, kDaylight}, {"corner"}, 1, 0},
       withEmptyFrames({"girish-fillet", {TWeldType::corner}, {"corner_bright_stripe", "corner_dim_stripe"}, 5, 1}),
-      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::left, kLongPlate}, {"plate_edge_left"}, 2, 0},
-      {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::right, kLongPlate}, {"plate_edge_right"}, 2, 0},
-      ofFiles({"data60.jpg"},
-              {"nghia-butt/plate_edge", {TWeldType::plate, TPos::left, "", kSteel}, {"plate_edge"}, 1, 0}),
-      ofFiles({"data110.jpg", "data120.jpg", "data150.jpg"},
-              {"nghia-butt/plate_edge", {TWeldType::plate, TPos::right, "", kSteel}, {"plate_edge"}, 2, 1}),
+      atEnd(
+          TFeature::leftEnd,
+          {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::left, kLongPlate}, {"plate_edge_left"}, 2, 0}),
+      atEnd(TFeature::rightEnd, {"nghia-butt/plate_horizontal",
+                                 {TWeldType::plate, TPos::right, kLongPlate},
+                                 {"plate_edge_right"},
+                                 2,
+                                 0}),
+      atEnd(TFeature::leftEnd,
+            ofFiles({"data60.jpg"},
+                    {"nghia-butt/plate_edge", {TWeldType::plate, TPos::left, "", kSteel}, {"plate_edge"}, 1, 0})),
+      atEnd(TFeature::rightEnd,
+            ofFiles({"data110.jpg", "data120.jpg", "data150.jpg"},
+                    {"nghia-butt/plate_edge", {TWeldType::plate, TPos::right, "", kSteel}, {"plate_edge"}, 2, 1})),
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kFilletRight, kBox}, {"inner_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::lap, TPos::lower, "", kBox}, {"step", "step_upper"}, 0, 0},
@@ -87,7 +100,7 @@ const std::vector<TRunRow>& runRows() {
       {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 8, kAny, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 9, kAny, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 7, kAny, 99.5},
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 1, 95.5},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 0, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 0, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::buttGap}, {1, 14}, 0, 0, 99.5},
       {"hanhiver-groove/run7_filled_bead", {TWeldType::buttGap}, {20, 31}, 0, 0, 99.5},

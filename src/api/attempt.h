@@ -12,7 +12,6 @@ struct TFound {
   TSeam seam;
   int columns = 0;  // with a centre
   double widthPx = 0.0;
-  bool hasSeenAll = false;  // edge pairs and ridges of the whole image
 };
 
 // How an attempt extracts the stripe.

@@ -22,6 +22,8 @@ constexpr TCheck kWidth{{28, TWeldOutcome::sizeOutOfRange, "plate", "plate too n
                         "px",
                         "minWidthPx"};
 
+constexpr double kBorderPx = 10.0;
+
 struct TEnds {
   double left = 0.0;
   double right = 0.0;
@@ -44,14 +46,18 @@ std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
   return ends;
 }
 
-// One step only: the plate is the part of the stripe on the side that the position leaves to it.
-std::optional<TEnds> endsBeside(const TList<TLightStep>& steps, const TStripe& stripe, TWeldPosType pos) {
+// One step only: the plate is the part of the stripe on the side that the position leaves to it. Where that part
+// runs out of the picture, it may as well be the table.
+std::optional<TEnds> endsBeside(const TFrame& frame, const TList<TLightStep>& steps, const TStripe& stripe) {
   const auto isSmaller = [](const TLightStep& a, const TLightStep& b) {
     return std::abs(std::log(a.ratio)) < std::abs(std::log(b.ratio));
   };
   const double x = std::max_element(steps.begin(), steps.end(), isSmaller)->x;
-  if (pos == TWeldPosType::left) return TEnds{x, static_cast<double>(stripe.points.back().x)};
-  if (pos == TWeldPosType::right) return TEnds{static_cast<double>(stripe.points.front().x), x};
+  const auto first = static_cast<double>(stripe.points.front().x);
+  const auto last = static_cast<double>(stripe.points.back().x);
+  const TWeldPosType pos = frame.params.weldPosType;
+  if (pos == TWeldPosType::left && last + kBorderPx < frame.image.cols) return TEnds{x, last};
+  if (pos == TWeldPosType::right && first > kBorderPx) return TEnds{first, x};
   return std::nullopt;
 }
 
@@ -72,8 +78,9 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   const TWeldPosType pos = frame.params.weldPosType;
   const double middle = 0.5 * (ends.left + ends.right);
   const double x = pos == TWeldPosType::left ? ends.left : pos == TWeldPosType::right ? ends.right : middle;
-  seam.pos = {static_cast<float>(x), static_cast<float>(seam.auxVal1 * x + seam.auxVal2)};
+  seam.pos = {static_cast<float>(x), 0.5F * (start.y + end.y)};
   frame.trace.addTestedPoint(seam.pos);
+  seam.isFlush = true;
   seam.isFound = frame.trace.passes(kWidth, std::sqrt(static_cast<double>(d.dot(d))), settings.minWidthPx);
   return seam;
 }
@@ -81,10 +88,12 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
 }  // namespace
 
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  const TList<TLightStep> steps = findLightSteps(frame, stripe);
+  // Along a raised plate the stripe is straight too, and its light may change near the ends.
+  const bool isRaised = previous.isFound && !previous.isFlush;
+  const TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
   if (steps.empty()) return findPlate(frame, stripe, previous);
   std::optional<TEnds> ends = endsBetween(steps);
-  if (!ends) ends = endsBeside(steps, stripe, frame.params.weldPosType);
+  if (!ends) ends = endsBeside(frame, steps, stripe);
   if (!frame.trace.holds(kTwoEnds, ends.has_value())) return TSeam(TPoints(stripe.points, frame.memory));
   return seamBetween(frame, stripe, *ends);
 }

@@ -28,6 +28,13 @@ constexpr TCheck kGoesOn{
     "",
     true};
 
+constexpr double kMostRival = 0.8;  // width of the next hole over that of the widest: more may be a lost stretch
+constexpr double kSamePlacePx = 20.0;
+
+constexpr TCheck kUnique{{17, TWeldOutcome::elementMissing, "gap", "several gaps in the stripe"},
+                         "width of the next gap over that of the widest",
+                         TRule::notAbove};
+
 double offLine(const TLineHole& hole, cv::Point2f p) {
   return pointLineDistance(hole.slope, hole.intercept, static_cast<double>(p.x), static_cast<double>(p.y));
 }
@@ -48,6 +55,30 @@ int columnsGoingOn(TPointView points, const TLineHole& hole, const cv::Point2f* 
     last = p;
   }
   return last != nullptr ? static_cast<int>(std::abs(last->x - edge)) : 0;
+}
+
+// Columns of the widest step between neighbouring centres of the line, but that of the hole.
+int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
+  int widest = 0;
+  const cv::Point2f* last = nullptr;
+  for (const cv::Point2f& p : points) {
+    if (!(offLine(hole, p) < tolerancePx)) continue;
+    const bool isOther = last != nullptr && truncToInt(last->x) != hole.leftX;
+    if (isOther) widest = std::max(widest, truncToInt(p.x) - truncToInt(last->x));
+    last = &p;
+  }
+  return widest;
+}
+
+// Of several holes as wide no one can tell the gap from a lost stretch, unless it was there in the frame before.
+bool isUnique(const TFrame& frame, const TStripe& stripe, const TSeam& seam, const TLineHole& hole,
+              const TPrevious& previous) {
+  const TGapSettings settings = TGapSettings::of(frame.params);
+  const double moved = static_cast<double>(std::abs(seam.pos.x - previous.pos.x));
+  if (previous.isFound && moved <= kSamePlacePx) return true;
+  const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
+  if (next < settings.minGapPx) return true;
+  return frame.trace.passes(kUnique, static_cast<double>(next) / (hole.rightX - hole.leftX), kMostRival);
 }
 
 bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
@@ -94,7 +125,8 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
   TSeam seam = findGap(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
   const bool isWide = !isTight || hole.rightX - hole.leftX > kTightGapPx;
-  if (isWide && isHole(frame, stripe, hole)) return seam;
+  const bool isGap = isWide && isHole(frame, stripe, hole) && isUnique(frame, stripe, seam, hole, previous);
+  if (isGap) return seam;
   return TSeam(std::move(seam.stripePts));
 }
 

@@ -10,8 +10,7 @@ namespace weld {
 
 namespace {
 
-constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
-constexpr double kFragmentShare = 0.5;  // of the recent stripes' columns: a seam on less is not followed
+constexpr double kWholeShare = 0.8;  // of the columns that a stripe should have: on less the ridges are asked
 constexpr double kMinExtentShare = 0.125;  // of the image's columns: two scraps on one line make a gap
 
 constexpr TCheck kExtent = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
@@ -38,29 +37,35 @@ TLook lookAround(const TSearch& search, const TPrevious& stripe) {
   return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), bandPx);
 }
 
-// Along the last stripe.
-TFound searchNear(const TSearch& search) {
-  const TPrevious& last = search.memory.last;
+// Along a stripe.
+//   columns  that it has
+TFound searchNear(const TSearch& search, const TPrevious& stripe, int columns) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TExtraction extraction{search.options.extraction, shareOf(search.memory.columns, kWholeShare)};
-  return attempt(search.quest, lookAround(search, last), extraction, findsAnew ? TPrevious() : last);
+  const TExtraction extraction{search.options.extraction, shareOf(columns, kWholeShare)};
+  return attempt(search.quest, lookAround(search, stripe), extraction, findsAnew ? TPrevious() : stripe);
 }
 
 // What is found along the last stripe stands where it is near the last seam, and on as much stripe as before.
 bool isTrusted(const TSearch& search, const TFound& found) {
   if (!found.seam.isFound || !search.isAutomatic()) return found.seam.isFound;
-  return static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kFragmentShare) &&
+  return static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
          !(seamDistance(found.seam.pos, search.memory.last.pos) > search.options.maxJumpPx);
 }
 
-// A first detection.
 TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
   const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
-  TFound found = attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
-  found.hasSeenAll = true;
-  return found;
+  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
+}
+
+// A first detection. Blobs and ghosts beside the stripe can mislead the whole image; a second look follows the
+// stripe alone.
+TFound searchFirst(const TSearch& search) {
+  TFound found = searchWhole(search, search.memory.last);
+  if (!search.isAutomatic() || !found.seam.isFound) return found;
+  TFound second = searchNear(search, TPrevious(found.seam), static_cast<int>(found.seam.stripePts.size()));
+  return second.seam.isFound ? std::move(second) : std::move(found);
 }
 
 // A seam on a scrap of stripe is none.
@@ -85,10 +90,10 @@ TFound searchSeam(const TQuest& quest, const TTrackerOptions& options, const TSe
   const TSearch search{quest, options, memory};
   if (!quest.joint.rules.hasSeamPoint) return checkPresence(search);
   if (memory.last.isFound) {
-    TFound near = searchNear(search);
+    TFound near = searchNear(search, memory.last, memory.columns);
     if (isTrusted(search, near) || !options.searchWholeOnLoss) return near;
   }
-  TFound found = searchWhole(search, memory.last.isFound ? TPrevious() : memory.last);
+  TFound found = memory.last.isFound ? searchWhole(search, {}) : searchFirst(search);
   refuseScraps(search, found);
   return found;
 }

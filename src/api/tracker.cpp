@@ -48,6 +48,7 @@ struct TWeldTracker::TState {
   // What a frame leaves to the next one.
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
   std::optional<weld::TProfileFit> lastProfile;
+  bool wasFlush = false;
   int bestColumns = 0;  // of the results of the recent frames
   weld::TJumpMemory jumps;
   int heldFrames = 0;  // that repeated the last good seam
@@ -87,6 +88,7 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   // The plain rules know the last result alone.
   const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
+  previous.isFlush = guides && wasFlush;
   return searchSeam(quest, options, {previous, bestColumns});
 }
 
@@ -153,9 +155,10 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) {
     std::swap(state->last, state->spare);
-    const int remembered = found.hasSeenAll ? 0 : static_cast<int>(state->bestColumns * kRemembered);
+    const int remembered = static_cast<int>(state->bestColumns * kRemembered);
     state->bestColumns = std::max(static_cast<int>(state->last.stripePts.size()), remembered);
     state->lastProfile = found.seam.profile;
+    state->wasFlush = found.seam.isFlush;
   }
   return seam;
 }
@@ -163,6 +166,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
 void TWeldTracker::reset() {
   state->last = {};
   state->lastProfile.reset();
+  state->wasFlush = false;
   state->bestColumns = 0;
   state->jumps = {};
   state->heldFrames = 0;

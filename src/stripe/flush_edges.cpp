@@ -106,19 +106,21 @@ TValues stepsOf(const TValues& light, TMemory* memory) {
 }
 
 // Where the light changes most in the direction of a step, between two columns.
-double steepestNear(const TValues& light, int place, double step) {
+struct TSteepest {
+  double x = 0.0;
+  double change = 0.0;  // of the mean light beside it
+};
+
+TSteepest steepestNear(const TValues& light, int place, double step) {
   const int columns = static_cast<int>(light.size());
-  double best = place;
-  double steepest = 0.0;
+  TSteepest best;
   for (int i = std::max(place - kSteepReach, kSteepColumns);
        i < std::min(place + kSteepReach, columns - kSteepColumns); ++i) {
     double change = 0.0;
     for (int k = 0; k < kSteepColumns; ++k)
       change += light[static_cast<std::size_t>(i + k)] - light[static_cast<std::size_t>(i - 1 - k)];
-    change *= step > 0.0 ? 1.0 : -1.0;
-    if (change <= steepest) continue;
-    steepest = change;
-    best = i - 0.5;
+    change *= (step > 0.0 ? 1.0 : -1.0) / kSteepColumns;
+    if (change > best.change) best = {i - 0.5, change};
   }
   return best;
 }
@@ -130,11 +132,11 @@ void takeSteps(const TValues& light, TValues& steps, int firstColumn, TList<TLig
        largest = std::max_element(steps.begin(), steps.end(), isSmaller)) {
     const int place = static_cast<int>(largest - steps.begin());
     const double step = *largest;
-    const double x = steepestNear(light, place, step);
+    const TSteepest edge = steepestNear(light, place, step);
     const bool isNew = std::none_of(found.begin(), found.end(), [&](const TLightStep& other) {
-      return std::abs(other.x - firstColumn - x) < kApart;
+      return std::abs(other.x - firstColumn - edge.x) < kApart;
     });
-    if (isNew) found.push_back({firstColumn + x, std::exp(step)});
+    if (isNew) found.push_back({firstColumn + edge.x, std::exp(step)});
     const auto columns = static_cast<int>(steps.size());
     std::fill(steps.begin() + std::max(place - kApart, 0), steps.begin() + std::min(place + kApart, columns), 0.0);
   }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 namespace weld {
@@ -13,7 +14,9 @@ constexpr int kMaxDroppedColumns = 8;  // columns with a pair but no centre that
 constexpr double kClearlyMore = 1.2;
 constexpr double kLeastAgreementPx = 3.0;  // or half of the stripe's width
 constexpr int kMostOpenColumns = 2;        // without a ridge either, where one bridges a hole
-constexpr int kLeastTail = 20;             // columns by which ridges go on beyond the edge pairs' ends
+constexpr double kLeastLight = 0.2;        // of a bridge over that of the stripe beside it: less is a reflection
+constexpr int kLightColumns = 8;           // beside a hole
+constexpr int kLeastTail = 60;             // columns by which ridges go on beyond the edge pairs' ends
 
 int columnsWithPair(const TStripe& stripe) {
   return static_cast<int>(std::count_if(stripe.status.begin(), stripe.status.end(),
@@ -79,14 +82,43 @@ void settle(TList<TBoth>& columns, std::size_t begin, std::size_t end) {
   for (std::size_t i = begin; i < end; ++i) columns[i].takesRidge = ridgeJump < pairJump;
 }
 
+// Mean of the brightest rows about the centres of some columns; 0 without one. All channels count alike.
+double lightOf(const cv::Mat& image, const TList<TBoth>& columns, std::size_t begin, std::size_t end) {
+  double sum = 0.0;
+  int count = 0;
+  for (std::size_t i = begin; i < end; ++i) {
+    const cv::Point2f* const p = columns[i].pair != nullptr ? columns[i].pair : columns[i].ridge;
+    if (p == nullptr) continue;
+    const int channels = image.channels();
+    const int y = std::clamp(static_cast<int>(std::lround(p->y)), 1, std::max(image.rows - 2, 1));
+    int brightest = 0;
+    for (int row = y - 1; row <= std::min(y + 1, image.rows - 1); ++row) {
+      const unsigned char* const pixel = image.ptr(row) + static_cast<std::ptrdiff_t>(p->x) * channels;
+      brightest = std::max(brightest, std::accumulate(pixel, pixel + std::min(channels, 3), 0));
+    }
+    sum += brightest;
+    ++count;
+  }
+  return count > 0 ? sum / count : 0.0;
+}
+
+// A bridge much darker than both of its ends is what a gap reflects.
+bool isReflection(const cv::Mat& image, const TList<TBoth>& columns, std::size_t begin, std::size_t end) {
+  const std::size_t reach = kLightColumns;
+  const double left = lightOf(image, columns, begin - std::min(begin, reach), begin);
+  const double right = lightOf(image, columns, end, std::min(end + reach, columns.size()));
+  return lightOf(image, columns, begin, end) < kLeastLight * std::min(left, right);
+}
+
 // A hole of the edge pairs is stripe where the ridge bridges it from side to side; else a ridge would run on into
 // a gap. Beyond the ends it is where the ridge goes on for long.
-void fill(TList<TBoth>& columns, std::size_t begin, std::size_t end) {
+void fill(const cv::Mat& image, TList<TBoth>& columns, std::size_t begin, std::size_t end) {
   int open = 0;
   for (std::size_t i = begin; i < end; ++i) open += columns[i].ridge == nullptr ? 1 : 0;
   const int count = static_cast<int>(end - begin);
   const bool isTail = begin == 0 || end == columns.size();
-  const bool isBridged = isTail ? count - open >= kLeastTail : open <= kMostOpenColumns;
+  const bool isBridged =
+      isTail ? count - open >= kLeastTail : open <= kMostOpenColumns && !isReflection(image, columns, begin, end);
   for (std::size_t i = begin; i < end; ++i) {
     TBoth& c = columns[i];
     c.takesRidge = c.ridge != nullptr && (isBridged || c.wasDropped);
@@ -129,8 +161,11 @@ TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges) {
       columns, [&](const TBoth& c) { return c.pair != nullptr && c.ridge != nullptr && !agree(c, tolerancePx); },
       settle);
   forSpans(
-      columns, [](const TBoth& c) { return c.pair == nullptr; }, fill);
-  const auto isExplained = [](const TBoth& c) { return c.pair != nullptr || (c.wasDropped && c.ridge != nullptr); };
+      columns, [](const TBoth& c) { return c.pair == nullptr; },
+      [&](TList<TBoth>& all, std::size_t begin, std::size_t end) { fill(frame.image, all, begin, end); });
+  const auto isExplained = [](const TBoth& c) {
+    return c.pair != nullptr || (c.wasDropped && c.ridge != nullptr);
+  };
   const auto explained = std::count_if(columns.begin(), columns.end(), isExplained);
   const bool takesRidges =
       static_cast<double>(ridges.points.size()) > kClearlyMore * static_cast<double>(explained);

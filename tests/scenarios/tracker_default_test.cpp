@@ -66,14 +66,14 @@ void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
 
 TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
-  run(tracker, {{"first", frame, TSeamState::found, "found", " whole"},
+  run(tracker, {{"first", frame, TSeamState::found, "found", " whole near"},
                 {"tracked", frame, TSeamState::found, "found", " near"},
                 {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
                 {"no image", cv::Mat(), TSeamState::held, "no image", ""},
                 {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
                 {"dark for too long", dark(), TSeamState::lost, "too few columns with an edge pair", " near whole"},
                 {"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"},
-                {"back", frame, TSeamState::found, "found", " whole"}});
+                {"back", frame, TSeamState::found, "found", " whole near"}});
 }
 
 TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
@@ -102,7 +102,7 @@ TEST_F(TrackerDefault, resetForgetsTheFramesBefore) {
   tracker.track(frame);
   tracker.reset();
   EXPECT_TRUE(tracker.lastTrace().sentence.empty());
-  run(tracker, {{"no jump", far, TSeamState::found, "found", " whole"}});
+  run(tracker, {{"no jump", far, TSeamState::found, "found", " whole near"}});
   tracker.reset();
   run(tracker, {{"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"}});
 }
