@@ -68,7 +68,7 @@ const std::vector<TPointRow>& pointRows() {
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSkirting}, {"corner"}, 1, 0},
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSecondBend}, {"second_bend"}, 0, 0},
       {"maris-corner", {TWeldType::corner, TPos::centre, kAngleIron, kDaylight}, {"corner"}, 1, 0},
-      withEmptyFrames({"girish-fillet", {TWeldType::corner}, {"corner_bright_stripe", "corner_dim_stripe"}, 5, 1}),
+      withEmptyFrames({"girish-fillet", {TWeldType::corner}, {"corner_bright_stripe", "corner_dim_stripe"}, 5, 0}),
       atEnd(
           TFeature::leftEnd,
           {"nghia-butt/plate_horizontal", {TWeldType::plate, TPos::left, kLongPlate}, {"plate_edge_left"}, 2, 0}),

@@ -40,6 +40,7 @@ TJointRules gapRules() {
 
 TJointRules cornerRules() {
   TJointRules rules = rulesOf(findCorner, measureCorner);
+  rules.findOwn = findOwnCorner;
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
   return rules;

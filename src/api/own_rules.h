@@ -15,4 +15,7 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
 // position left takes it for the left end, right for the right one.
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
 
+// A corner. Refused where the flanks cross, but the stripe beside the crossing does not bend as they do.
+TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
+
 }  // namespace weld

@@ -59,13 +59,20 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
 }
 
+// Of two profiles, the one that stands out more from a plate.
+bool isClearer(const TSeam& seam, const TSeam& other) {
+  return seam.profile && other.profile && seam.profile->score > other.profile->score;
+}
+
 // A first detection. Blobs and ghosts beside the stripe can mislead the whole image; a second look follows the
 // stripe alone.
 TFound searchFirst(const TSearch& search) {
   TFound found = searchWhole(search, search.memory.last);
   if (!search.isAutomatic() || !found.seam.isFound) return found;
-  TFound second = searchNear(search, TPrevious(found.seam), static_cast<int>(found.seam.stripePts.size()));
-  return second.seam.isFound ? std::move(second) : std::move(found);
+  TPrevious stripe(found.seam);
+  stripe.profile = nullptr;  // laid on less of the stripe
+  TFound second = searchNear(search, stripe, static_cast<int>(found.seam.stripePts.size()));
+  return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }
 
 // A seam on a scrap of stripe is none.

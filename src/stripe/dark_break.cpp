@@ -1,5 +1,6 @@
 #include "stripe/dark_break.h"
 
+#include "stripe/longest_piece.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
 
@@ -12,8 +13,6 @@ namespace weld {
 namespace {
 
 constexpr int kLeastColumns = 80;
-constexpr float kMostColumnStep = 12.0F;  // within a piece
-constexpr float kMostRowStep = 8.0F;
 constexpr int kCourseReach = 7;     // columns to either side whose median is the course of the stripe
 constexpr int kStripeReach = 2;     // rows about the course that tell the brightness
 constexpr int kMostDark = 3;        // columns
@@ -51,23 +50,6 @@ constexpr TCheck kLine{kNoBreak, "dark line beside the stripe, in scatters", TRu
 constexpr TCheck kMarginCheck{kNoCertain, "score over that of the next break", TRule::atLeast};
 
 using TValues = TList<double>;
-
-TPointView longestPiece(TPointView points) {
-  std::size_t bestBegin = 0;
-  std::size_t bestEnd = 0;
-  std::size_t begin = 0;
-  for (std::size_t i = 1; i <= points.size(); ++i) {
-    const bool goesOn = i < points.size() && points[i].x - points[i - 1].x <= kMostColumnStep &&
-                        std::abs(points[i].y - points[i - 1].y) < kMostRowStep;
-    if (goesOn) continue;
-    if (i - begin > bestEnd - bestBegin) {
-      bestBegin = begin;
-      bestEnd = i;
-    }
-    begin = i;
-  }
-  return points.part(bestBegin, bestEnd - bestBegin);
-}
 
 double medianOf(TValues& values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -119,4 +119,47 @@ TEST(OwnRules, aStripeThatEdgePairsLoseGrowsBackAfterAPoorFrame) {
   }
 }
 
+TEST(OwnRules, aCornerIsWhereTheStripeBendsAndItsFlanksTouch) {
+  const TWeldParams params = TCornerSettings().params();
+  cv::Mat offset = painted::dark();  // the lines cross in the middle of the left piece
+  painted::paintPiece(offset, 40, 300, 300.0, 0.02);
+  painted::paintPiece(offset, 300, 600, 293.0, -0.25);
+  EXPECT_EQ(trackOnce(offset, params, TTrackerOptions::exact()).seam.state, TSeamState::found);
+  const TEnd end = trackOnce(offset, params);
+  EXPECT_EQ(end.seam.state, TSeamState::lost);
+  EXPECT_NE(end.sentence.find("bend of the stripe at the corner"), std::string::npos) << end.sentence;
+
+  cv::Mat table = painted::dark();  // a longer line than the right flank, apart from the corner
+  painted::paintPiece(table, 40, 320, 140.0, 0.5);
+  painted::paintPiece(table, 320, 370, 280.0, -0.7);
+  painted::paintPiece(table, 390, 630, 420.0, -0.3);
+  EXPECT_NE(trackOnce(table, params, TTrackerOptions::exact()).seam.state, TSeamState::found);
+  const TEnd corner = trackOnce(table, params);
+  ASSERT_EQ(corner.seam.state, TSeamState::found) << corner.sentence;
+  EXPECT_LT(cv::norm(corner.seam.weldPos - cv::Point2f(320.0F, 280.0F)), 2.0);
+}
+
+// Flush with its table: the plate is the dim stretch of one straight stripe.
+TEST(OwnRules, aFlushPlateEndsWhereTheLightChanges) {
+  cv::Mat image = painted::dark();
+  painted::paintPiece(image, 5, 635, 200.0, 0.02);
+  cv::Mat oneEnd = image.clone();
+  image.colRange(200, 420) /= 3;
+  oneEnd.colRange(200, 640) /= 3;
+  const TPlateSettings settings;
+  for (const TWeldPosType pos : {TWeldPosType::left, TWeldPosType::right, TWeldPosType::centre}) {
+    const double x = pos == TWeldPosType::left ? 199.5 : pos == TWeldPosType::right ? 419.5 : 309.5;
+    TWeldTracker tracker(settings.params(pos));
+    for (int i = 0; i < 3; ++i) {
+      const TTrackedSeam seam = tracker.track(image);
+      ASSERT_EQ(seam.state, TSeamState::found) << i;
+      EXPECT_NEAR(seam.weldPos.x, x, 1.0) << i;
+      EXPECT_NEAR(seam.measurement.widthPx, 220.0, 2.0) << i;
+    }
+  }
+  const TEnd end = trackOnce(oneEnd, settings.params(TWeldPosType::left));
+  EXPECT_EQ(end.seam.state, TSeamState::lost) << "the rest may as well be the table";
+  EXPECT_NE(end.sentence.find("one end of the plate only"), std::string::npos) << end.sentence;
+}
+
 }  // namespace
