@@ -30,8 +30,7 @@ struct TTrackerOptions {
   std::int32_t acceptAfterFrames = 3;
   // Frames in a row without a seam, held-back ones included, for which the last good result is repeated; >= 0.
   std::int32_t holdFrames = 3;
-  // true: a frame in which tracking fails is searched as a whole at once; with automatic extraction on edge pairs,
-  // and from the next frame on on ridges as well.
+  // true: a frame in which tracking fails is searched as a whole at once.
   bool searchWholeOnLoss = true;
   // true: fills lastTrace().
   bool keepTrace = false;

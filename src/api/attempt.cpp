@@ -80,7 +80,7 @@ void concludeSeam(const TQuest& quest, TSeam& seam) {
 TFound conclude(const TQuest& quest, const TExtracted& extracted, TSeam seam) {
   const TStripe& stripe = extracted.stripe;
   concludeSeam(quest, seam);
-  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx, extracted.hasAskedRidges};
+  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx};
 }
 
 // A first detection on the ridges of the whole image. The columns keep the status that edge pairs gave them.
@@ -100,7 +100,8 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
 TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous) {
   const TJointRules& rules = quest.joint.rules;
   TExtracted extracted = extract(quest, look, extraction);
-  TSeam seam = rules.find(quest.frame, extracted.stripe, previous);
+  const TFindSeam find = quest.usesOwnRules && rules.findOwn != nullptr ? rules.findOwn : rules.find;
+  TSeam seam = find(quest.frame, extracted.stripe, previous);
   const bool hasFailed = !seam.isFound;
   TFound found = conclude(quest, extracted, std::move(seam));
   const bool triesRidges = hasFailed && rules.hasSecondChance && quest.grantsSecondChance;

@@ -12,7 +12,6 @@ struct TFound {
   TSeam seam;
   int columns = 0;  // with a centre
   double widthPx = 0.0;
-  bool hasAskedRidges = false;
 };
 
 // How an attempt extracts the stripe.
@@ -28,6 +27,7 @@ struct TQuest {
   TRidgeSearch& ridges;
   bool grantsSecondChance = true;  // to joints whose rules have one
   bool refusesImpossible = false;  // seams at a point that is none of the image
+  bool usesOwnRules = false;       // those of the default tracker where the joint has some
 };
 
 // Extracts the stripe where the look says and runs the joint's rules on it.

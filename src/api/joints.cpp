@@ -2,6 +2,7 @@
 
 #include "api/joint_parameters.h"
 #include "api/measure.h"
+#include "api/own_rules.h"
 #include "detectors/corner.h"
 #include "detectors/gap.h"
 #include "detectors/groove.h"
@@ -32,8 +33,15 @@ TJointRules rulesOf(TFindSeam find, decltype(TJointRules::measure) measure) {
   return rules;
 }
 
+TJointRules gapRules() {
+  TJointRules rules = rulesOf(findGap, measureGap);
+  rules.findOwn = findOwnGap;
+  return rules;
+}
+
 TJointRules cornerRules() {
   TJointRules rules = rulesOf(findCorner, measureCorner);
+  rules.findOwn = findOwnCorner;
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
   return rules;
@@ -41,6 +49,7 @@ TJointRules cornerRules() {
 
 TJointRules plateRules() {
   TJointRules rules = rulesOf(findPlate, measurePlate);
+  rules.findOwn = findOwnPlate;
   rules.band.halfPx = kPlateBandPx;
   rules.hasSupport = havePlateEndsSupport;
   rules.announce = showPlateInfo;
@@ -71,7 +80,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::left, TPos::right},
         {TFeature::leftEdge, TFeature::rightEdge},
         gapParameters()},
-       rulesOf(findGap, measureGap)},
+       gapRules()},
       {{TWeldType::lap,
         "lap",
         "lap",

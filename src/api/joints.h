@@ -16,6 +16,7 @@ struct TExtractionRule {
 
 struct TJointRules {
   TFindSeam find;
+  TFindSeam findOwn;  // the default tracker's own way; null: the same
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
   TBand band;

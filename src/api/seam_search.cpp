@@ -4,30 +4,22 @@
 #include "api/search_guide.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace weld {
 
 namespace {
 
-constexpr double kMinKeptShare = 0.8;      // of the previous stripe's columns that edge pairs should follow again
-constexpr double kMinImageShare = 0.8;     // of the image's columns that they should follow on a first detection
-constexpr double kMinFollowedShare = 0.8;  // of the columns in which ridges see the stripe
-constexpr double kPresentShare = 0.5;      // of the image's columns that show a stripe to be there
+constexpr double kWholeShare = 0.8;  // of the columns that a stripe should have: on less the ridges are asked
+constexpr double kMinExtentShare = 0.125;  // of the image's columns: two scraps on one line make a gap
 
-constexpr TFailure kFragment{4, TWeldOutcome::noStripe, "stripe", "too few stripe points"};
-constexpr TCheck kColumns = countCheck(kFragment, "columns in which edge pairs follow the stripe", TRule::atLeast);
-constexpr TCheck kFollowed{kFragment, "share of the stripe that edge pairs follow"};
+constexpr TCheck kExtent = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
+                                      "columns with a stripe centre", TRule::atLeast);
 
-constexpr TExtraction kEdgePairs{TStripeExtraction::edgePairs};
-constexpr TExtraction kRidges{TStripeExtraction::ridge};
-
-// What the attempts of a frame share. Automatic extraction asks the ridges of one part of a frame only, for the
-// sake of the time that a frame takes.
 struct TSearch {
   const TQuest& quest;
   const TTrackerOptions& options;
+  const TSearchMemory& memory;
 
   bool isAutomatic() const { return options.extraction == TStripeExtraction::automatic; }
   int columns() const { return quest.frame.image.cols; }
@@ -35,16 +27,6 @@ struct TSearch {
 
 int shareOf(int columns, double share) {
   return static_cast<int>(columns * share);
-}
-
-// What casts doubt on what edge pairs find around a stripe.
-struct TDoubt {
-  int minColumns = 0;
-  double maxJumpPx = std::numeric_limits<double>::infinity();
-};
-
-bool isDoubtful(const TSeam& seam, const TPrevious& before, const TDoubt& doubt) {
-  return !seam.isFound || seamDistance(seam.pos, before.pos) > doubt.maxJumpPx;
 }
 
 TLook lookAround(const TSearch& search, const TPrevious& stripe) {
@@ -55,46 +37,26 @@ TLook lookAround(const TSearch& search, const TPrevious& stripe) {
   return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), band);
 }
 
-// Around a found stripe.
-TFound searchNear(const TSearch& search, const TPrevious& stripe, const TDoubt& doubt, bool asksRidges) {
-  const bool isAutomatic = search.isAutomatic();
-  const TLook look = lookAround(search, stripe);
+// Along a stripe.
+//   columns  that it has
+TFound searchNear(const TSearch& search, const TPrevious& stripe, int columns) {
   const bool findsAnew =
-      isAutomatic && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TPrevious previous = findsAnew ? TPrevious() : stripe;
-  const TExtraction first{isAutomatic && !asksRidges ? TStripeExtraction::edgePairs : search.options.extraction,
-                          doubt.minColumns};
-  TFound found = attempt(search.quest, look, first, previous);
-  if (!isAutomatic || !asksRidges || !isDoubtful(found.seam, stripe, doubt)) return found;
-  TFound ridges = attempt(search.quest, look, kRidges, previous);
-  const bool isBetter = !found.seam.isFound || ridges.seam.isFound;
-  return isBetter ? std::move(ridges) : std::move(found);
+      search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
+  const TExtraction extraction{search.options.extraction, shareOf(columns, kWholeShare)};
+  return attempt(search.quest, lookAround(search, stripe), extraction, findsAnew ? TPrevious() : stripe);
 }
 
-// The whole image on edge pairs alone, with what speaks against a seam in fragments of the stripe.
-TFound searchWholeOnEdgePairs(const TSearch& search, int minColumns) {
-  const TFrame& frame = search.quest.frame;
-  TFound found = attempt(search.quest, lookEverywhere(frame), kEdgePairs, {});
-  if (!found.seam.isFound || found.columns >= minColumns) return found;
-  found.seam = TSeam(std::move(found.seam.stripePts));
-  frame.trace.atGate().passes(kColumns, found.columns, minColumns);
-  return found;
+// What is found along the last stripe stands where it is near the last seam, and on as much stripe as before.
+bool isTrusted(const TSearch& search, const TFound& found) {
+  if (!found.seam.isFound || !search.isAutomatic()) return found.seam.isFound;
+  return static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
+         !(seamDistance(found.seam.pos, search.memory.last.pos) > search.options.maxJumpPx);
 }
 
-// The whole image on edge pairs; on ridges where edge pairs find no seam, or where ridges see clearly more of the
-// stripe: a seam in the fragments of one is seldom true. In a hurry where they may see more of the stripe only.
-TFound searchWholeOnBoth(const TSearch& search, bool isHurried) {
-  const TFrame& frame = search.quest.frame;
-  TFound edgePairs = attempt(search.quest, lookEverywhere(frame), kEdgePairs, {});
-  const bool isFound = edgePairs.seam.isFound;
-  const bool isWholeStripe = edgePairs.columns >= shareOf(search.columns(), kMinImageShare);
-  if (isWholeStripe && (isFound || isHurried)) return edgePairs;
-  TFound ridges = attempt(search.quest, lookEverywhere(frame), kRidges, {});
-  const double followedShare = static_cast<double>(edgePairs.columns) / std::max(ridges.columns, 1);
-  if (isFound && followedShare >= kMinFollowedShare) return edgePairs;
-  // Edge pairs that found a seam where the ridges find none: the frame ends with what speaks against it.
-  if (isFound && !ridges.seam.isFound) frame.trace.atGate().passes(kFollowed, followedShare, kMinFollowedShare);
-  return ridges;
+TFound searchWhole(const TSearch& search, const TPrevious& previous) {
+  if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
+  const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
+  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
 }
 
 // Of two profiles, the one that stands out more from a plate.
@@ -102,37 +64,45 @@ bool isClearer(const TSeam& seam, const TSeam& other) {
   return seam.profile && other.profile && seam.profile->score > other.profile->score;
 }
 
-// A first detection. What stands beside the stripe can mislead edge pairs; a second look follows the stripe alone.
-//   lostColumns  of the stripe that was searched for in vain before; 0 without one.
-TFound searchWhole(const TSearch& search, const TPrevious& previous, int lostColumns) {
-  if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
-  const int minColumns = shareOf(std::min(lostColumns, search.columns()), kMinKeptShare);
-  TFound first = search.quest.ridges.isSpent() ? searchWholeOnEdgePairs(search, minColumns)
-                                               : searchWholeOnBoth(search, lostColumns > 0);
-  if (first.hasAskedRidges || !first.seam.isFound) return first;
-  TPrevious stripe(first.seam);
+// A first detection. Blobs and ghosts beside the stripe can mislead the whole image; a second look follows the
+// stripe alone.
+TFound searchFirst(const TSearch& search) {
+  TFound found = searchWhole(search, search.memory.last);
+  if (!search.isAutomatic() || !found.seam.isFound) return found;
+  TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
-  TFound second = searchNear(search, stripe, {}, !search.quest.ridges.isSpent());
-  return second.seam.isFound && !isClearer(first.seam, second.seam) ? std::move(second) : std::move(first);
+  TFound second = searchNear(search, stripe, static_cast<int>(found.seam.stripePts.size()));
+  return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
+}
+
+// A seam on a scrap of stripe is none.
+void refuseScraps(const TSearch& search, TFound& found) {
+  const int minColumns = shareOf(search.columns(), kMinExtentShare);
+  if (!search.isAutomatic() || !found.seam.isFound || found.columns >= minColumns) return;
+  found.seam = TSeam(std::move(found.seam.stripePts));
+  search.quest.frame.trace.atGate().passes(kExtent, found.columns, minColumns);
 }
 
 // Compares two numbers of stripe points, so that a guide or a second attempt would change what it says.
-TFound checkPresence(const TSearch& search, const TPrevious& previous) {
-  return attemptByRule(search.quest, {search.options.extraction, shareOf(search.columns(), kPresentShare)},
-                       previous);
+TFound checkPresence(const TSearch& search) {
+  const int known = search.memory.columns;
+  const int expected = known > 0 ? std::min(known, search.columns()) : search.columns();
+  return attemptByRule(search.quest, {search.options.extraction, shareOf(expected, kWholeShare)},
+                       search.memory.last);
 }
 
 }  // namespace
 
 TFound searchSeam(const TQuest& quest, const TTrackerOptions& options, const TSearchMemory& memory) {
-  const TSearch search{quest, options};
-  if (!quest.joint.rules.hasSeamPoint) return checkPresence(search, memory.last);
-  if (!memory.last.isFound) return searchWhole(search, memory.last, 0);
-  const TDoubt doubt{shareOf(memory.columns, kMinKeptShare), options.maxJumpPx};
-  // The ridges near the last stripe have been asked when it was lost; a held one leaves them to the whole image.
-  TFound found = searchNear(search, memory.last, doubt, !memory.isHeld);
-  if (found.seam.isFound || !options.searchWholeOnLoss) return found;
-  return searchWhole(search, {}, memory.columns);
+  const TSearch search{quest, options, memory};
+  if (!quest.joint.rules.hasSeamPoint) return checkPresence(search);
+  if (memory.last.isFound) {
+    TFound near = searchNear(search, memory.last, memory.columns);
+    if (isTrusted(search, near) || !options.searchWholeOnLoss) return near;
+  }
+  TFound found = memory.last.isFound ? searchWhole(search, {}) : searchFirst(search);
+  refuseScraps(search, found);
+  return found;
 }
 
 }  // namespace weld

@@ -1,5 +1,4 @@
-// One frame of a tracker: near the previous stripe or in the whole image, on edge pairs or on ridges. The order of
-// the attempts.
+// One frame of a tracker: near the last stripe, else in the whole image.
 #pragma once
 
 #include "api/attempt.h"
@@ -9,9 +8,8 @@ namespace weld {
 
 // What the search knows of the frames before.
 struct TSearchMemory {
-  TPrevious last;       // a found one guides the search
-  int columns = 0;      // with a centre on its stripe
-  bool isHeld = false;  // it is of an earlier frame, and the last frame found none
+  TPrevious last;   // a found one guides the search
+  int columns = 0;  // of the best stripe that a recent frame's seam was found on
 };
 
 // Runs the rules of the joint as often as the frame needs it. The seam, or what the last attempt gave.

@@ -17,6 +17,7 @@
 namespace {
 
 constexpr std::size_t kBytesPerRow = 64;  // of the lists of a frame
+constexpr double kRemembered = 0.95;      // of the best stripe's columns, from frame to frame
 
 // A limit of jumps that is not a number sets none.
 TTrackerOptions inRange(TTrackerOptions options) {
@@ -49,7 +50,8 @@ struct TWeldTracker::TState {
   // What a frame leaves to the next one.
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
   std::optional<weld::TProfileFit> lastProfile;
-  int lastColumns = 0;
+  bool wasFlush = false;
+  int bestColumns = 0;  // of the results of the recent frames
   weld::TJumpMemory jumps;
   int heldFrames = 0;  // that repeated the last good seam
   int announcedFrames = 0;
@@ -78,14 +80,19 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   if (joint == nullptr || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
   weld::requireReadable(frame.image);
   weld::TRidgeSearch ridges(frame.memory);
-  const weld::TQuest quest{frame, *joint, ridges, options.extraction == TStripeExtraction::edgePairs,
-                           options.rejectImpossiblePoints && joint->rules.hasSeamPoint};
+  const weld::TQuest quest{frame,
+                           *joint,
+                           ridges,
+                           options.extraction == TStripeExtraction::edgePairs,
+                           options.rejectImpossiblePoints && joint->rules.hasSeamPoint,
+                           options.extraction == TStripeExtraction::automatic};
   const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
   weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
   // The plain rules know the last result alone.
   const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
-  return searchSeam(quest, options, {previous, lastColumns, heldFrames > 0});
+  previous.isFlush = guides && wasFlush;
+  return searchSeam(quest, options, {previous, bestColumns});
 }
 
 // A seam that is held back counts as not found.
@@ -158,8 +165,10 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) {
     std::swap(state->last, state->spare);
-    state->lastColumns = found.columns;
+    const int remembered = static_cast<int>(state->bestColumns * kRemembered);
+    state->bestColumns = std::max(static_cast<int>(state->last.stripePts.size()), remembered);
     state->lastProfile = found.seam.profile;
+    state->wasFlush = found.seam.isFlush;
   }
   return seam;
 }
@@ -167,7 +176,8 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
 void TWeldTracker::reset() {
   state->last = {};
   state->lastProfile.reset();
-  state->lastColumns = 0;
+  state->wasFlush = false;
+  state->bestColumns = 0;
   state->jumps = {};
   state->heldFrames = 0;
   state->announcedFrames = 0;

@@ -36,10 +36,7 @@ constexpr TCheck kSeamRow{
     TRule::above,
     "px"};
 
-struct TGap {
-  int leftX = 0;
-  int rightX = 0;
-};
+using TGap = TLineHole;
 
 int widthOf(const TGap& gap) {
   return std::abs(gap.leftX - gap.rightX);
@@ -52,7 +49,7 @@ std::optional<TGap> findWidestGap(const zelFit::TLineFitResult& line, double inl
   for (const cv::Point2f stripePt : stripePts) {
     const cv::Point p = truncPoint(stripePt);
     if (!(pointLineDistance(line.slope, line.intercept, p.x, p.y) < inlierTolPx)) continue;
-    const TGap gap{previousX.value_or(p.x), p.x};
+    const TGap gap{line.slope, line.intercept, previousX.value_or(p.x), p.x};
     if (previousX && (!widest || widthOf(gap) > widthOf(*widest))) widest = gap;
     previousX = p.x;
   }
@@ -77,12 +74,13 @@ struct TGapCase {
   TGapSettings settings;
 };
 
-std::optional<cv::Point2f> locateLineGap(const TGapCase& c, const zelFit::TLineFitResult& line) {
+std::optional<cv::Point2f> locateLineGap(const TGapCase& c, const zelFit::TLineFitResult& line, TGap& hole) {
   const TTrace& trace = c.frame.trace;
   const std::optional<TGap> gap = findWidestGap(line, c.settings.lineTolerancePx, c.stripePts);
   if (!trace.holds(kGap, gap.has_value())) return std::nullopt;
   if (!trace.passes(kGapWidth, static_cast<float>(widthOf(*gap)), static_cast<float>(c.settings.minGapPx)))
     return std::nullopt;
+  hole = *gap;
   // Deliberate: the row is the line's at the left edge, whatever point of the gap is returned.
   const auto y = static_cast<float>(line.slope * gap->leftX + line.intercept);
   return cv::Point2f{seamX(*gap, c.frame.params.weldPosType), y};
@@ -114,13 +112,13 @@ std::optional<zelFit::TLineFitResult> fitFirstLine(const TGapCase& c) {
   return zelFit::TLineFitResult{line.k, line.b, true};
 }
 
-std::optional<cv::Point2f> findSeam(const TGapCase& c, bool isTracking) {
+std::optional<cv::Point2f> findSeam(const TGapCase& c, bool isTracking, TGap& hole) {
   const TTrace& trace = c.frame.trace;
   const TStageTimer timer(trace, "seam");
   if (!trace.passes(kStripePoints, c.stripePts.size(), kMinFitPoints)) return std::nullopt;
   const auto line = isTracking ? fitTrackedLine(c) : fitFirstLine(c);
   if (!line) return std::nullopt;
-  const std::optional<cv::Point2f> seam = locateLineGap(c, *line);
+  const std::optional<cv::Point2f> seam = locateLineGap(c, *line, hole);
   if (!seam) return std::nullopt;
   trace.addTestedPoint(*seam);
   // Deliberate: a seam in the first row or column counts as not found.
@@ -130,13 +128,18 @@ std::optional<cv::Point2f> findSeam(const TGapCase& c, bool isTracking) {
 
 }  // namespace
 
-TSeam findGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+TSeam findGapAt(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TLineHole& hole) {
   const TGapCase gapCase{frame, stripe.points, TGapSettings::of(frame.params)};
-  const auto found = findSeam(gapCase, previous.isFound);
+  const auto found = findSeam(gapCase, previous.isFound, hole);
   TSeam seam(TPoints(stripe.points, frame.memory));
   seam.isFound = found.has_value();
   if (found) seam.pos = *found;
   return seam;
+}
+
+TSeam findGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TLineHole hole;
+  return findGapAt(frame, stripe, previous, hole);
 }
 
 }  // namespace weld

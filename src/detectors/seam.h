@@ -31,13 +31,17 @@ struct TSeam : TSeamValues {
 
   TPoints stripePts;
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
+  bool isFlush = false;                // a plate that lies flush with its table
 };
 
 // The seam of the frame before; its stripe and its profile belong to somebody else.
 struct TPrevious : TSeamValues {
   TPrevious() = default;
   explicit TPrevious(const TSeam& seam)
-      : TSeamValues(seam), stripePts(seam.stripePts), profile(seam.profile ? &*seam.profile : nullptr) {}
+      : TSeamValues(seam),
+        stripePts(seam.stripePts),
+        profile(seam.profile ? &*seam.profile : nullptr),
+        isFlush(seam.isFlush) {}
   explicit TPrevious(const TWeldLineRes& line)
       : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
                     line.auxVal3, line.auxVal4, line.trackVal},
@@ -45,6 +49,7 @@ struct TPrevious : TSeamValues {
 
   TPointView stripePts;
   const TProfileFit* profile = nullptr;
+  bool isFlush = false;
 };
 
 inline TWeldLineRes toLineRes(const TSeam& seam) {

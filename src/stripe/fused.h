@@ -12,9 +12,10 @@ namespace weld {
 // dim).
 bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns);
 
-// Both extractions of the same regions in one. The ridges alone where they follow the stripe through clearly more
-// columns; else the edge pairs, with ridge centres in those columns whose pairs were dropped: where there is no
-// pair, a ridge would run on into a gap.
+// Both extractions of the same regions in one. Where they see the stripe apart, the one that goes on from the
+// columns beside. Holes of the edge pairs are filled where the ridge bridges them from side to side, and where
+// their pairs were dropped: elsewhere a ridge would run on into a gap. The ridges alone where they follow the
+// stripe through clearly more columns than edge pairs explain. The status of filled columns is that of found ones.
 TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges);
 
 }  // namespace weld

@@ -65,15 +65,14 @@ void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
 
 TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
-  run(tracker,
-      {{"first", frame, TSeamState::found, "found", " whole near"},
-       {"tracked", frame, TSeamState::found, "found", " near"},
-       {"dark", dark(), TSeamState::held, "too few stripe points", " near near ridges whole"},
-       {"no image", cv::Mat(), TSeamState::held, "no image", ""},
-       {"dark", dark(), TSeamState::held, "too few stripe points", " near whole whole ridges"},
-       {"dark for too long", dark(), TSeamState::lost, "too few stripe points", " near whole whole ridges"},
-       {"dark", dark(), TSeamState::lost, "too few stripe points", " whole whole ridges"},
-       {"back", frame, TSeamState::found, "found", " whole near"}});
+  run(tracker, {{"first", frame, TSeamState::found, "found", " whole near"},
+                {"tracked", frame, TSeamState::found, "found", " near"},
+                {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
+                {"no image", cv::Mat(), TSeamState::held, "no image", ""},
+                {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
+                {"dark for too long", dark(), TSeamState::lost, "too few columns with an edge pair", " near whole"},
+                {"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"},
+                {"back", frame, TSeamState::found, "found", " whole near"}});
 }
 
 TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
@@ -85,7 +84,8 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   EXPECT_FALSE(held.line.isFound || held.measurement.isValid) << "nothing of an earlier frame but the point";
   EXPECT_EQ(held.line.weldPos, cv::Point2f());
   EXPECT_EQ(tracker.lastTrace().sentence.find("repeats the seam at"), 0U) << tracker.lastTrace().sentence;
-  EXPECT_EQ(tracker.track(frame).line.weldPos, before.weldPos) << "one wrong frame leaves nothing behind";
+  const cv::Point2f again = tracker.track(frame).line.weldPos;
+  EXPECT_LT(cv::norm(again - before.weldPos), 0.05) << "one wrong frame leaves nothing behind";
 
   tracker.track(far);
   tracker.track(dark());
@@ -103,7 +103,7 @@ TEST_F(TrackerDefault, resetForgetsTheFramesBefore) {
   EXPECT_TRUE(tracker.lastTrace().sentence.empty());
   run(tracker, {{"no jump", far, TSeamState::found, "found", " whole near"}});
   tracker.reset();
-  run(tracker, {{"dark", dark(), TSeamState::lost, "too few stripe points", " whole whole ridges"}});
+  run(tracker, {{"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"}});
 }
 
 // Edge pairs see a narrow gap in the bright part of the stripe; ridges follow the dim part as well, and run on
@@ -114,25 +114,9 @@ TEST_F(TrackerDefault, refusesASeamInAFragmentThatRidgesDoNotSee) {
   image.rowRange(500, 512).colRange(700, image.cols).setTo(25);
   image.rowRange(500, 512).colRange(400, 406).setTo(25);
   TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
-  params.dPara8 = 4.0;
+  params.dPara8 = 5.0;
   TWeldTracker tracker(params, traced());
-  EXPECT_EQ(tracker.track(image).state, TSeamState::lost);
-  EXPECT_EQ(tracker.lastTrace().attempts.front().outcome, TWeldOutcome::found);
-  EXPECT_EQ(tracker.lastTrace().sentence.find("share of the stripe that edge pairs follow 0.5"), 0U)
-      << tracker.lastTrace().sentence;
-}
-
-TEST_F(TrackerDefault, waitsForTheRidgesWithASeamInAFragment) {
-  TTrackerOptions options = traced();
-  options.maxJumpPx = 1000.0;
-  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
-  const TTrackedSeam before = tracker.track(frame);
-  cv::Mat fragment = lower.clone();
-  fragment.colRange(static_cast<int>(before.weldPos.x) + 250, fragment.cols).setTo(0);
-  EXPECT_EQ(tracker.track(fragment).state, TSeamState::held);
-  ASSERT_FALSE(tracker.lastTrace().gate.empty());
-  EXPECT_EQ(tracker.lastTrace().gate.front().reason, std::string("too few stripe points"));
-  EXPECT_NEAR(tracker.track(fragment).line.weldPos.y, before.weldPos.y + 150.0F, 1.0F);
+  EXPECT_EQ(tracker.track(image).state, TSeamState::lost) << tracker.lastTrace().sentence;
 }
 
 TEST_F(TrackerDefault, searchesTheWholeImageInTheFrameThatLosesTheSeam) {
@@ -208,7 +192,7 @@ TEST_F(TrackerDefault, anExceptionLeavesTheTrackerAsItWas) {
   const std::string sentence = tracker.lastTrace().sentence;
   EXPECT_THROW(tracker.track(cv::Mat::zeros(480, 640, CV_32FC1)), cv::Exception);
   EXPECT_EQ(tracker.lastTrace().sentence, sentence);
-  EXPECT_EQ(tracker.track(frame).line.weldPos, before.weldPos);
+  EXPECT_LT(cv::norm(tracker.track(frame).line.weldPos - before.weldPos), 0.05);
   EXPECT_EQ(tracker.lastTrace().attempts.size(), 1U) << "still tracking";
 }
 

@@ -1,0 +1,282 @@
+#include "stripe/dark_break.h"
+
+#include "stripe/longest_piece.h"
+#include "support/grey_image.h"
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr int kLeastColumns = 80;
+constexpr int kCourseReach = 7;     // columns to either side whose median is the course of the stripe
+constexpr int kStripeReach = 2;     // rows about the course that tell the brightness
+constexpr int kMostDark = 3;        // columns
+constexpr int kBesideColumns = 10;  // that a dark column is held against, on either side
+constexpr int kStepColumns = 20;    // on either side of a step
+constexpr int kStepSkipped = 2;
+constexpr int kMargin = kStepColumns + kStepSkipped;  // columns at either end without a score
+constexpr int kSteepest = 15;                         // tenths of a column per row: of the joint in the image
+constexpr int kLineRows = 9;                          // beside the stripe, on either side
+constexpr double kLineClearance = 7.0;                // px beyond the edges of the stripe
+constexpr int kRivalPx = 14;                          // nearer places are the same break
+constexpr int kSamePlacePx = 2;
+
+// Scatters below these come of images without noise.
+constexpr double kLeastDipScatter = 0.06;
+constexpr double kLeastStepScatter = 0.05;  // px
+constexpr double kLeastLineScatter = 0.5;   // grey levels
+
+constexpr double kMostOfDip = 8.0;
+constexpr double kMostOfStep = 4.0;
+constexpr double kStepWeight = 0.7;
+constexpr double kLineFloor = 2.0;
+constexpr double kMostOfLine = 8.0;
+
+constexpr double kLeastScore = 5.0;
+constexpr double kLeastMargin = 1.25;
+constexpr double kLeastLine = 2.5;
+constexpr double kDeepDip = 10.0;  // needs no line beside the stripe
+
+constexpr TFailure kNoBreak{17, TWeldOutcome::elementMissing, "gap", "no dark break in the stripe"};
+constexpr TFailure kNoCertain{18, TWeldOutcome::elementMissing, "gap", "several breaks in the stripe"};
+constexpr TCheck kColumns = countCheck(kNoBreak, "columns of the stripe in one piece", TRule::atLeast);
+constexpr TCheck kScore{kNoBreak, "score of the darkest break", TRule::atLeast};
+constexpr TCheck kLine{kNoBreak, "dark line beside the stripe, in scatters", TRule::atLeast};
+constexpr TCheck kMarginCheck{kNoCertain, "score over that of the next break", TRule::atLeast};
+
+using TValues = TList<double>;
+
+double medianOf(TValues& values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// Standard deviation of what is no outlier.
+double scatterOf(const TValues& values, double least) {
+  TValues work(values, values.get_allocator().resource());
+  const double median = medianOf(work);
+  for (double& v : work) v = std::abs(v - median);
+  return std::max(1.4826 * medianOf(work), least);
+}
+
+double meanOf(const TValues& values, int first, int count) {
+  double sum = 0.0;
+  for (int i = first; i < first + count; ++i) sum += values[static_cast<std::size_t>(i)];
+  return sum / count;
+}
+
+double highestNear(const TValues& values, int i) {
+  const auto begin = values.begin() + std::max(i - kSamePlacePx, 0);
+  const auto end = values.begin() + std::min(i + kSamePlacePx + 1, static_cast<int>(values.size()));
+  return *std::max_element(begin, end);
+}
+
+// The piece of the stripe column by column, from its first centre to its last.
+struct TCourse {
+  int firstColumn = 0;
+  TValues centres;  // rows; of a column without one that of the column before
+  TValues rows;     // smoothed
+
+  int columns() const { return static_cast<int>(centres.size()); }
+};
+
+TCourse courseOf(TPointView piece, TMemory* memory) {
+  TCourse course{truncToInt(piece.front().x), TValues(memory), TValues(memory)};
+  const int columns = truncToInt(piece.back().x) - course.firstColumn + 1;
+  course.centres.reserve(static_cast<std::size_t>(columns));
+  const cv::Point2f* p = piece.begin();
+  for (int i = 0; i < columns; ++i) {
+    if (p + 1 != piece.end() && truncToInt((p + 1)->x) <= course.firstColumn + i) ++p;
+    course.centres.push_back(static_cast<double>(p->y));
+  }
+  course.rows.reserve(course.centres.size());
+  TValues window(memory);
+  for (int i = 0; i < columns; ++i) {
+    const int first = std::max(i - kCourseReach, 0);
+    const int last = std::min(i + kCourseReach, columns - 1);
+    window.assign(course.centres.begin() + first, course.centres.begin() + last + 1);
+    course.rows.push_back(medianOf(window));
+  }
+  return course;
+}
+
+// Mean of the brightest pixel and of all about the course, grey levels.
+TValues brightnessAlong(const cv::Mat& grey, const TCourse& course, TMemory* memory) {
+  TValues brightness(memory);
+  brightness.reserve(course.centres.size());
+  for (int i = 0; i < course.columns(); ++i) {
+    const int row = roundToInt(course.rows[static_cast<std::size_t>(i)]);
+    int brightest = 0;
+    double sum = 0.0;
+    for (int y = row - kStripeReach; y <= row + kStripeReach; ++y) {
+      const int level = grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), course.firstColumn + i);
+      brightest = std::max(brightest, level);
+      sum += level;
+    }
+    brightness.push_back(0.5 * (brightest + sum / (2 * kStripeReach + 1)));
+  }
+  return brightness;
+}
+
+struct TDips {
+  TValues depth;      // in scatters, of the best width about a column
+  TList<int> widths;  // columns
+};
+
+// How much darker some columns are than the darker one of their surroundings.
+TDips findDips(const TValues& brightness, TMemory* memory) {
+  const int columns = static_cast<int>(brightness.size());
+  TDips dips{TValues(brightness.size(), 0.0, memory), TList<int>(brightness.size(), 1, memory)};
+  TValues depth(memory);
+  for (int width = 1; width <= kMostDark; ++width) {
+    depth.assign(brightness.size(), 0.0);
+    for (int i = kBesideColumns; i + width + kBesideColumns <= columns; ++i) {
+      const double beside = std::min(meanOf(brightness, i - kBesideColumns, kBesideColumns),
+                                     meanOf(brightness, i + width, kBesideColumns));
+      const double drop = beside - meanOf(brightness, i, width);
+      depth[static_cast<std::size_t>(i + (width - 1) / 2)] = drop / std::max(beside, 1.0);
+    }
+    const double scatter = scatterOf(depth, kLeastDipScatter);
+    for (std::size_t i = 0; i < depth.size(); ++i) {
+      if (depth[i] / scatter <= dips.depth[i]) continue;
+      dips.depth[i] = depth[i] / scatter;
+      dips.widths[i] = width;
+    }
+  }
+  return dips;
+}
+
+// Row of the least squares line through so many columns from the first one on, at a column.
+double extrapolate(const TValues& rows, int first, int count, int column) {
+  const double middle = first + 0.5 * (count - 1);
+  double xy = 0.0;
+  double xx = 0.0;
+  for (int i = first; i < first + count; ++i) {
+    xy += (i - middle) * rows[static_cast<std::size_t>(i)];
+    xx += (i - middle) * (i - middle);
+  }
+  return meanOf(rows, first, count) + xy / xx * (column - middle);
+}
+
+// The step of the centres across each column, in scatters.
+TValues findSteps(const TValues& centres, TMemory* memory) {
+  TValues steps(centres.size(), 0.0, memory);
+  for (int i = kMargin; i + kMargin < static_cast<int>(centres.size()); ++i) {
+    steps[static_cast<std::size_t>(i)] =
+        extrapolate(centres, i + kStepSkipped, kStepColumns, i) -
+        extrapolate(centres, i - kStepSkipped - kStepColumns + 1, kStepColumns, i);
+  }
+  const double scatter = scatterOf(steps, kLeastStepScatter);
+  for (double& step : steps) step = std::abs(step) / scatter;
+  return steps;
+}
+
+// Grey level of a row between two columns; that of the border beyond it.
+double levelAt(const cv::Mat& grey, int y, double x) {
+  const auto* const row = grey.ptr<unsigned char>(std::clamp(y, 0, grey.rows - 1));
+  const int left = std::clamp(static_cast<int>(std::floor(x)), 0, grey.cols - 2);
+  const double share = std::clamp(x - left, 0.0, 1.0);
+  return row[left] * (1.0 - share) + row[left + 1] * share;
+}
+
+// How dark a line through each column is beside the stripe, in scatters; of all slopes the darkest.
+TValues findLines(const cv::Mat& grey, const TCourse& course, double widthPx, TMemory* memory) {
+  const int nearest = roundToInt(0.5 * widthPx + kLineClearance);
+  const int columns = course.columns();
+  TValues lines(course.centres.size(), 0.0, memory);
+  TValues levels(memory);
+  TValues darkness(memory);
+  for (int tenths = -kSteepest; tenths <= kSteepest; ++tenths) {
+    levels.assign(course.centres.size(), 0.0);
+    for (int i = 0; i < columns; ++i) {
+      const int row = roundToInt(course.rows[static_cast<std::size_t>(i)]);
+      for (int d = nearest; d < nearest + kLineRows; ++d) {
+        const double shift = 0.1 * tenths * d;
+        const int x = course.firstColumn + i;
+        levels[static_cast<std::size_t>(i)] +=
+            levelAt(grey, row + d, x + shift) + levelAt(grey, row - d, x - shift);
+      }
+      levels[static_cast<std::size_t>(i)] /= 2 * kLineRows;
+    }
+    darkness.assign(course.centres.size(), 0.0);
+    for (int i = 7; i + 7 < columns; ++i) {
+      const double beside = std::min(meanOf(levels, i - 7, 5), meanOf(levels, i + 3, 5));
+      darkness[static_cast<std::size_t>(i)] = beside - levels[static_cast<std::size_t>(i)];
+    }
+    const double scatter = scatterOf(darkness, kLeastLineScatter);
+    for (std::size_t i = 0; i < lines.size(); ++i) lines[i] = std::max(lines[i], darkness[i] / scatter);
+  }
+  return lines;
+}
+
+struct TScores {
+  TDips dips;
+  TValues lines;
+  TValues all;
+
+  double highestBut(int place) const {
+    double highest = 0.0;
+    for (int i = 0; i < static_cast<int>(all.size()); ++i) {
+      if (std::abs(i - place) > kRivalPx) highest = std::max(highest, all[static_cast<std::size_t>(i)]);
+    }
+    return highest;
+  }
+};
+
+TScores scoreColumns(const cv::Mat& grey, const TCourse& course, double widthPx, TMemory* memory) {
+  TScores scores{findDips(brightnessAlong(grey, course, memory), memory), findLines(grey, course, widthPx, memory),
+                 TValues(course.centres.size(), 0.0, memory)};
+  const TValues steps = findSteps(course.centres, memory);
+  for (int i = kMargin; i + kMargin < course.columns(); ++i) {
+    const double dip = std::min(scores.dips.depth[static_cast<std::size_t>(i)], kMostOfDip);
+    const double step = std::min(highestNear(steps, i), kMostOfStep);
+    const double line = std::clamp(highestNear(scores.lines, i) - kLineFloor, 0.0, kMostOfLine);
+    scores.all[static_cast<std::size_t>(i)] = dip + kStepWeight * step + line;
+  }
+  return scores;
+}
+
+// The dip, and the line near it, each by its strength.
+TDarkBreak breakAt(const TScores& scores, int place, int firstColumn) {
+  const auto begin = scores.lines.begin() + std::max(place - kSamePlacePx, 0);
+  const auto end =
+      scores.lines.begin() + std::min(place + kSamePlacePx + 1, static_cast<int>(scores.lines.size()));
+  const auto line = std::max_element(begin, end);
+  const auto i = static_cast<std::size_t>(place);
+  const int width = scores.dips.widths[i];
+  const double dip = scores.dips.depth[i];
+  const double dipX = place + 0.5 * ((width - 1) % 2);
+  const double lineX = static_cast<double>(line - scores.lines.begin());
+  return {firstColumn + (dip * dipX + *line * lineX) / (dip + *line), firstColumn + place - (width - 1) / 2,
+          width};
+}
+
+}  // namespace
+
+std::optional<TDarkBreak> findDarkBreak(const TFrame& frame, const TStripe& stripe) {
+  const TTrace& trace = frame.trace;
+  const TStageTimer timer(trace, "dark break");
+  const TPointView piece = longestPiece(stripe.points);
+  const int length = piece.empty() ? 0 : truncToInt(piece.back().x) - truncToInt(piece.front().x) + 1;
+  if (!trace.passes(kColumns, length, kLeastColumns)) return std::nullopt;
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
+  const cv::Mat grey = toGrey(frame.image, pixels);
+  const TCourse course = courseOf(piece, frame.memory);
+  const TScores scores = scoreColumns(grey, course, stripe.widthPx, frame.memory);
+  const int place = static_cast<int>(std::max_element(scores.all.begin(), scores.all.end()) - scores.all.begin());
+  const double score = scores.all[static_cast<std::size_t>(place)];
+  const bool isDeep = scores.dips.depth[static_cast<std::size_t>(place)] >= kDeepDip;
+  const bool isBreak = trace.passes(kScore, score, kLeastScore) &&
+                       (isDeep || trace.passes(kLine, highestNear(scores.lines, place), kLeastLine)) &&
+                       trace.passes(kMarginCheck, score / std::max(scores.highestBut(place), 1.0), kLeastMargin);
+  if (!isBreak) return std::nullopt;
+  return breakAt(scores, place, course.firstColumn);
+}
+
+}  // namespace weld

@@ -1,0 +1,163 @@
+#include "stripe/flush_edges.h"
+
+#include "support/grey_image.h"
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr int kLeastColumns = 100;
+constexpr double kMostOffPx = 5.0;  // of a centre on the straight stripe
+constexpr double kLeastStraightShare = 0.9;
+constexpr int kRefits = 2;
+constexpr int kReach = 12;       // rows about the stripe that hold its light
+constexpr int kBesideNear = 16;  // rows that hold the light around it
+constexpr int kBesideFar = 24;
+constexpr double kDark = 30.0;    // grey levels of a column, below which it counts as dark
+constexpr int kLongWindow = 80;   // columns on either side of a step,
+constexpr int kShortWindow = 15;  // at least
+constexpr int kSteepColumns = 4;  // on either side of its steepest place
+constexpr int kSteepReach = 40;
+constexpr int kApart = 60;  // columns between steps
+const double kLeastStep = std::log(1.8);
+
+using TValues = TList<double>;
+
+double medianOf(const TValues& values, int first, int last, TValues& work) {
+  work.assign(values.begin() + first, values.begin() + last);
+  const auto middle = work.begin() + static_cast<std::ptrdiff_t>(work.size() / 2);
+  std::nth_element(work.begin(), middle, work.end());
+  return *middle;
+}
+
+double offLine(const TSlopeLine& line, cv::Point2f p) {
+  return std::abs(static_cast<double>(p.y) - line.k * static_cast<double>(p.x) - line.b);
+}
+
+// Least squares, twice without what lies farther off than that.
+TSlopeLine fitStraight(TPointView points) {
+  TSlopeLine line;
+  for (int pass = 0; pass <= kRefits; ++pass) {
+    double n = 0.0;
+    double x = 0.0;
+    double y = 0.0;
+    double xx = 0.0;
+    double xy = 0.0;
+    const double originX = static_cast<double>(points.front().x);
+    for (const cv::Point2f p : points) {
+      if (pass > 0 && offLine(line, p) > 2.0 * kMostOffPx) continue;
+      const double dx = static_cast<double>(p.x) - originX;
+      n += 1.0;
+      x += dx;
+      y += static_cast<double>(p.y);
+      xx += dx * dx;
+      xy += dx * static_cast<double>(p.y);
+    }
+    const double k = (n * xy - x * y) / guardDivisor(n * xx - x * x);
+    line = {k, (y - k * x) / std::max(n, 1.0) - k * originX};
+  }
+  return line;
+}
+
+bool isStraight(TPointView points, const TSlopeLine& line) {
+  const auto near =
+      std::count_if(points.begin(), points.end(), [&](cv::Point2f p) { return offLine(line, p) <= kMostOffPx; });
+  return static_cast<double>(near) >= kLeastStraightShare * static_cast<double>(points.size());
+}
+
+// Logarithm of the stripe's light over its surroundings, column by column from the first point to the last.
+TValues lightAlong(const cv::Mat& grey, TPointView points, const TSlopeLine& line, TMemory* memory) {
+  const int first = truncToInt(points.front().x);
+  const int last = truncToInt(points.back().x);
+  TValues light(memory);
+  light.reserve(static_cast<std::size_t>(last - first + 1));
+  const cv::Point2f* next = points.begin();
+  for (int x = first; x <= last; ++x) {
+    while (truncToInt(next->x) < x) ++next;
+    const bool isOn = truncToInt(next->x) == x && offLine(line, *next) <= kMostOffPx;
+    const int row = roundToInt(isOn ? static_cast<double>(next->y) : line.k * x + line.b);
+    const auto level = [&](int y) {
+      return static_cast<int>(grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x));
+    };
+    int beside = 0;
+    for (int d = kBesideNear; d <= kBesideFar; ++d) beside += level(row - d) + level(row + d);
+    const double around = beside / (2.0 * (kBesideFar - kBesideNear + 1));
+    double sum = 0.0;
+    for (int d = -kReach; d <= kReach; ++d) sum += std::max(0.0, level(row + d) - around);
+    light.push_back(std::log(sum + kDark));
+  }
+  return light;
+}
+
+// Median right of each column less that left of it.
+TValues stepsOf(const TValues& light, TMemory* memory) {
+  const int columns = static_cast<int>(light.size());
+  TValues steps(light.size(), 0.0, memory);
+  TValues work(memory);
+  for (int i = kShortWindow; i + kShortWindow < columns; ++i) {
+    const double left = medianOf(light, std::max(i - kLongWindow, 0), i, work);
+    steps[static_cast<std::size_t>(i)] = medianOf(light, i, std::min(i + kLongWindow, columns), work) - left;
+  }
+  return steps;
+}
+
+// Where the light changes most in the direction of a step, between two columns.
+struct TSteepest {
+  double x = 0.0;
+  double change = 0.0;  // of the mean light beside it
+};
+
+TSteepest steepestNear(const TValues& light, int place, double step) {
+  const int columns = static_cast<int>(light.size());
+  TSteepest best;
+  for (int i = std::max(place - kSteepReach, kSteepColumns);
+       i < std::min(place + kSteepReach, columns - kSteepColumns); ++i) {
+    double change = 0.0;
+    for (int k = 0; k < kSteepColumns; ++k)
+      change += light[static_cast<std::size_t>(i + k)] - light[static_cast<std::size_t>(i - 1 - k)];
+    change *= (step > 0.0 ? 1.0 : -1.0) / kSteepColumns;
+    if (change > best.change) best = {i - 0.5, change};
+  }
+  return best;
+}
+
+// The steps one by one, the largest first.
+void takeSteps(const TValues& light, TValues& steps, int firstColumn, TList<TLightStep>& found) {
+  const auto isSmaller = [](double a, double b) { return std::abs(a) < std::abs(b); };
+  for (auto largest = std::max_element(steps.begin(), steps.end(), isSmaller); std::abs(*largest) >= kLeastStep;
+       largest = std::max_element(steps.begin(), steps.end(), isSmaller)) {
+    const int place = static_cast<int>(largest - steps.begin());
+    const double step = *largest;
+    const TSteepest edge = steepestNear(light, place, step);
+    const bool isNew = std::none_of(found.begin(), found.end(), [&](const TLightStep& other) {
+      return std::abs(other.x - firstColumn - edge.x) < kApart;
+    });
+    if (isNew) found.push_back({firstColumn + edge.x, std::exp(step)});
+    const auto columns = static_cast<int>(steps.size());
+    std::fill(steps.begin() + std::max(place - kApart, 0), steps.begin() + std::min(place + kApart, columns), 0.0);
+  }
+}
+
+}  // namespace
+
+TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe) {
+  const TStageTimer timer(frame.trace, "light steps");
+  TList<TLightStep> found(frame.memory);
+  const TPointView points = stripe.points;
+  if (points.size() < static_cast<std::size_t>(kLeastColumns)) return found;
+  const TSlopeLine line = fitStraight(points);
+  if (!isStraight(points, line)) return found;
+  found.reserve(16);
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
+  const TValues light = lightAlong(toGrey(frame.image, pixels), points, line, frame.memory);
+  TValues steps = stepsOf(light, frame.memory);
+  takeSteps(light, steps, truncToInt(points.front().x), found);
+  std::sort(found.begin(), found.end(), [](const TLightStep& a, const TLightStep& b) { return a.x < b.x; });
+  return found;
+}
+
+}  // namespace weld
