@@ -132,7 +132,7 @@ const TJoint* findJoint(TWeldType type) {
 
 TJointRules profileRules(TFindSeam find) {
   TJointRules rules = rulesOf(std::move(find), measureGroove);
-  rules.bytesPerColumn = 3072;
+  rules.bytesPerColumn = 4096;
   rules.band.coversGuide = true;  // of a deep groove
   return rules;
 }

@@ -18,7 +18,7 @@ struct TJointRules {
   TFindSeam find;
   TFindSeam findOwn;  // the default tracker's own way; null: the same
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
-  std::size_t bytesPerColumn = 512;  // of the lists that a frame works with
+  std::size_t bytesPerColumn = 1024;  // of the lists that a frame works with
   TBand band;
   bool hasSeamPoint = true;
   bool hasSecondChance = false;  // on ridges, where edge pairs give no seam
