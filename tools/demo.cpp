@@ -42,7 +42,6 @@ constexpr int kFrames = 30;               // per sequence
 constexpr int kAnnotateEvery = 30;        // frames
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
-constexpr double kMinUGrooveShare = 0.94;  // before both of its sides are seen it is refused
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
@@ -127,8 +126,7 @@ void runSequence(const TSeamCase& seamCase, TLevel level, int sequence, TRow& ro
 }
 
 bool isGood(const TRow& row) {
-  const double minShare = row.joint == scenes::TJoint::uGroove ? kMinUGrooveShare : kMinFoundShare;
-  return row.score.foundShare() >= minShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
+  return row.score.foundShare() >= kMinFoundShare && row.score.errorAt(0.5) <= kMaxMedianErrorPx;
 }
 
 void printHeading() {
