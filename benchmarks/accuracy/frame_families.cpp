@@ -97,9 +97,9 @@ const std::vector<TPointRow>& pointRows() {
 
 const std::vector<TRunRow>& runRows() {
   static const std::vector<TRunRow> rows = {
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 3, kAny, 95.5},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 15, kAny, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 8, kAny, 99.0},
-      {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 6, kAny, 99.5},
+      {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 13, kAny, 99.5},
       {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 0, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 0, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::buttGap}, {1, 14}, 0, 0, 99.5},
