@@ -94,13 +94,17 @@ struct TProfileTemplate {
 };
 
 constexpr TFeature mirrored(TFeature feature) {
-  constexpr TFeature kPairs[][2] = {{TFeature::leftRoot, TFeature::rightRoot},
-                                    {TFeature::leftShoulder, TFeature::rightShoulder},
-                                    {TFeature::leftEdge, TFeature::rightEdge},
-                                    {TFeature::leftEnd, TFeature::rightEnd}};
-  for (const auto& pair : kPairs) {
-    if (feature == pair[0]) return pair[1];
-    if (feature == pair[1]) return pair[0];
+  struct TSides {
+    TFeature left;
+    TFeature right;
+  };
+  constexpr TSides kSides[] = {{TFeature::leftRoot, TFeature::rightRoot},
+                               {TFeature::leftShoulder, TFeature::rightShoulder},
+                               {TFeature::leftEdge, TFeature::rightEdge},
+                               {TFeature::leftEnd, TFeature::rightEnd}};
+  for (const TSides& sides : kSides) {
+    if (feature == sides.left) return sides.right;
+    if (feature == sides.right) return sides.left;
   }
   return feature;
 }
