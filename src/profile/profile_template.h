@@ -82,6 +82,7 @@ struct TProfilePoint {
   bool isOfJunction = false;
 };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order in which templates are written
 struct TProfileTemplate {
   const char* name = "";
   TMeasuring measuring = TMeasuring::none;
