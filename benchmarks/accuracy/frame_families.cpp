@@ -26,9 +26,6 @@ constexpr const char* kSecondBend = "leftFlankDeg.min=13 rightFlankDeg.min=5 rig
 constexpr const char* kFilletRight =
     "leftFlankDeg.min=-20 leftFlankDeg.max=20 rightFlankDeg.min=30 rightFlankDeg.max=89 "
     "includedAngleDeg.min=30 includedAngleDeg.max=150";
-constexpr const char* kPlugFoot =
-    "leftFlankDeg.min=-80 leftFlankDeg.max=-20 rightFlankDeg.min=30 rightFlankDeg.max=89 "
-    "includedAngleDeg.min=10 includedAngleDeg.max=90";
 constexpr const char* kPlugEdge = "rightFlankDeg.min=-80 rightFlankDeg.max=-20 includedAngleDeg.min=60";
 
 TPointRow grooveRow(TFeature feature, std::vector<const char*> labels, int leastRight, int mostWrong) {
