@@ -100,7 +100,7 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
 TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous) {
   const TJointRules& rules = quest.joint.rules;
   TExtracted extracted = extract(quest, look, extraction);
-  const TFindSeam find = quest.usesOwnRules && rules.findOwn != nullptr ? rules.findOwn : rules.find;
+  const TFindSeam& find = quest.usesOwnRules && rules.findOwn != nullptr ? rules.findOwn : rules.find;
   TSeam seam = find(quest.frame, extracted.stripe, previous);
   const bool hasFailed = !seam.isFound;
   TFound found = conclude(quest, extracted, std::move(seam));

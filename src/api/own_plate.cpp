@@ -2,7 +2,6 @@
 
 #include "detectors/plate.h"
 #include "stripe/flush_edges.h"
-#include "support/arc_tangent.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
 
@@ -35,8 +34,8 @@ std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
   double best = 0.0;
   for (std::size_t i = 0; i < steps.size(); ++i) {
     for (std::size_t k = i + 1; k < steps.size(); ++k) {
-      const double left = std::log(steps[i].ratio);
-      const double right = std::log(steps[k].ratio);
+      const double left = steps[i].change;
+      const double right = steps[k].change;
       const double smaller = std::min(std::abs(left), std::abs(right));
       if (left * right >= 0.0 || smaller <= best) continue;
       best = smaller;
@@ -50,7 +49,7 @@ std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
 // runs out of the picture, it may as well be the table.
 std::optional<TEnds> endsBeside(const TFrame& frame, const TList<TLightStep>& steps, const TStripe& stripe) {
   const auto isSmaller = [](const TLightStep& a, const TLightStep& b) {
-    return std::abs(std::log(a.ratio)) < std::abs(std::log(b.ratio));
+    return std::abs(a.change) < std::abs(b.change);
   };
   const double x = std::max_element(steps.begin(), steps.end(), isSmaller)->x;
   const auto first = static_cast<double>(stripe.points.front().x);

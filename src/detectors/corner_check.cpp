@@ -1,6 +1,7 @@
 #include "detectors/corner_check.h"
 
 #include "detectors/corner_flanks.h"
+#include "stripe/longest_piece.h"
 #include "support/arc_tangent.h"
 #include "support/column_status.h"
 #include "support/line_math.h"
@@ -171,19 +172,8 @@ bool areFewColumnsMissing(const TCandidate& corner) {
 // The longest stretch without a jump between columns, the first of equally long ones.
 TPointView longestContinuousStretch(TPointView points) {
   if (points.size() < kMinFlankPoints) return points;
-  std::size_t bestBegin = 0;
-  std::size_t bestEnd = 0;
-  std::size_t begin = 0;
-  for (std::size_t i = 1; i <= points.size(); ++i) {
-    const bool continues = i < points.size() && !(std::abs(points[i].x - points[i - 1].x) > kMaxColumnJumpPx);
-    if (continues) continue;
-    if (i - begin > bestEnd - bestBegin) {
-      bestBegin = begin;
-      bestEnd = i;
-    }
-    begin = i;
-  }
-  return points.part(bestBegin, bestEnd - bestBegin);
+  return longestRun(points,
+                    [](cv::Point2f a, cv::Point2f b) { return !(std::abs(b.x - a.x) > kMaxColumnJumpPx); });
 }
 
 // A corner beyond the inner ends of both flanks needs stripe close by on both sides.

@@ -3,6 +3,7 @@
 #include "stripe/longest_piece.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
+#include "support/median.h"
 
 #include <algorithm>
 #include <array>
@@ -50,12 +51,6 @@ constexpr TCheck kLine{kNoBreak, "dark line beside the stripe, in scatters", TRu
 constexpr TCheck kMarginCheck{kNoCertain, "score over that of the next break", TRule::atLeast};
 
 using TValues = TList<double>;
-
-double medianOf(TValues& values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 // Standard deviation of what is no outlier.
 double scatterOf(const TValues& values, double least) {

@@ -1,7 +1,9 @@
 #include "stripe/flush_edges.h"
 
+#include "support/exact_log.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
+#include "support/median.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,16 +24,14 @@ constexpr int kLongWindow = 80;   // columns on either side of a step,
 constexpr int kShortWindow = 15;  // at least
 constexpr int kSteepColumns = 4;  // on either side of its steepest place
 constexpr int kSteepReach = 40;
-constexpr int kApart = 60;  // columns between steps
-const double kLeastStep = std::log(1.8);
+constexpr int kApart = 60;                         // columns between steps
+constexpr double kLeastStep = 0.5877866649021191;  // logarithm of 1.8
 
 using TValues = TList<double>;
 
-double medianOf(const TValues& values, int first, int last, TValues& work) {
+double medianBetween(const TValues& values, int first, int last, TValues& work) {
   work.assign(values.begin() + first, values.begin() + last);
-  const auto middle = work.begin() + static_cast<std::ptrdiff_t>(work.size() / 2);
-  std::nth_element(work.begin(), middle, work.end());
-  return *middle;
+  return medianOf(work);
 }
 
 double offLine(const TSlopeLine& line, cv::Point2f p) {
@@ -88,7 +88,7 @@ TValues lightAlong(const cv::Mat& grey, TPointView points, const TSlopeLine& lin
     const double around = beside / (2.0 * (kBesideFar - kBesideNear + 1));
     double sum = 0.0;
     for (int d = -kReach; d <= kReach; ++d) sum += std::max(0.0, level(row + d) - around);
-    light.push_back(std::log(sum + kDark));
+    light.push_back(exactLog(sum + kDark));
   }
   return light;
 }
@@ -99,8 +99,8 @@ TValues stepsOf(const TValues& light, TMemory* memory) {
   TValues steps(light.size(), 0.0, memory);
   TValues work(memory);
   for (int i = kShortWindow; i + kShortWindow < columns; ++i) {
-    const double left = medianOf(light, std::max(i - kLongWindow, 0), i, work);
-    steps[static_cast<std::size_t>(i)] = medianOf(light, i, std::min(i + kLongWindow, columns), work) - left;
+    const double left = medianBetween(light, std::max(i - kLongWindow, 0), i, work);
+    steps[static_cast<std::size_t>(i)] = medianBetween(light, i, std::min(i + kLongWindow, columns), work) - left;
   }
   return steps;
 }
@@ -136,7 +136,7 @@ void takeSteps(const TValues& light, TValues& steps, int firstColumn, TList<TLig
     const bool isNew = std::none_of(found.begin(), found.end(), [&](const TLightStep& other) {
       return std::abs(other.x - firstColumn - edge.x) < kApart;
     });
-    if (isNew) found.push_back({firstColumn + edge.x, std::exp(step)});
+    if (isNew) found.push_back({firstColumn + edge.x, step});
     const auto columns = static_cast<int>(steps.size());
     std::fill(steps.begin() + std::max(place - kApart, 0), steps.begin() + std::min(place + kApart, columns), 0.0);
   }

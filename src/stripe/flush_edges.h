@@ -7,11 +7,11 @@
 namespace weld {
 
 struct TLightStep {
-  double x = 0.0;      // px
-  double ratio = 1.0;  // light of the stripe right of the step over that left of it
+  double x = 0.0;       // px
+  double change = 0.0;  // logarithm of the stripe's light right of the step over that left of it
 };
 
-// The steps of the light along the stripe, left to right: those by a factor of 1.5 or more that stand out of the
+// The steps of the light along the stripe, left to right: those by a factor of 1.8 or more that stand out of the
 // speckle, at least 60 px apart. Empty where the stripe is not one straight line.
 //   stripe  centres inside the image, x ascending
 TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe);

@@ -8,17 +8,15 @@
 
 namespace weld {
 
-// The most centres in a row that lie at most 12 columns and less than 8 rows from the one before; of equally many
-// the first.
-//   points  x ascending
-inline TPointView longestPiece(TPointView points) {
+// The most points in a row of which each goes on from the one before; of equally many the first.
+//   goesOn  of a point and the next one
+template <typename TTest>
+TPointView longestRun(TPointView points, const TTest& goesOn) {
   std::size_t bestBegin = 0;
   std::size_t bestEnd = 0;
   std::size_t begin = 0;
   for (std::size_t i = 1; i <= points.size(); ++i) {
-    const bool goesOn = i < points.size() && points[i].x - points[i - 1].x <= 12.0F &&
-                        std::abs(points[i].y - points[i - 1].y) < 8.0F;
-    if (goesOn) continue;
+    if (i < points.size() && goesOn(points[i - 1], points[i])) continue;
     if (i - begin > bestEnd - bestBegin) {
       bestBegin = begin;
       bestEnd = i;
@@ -26,6 +24,13 @@ inline TPointView longestPiece(TPointView points) {
     begin = i;
   }
   return points.part(bestBegin, bestEnd - bestBegin);
+}
+
+// Centres at most 12 columns and less than 8 rows from the one before.
+//   points  x ascending
+inline TPointView longestPiece(TPointView points) {
+  return longestRun(points,
+                    [](cv::Point2f a, cv::Point2f b) { return b.x - a.x <= 12.0F && std::abs(b.y - a.y) < 8.0F; });
 }
 
 }  // namespace weld
