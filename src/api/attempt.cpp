@@ -20,10 +20,10 @@ constexpr TCheck kSearchRegion{
 constexpr TCheck kRidgePoints =
     countCheck({5, TWeldOutcome::noStripe, "stripe", "too few ridge points"}, "ridge points", TRule::atLeast);
 
-// A stripe, and whether the ridges were asked for it.
+// A stripe, and how many of its columns edge pairs alone would give.
 struct TExtracted {
   TStripe stripe;
-  bool hasAskedRidges = false;
+  int edgePairColumns = 0;
 };
 
 void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe) {
@@ -41,12 +41,13 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
 
 TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
   const TFrame& frame = quest.frame;
-  if (extraction.kind == TStripeExtraction::ridge) return {extractRidges(frame, look.regions, quest.ridges), true};
+  if (extraction.kind == TStripeExtraction::ridge) return {extractRidges(frame, look.regions, quest.ridges)};
   TStripe edgePairs = extractEdgePairs(frame, look.regions);
-  const bool asksRidges =
-      extraction.kind == TStripeExtraction::automatic && leavesStripeUnexplained(edgePairs, extraction.minColumns);
-  if (!asksRidges) return {std::move(edgePairs), false};
-  return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), true};
+  const int columns = static_cast<int>(edgePairs.points.size());
+  const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
+                          leavesStripeUnexplained(edgePairs, extraction.minColumns);
+  if (!asksRidges) return {std::move(edgePairs), columns};
+  return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 
 TExtracted extract(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
@@ -80,7 +81,7 @@ void concludeSeam(const TQuest& quest, TSeam& seam) {
 TFound conclude(const TQuest& quest, const TExtracted& extracted, TSeam seam) {
   const TStripe& stripe = extracted.stripe;
   concludeSeam(quest, seam);
-  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx};
+  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx, extracted.edgePairColumns};
 }
 
 // A first detection on the ridges of the whole image. The columns keep the status that edge pairs gave them.

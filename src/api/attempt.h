@@ -12,12 +12,14 @@ struct TFound {
   TSeam seam;
   int columns = 0;  // with a centre
   double widthPx = 0.0;
+  int edgePairColumns = 0;  // with a centre of an edge pair
 };
 
 // How an attempt extracts the stripe.
 struct TExtraction {
   TStripeExtraction kind = TStripeExtraction::edgePairs;
-  int minColumns = 0;  // automatic: ridges are asked where edge pairs follow the stripe through fewer columns
+  int minColumns = 0;    // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
+  int leastColumns = 0;  // but not where they do so through fewer than these: it is elsewhere
 };
 
 // A frame, the joint that is looked for in it, and what it may ask of the ridges.

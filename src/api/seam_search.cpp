@@ -10,7 +10,8 @@ namespace weld {
 
 namespace {
 
-constexpr double kWholeShare = 0.8;  // of the columns that a stripe should have: on less the ridges are asked
+constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
+constexpr double kPresentShare = 0.25;  // of those that edge pairs saw: on less the stripe has gone elsewhere
 constexpr double kMinExtentShare = 0.125;  // of the image's columns: two scraps on one line make a gap
 
 constexpr TCheck kExtent = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
@@ -42,7 +43,8 @@ TLook lookAround(const TSearch& search, const TPrevious& stripe) {
 TFound searchNear(const TSearch& search, const TPrevious& stripe, int columns) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TExtraction extraction{search.options.extraction, shareOf(columns, kWholeShare)};
+  const TExtraction extraction{search.options.extraction, shareOf(columns, kWholeShare),
+                               shareOf(search.memory.edgePairColumns, kPresentShare)};
   return attempt(search.quest, lookAround(search, stripe), extraction, findsAnew ? TPrevious() : stripe);
 }
 

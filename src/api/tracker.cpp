@@ -51,7 +51,8 @@ struct TWeldTracker::TState {
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
   std::optional<weld::TProfileFit> lastProfile;
   bool wasFlush = false;
-  int bestColumns = 0;  // of the results of the recent frames
+  int bestColumns = 0;      // of the results of the recent frames
+  int edgePairColumns = 0;  // of the last result
   weld::TJumpMemory jumps;
   int heldFrames = 0;  // that repeated the last good seam
   int announcedFrames = 0;
@@ -92,7 +93,7 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   previous.isFlush = guides && wasFlush;
-  return searchSeam(quest, options, {previous, bestColumns});
+  return searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
 }
 
 // A seam that is held back counts as not found.
@@ -169,6 +170,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
     state->bestColumns = std::max(static_cast<int>(state->last.stripePts.size()), remembered);
     state->lastProfile = found.seam.profile;
     state->wasFlush = found.seam.isFlush;
+    state->edgePairColumns = found.edgePairColumns;
   }
   return seam;
 }
@@ -178,6 +180,7 @@ void TWeldTracker::reset() {
   state->lastProfile.reset();
   state->wasFlush = false;
   state->bestColumns = 0;
+  state->edgePairColumns = 0;
   state->jumps = {};
   state->heldFrames = 0;
   state->announcedFrames = 0;
