@@ -152,10 +152,11 @@ std::optional<TCircle> touching(double r, const TLine& left, const TLine& right,
   return circle;
 }
 
-TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircle& start,
-                     const TCircleFreedom& freedom, double noise2, double cutOff) {
+TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircleStart& start, double noise2,
+                     double cutOff) {
+  const TCircleFreedom& freedom = start.freedom;
   TCircleFit fit;
-  fit.circle = start;
+  fit.circle = start.circle;
   if (freedom.count == 0) return fit;
   for (int step = 0; step <= kSteps; ++step) {
     TNormalEquations sums = sumUp(centres, span, fit.circle, freedom, 1.0 / (cutOff * cutOff * noise2));

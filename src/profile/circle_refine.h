@@ -59,10 +59,13 @@ struct TTouch {
 TCircle searchTouching(const TOrientedCentres& centres, TSpan span, const TTouch& touch, const TCircle& start,
                        double noise2);
 
-// Gauss-Newton on the normal distances with Tukey's weights.
-//   start   meets the bonds of the freedom
+// Gauss-Newton on the normal distances with Tukey's weights, from a circle that meets the bonds of its freedom.
 //   cutOff  as in fitLocalLines
-TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircle& start,
-                     const TCircleFreedom& freedom, double noise2, double cutOff);
+struct TCircleStart {
+  const TCircle& circle;
+  const TCircleFreedom& freedom;
+};
+TCircleFit fitCircle(const TOrientedCentres& centres, TSpan span, const TCircleStart& start, double noise2,
+                     double cutOff);
 
 }  // namespace weld

@@ -153,7 +153,7 @@ TCircleFit findFillet(const TOrientedCentres& centres, const TFittedElement& lef
   const TSpan rounded{centres.indexOf(corner->at.x - tangentPx * corner->a.dx),
                       centres.indexOf(corner->at.x + tangentPx * corner->b.dx)};
   const TCircleFreedom freedom = circleBetween(corner->a, corner->b, corner->isCentreBelow);
-  fillet = fitCircle(centres, rounded, *circle, freedom, noise2, kFilletCutOff);
+  fillet = fitCircle(centres, rounded, {*circle, freedom}, noise2, kFilletCutOff);
   if (!fillet.isFound || fillet.circle.r > corner->mostR) fillet.circle = *circle;
   fillet.isFound = true;
   return fillet;

@@ -109,7 +109,7 @@ private:
 
   bool fitArc(std::size_t e, const TCircle& start, const TCircleFreedom& freedom) {
     TFittedElement& fitted = element(e);
-    fitted.arc = fitCircle(centres, fitted.span, start, freedom, fitted.noise2, cutOff());
+    fitted.arc = fitCircle(centres, fitted.span, {start, freedom}, fitted.noise2, cutOff());
     return fitted.arc.isFound;
   }
 

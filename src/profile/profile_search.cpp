@@ -93,20 +93,29 @@ private:
         if (!(least < std::min(most, stage.beginnings[c].back().cost))) continue;
         const std::optional<double> between = junctionCost(profile.junctions[e - 1], *left, choice, table);
         if (!between) continue;
-        join(e, choice, beginnings, static_cast<int>(from), *between, stage.beginnings[c]);
+        join({e, choice, static_cast<int>(from), *between}, beginnings, stage.beginnings[c]);
       }
     }
   }
 
-  void join(std::size_t e, const TElementChoice& choice, const std::array<TBeginning, kBeginnings>& beginnings,
-            int from, double between, std::array<TBeginning, kBeginnings>& kept) const {
+  // A choice for an element behind one for the element before.
+  struct TJunction {
+    std::size_t element;
+    const TElementChoice& choice;
+    int before;
+    double cost;
+  };
+
+  void join(const TJunction& junction, const std::array<TBeginning, kBeginnings>& beginnings,
+            std::array<TBeginning, kBeginnings>& kept) const {
+    const TElementRange& element = profile.elements[junction.element];
+    const TElementChoice& choice = junction.choice;
     for (std::size_t rank = 0; rank < kBeginnings; ++rank) {
       const TBeginning& start = beginnings[rank];
-      if (start.cost == kNever || !fitsPlate(profile.elements[e], choice.angleDeg, start.plateDeg)) continue;
-      TBeginning next{start.cost + between + choice.cost, from, static_cast<int>(rank), start.plateDeg};
-      if (std::isnan(next.plateDeg) && profile.elements[e].role == TElementRole::plate) {
-        next.plateDeg = choice.angleDeg;
-      }
+      if (start.cost == kNever || !fitsPlate(element, choice.angleDeg, start.plateDeg)) continue;
+      const double cost = start.cost + junction.cost + choice.cost;
+      TBeginning next{cost, junction.before, static_cast<int>(rank), start.plateDeg};
+      if (std::isnan(next.plateDeg) && element.role == TElementRole::plate) next.plateDeg = choice.angleDeg;
       keep(kept, next);
     }
   }

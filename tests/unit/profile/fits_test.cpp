@@ -177,9 +177,9 @@ TEST(CircleRefine, ATangentSharedMakesTheRadiusSurer) {
   for (std::uint64_t seed = 1; seed <= kTrials; ++seed) {
     const TCloud s = tube(120, seed, 0.5);
     const TCircle start{501, 422, 122};
-    const TCircleFit free = fitCircle(s.centres(), s.all(), start, freeCircle(), 0.25, 20);
+    const TCircleFit free = fitCircle(s.centres(), s.all(), {start, freeCircle()}, 0.25, 20);
     const TCircleFit bound =
-        fitCircle(s.centres(), s.all(), touching(start, plate, true), circleOnLine(plate, true), 0.25, 20);
+        fitCircle(s.centres(), s.all(), {touching(start, plate, true), circleOnLine(plate, true)}, 0.25, 20);
     ASSERT_TRUE(free.isFound && bound.isFound);
     EXPECT_NEAR(plate.offsetOf(bound.circle.x, bound.circle.y), bound.circle.r, 1e-9);
     freeSum += (free.circle.r - 120) * (free.circle.r - 120);
