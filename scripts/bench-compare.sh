@@ -35,18 +35,36 @@ git worktree add --quiet --detach "$folder/tree" "$commit"
   exit 1
 }
 
-"$folder/build/benchmarks/bench_whole_frame" >"$folder/other"
-"$benchmark" >"$folder/own"
+# In turn, so that a machine that warms up or has other work does so for both.
+for run in 1 2 3; do
+  "$folder/build/benchmarks/bench_whole_frame" >"$folder/other.$run"
+  "$benchmark" >"$folder/own.$run"
+done
 
-# Joins the tables by heading and first column; the second column is the figure.
-awk -F ' *[|] *' -v other="$(git rev-parse --short "$commit")" '
-  /^## / { heading = $0; printed = 0; next }
-  !/^[|]/ || /^[|]-/ { next }
-  FNR == NR { figure[heading, $2] = $3; next }
-  !printed {
-    printf "\n%s\n\n| %s | %s at %s | %s here |\n|---|---|---|\n", heading, $2, $3, other, $3
-    printed = 1
-    next
+# Joins the tables by heading and first column. The second column is the figure: the middle one of the runs.
+awk -F ' *[|] *' -v commit="$(git rev-parse --short "$commit")" '
+  function middle(values, list, low, high, i) {
+    if (split(values, list, " ") != 3 || values ~ /-/) return values == "" ? "-" : list[1]
+    low = high = list[1] + 0
+    for (i = 2; i <= 3; ++i) {
+      if (list[i] + 0 < low) low = list[i] + 0
+      if (list[i] + 0 > high) high = list[i] + 0
+    }
+    return sprintf("%.2f", list[1] + list[2] + list[3] - low - high)
   }
-  { printf "| %s | %s | %s |\n", $2, ((heading, $2) in figure) ? figure[heading, $2] : "-", $3 }
-' "$folder/other" "$folder/own"
+  /^## / { heading = $0; next }
+  !/^[|]/ || /^[|]-/ { next }
+  FILENAME ~ /other/ { other[heading, $2] = other[heading, $2] " " $3; next }
+  !((heading, $2) in own) { order[++rows] = heading SUBSEP $2; isHead[rows] = heading != last; last = heading; named[rows] = $3 }
+  { own[heading, $2] = own[heading, $2] " " $3 }
+  END {
+    for (row = 1; row <= rows; ++row) {
+      split(order[row], key, SUBSEP)
+      if (isHead[row]) {
+        printf "\n%s\n\n| %s | %s at %s | %s here |\n|---|---|---|\n", key[1], key[2], named[row], commit, named[row]
+      } else {
+        printf "| %s | %s | %s |\n", key[2], middle(other[order[row]]), middle(own[order[row]])
+      }
+    }
+  }
+' "$folder"/other.? "$folder"/own.?
