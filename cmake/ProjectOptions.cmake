@@ -10,6 +10,14 @@ option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitize
 option(ZELWELD_SANITIZE_THREAD "Build with the thread sanitizer" OFF)
 option(ZELWELD_BUILD_FUZZERS "Build the fuzz targets (clang; best with ZELWELD_SANITIZE)" OFF)
 option(ZELWELD_COVERAGE "Count which lines run" OFF)
+option(ZELWELD_PRECOMPILE "Read the large headers once a target: sooner built, but a missing include goes unseen" OFF)
+
+# zelweld_precompile(TARGET HEADER...)
+function(zelweld_precompile target)
+  if(ZELWELD_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
