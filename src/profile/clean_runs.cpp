@@ -15,20 +15,28 @@ constexpr double kMostColumns = 6.0;
 constexpr double kLeastWeight = 0.05;
 constexpr std::size_t kShortestRun = 4;  // centres
 
+void resize(TCentres& centres, std::size_t count) {
+  centres.x.resize(count);
+  centres.y.resize(count);
+  centres.weight.resize(count);
+  centres.isBreak.resize(count, 0);
+}
+
 void takeUsable(TPointView points, TView<TCentreSource> sources, TCentres& centres) {
-  centres.x.reserve(points.size());
-  centres.y.reserve(points.size());
-  centres.weight.reserve(points.size());
+  resize(centres, points.size());
+  std::size_t taken = 0;
+  double lastX = -kFarthestPx;
   for (std::size_t i = 0; i < points.size(); ++i) {
     const double x = static_cast<double>(points[i].x);
     const double y = static_cast<double>(points[i].y);
-    if (!(std::abs(x) < kFarthestPx && std::abs(y) < kFarthestPx)) continue;
-    if (!centres.x.empty() && !(x > centres.x.back())) continue;
+    if (!(x > lastX && x < kFarthestPx && std::abs(y) < kFarthestPx)) continue;
     const double confidence = i < sources.size() ? static_cast<double>(sources[i].confidence) : 1.0;
-    centres.x.push_back(x);
-    centres.y.push_back(y);
-    centres.weight.push_back(confidence > kLeastWeight ? std::min(confidence, 1.0) : kLeastWeight);
+    centres.x[taken] = x;
+    centres.y[taken] = y;
+    centres.weight[taken++] = confidence > kLeastWeight ? std::min(confidence, 1.0) : kLeastWeight;
+    lastX = x;
   }
+  resize(centres, taken);
 }
 
 bool startsRun(const TCentres& c, std::size_t i) {
@@ -37,29 +45,34 @@ bool startsRun(const TCentres& c, std::size_t i) {
   return dx > kLargestHolePx || dy > kStepPx + kStepPerColumn * std::min(dx, kMostColumns);
 }
 
+void moveRun(TCentres& c, std::size_t from, std::size_t to, std::size_t count) {
+  if (from == to) return;
+  for (std::size_t i = 0; i < count; ++i) {
+    c.x[to + i] = c.x[from + i];
+    c.y[to + i] = c.y[from + i];
+    c.weight[to + i] = c.weight[from + i];
+    c.isBreak[to + i] = 0;
+  }
+  c.isBreak[to] = to > 0 && startsRun(c, to) ? 1 : 0;
+}
+
 // Keeps the runs of at least this many centres. True where one of them is too short for the last pass.
 bool dropShortRuns(TCentres& c, std::size_t shortest) {
+  const std::size_t total = c.x.size();
   std::size_t kept = 0;
-  std::size_t shortestKept = c.x.size();
-  std::size_t first = 0;
-  while (first < c.x.size()) {
+  std::size_t shortestKept = total;
+  for (std::size_t first = 0; first < total;) {
     std::size_t last = first + 1;
-    while (last < c.x.size() && !startsRun(c, last)) ++last;
-    if (last - first >= shortest) shortestKept = std::min(shortestKept, last - first);
-    if (last - first >= shortest && kept == first) {
-      kept = last;
-    } else if (last - first >= shortest) {
-      for (std::size_t i = first; i < last; ++i, ++kept) {
-        c.x[kept] = c.x[i];
-        c.y[kept] = c.y[i];
-        c.weight[kept] = c.weight[i];
-      }
+    while (last < total && c.isBreak[last] == 0) ++last;
+    const std::size_t count = last - first;
+    if (count >= shortest) {
+      moveRun(c, first, kept, count);
+      shortestKept = std::min(shortestKept, count);
+      kept += count;
     }
     first = last;
   }
-  c.x.resize(kept);
-  c.y.resize(kept);
-  c.weight.resize(kept);
+  resize(c, kept);
   return shortestKept < kShortestRun;
 }
 
@@ -68,12 +81,11 @@ bool dropShortRuns(TCentres& c, std::size_t shortest) {
 TCentres cleanCentres(TPointView points, TView<TCentreSource> sources, std::pmr::memory_resource* memory) {
   TCentres centres(memory);
   takeUsable(points, sources, centres);
+  for (std::size_t i = 1; i < centres.x.size(); ++i) centres.isBreak[i] = startsRun(centres, i) ? 1 : 0;
   for (std::size_t shortest = 2; shortest <= kShortestRun; ++shortest) {
     const bool isShortLeft = dropShortRuns(centres, shortest);
     if (!isShortLeft) break;
   }
-  centres.isBreak.resize(centres.x.size(), 0);
-  for (std::size_t i = 1; i < centres.x.size(); ++i) centres.isBreak[i] = startsRun(centres, i) ? 1 : 0;
   return centres;
 }
 

@@ -123,10 +123,17 @@ double TLightRay::asidePx(int px) const {
 
 // The last lit row of a column on the way up or down.
 int TLightRay::edgeFrom(int x, int y, int way) const {
+  const int first = y + way;
+  if (first < 0 || first >= image.rows) return y;
+  const int channels = image.channels();
+  const int leastGrey = static_cast<int>(std::ceil(least));
+  const unsigned char* const column = image.ptr() + static_cast<std::ptrdiff_t>(x) * channels;
+  const auto stride = static_cast<std::ptrdiff_t>(image.step[0]);
+  const int last = way > 0 ? std::min(image.rows - 1, y + kMostHalfPx) : std::max(0, y - kMostHalfPx);
   int edge = y;
-  for (int row = y + way; row >= 0 && row < image.rows && std::abs(row - y) <= kMostHalfPx; row += way) {
-    if (greyOf(image.ptr(row, x), image.channels()) >= least) edge = row;
-    if (std::abs(row - edge) > kReachRows + 1) break;
+  for (int row = first; (last - row) * way >= 0; row += way) {
+    if ((row - edge) * way > kReachRows + 2) break;
+    if (greyOf(column + row * stride, channels) >= leastGrey) edge = row;
   }
   return edge;
 }

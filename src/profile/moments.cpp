@@ -74,7 +74,8 @@ TMoments::TSums& TMoments::TSums::operator-=(const TSums& o) {
 
 TMoments::TMoments(TView<double> xs, TView<double> ys, TView<double> weights, std::pmr::memory_resource* memory)
     : prefix(memory) {
-  prefix.resize(xs.size() + 1);
+  prefix.reserve(xs.size() + 1);
+  prefix.emplace_back();
   if (xs.empty()) return;
   originX = 0.5 * (xs.front() + xs.back());
   for (const double y : ys) originY += y;
@@ -86,7 +87,7 @@ TMoments::TMoments(TView<double> xs, TView<double> ys, TView<double> weights, st
     const double y = ys[i] - originY;
     const double z = x * x + y * y;
     sums += {w, w * x, w * y, w * x * x, w * x * y, w * y * y, w * x * z, w * y * z, w * z * z};
-    prefix[i + 1] = sums;
+    prefix.push_back(sums);
   }
 }
 
