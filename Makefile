@@ -25,7 +25,7 @@ configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 # Where below PREFIX the configured build puts the library.
 libdir = sed -n "s/^CMAKE_INSTALL_LIBDIR:[A-Z]*=//p" $(BUILD)/CMakeCache.txt
 
-.PHONY: build demo test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
+.PHONY: build demo python test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
   faults bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
@@ -43,9 +43,15 @@ demo: ## simulate seams, track them, leave annotated frames and report.html in d
 	@echo "  $(BUILD)/tools/zelweld report demo-out/frames --type lap --set minStepPx=40 --out demo-out/high_limit.html"
 	@echo "  $(BUILD)/tools/zelweld sweep demo-out/frames --type lap --set minStepPx=5:40:5"
 
+python: ## build the Python module zelweld in build/python
+	$(setup) build python
+	$(configure) -DZELWELD_BUILD_PYTHON=ON
+	$(call compile,$(BUILD)) --target zelweld_core zelweld
+	@echo "Try: PYTHONPATH=$(BUILD)/python /usr/bin/python3 -c 'import zelweld; help(zelweld)'"
+
 test: ## build and run all tests
-	$(setup) build test
-	$(configure) -DZELWELD_BUILD_TESTS=ON
+	$(setup) build python test
+	$(configure) -DZELWELD_BUILD_TESTS=ON -DZELWELD_BUILD_PYTHON=ON
 	$(call compile,$(BUILD))
 	$(call run_tests,$(BUILD))
 

@@ -5,6 +5,7 @@ option(ZELWELD_BUILD_TOOLS "Build the programs zelweld and zelweld_demo" ${PROJE
 option(ZELWELD_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(ZELWELD_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
+option(ZELWELD_BUILD_PYTHON "Build the Python module zelweld" OFF)
 option(ZELWELD_WERROR "Turn warnings into errors" OFF)
 option(ZELWELD_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(ZELWELD_SANITIZE_THREAD "Build with the thread sanitizer" OFF)

@@ -2,7 +2,7 @@
 # Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
 # and does nothing when all is there.
 #
-#   scripts/setup.sh build|test|arm|bench|clang|fuzz|format|valgrind|lint|coverage ...
+#   scripts/setup.sh build|python|test|arm|bench|clang|fuzz|format|valgrind|lint|coverage ...
 set -euo pipefail
 
 # Prints "package probe" lines for a step; the probe is a command, with a slash or dot a header, with a slash in front
@@ -33,6 +33,15 @@ chromium-driver          chromedriver
 python3-selenium         /usr/lib/python3/dist-packages/selenium
 LIST
       ;;
+    python)
+      cat <<'LIST'
+pybind11-dev             pybind11/pybind11.h
+python3-dev              /usr/include/python3*/Python.h
+python3-numpy            /usr/lib/python3/dist-packages/numpy
+python3-pytest           /usr/lib/python3/dist-packages/pytest
+mypy                     mypy
+LIST
+      ;;
     arm)
       cat <<'LIST'
 g++-aarch64-linux-gnu  aarch64-linux-gnu-g++
@@ -59,7 +68,7 @@ LIST
       ;;
     coverage) echo "gcovr gcovr" ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, test, arm, bench, clang, fuzz, format, valgrind, lint or coverage" >&2
+      echo "setup.sh: unknown step '$1'; use build, python, test, arm, bench, clang, fuzz, format, valgrind, lint or coverage" >&2
       exit 2
       ;;
   esac

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs what a document shows, in the order in which it shows it and in one fresh directory:
 #   ```cpp      a full program; compiled against the installed package and run
+#   ```python   a program; run with the module of PYTHONPATH
 #   ```console  lines "$ zelweld ..." are run, of lines "$ make ..." the target must exist
 #
 #   docs_snippets.sh DOCUMENT PROJECT_DIR PREFIX LIBDIR CXX PKG_CONFIG
@@ -19,12 +20,20 @@ cd "$dir/work"
 awk -v out="$dir/blocks" '
   inside && /^```/ { close(path); inside = 0; next }
   inside { print > path; next }
-  /^```(cpp|console)$/ { path = sprintf("%s/%05d.%s", out, NR, substr($0, 4)); printf "" > path; inside = 1 }
+  /^```(cpp|python|console)$/ { path = sprintf("%s/%05d.%s", out, NR, substr($0, 4)); printf "" > path; inside = 1 }
 ' "$document"
 
 run_program() {
   "$cxx" -std=c++17 -Wall -Wextra -Werror "$1" "${flags[@]}" -lopencv_imgcodecs -lopencv_imgproc -o "$dir/program" &&
     "$dir/program"
+}
+
+run_python() {
+  if [ -z "${PYTHONPATH:-}" ]; then
+    echo "SKIPPED: the Python module was not built"
+  else
+    /usr/bin/python3 "$1"
+  fi
 }
 
 run_console() {
@@ -43,6 +52,7 @@ for block in "$dir"/blocks/*; do
   echo "--- line $((10#${name%%.*})) of $(basename "$document")"
   case "$name" in
     *.cpp) run_program "$block" ;;
+    *.python) run_python "$block" ;;
     *.console) run_console "$block" ;;
   esac || {
     echo "this block fails with exit code $?"

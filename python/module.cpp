@@ -1,0 +1,162 @@
+// The Python module: trackers, the plain call, measuring and drawing frames.
+#include "frame.h"
+#include "results.h"
+#include "settings.h"
+
+#include "scenes/joints.h"
+#include "scenes/scene.h"
+
+#include <pybind11/numpy.h>
+#include <pybind11/stl.h>
+
+#include <memory>
+#include <mutex>
+
+namespace py = pybind11;
+using py::literals::operator""_a;
+
+namespace python {
+namespace {
+
+// A tracker behind a lock: Python's threads may share it, and none holds the interpreter while a frame is worked
+// on.
+class TPyTracker {
+public:
+  TPyTracker(const TJointParams& joint, const TTrackerOptions& options)
+      : tracker(joint.params, options), keepsTrace(options.keepTrace) {}
+
+  TSeam track(const py::object& frame) {
+    const cv::Mat image = pixelsOf(frame);
+    const py::gil_scoped_release release;
+    const std::lock_guard<std::mutex> lock(mutex);
+    TTrackedSeam seam = tracker.track(image);
+    TSeam result{seam.state, seam.weldPos, std::make_shared<TWeldLineRes>(std::move(seam.line)),
+                 std::move(seam.measurement), nullptr};
+    if (keepsTrace) result.trace = std::make_shared<TFrameTrace>(tracker.lastTrace());
+    return result;
+  }
+
+  void reset() {
+    const py::gil_scoped_release release;
+    const std::lock_guard<std::mutex> lock(mutex);
+    tracker.reset();
+  }
+
+private:
+  std::mutex mutex;
+  TWeldTracker tracker;
+  bool keepsTrace;
+};
+
+std::unique_ptr<TPyTracker> makeTracker(const py::object& joint, const py::object& position, py::dict settings) {
+  const TJointParams params = takeParams(joint, position, settings);
+  const TTrackerOptions options = takeOptions(settings);
+  requireEmpty(settings, *params.joint);
+  return std::make_unique<TPyTracker>(params, options);
+}
+
+TJointParams makeParams(const py::object& joint, const py::object& position, py::dict settings) {
+  TJointParams params = takeParams(joint, position, settings);
+  requireEmpty(settings, *params.joint);
+  return params;
+}
+
+std::shared_ptr<TWeldLineRes> detect(const py::object& frame, const TJointParams& params,
+                                     const std::shared_ptr<TWeldLineRes>& previous) {
+  const cv::Mat image = pixelsOf(frame);
+  const py::gil_scoped_release release;
+  TWeldParams own = params.params;
+  return std::make_shared<TWeldLineRes>(
+      detectWeldLineViaTracking(image, own, previous ? *previous : TWeldLineRes()));
+}
+
+py::list recognise(const py::object& frame) {
+  const cv::Mat image = pixelsOf(frame);
+  std::vector<TJointCandidate> candidates;
+  {
+    const py::gil_scoped_release release;
+    candidates = recogniseJoint(image);
+  }
+  const py::object weldType = py::module_::import("zelweld._enums").attr("WeldType");
+  py::list ranking;
+  for (const TJointCandidate& candidate : candidates) {
+    ranking.append(py::make_tuple(weldType(static_cast<int>(candidate.weldType)), candidate.score));
+  }
+  return ranking;
+}
+
+TJointMeasurement measure(const TWeldLineRes& line, const TJointParams& params) {
+  const py::gil_scoped_release release;
+  return measureJoint(line, params.params);
+}
+
+scenes::TLevel levelOf(const std::string& name) {
+  const std::pair<const char*, scenes::TLevel> levels[] = {{"clean", scenes::TLevel::clean},
+                                                           {"noisy", scenes::TLevel::noisy},
+                                                           {"harsh", scenes::TLevel::harsh},
+                                                           {"real", scenes::TLevel::real}};
+  for (const auto& [known, level] : levels) {
+    if (name == known) return level;
+  }
+  throw py::value_error("level: '" + name + "' is none; write clean, noisy, harsh or real");
+}
+
+// One drawn frame: its pixels and its seam point, None without one.
+py::tuple drawFrame(const py::object& joint, const std::string& level, std::uint64_t seed, int n) {
+  const scenes::TJoint drawn = scenes::jointOf(jointOf(joint).type);
+  const scenes::TLevel difficulty = levelOf(level);
+  scenes::TScene scene;
+  {
+    const py::gil_scoped_release release;
+    scene = scenes::renderScene(scenes::frameOf(scenes::randomScene(drawn, difficulty, seed), {}, n));
+  }
+  py::array_t<unsigned char> pixels({scene.image.rows, scene.image.cols});
+  scene.image.copyTo(cv::Mat(scene.image.rows, scene.image.cols, CV_8UC1, pixels.mutable_data()));
+  if (!scene.truth.hasSeam) return py::make_tuple(pixels, py::none());
+  const cv::Point2d seam = scenes::seamPoint(drawn, scene.truth, TWeldPosType::centre);
+  return py::make_tuple(pixels, py::make_tuple(seam.x, seam.y));
+}
+
+void addCalls(py::module_& module) {
+  py::class_<TJointParams>(module, "Params", "A joint and its settings.")
+      .def(py::init([](const py::object& joint, const py::object& position, const py::kwargs& settings) {
+             return makeParams(joint, position, settings);
+           }),
+           "joint"_a, "position"_a = "centre")
+      .def_property_readonly("joint", [](const TJointParams& p) { return snakeCase(p.joint->name); })
+      .def(
+          "as_dict",
+          [](const TJointParams& p) {
+            py::dict values;
+            for (const TWeldParameter& parameter : p.joint->parameters) {
+              values[py::str(snakeCase(parameter.name))] = parameter.value.get(p.params);
+            }
+            return values;
+          },
+          "Every setting of the joint by its name.");
+  py::class_<TPyTracker>(module, "Tracker", "Follows one seam from frame to frame.")
+      .def(py::init([](const py::object& joint, const py::object& position, const py::kwargs& settings) {
+             return makeTracker(joint, position, settings);
+           }),
+           "joint"_a, "position"_a = "centre")
+      .def("track", &TPyTracker::track, "frame"_a,
+           "The seam in the next frame: uint8 of shape (H, W), (H, W, 3) (BGR) or (H, W, 4) (BGRA), not copied.")
+      .def("reset", &TPyTracker::reset, "Forgets the frames so far.");
+  module.def("detect", detect, "frame"_a, "params"_a, "previous"_a = nullptr,
+             "The plain call, one frame at a time.");
+  module.def("measure", measure, "line"_a, "params"_a, "Measures the joint that a result shows.");
+  module.def("recognise", recognise, "frame"_a,
+             "What joint a frame may show: (WeldType, score) each, the best first; empty without a joint.");
+  module.def("draw_frame", drawFrame, "joint"_a, "level"_a = "clean", "seed"_a = 1, "n"_a = 0,
+             "Frame n of a drawn sequence and its true seam point (x, y).");
+}
+
+}  // namespace
+}  // namespace python
+
+PYBIND11_MODULE(_core, module) {
+  module.doc() = "Finds weld seams in images of a laser stripe.";
+  python::addSettings(module);
+  python::addResults(module);
+  python::addCalls(module);
+}

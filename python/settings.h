@@ -1,0 +1,36 @@
+// Joints and their parameters by name.
+#pragma once
+
+#include "zelWeldDetect.h"
+
+#include <pybind11/pybind11.h>
+
+#include <string>
+
+namespace python {
+
+// "minGapPx" -> "min_gap_px", "leftFlankDeg.min" -> "left_flank_deg_min", "uGroove" -> "u_groove".
+std::string snakeCase(const std::string& name);
+
+// By name ("buttGap", "butt_gap", "gap") or number, a WeldType included. ValueError when there is none.
+const TWeldJoint& jointOf(const pybind11::object& joint);
+
+// A joint with its settings.
+struct TJointParams {
+  const TWeldJoint* joint = nullptr;
+  TWeldParams params;
+};
+
+// Settings by their Python names or by the fields of TWeldParams, a range of angles as a pair too. Takes those
+// that it knows out of the settings. ValueError for a position or value that the joint does not take.
+TJointParams takeParams(const pybind11::object& joint, const pybind11::object& position, pybind11::dict& settings);
+
+// The same for what a tracker does; takes those that it knows out.
+TTrackerOptions takeOptions(pybind11::dict& settings);
+
+// TypeError that names a setting that nothing took, and those that there are.
+void requireEmpty(const pybind11::dict& settings, const TWeldJoint& joint);
+
+void addSettings(pybind11::module_& module);
+
+}  // namespace python
