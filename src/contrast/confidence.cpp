@@ -1,0 +1,118 @@
+#include "contrast/confidence.h"
+
+#include "support/exact_log.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr int kNearestCopy = 8;  // px beyond the line's half width
+constexpr int kCopyStep = 2;
+constexpr float kSideGap = 1.5F;
+constexpr int kSide = 4;
+
+using TF = TFeatureOfLine;
+
+// Contrast of the line, or of a copy so far aside, over all measured stations.
+class TCopies {
+public:
+  TCopies(const TRefinedLine& line, const TProfiles& profiles, const TAlignment& alignment, TTrait what)
+      : trait(what), edges(line.edges) {
+    for (int i = 0; i < line.size(); ++i) {
+      const int station = line.first + i;
+      if (line.measured[i] == 0) continue;
+      for (int u = 0; u < kProfileSize; ++u)
+        mean[u] += profiles.at(station, static_cast<float>(u - kProfileReach) + alignment.shift[station]);
+      ++counted;
+    }
+    for (float& v : mean) v /= static_cast<float>(std::max(counted, 1));
+  }
+
+  float contrastAt(float aside) const {
+    const float left = over(edges.left + aside - kSideGap - kSide, edges.left + aside - kSideGap);
+    const float right = over(edges.right + aside + kSideGap, edges.right + aside + kSideGap + kSide);
+    if (trait == TTrait::risingEdge) return right - left;
+    if (trait == TTrait::fallingEdge) return left - right;
+    const float middle = over(edges.left + aside, edges.right + aside);
+    return trait == TTrait::dark ? std::min(left, right) - middle : middle - std::max(left, right);
+  }
+
+  float reach() const { return kProfileReach - std::max(edges.right, -edges.left) - kSideGap - kSide; }
+
+private:
+  float over(float from, float to) const {
+    const int begin = std::clamp(static_cast<int>(std::floor(from + 0.5F)) + kProfileReach, 0, kProfileSize - 1);
+    const int end = std::clamp(static_cast<int>(std::floor(to + 0.5F)) + kProfileReach, begin, kProfileSize - 1);
+    float sum = 0.0F;
+    for (int u = begin; u <= end; ++u) sum += mean[u];
+    return sum / static_cast<float>(end - begin + 1);
+  }
+
+  TTrait trait;
+  const TShapeEdges& edges;
+  std::array<float, kProfileSize> mean{};
+  int counted = 0;
+};
+
+double lnOf(double x) {
+  return exactLog(std::max(x, 1e-4));
+}
+
+// The same on either side.
+void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& features) {
+  const float own = std::max(copies.contrastAt(0.0F), 1e-4F);
+  double sum = 0.0;
+  int counted = 0;
+  float best = 0.0F;
+  for (float aside = halfWidth + kNearestCopy; aside <= copies.reach(); aside += kCopyStep) {
+    for (const float side : {-aside, aside}) {
+      const float contrast = copies.contrastAt(side);
+      best = std::max(best, contrast);
+      sum += std::abs(static_cast<double>(contrast));
+      ++counted;
+    }
+  }
+  const double mean = std::max(sum / std::max(counted, 1), 1e-3);
+  features[static_cast<int>(TF::standsOut)] = lnOf(static_cast<double>(own) / mean);
+  features[static_cast<int>(TF::parallel)] = std::min(static_cast<double>(best / own), 2.0);
+}
+
+// In the order of TFeatureOfLine; the last one stands alone.
+using TWeights = std::array<double, kLineFeatures + 1>;
+constexpr TWeights kLineWeights{0.8, -4.3, 1.9, 1.6, 4.3, -5.3, -1.3, 0.6, 0.0, 0.0, 1.5, 1.0};
+constexpr TWeights kEdgeWeights{0.8, -4.3, 1.9, 1.6, 4.3, -5.3, -1.3, 0.6, 0.0, -0.9, 1.5, 1.0};
+
+}  // namespace
+
+TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, const TAlignment& alignment,
+                         const TLineContext& context) {
+  TLineFeatures f{};
+  const auto set = [&](TF feature, double value) { f[static_cast<int>(feature)] = value; };
+  const TCopies copies(line, profiles, alignment, context.trait);
+  compareWithCopies(copies, 0.5F * line.edges.width(), f);
+  const double along = static_cast<double>(line.size() - 1) * kStationPx;
+  const double aside = static_cast<double>(line.across.back() - line.across.front());
+  const double chord = std::sqrt(along * along + aside * aside);
+  set(TF::measured, static_cast<double>(std::count(line.measured.begin(), line.measured.end(), 1)) / line.size());
+  set(TF::length, lnOf(chord / 1000.0));
+  set(TF::span, std::min(chord / std::max(context.longestPx, 1.0), 1.0));
+  set(TF::second, context.secondScore / static_cast<double>(std::max(context.score, 1)));
+  set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));
+  set(TF::contrast, lnOf(std::abs(static_cast<double>(line.edges.contrast))));
+  set(TF::strength, context.score / static_cast<double>(std::max(context.strips, 1) * kEvidenceUnit));
+  set(TF::rise, isEdge(context.trait) ? lnOf(static_cast<double>(line.edges.risePx)) : 0.0);
+  set(TF::rough, context.isRough ? 1.0 : 0.0);
+  return f;
+}
+
+double confidenceOf(const TLineFeatures& features, TTrait trait) {
+  const TWeights& weights = isEdge(trait) ? kEdgeWeights : kLineWeights;
+  double sum = weights.back();
+  for (int i = 0; i < kLineFeatures; ++i) sum += weights[i] * features[i];
+  return 1.0 / (1.0 + exactExp(-sum));
+}
+
+}  // namespace weld
