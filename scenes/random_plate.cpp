@@ -18,7 +18,9 @@ TSeamCourse placeCourse(TPlateSeam seam, double trouble, cv::Size size, TRandom&
   course.directionDeg = random.uniform(-90.0, 90.0);
   course.halfLengthPx = 600.0 * scale;
   course.bowPx = random.chance(0.5) ? random.uniform(-70.0, 70.0) * scale : 0.0;
-  if (random.chance(0.15 + 0.15 * trouble)) course.beginPx = -random.uniform(120.0, 320.0) * scale;
+  // Where it begins within the frame, one plate has a slit.
+  if (random.chance(0.15 + 0.15 * trouble) && seam != TPlateSeam::step)
+    course.beginPx = -random.uniform(120.0, 320.0) * scale;
   switch (seam) {
     case TPlateSeam::gap:
       course.widthPx = random.uniform(3.0, 20.0);
@@ -75,7 +77,9 @@ TPlateParams randomPlate(TPlateSeam seam, TLevel level, std::uint64_t seed, cv::
   const double uneven = 0.1 + 0.6 * trouble;
   look.slope = {random.uniform(-uneven, uneven), random.uniform(-uneven, uneven)};
   look.vignette = random.uniform(0.0, 0.1 + 0.3 * trouble);
-  const bool isUnequal = seam != TPlateSeam::step && seam != TPlateSeam::none && random.chance(0.5 * trouble);
+  const bool isSlit = params.course.beginPx > -params.course.halfLengthPx;
+  const bool isUnequal =
+      seam != TPlateSeam::step && seam != TPlateSeam::none && !isSlit && random.chance(0.5 * trouble);
   look.ratio = isUnequal ? random.uniform(0.8, 1.25) : 1.0;
   look.patches = random.uniform(0.01, 0.03 + 0.07 * trouble);
   look.grain = random.uniform(0.005, 0.02 + 0.05 * trouble);

@@ -99,7 +99,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   set(TF::measured, static_cast<double>(std::count(line.measured.begin(), line.measured.end(), 1)) / line.size());
   set(TF::length, lnOf(chord / 1000.0));
   set(TF::span, std::min(chord / std::max(context.longestPx, 1.0), 1.0));
-  set(TF::second, context.secondScore / static_cast<double>(std::max(context.score, 1)));
+  set(TF::second, std::min(context.secondScore / static_cast<double>(std::max(context.score, 1)), 1.5));
   set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));
   set(TF::contrast, lnOf(std::abs(static_cast<double>(line.edges.contrast))));
   set(TF::strength, context.score / static_cast<double>(std::max(context.strips, 1) * kEvidenceUnit));

@@ -17,6 +17,8 @@ constexpr double kBeyondDoubt = 0.9;  // confidence of a dark line at which noth
 constexpr double kSameLinePx = 16.0;  // between two paths in the middle of one of them
 constexpr float kWidest = 100.0F;     // px
 constexpr int kPathsPerFamily = 2;
+constexpr std::size_t kRefined = 3;     // paths, of which the surest counts
+constexpr double kWorthRefining = 0.5;  // share of the best path's score
 
 // A family with its strips.
 struct TSearched {
@@ -73,9 +75,10 @@ TList<TCandidate> findPaths(const TList<TSearched>& searched, TTrait trait, TMem
   return found;
 }
 
-int secondScore(const TList<TCandidate>& found) {
-  for (std::size_t i = 1; i < found.size(); ++i) {
-    if (!isSameLine(found[i], found[0]) && !isSameLine(found[0], found[i])) return found[i].path.score;
+// Of the best path that is not this line.
+int rivalScore(const TList<TCandidate>& found, const TCandidate& own) {
+  for (const TCandidate& other : found) {
+    if (&other != &own && !isSameLine(other, own) && !isSameLine(own, other)) return other.path.score;
   }
   return 0;
 }
@@ -155,10 +158,16 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool is
   return found;
 }
 
+// The surest of the best paths.
 TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, bool isRough, TMemory* memory) {
   const TList<TCandidate> paths = findPaths(searched, trait, memory);
-  if (paths.empty()) return {};
-  return refine(paths.front(), trait, secondScore(paths), isRough, memory);
+  TFoundLine best;
+  for (std::size_t i = 0; i < std::min<std::size_t>(paths.size(), kRefined); ++i) {
+    if (paths[i].path.score < kWorthRefining * paths[0].path.score) break;
+    TFoundLine found = refine(paths[i], trait, rivalScore(paths, paths[i]), isRough, memory);
+    if (found.line.confidence > best.line.confidence) best = std::move(found);
+  }
+  return best;
 }
 
 // Those that a polarity stands for, in the order in which they are looked for.

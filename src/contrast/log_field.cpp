@@ -81,7 +81,8 @@ TLogField::TLogField(const TGreyView& view, const TFieldBand& band, TMemory* mem
   starts.reserve(static_cast<std::size_t>(rows));
   for (int r = 0; r < rows; ++r) {
     const double middle = band.middle + band.slope * (begin + 2 * r + 0.5 - band.about);
-    starts.push_back(band.halfPx > 0 ? static_cast<int>(std::floor(0.5 * middle)) - columns / 2 : 0);
+    const double start = std::clamp(std::floor(0.5 * middle) - columns / 2, 1.0 - columns, all - 1.0);
+    starts.push_back(band.halfPx > 0 ? static_cast<int>(start) : 0);  // one column at least is the image's
   }
   values = TBuffer<short>(memory, static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride));
   const int block = band.halfPx > 0 ? 1 : kBlockRows;

@@ -8,7 +8,7 @@ namespace weld {
 
 namespace {
 
-constexpr TPathPrices kPrices{11, 4, 5};  // 1.4, 0.5 and 0.6 times the noise
+constexpr TPathPrices kPrices{11, 4, 8};  // 1.4, 0.5 and 1 times the noise
 constexpr int kErased = 12;               // columns on either side of a course
 
 // A place on a course.

@@ -75,8 +75,9 @@ TShape meanOf(const TProfiles& profiles, const TAlignment& alignment) {
   return shape;
 }
 
-// Correlation of a profile with the shape at every whole shift.
-void compare(const float* profile, const TShape& shape, float* likeness) {
+// Correlation of a profile with the shape at every whole shift. Returns the profile's spread against the shape's.
+float compare(const float* profile, const TShape& shape, float* likeness) {
+  float spread = 0.0F;
   for (int s = -kMostShift; s <= kMostShift; ++s) {
     const float* const p = profile + kProfileReach + s;
     const float* const q = shape.values.data() + kProfileReach;
@@ -91,7 +92,9 @@ void compare(const float* profile, const TShape& shape, float* likeness) {
     const float variance = squares - sum * sum / (2 * kShapeReach + 1);
     const float norm = std::sqrt(std::max(variance, 0.0F)) * shape.norm;
     likeness[s + kMostShift] = norm > 0.0F ? product / norm : 0.0F;
+    if (s == 0 && norm > 0.0F) spread = norm / (shape.norm * shape.norm);
   }
+  return spread;
 }
 
 // The whole shifts that are likely and change little from station to station.
@@ -163,12 +166,15 @@ TAlignment alignProfiles(const TProfiles& profiles, TMemory* memory) {
   const auto count = static_cast<std::size_t>(profiles.count());
   alignment.shift.assign(count, 0.0F);
   alignment.likeness.assign(count, 1.0F);
+  alignment.depth.assign(count, 1.0F);
   TShiftChain chain(profiles.count(), memory);
   for (int round = 0; round < kRounds; ++round) {
     const TShape shape = meanOf(profiles, alignment);
-    for (int i = 0; i < profiles.count(); ++i) compare(profiles.of(i), shape, chain.likenessOf(i));
+    for (int i = 0; i < profiles.count(); ++i)
+      alignment.depth[i] = compare(profiles.of(i), shape, chain.likenessOf(i));
     chain.solve(alignment);
   }
+  for (std::size_t i = 0; i < count; ++i) alignment.depth[i] *= alignment.likeness[i];
   const TShape shape = meanOf(profiles, alignment);
   alignment.shape.assign(shape.values.begin(), shape.values.end());
   return alignment;

@@ -27,9 +27,10 @@ private:
 
 // How far every station's seam lies from the course, and how much its profile is like the others.
 struct TAlignment {
-  explicit TAlignment(TMemory* memory) : shift(memory), likeness(memory), shape(memory) {}
+  explicit TAlignment(TMemory* memory) : shift(memory), likeness(memory), depth(memory), shape(memory) {}
   TList<float> shift;     // px
   TList<float> likeness;  // -1..1
+  TList<float> depth;     // of the seam against the mean profile's: 1 as deep
   TList<float> shape;     // mean of the aligned profiles
 };
 

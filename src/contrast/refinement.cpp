@@ -1,5 +1,6 @@
 #include "contrast/refinement.h"
 
+#include "contrast/stretch.h"
 #include "support/exact_log.h"
 
 #include <algorithm>
@@ -9,17 +10,17 @@ namespace weld {
 
 namespace {
 
-constexpr float kLikeness = 0.45F;  // with the mean profile, or a station is bridged
-constexpr float kOffCourse = 2.0F;  // px from the curve through its neighbours, or a station is bridged
-constexpr int kLongFit = 12;        // stations on either side of the curve that tells strays
-constexpr int kShortFit = 4;        // of the one that smooths
-constexpr int kSearchPx = 6;        // of the line's darkest or brightest place
-constexpr int kFarthestPx = 16;     // of its edges from there
-constexpr int kSidePx = 6;          // of each side that is compared with the line
+constexpr float kLikeness = 0.45F;    // with the mean profile, or a station is bridged
+constexpr float kOffCourse = 2.0F;    // px from the curve through its neighbours, or a station is bridged
+constexpr int kLongFit = 12;          // stations on either side of the curve that tells strays
+constexpr int kShortFit = 4;          // of the one that smooths
+constexpr int kSearchPx = 6;          // of the line's darkest or brightest place
+constexpr int kFarthestPx = 16;       // of its edges from there
+constexpr int kSidePx = 6;            // of each side that is compared with the line
+constexpr float kLowOnFlank = 0.33F;  // share of a flank's height
 constexpr int kLeastStations = 6;
-constexpr float kGain = 1.0F;   // of a station that shows the seam, in the choice of the stretch
-constexpr float kLoss = 0.4F;   // of one that does not
-constexpr int kWidthReach = 2;  // stations on either side whose widths are taken together
+constexpr float kLeastDepth = 0.25F;  // of the mean profile's
+constexpr int kWidthReach = 2;        // stations on either side whose widths are taken together
 
 const float* middleOf(const TList<float>& shape) {
   return shape.data() + kProfileReach;
@@ -53,24 +54,39 @@ float logRatio(float a, float b) {
   return static_cast<float>(exactLog(static_cast<double>(std::max(a, kLeast) / std::max(b, kLeast))));
 }
 
+// Outwards from the middle, where the profile has gone that share of the way to the level of its side.
+float crossing(const float* p, int middle, int step, float side, float share) {
+  const float level = p[middle] + share * (side - p[middle]);
+  const float sign = side > p[middle] ? 1.0F : -1.0F;
+  int u = middle;
+  while (std::abs(u - middle) < kFarthestPx && sign * (p[u + step] - level) < 0.0F) u += step;
+  const float rise = p[u + step] - p[u];
+  const float rest = rise * sign > 0.0F ? std::min((level - p[u]) / rise, 1.0F) : 0.0F;
+  return static_cast<float>(u) + static_cast<float>(step) * rest;
+}
+
+// The centre lies between places low on both flanks: where one plate is brighter or rounder, its flank reaches far
+// out.
 TShapeEdges lineEdges(const float* p, float sign) {
   int middle = 0;
   for (int u = -kSearchPx; u <= kSearchPx; ++u) {
     if (sign * p[u] > sign * p[middle]) middle = u;
   }
+  const float steepLeft = steepest(p, middle - kFarthestPx, middle - 1, sign);
+  const float steepRight = steepest(p, middle, middle + kFarthestPx - 1, -sign);
+  const float left = meanOver(p, steepLeft - 1.0F - kSidePx, steepLeft - 1.5F);
+  const float right = meanOver(p, steepRight + 1.5F, steepRight + 1.0F + kSidePx);
   TShapeEdges edges;
-  edges.left = steepest(p, middle - kFarthestPx, middle - 1, sign);
-  edges.right = steepest(p, middle, middle + kFarthestPx - 1, -sign);
-  const float line = meanOver(p, edges.left, edges.right);
-  const float left = meanOver(p, edges.left - 1.0F - kSidePx, edges.left - 1.5F);
-  const float right = meanOver(p, edges.right + 1.5F, edges.right + 1.0F + kSidePx);
-  edges.contrast = logRatio(1.0F + line, 1.0F + 0.5F * (left + right));
+  edges.centre = 0.5F * (crossing(p, middle, -1, left, kLowOnFlank) + crossing(p, middle, 1, right, kLowOnFlank));
+  edges.left = crossing(p, middle, -1, left, 0.5F);
+  edges.right = crossing(p, middle, 1, right, 0.5F);
+  edges.contrast = logRatio(1.0F + meanOver(p, edges.left, edges.right), 1.0F + 0.5F * (left + right));
   return edges;
 }
 
 TShapeEdges stepEdges(const float* p, float sign) {
   TShapeEdges edges;
-  edges.left = edges.right = steepest(p, -kSearchPx - 2, kSearchPx + 1, sign);
+  edges.left = edges.right = edges.centre = steepest(p, -kSearchPx - 2, kSearchPx + 1, sign);
   const float left = meanOver(p, edges.left - 2.0F - 2 * kSidePx, edges.left - 3.0F);
   const float right = meanOver(p, edges.left + 3.0F, edges.left + 2.0F + 2 * kSidePx);
   const int u = static_cast<int>(std::floor(edges.left));
@@ -121,37 +137,13 @@ struct TLocalFit {
 // Stations that do not look like the others, or stray from the curve through their neighbours.
 TList<std::uint8_t> findMeasured(const TList<float>& places, const TAlignment& alignment, TMemory* memory) {
   TList<std::uint8_t> measured(memory);
-  for (const float likeness : alignment.likeness) measured.push_back(likeness >= kLikeness ? 1 : 0);
+  for (std::size_t i = 0; i < places.size(); ++i)
+    measured.push_back(alignment.likeness[i] >= kLikeness && alignment.depth[i] >= kLeastDepth ? 1 : 0);
   TList<std::uint8_t> kept(measured.begin(), measured.end(), memory);
   for (int i = 0; i < static_cast<int>(places.size()); ++i) {
     if (std::abs(places[i] - TLocalFit{places, measured}.at(i, kLongFit)) > kOffCourse) kept[i] = 0;
   }
   return kept;
-}
-
-struct TStretch {
-  int begin = 0;
-  int end = 0;
-};
-
-// The part with the greatest sum of gains and losses.
-TStretch bestStretch(const TList<std::uint8_t>& measured) {
-  TStretch best;
-  float bestSum = 0.0F;
-  float sum = 0.0F;
-  int begin = 0;
-  for (int i = 0; i < static_cast<int>(measured.size()); ++i) {
-    if (sum <= 0.0F) {
-      sum = 0.0F;
-      begin = i;
-    }
-    sum += measured[i] != 0 ? kGain : -kLoss;
-    if (sum > bestSum) {
-      bestSum = sum;
-      best = {begin, i + 1};
-    }
-  }
-  return best;
 }
 
 // Of a few profiles together, where the line is measured.
@@ -180,9 +172,9 @@ TRefinedLine refineLine(const TCourse& course, const TProfiles& profiles, const 
   TList<float> places(memory);
   places.reserve(course.across.size());
   for (int i = 0; i < course.size(); ++i)
-    places.push_back(course.across[i] + alignment.shift[i] + line.edges.centre());
-  const TList<std::uint8_t> measured = findMeasured(places, alignment, memory);
-  const TStretch stretch = bestStretch(measured);
+    places.push_back(course.across[i] + alignment.shift[i] + line.edges.centre);
+  TList<std::uint8_t> measured = findMeasured(places, alignment, memory);
+  const TStretch stretch = findStretch(places, measured, memory);
   if (stretch.end - stretch.begin < kLeastStations) return line;
   line.first = stretch.begin;
   line.firstAlong = course.alongOf(stretch.begin);

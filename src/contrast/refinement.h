@@ -7,13 +7,13 @@
 
 namespace weld {
 
-// Where the mean profile changes most, px from the course.
+// Where the mean profile shows the seam, px from the course.
 struct TShapeEdges {
-  float left = 0.0F;
+  float centre = 0.0F;
+  float left = 0.0F;      // at half of the line's depth
   float right = 0.0F;     // of a step: the same place
   float risePx = 0.0F;    // of a step: over which it rises
   float contrast = 0.0F;  // ln(line / sides); of a step ln(right / left)
-  float centre() const { return 0.5F * (left + right); }
   float width() const { return right - left; }
 };
 
