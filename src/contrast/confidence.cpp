@@ -11,6 +11,7 @@ namespace {
 
 constexpr int kNearestCopy = 8;  // px beyond the line's half width
 constexpr int kCopyStep = 2;
+constexpr double kLongPx = 1000.0;  // a longer chord says more, a shorter one less
 constexpr float kSideGap = 1.5F;
 constexpr int kSide = 4;
 
@@ -82,8 +83,8 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.8, -4.3, 1.9, 1.6, 4.3, -5.3, -1.3, 0.6, 0.0, 0.0, 1.5, 1.0};
-constexpr TWeights kEdgeWeights{0.8, -4.3, 1.9, 1.6, 4.3, -5.3, -1.3, 0.6, 0.0, -0.9, 1.5, 1.0};
+constexpr TWeights kLineWeights{0.09, -2.27, 0.91, 3.52, 0.22, -3.52, -0.26, 0.70, 0.77, 0.00, 2.17, 1.33};
+constexpr TWeights kEdgeWeights{2.62, -1.77, -0.65, 1.55, 0.29, -0.81, 0.44, 0.70, -0.29, -0.13, 1.61, -4.56};
 
 }  // namespace
 
@@ -97,7 +98,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   const double aside = static_cast<double>(line.across.back() - line.across.front());
   const double chord = std::sqrt(along * along + aside * aside);
   set(TF::measured, static_cast<double>(std::count(line.measured.begin(), line.measured.end(), 1)) / line.size());
-  set(TF::length, lnOf(chord / 1000.0));
+  set(TF::length, lnOf(chord / std::clamp(context.longestPx, 1.0, kLongPx)));
   set(TF::span, std::min(chord / std::max(context.longestPx, 1.0), 1.0));
   set(TF::second, std::min(context.secondScore / static_cast<double>(std::max(context.score, 1)), 1.5));
   set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));

@@ -12,7 +12,7 @@ enum class TFeatureOfLine {
   standsOut,  // ln of the contrast against that of parallel copies
   parallel,   // the best parallel copy's contrast, share of the line's
   measured,   // share of the stations that show the line
-  length,     // ln of the chord, in thousands of px
+  length,     // ln of the chord against 1000 px, or what there is room for
   span,       // chord, share of the longest possible one
   second,     // score of the second best path, share of the best one's
   turns,      // per strip
