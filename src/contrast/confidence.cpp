@@ -12,6 +12,7 @@ namespace {
 constexpr int kNearestCopy = 8;  // px beyond the line's half width
 constexpr int kCopyStep = 2;
 constexpr double kLongPx = 1000.0;  // a longer chord says more, a shorter one less
+constexpr double kSharpPx = 5.5;    // over which an edge of plates rises at most; shadows rise over more
 constexpr float kSideGap = 1.5F;
 constexpr int kSide = 4;
 
@@ -83,8 +84,8 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.09, -2.27, 0.91, 3.52, 0.22, -3.52, -0.26, 0.70, 0.77, 0.00, 2.17, 1.33};
-constexpr TWeights kEdgeWeights{2.62, -1.77, -0.65, 1.55, 0.29, -0.81, 0.44, 0.70, -0.29, -0.13, 1.61, -4.56};
+constexpr TWeights kLineWeights{0.34, -2.19, -0.38, 3.94, 0.39, -4.10, 0.34, 0.90, 0.49, 0.00, 1.90, 3.88};
+constexpr TWeights kEdgeWeights{2.58, -2.85, -2.36, 2.48, -0.21, -0.51, 1.28, 0.70, -0.22, -4.69, 1.98, -2.03};
 
 }  // namespace
 
@@ -104,7 +105,8 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));
   set(TF::contrast, lnOf(std::abs(static_cast<double>(line.edges.contrast))));
   set(TF::strength, context.score / static_cast<double>(std::max(context.strips, 1) * kEvidenceUnit));
-  set(TF::rise, isEdge(context.trait) ? lnOf(static_cast<double>(line.edges.risePx)) : 0.0);
+  set(TF::rise,
+      isEdge(context.trait) ? std::max(lnOf(static_cast<double>(line.edges.risePx) / kSharpPx), 0.0) : 0.0);
   set(TF::rough, context.isRough ? 1.0 : 0.0);
   return f;
 }

@@ -18,7 +18,7 @@ enum class TFeatureOfLine {
   turns,      // per strip
   contrast,   // ln of the magnitude
   strength,   // evidence per strip, in units of the noise
-  rise,       // ln of the px over which an edge rises; 0 of a line
+  rise,       // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
   rough,      // 1: near a rough position
   count
 };

@@ -11,10 +11,11 @@ namespace {
 
 constexpr float kLoss = 0.5F;        // of a bridged station, against the gain of a measured one
 constexpr int kSmallGap = 2;         // stations that break no run
+constexpr int kLeastRun = 4;         // measured stations: fewer have no direction
 constexpr int kDirectionFit = 10;    // stations at the end of a run that tell its direction
-constexpr float kMostMissPx = 3.0F;  // where both runs are carried on to the middle of the gap
-constexpr float kMissPerPx = 0.08F;  // of the gap
-constexpr float kMostTurn = 0.3F;    // change of slope
+constexpr float kMostMissPx = 4.0F;  // where both runs are carried on to the middle of the gap
+constexpr float kMissPerPx = 0.12F;  // of the gap
+constexpr float kMostTurn = 0.4F;    // change of slope
 
 struct TRun {
   TStretch part;
@@ -31,6 +32,8 @@ TList<TRun> runsOf(const TList<std::uint8_t>& measured, TMemory* memory) {
     runs.back().part.end = i + 1;
     ++runs.back().measured;
   }
+  runs.erase(std::remove_if(runs.begin(), runs.end(), [](const TRun& run) { return run.measured < kLeastRun; }),
+             runs.end());
   return runs;
 }
 
@@ -38,7 +41,6 @@ TList<TRun> runsOf(const TList<std::uint8_t>& measured, TMemory* memory) {
 struct TCarried {
   float at = 0.0F;
   float slope = 0.0F;  // px per px
-  bool isSure = false;
 };
 
 TCarried carry(const TList<float>& places, const TList<std::uint8_t>& measured, TStretch part, float station) {
@@ -53,9 +55,8 @@ TCarried carry(const TList<float>& places, const TList<std::uint8_t>& measured, 
     y1 += t * places[i];
   }
   const float spread = n * t2 - t1 * t1;
-  if (n < 4.0F) return {y0 / n, 0.0F, false};
-  const float slope = (n * y1 - t1 * y0) / spread;
-  return {(y0 - slope * t1) / n, slope / kStationPx, true};
+  const float slope = spread > 0.0F ? (n * y1 - t1 * y0) / spread : 0.0F;
+  return {(y0 - slope * t1) / std::max(n, 1.0F), slope / kStationPx};
 }
 
 bool goesOn(const TList<float>& places, const TList<std::uint8_t>& measured, const TRun& from, const TRun& to) {
@@ -65,7 +66,6 @@ bool goesOn(const TList<float>& places, const TList<std::uint8_t>& measured, con
   const TStretch head{to.part.begin, std::min(to.part.end, to.part.begin + kDirectionFit)};
   const TCarried ended = carry(places, measured, tail, middle);
   const TCarried begun = carry(places, measured, head, middle);
-  if (!ended.isSure || !begun.isSure) return true;
   return std::abs(ended.at - begun.at) <= kMostMissPx + kMissPerPx * gapPx &&
          std::abs(ended.slope - begun.slope) <= kMostTurn;
 }
@@ -76,8 +76,7 @@ TStretch takeChain(const TList<TRun>& runs, int last, TList<std::uint8_t>& measu
   for (int i = last; i >= 0; i = runs[i].previous) {
     chain.begin = runs[i].part.begin;
     if (runs[i].previous < 0) break;
-    const auto from = measured.begin() + runs[runs[i].previous].part.end;
-    std::fill(from, measured.begin() + chain.begin, std::uint8_t{0});
+    std::fill(measured.begin() + runs[runs[i].previous].part.end, measured.begin() + chain.begin, std::uint8_t{0});
   }
   return chain;
 }
