@@ -75,26 +75,28 @@ TShape meanOf(const TProfiles& profiles, const TAlignment& alignment) {
   return shape;
 }
 
-// Correlation of a profile with the shape at every whole shift. Returns the profile's spread against the shape's.
+// Correlation of a profile with the shape at every whole shift; the shifts side by side, each sum in its own
+// order. Returns the profile's spread against the shape's.
 float compare(const float* profile, const TShape& shape, float* likeness) {
-  float spread = 0.0F;
-  for (int s = -kMostShift; s <= kMostShift; ++s) {
-    const float* const p = profile + kProfileReach + s;
-    const float* const q = shape.values.data() + kProfileReach;
-    float product = 0.0F;
-    float sum = 0.0F;
-    float squares = 0.0F;
-    for (int u = -kShapeReach; u <= kShapeReach; ++u) {
-      product += p[u] * q[u];
-      sum += p[u];
-      squares += p[u] * p[u];
+  float product[kShifts] = {};
+  float sum[kShifts] = {};
+  float squares[kShifts] = {};
+  for (int u = -kShapeReach; u <= kShapeReach; ++u) {
+    const float q = shape.values[kProfileReach + u];
+    const float* const p = profile + kProfileReach + u - kMostShift;
+    for (int s = 0; s < kShifts; ++s) {
+      product[s] += p[s] * q;
+      sum[s] += p[s];
+      squares[s] += p[s] * p[s];
     }
-    const float variance = squares - sum * sum / (2 * kShapeReach + 1);
-    const float norm = std::sqrt(std::max(variance, 0.0F)) * shape.norm;
-    likeness[s + kMostShift] = norm > 0.0F ? product / norm : 0.0F;
-    if (s == 0 && norm > 0.0F) spread = norm / (shape.norm * shape.norm);
   }
-  return spread;
+  float norm[kShifts];
+  for (int s = 0; s < kShifts; ++s) {
+    const float variance = squares[s] - sum[s] * sum[s] / (2 * kShapeReach + 1);
+    norm[s] = std::sqrt(std::max(variance, 0.0F)) * shape.norm;
+    likeness[s] = norm[s] > 0.0F ? product[s] / norm[s] : 0.0F;
+  }
+  return shape.norm > 0.0F ? norm[kMostShift] / (shape.norm * shape.norm) : 0.0F;
 }
 
 // The whole shifts that are likely and change little from station to station.

@@ -1,8 +1,10 @@
-// The kernels of contrast_rows.h: plain loops that the compiler turns into vector code, included by one source per
-// instruction set.
+// The kernels of contrast_rows.h: plain loops where the compiler turns them into vector code, universal intrinsics
+// where it does not. Included by one source per instruction set.
 #pragma once
 
 #include "support/kernels/contrast_rows.h"
+
+#include <opencv2/core/hal/intrin.hpp>
 
 namespace weld {
 namespace {
@@ -29,7 +31,10 @@ void sumEight(const short* const* rows, int columns, short* __restrict sums) {
 }
 
 void meanOfTwo(const short* values, int apart, int columns, short* __restrict means) {
-  for (int x = 0; x < columns; ++x) means[x] = static_cast<short>((values[x] + values[x + apart]) >> 1);
+  for (int x = 0; x < columns; ++x) {
+    const auto sum = static_cast<short>(values[x] + values[x + apart]);  // sums of strips leave a bit free
+    means[x] = static_cast<short>(sum >> 1);
+  }
 }
 
 void respondDark(const short* left, const short* middle, const short* right, int columns,
@@ -55,15 +60,27 @@ void respondEdge(const short* const* sides, int columns, short* __restrict respo
 }
 
 int highest(const short* values, int columns) {
-  short found = 0;
-  for (int x = 0; x < columns; ++x) found = static_cast<short>(most(found, values[x]));
-  return found;
+  constexpr int kLanes = cv::v_int16::nlanes;
+  cv::v_int16 found = cv::vx_setzero_s16();
+  int x = 0;
+  for (; x + kLanes <= columns; x += kLanes) found = cv::v_max(found, cv::vx_load(values + x));
+  int result = cv::v_reduce_max(found);
+  for (; x < columns; ++x) result = most(result, values[x]);
+  return result;
 }
 
 int sumMagnitudes(const short* values, int columns) {
-  int sum = 0;
-  for (int x = 0; x < columns; ++x) sum += most(values[x], -values[x]);
-  return sum;
+  constexpr int kLanes = cv::v_int16::nlanes;
+  const cv::v_int16 one = cv::vx_setall_s16(1);
+  cv::v_int32 sums = cv::vx_setzero_s32();
+  int x = 0;
+  for (; x + kLanes <= columns; x += kLanes) {
+    const cv::v_int16 v = cv::vx_load(values + x);
+    sums = sums + cv::v_dotprod(cv::v_max(v, cv::vx_setzero_s16() - v), one);
+  }
+  int result = cv::v_reduce_sum(sums);
+  for (; x < columns; ++x) result += most(values[x], -values[x]);
+  return result;
 }
 
 void rate(const short* response, int factor, int columns, short* __restrict evidence) {
