@@ -88,6 +88,10 @@ TPlateScene renderPlate(const TPlateParams& params);
 // A random plate of that kind at that level, which is clean, noisy or harsh; real counts as harsh.
 TPlateParams randomPlate(TPlateSeam seam, TLevel level, std::uint64_t seed, cv::Size size = {1280, 1024});
 
+// Frame n of a sequence: the seam moves, noise and spatter are new; a flash and a change of profile have no
+// effect.
+TPlateParams plateFrameOf(const TPlateParams& first, const TMotion& motion, int n);
+
 // Distance from the nearest station, px; infinite without a seam.
 double distanceToSeam(const TPlateTruth& truth, cv::Point2d point);
 
