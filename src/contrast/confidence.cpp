@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace weld {
 
@@ -87,6 +88,33 @@ using TWeights = std::array<double, kLineFeatures + 1>;
 constexpr TWeights kLineWeights{0.34, -2.19, -0.38, 3.94, 0.39, -4.10, 0.34, 0.90, 0.49, 0.00, 1.90, 3.88};
 constexpr TWeights kEdgeWeights{2.58, -2.85, -2.36, 2.48, -0.21, -0.51, 1.28, 0.70, -0.22, -4.69, 1.98, -2.03};
 
+const TWeights& weightsOf(TTrait trait) {
+  return isEdge(trait) ? kEdgeWeights : kLineWeights;
+}
+
+double sumOf(const TLineFeatures& features, TTrait trait) {
+  const TWeights& weights = weightsOf(trait);
+  double sum = weights.back();
+  for (int i = 0; i < kLineFeatures; ++i) sum += weights[i] * features[i];
+  return sum;
+}
+
+struct TFeatureText {
+  const char* name;
+  bool isLog;
+};
+constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{{{"contrast against lines beside it", true},
+                                                                 {"line beside it, share of the line", false},
+                                                                 {"share of the line that is seen", false},
+                                                                 {"length against 1000 px or the room", true},
+                                                                 {"length against the longest one", false},
+                                                                 {"second line, share of the first", false},
+                                                                 {"turns per station", false},
+                                                                 {"contrast", true},
+                                                                 {"contrast against the noise", false},
+                                                                 {"rise against a sharp edge", true},
+                                                                 {"nearness to a rough position", false}}};
+
 }  // namespace
 
 TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, const TAlignment& alignment,
@@ -112,10 +140,19 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
 }
 
 double confidenceOf(const TLineFeatures& features, TTrait trait) {
-  const TWeights& weights = isEdge(trait) ? kEdgeWeights : kLineWeights;
-  double sum = weights.back();
-  for (int i = 0; i < kLineFeatures; ++i) sum += weights[i] * features[i];
-  return 1.0 / (1.0 + exactExp(-sum));
+  return 1.0 / (1.0 + exactExp(-sumOf(features, trait)));
+}
+
+TFeatureReport reportFeature(const TLineFeatures& features, TTrait trait, TFeatureOfLine which,
+                             double confidence) {
+  const int i = static_cast<int>(which);
+  const double weight = weightsOf(trait)[i];
+  const double share = std::clamp(confidence, 1e-3, 1.0 - 1e-3);
+  const double missing = exactLog(share / (1.0 - share)) - sumOf(features, trait);
+  const double limit = weight != 0.0 ? features[i] + missing / weight : std::numeric_limits<double>::quiet_NaN();
+  const bool isLog = kFeatureTexts[i].isLog;
+  return {kFeatureTexts[i].name, weight > 0.0, isLog ? exactExp(features[i]) : features[i],
+          isLog ? exactExp(limit) : limit};
 }
 
 }  // namespace weld

@@ -42,4 +42,14 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
 // 0..1.
 double confidenceOf(const TLineFeatures& features, TTrait trait);
 
+// A feature for people: what it measured, and what it would have to be for the line to be as sure as this, all
+// else being equal.
+struct TFeatureReport {
+  const char* name = "";
+  bool isLeast = false;  // more is surer
+  double measured = 0.0;
+  double limit = 0.0;  // not a number where the feature does not count
+};
+TFeatureReport reportFeature(const TLineFeatures& features, TTrait trait, TFeatureOfLine which, double confidence);
+
 }  // namespace weld

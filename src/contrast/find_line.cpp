@@ -154,6 +154,7 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool is
                  {trait, candidate.path.score, second, static_cast<int>(candidate.path.columns.size()),
                   candidate.path.turns, longest, isRough});
   found.line = toRecord(line, family, trait);
+  found.trait = trait;
   found.line.confidence = static_cast<float>(confidenceOf(found.features, trait));
   return found;
 }

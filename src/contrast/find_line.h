@@ -12,6 +12,7 @@ namespace weld {
 struct TFoundLine {
   TContourCenterLine line;
   TLineFeatures features{};
+  TTrait trait = TTrait::dark;
 };
 
 // Replaces what is out of range by the defaults.
