@@ -15,7 +15,6 @@ constexpr float kMarkPitchPx = 1.7F;
 constexpr float kBandPitchPx = 7.0F;  // marks come in bands
 constexpr float kBandShare = 0.45F;
 constexpr float kTintPx = 60.0F;
-constexpr double kScratchStepPx = 0.5;
 
 float smoothStep(float t) {
   return t * t * (3.0F - 2.0F * t);

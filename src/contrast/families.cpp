@@ -11,6 +11,8 @@ namespace {
 
 constexpr double kBetweenShears = 7.5;  // degrees from a strip at which it still gathers a line
 constexpr int kSteepestShear = kStripStep;
+// Of larger images the middle, or what is near the rough place: scores of longer paths would leave their 16 bits.
+constexpr int kMostAlongPx = 5800;
 constexpr int kBandMargin = 40;  // px beyond the band that its lines are compared with
 
 // tan(x) for |x| up to a right angle's half, by Newton's rule.
@@ -38,9 +40,18 @@ TShears shearsFor(const TContrastSearch& search, double slope, bool isFlat) {
   return shears;
 }
 
+void limitLength(double about, TFieldBand& band) {
+  if (band.end - band.begin <= kMostAlongPx) return;
+  const int middle =
+      static_cast<int>(std::clamp(about, static_cast<double>(band.begin), static_cast<double>(band.end)));
+  band.begin = std::clamp(middle - kMostAlongPx / 2, band.begin, band.end - kMostAlongPx);
+  band.end = band.begin + kMostAlongPx;
+}
+
 TFamily wholeFamily(const cv::Mat& grey, const TContrastSearch& search, bool isFlat) {
   TFamily family{viewAlong(grey, isFlat), isFlat, {}, shearsFor(search, 0.0, isFlat)};
   family.band.end = family.view.along;
+  limitLength(0.5 * family.view.along, family.band);
   return family;
 }
 
@@ -59,13 +70,15 @@ TFamily bandFamily(const cv::Mat& grey, const TContrastSearch& search) {
   band.about = along;
   band.middle = static_cast<double>(isFlat ? search.roughPos.y : search.roughPos.x);
   band.slope = slope;
-  band.halfPx = static_cast<int>(static_cast<double>(search.bandPx) * stretch) + kBandMargin;
+  const int widest = family.view.across + family.view.along;
+  band.halfPx = std::min(static_cast<int>(static_cast<double>(search.bandPx) * stretch), widest) + kBandMargin;
   band.end = family.view.along;
   if (search.reachPx > 0.0F) {
     const double reach = static_cast<double>(search.reachPx) / stretch;
     band.begin = static_cast<int>(std::clamp(along - reach, 0.0, static_cast<double>(band.end)));
     band.end = static_cast<int>(std::clamp(along + reach, 0.0, static_cast<double>(band.end)));
   }
+  limitLength(along, band);
   return family;
 }
 

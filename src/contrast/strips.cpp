@@ -2,8 +2,6 @@
 
 #include "support/kernels/kernels.h"
 
-#include <algorithm>
-
 namespace weld {
 
 namespace {
@@ -20,7 +18,7 @@ int leanOf(int slope, int row) {
 
 TStrips::TStrips(const TLogField& field, const TShears& slopes, TMemory* memory)
     : shears(slopes),
-      count(std::max(0, (field.rows - kStripRows) / kStripStep + 1)),
+      count(field.rows < kStripRows ? 0 : (field.rows - kStripRows) / kStripStep + 1),
       columns(field.columns),
       stride(field.stride),
       sums(memory, size()) {
