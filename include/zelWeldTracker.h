@@ -78,7 +78,7 @@ struct TTrackedSeam {
 };
 
 // Follows one seam. One tracker per thread; many trackers at once do not interfere. In the steady state a frame
-// allocates nothing beyond the stripe points of its result.
+// allocates nothing beyond the stripe points of its result; by contrast a few such lists.
 class ZELWELDDETECT_EXPORT TWeldTracker {
 public:
   explicit TWeldTracker(const TWeldParams& params, const TTrackerOptions& options = TTrackerOptions());

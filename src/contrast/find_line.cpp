@@ -55,6 +55,10 @@ bool isSameLine(const TCandidate& a, const TCandidate& b) {
   return false;
 }
 
+bool isBetter(const TCandidate& a, const TCandidate& b) {
+  return a.path.score > b.path.score;
+}
+
 // The best paths of every family, the best one first.
 TList<TCandidate> findPaths(const TList<TSearched>& searched, TTrait trait, TMemory* memory) {
   TList<TCandidate> found(memory);
@@ -67,11 +71,10 @@ TList<TCandidate> findPaths(const TList<TSearched>& searched, TTrait trait, TMem
       TCandidate next{&where, search.findBest()};
       if (static_cast<int>(next.path.columns.size()) < kLeastStrips) break;
       search.erase(next.path);
-      found.push_back(std::move(next));
+      const auto place = std::upper_bound(found.begin(), found.end(), next, isBetter);
+      found.insert(place, std::move(next));
     }
   }
-  std::stable_sort(found.begin(), found.end(),
-                   [](const TCandidate& a, const TCandidate& b) { return a.path.score > b.path.score; });
   return found;
 }
 
@@ -121,6 +124,8 @@ void putInOrder(TContourCenterLine& line) {
 TContourCenterLine toRecord(const TRefinedLine& refined, const TFamily& family, TTrait trait) {
   TContourCenterLine line;
   const int last = refined.size() - 1;
+  line.pts.reserve(refined.across.size());
+  line.widthsPx.reserve(refined.across.size());
   for (int i = 0; i <= last; ++i) {
     line.pts.push_back(
         toImage(refined.firstAlong + i * kStationPx, static_cast<double>(refined.across[i]), family.isFlat));
