@@ -62,8 +62,9 @@ void respond(const TMeans& means, TTrait trait, const TShape& shape, int columns
         sides + begin + shape.middle + kClearColumns, columns, response);
     return;
   }
-  std::array<const short*, 4> around{sides - kClearColumns - 2 * shape.side, sides - kClearColumns - shape.side,
-                                     sides + kClearColumns, sides + kClearColumns + shape.side};
+  const std::ptrdiff_t side = shape.side;
+  std::array<const short*, 4> around{sides - kClearColumns - 2 * side, sides - kClearColumns - side,
+                                     sides + kClearColumns, sides + kClearColumns + side};
   if (trait == TTrait::fallingEdge) std::reverse(around.begin(), around.end());
   rows.respondEdge(around.data(), columns, response);
 }
