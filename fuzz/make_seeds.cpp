@@ -3,6 +3,7 @@
 #include "fuzz/seed.h"
 #include "fuzz/verdict.h"
 #include "scenes/joints.h"
+#include "scenes/plate.h"
 #include "tools/param_json.h"
 
 #include <opencv2/imgcodecs.hpp>
@@ -136,6 +137,21 @@ void addExposures(TFolder& folder) {
   }
 }
 
+// Whole plates, every polarity.
+void addPlates(TFolder& folder) {
+  const cv::Mat image =
+      scenes::renderPlate(randomPlate(scenes::TPlateSeam::gap, scenes::TLevel::noisy, 1, kSceneSize)).image;
+  for (const int polarity : {1, 2, 3, 4}) {
+    TSeed seed;
+    seed.putBelow(polarity, 6);
+    seed.putFlag(false);
+    seed.putDouble(0.0);
+    seed.putFlag(true);
+    fuzz::putFrame(seed, image);
+    folder.add(seed.bytes());
+  }
+}
+
 void addParamFiles(TFolder& folder) {
   for (const auto& [joint, type] : scenes::detectedJoints()) {
     std::string parts = tool::paramsToJson(scenes::weldParamsFor(joint)).dump();
@@ -178,6 +194,7 @@ int main(int argc, char** argv) {
   fill("entry_point", {addScenes, addStrokes});
   fill("toolkit", {addPointLists});
   fill("lighting", {addExposures});
+  fill("contrast", {addPlates});
   fill("param_file", {addParamFiles});
   fill("image_file", {addImageFiles});
   return 0;

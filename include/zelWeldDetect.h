@@ -9,6 +9,7 @@
 // right; rotate the image first where the camera sees it upright.
 #pragma once
 
+#include "zelContrast.h"
 #include "zelLighting.h"
 #include "zelWeldDetectExport.h"
 #include "zelWeldDetectVersion.h"

@@ -2,6 +2,7 @@
 // Include zelWeldDetect.h rather than this.
 #pragma once
 
+#include "zelContrast.h"
 #include "zelWeldDetectExport.h"
 #include "zelWeldTypes.h"
 
@@ -137,6 +138,16 @@ public:
   // Keeps the points whose row differs by less than maxJump (px) from the mean of their two neighbours' rows. The
   // first point and the last two are never kept; fewer than 3 points stay as they are.
   void removeDiscontinuousPts(std::vector<cv::Point2f>& points, int maxJump) const;
+
+  // Seams without a stripe, see findSeamByContrast: the points of the dark line in the whole image, and of the
+  // surest line of any kind.
+  std::vector<cv::Point2f> getWeldPts(cv::Mat image) const;
+  std::vector<cv::Point2f> getWeldPtsNew2(cv::Mat image) const;
+
+  // findSeamByContrast itself; and the dark line within 15 degrees of a direction and bandPx of a point.
+  TContourCenterLine getWeldPtsByContrast(cv::Mat image, TContrastSearch search) const;
+  TContourCenterLine getWeldPtsByContrastAndRoughPos(cv::Mat image, cv::Point2f roughPos, float directionDeg,
+                                                     float bandPx) const;
 
   // True when the image has data, dimensions and elements.
   bool checkImgLegality(cv::Mat image) const;

@@ -15,7 +15,8 @@
 enum class TStripeExtraction : std::int32_t {
   edgePairs = 0,  // pairs of rising and falling edges: fast, for crisp stripes 3 to 100 px thick
   ridge = 1,      // ridge of the grey-level surface: for thin, thick, soft or dim stripes; slower
-  automatic = 2   // edge pairs; ridges where those explain too little of the stripe or the detector fails on them
+  automatic = 2,  // edge pairs; ridges where those explain too little of the stripe or the detector fails on them
+  none = 3        // in a trace: a seam found by its contrast, without a stripe
 };
 
 // Which detection ran.
@@ -42,7 +43,10 @@ enum class TWeldOutcome : std::int32_t {
   seamOutside,     // of the image, or no point at all
   settingInvalid,  // a parameter outside its range
   changedTooMuch,  // since the last frame
-  jumpHeldBack     // found, but too far from the last seam; waits for confirmation
+  jumpHeldBack,    // found, but too far from the last seam; waits for confirmation
+  noLine,          // that looks like a seam, in a search by contrast
+  lineUncertain,   // to be a seam, or elsewhere than the stripe says
+  lineTooShort     // or not where the seam point is looked for
 };
 
 // What a measured value must be to pass.

@@ -2,6 +2,7 @@
 // cannot be true. Include zelWeldDetect.h rather than this.
 #pragma once
 
+#include "zelContrast.h"
 #include "zelWeldDetectExport.h"
 #include "zelWeldJoint.h"
 #include "zelWeldTemplate.h"
@@ -13,6 +14,14 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+
+// What a tracker finds its seam by.
+enum class TSeamSource : std::int32_t {
+  stripe = 0,    // the joint in the laser stripe
+  contrast = 1,  // the seam's own contrast; there need be no stripe, and the joint does not matter
+  both = 2  // the joint in the stripe, moved along it to where the seam crosses it; either one where the other
+            // gives none. Where they contradict each other there is no seam.
+};
 
 // What a tracker does beyond the plain rules; see docs/tracker.md. Values out of range count as the nearest
 // valid one, a maxJumpPx of NaN as infinity. Stripe presence has no seam point and takes the extraction alone.
@@ -34,6 +43,14 @@ struct TTrackerOptions {
   bool searchWholeOnLoss = true;
   // true: fills lastTrace().
   bool keepTrace = false;
+  // By contrast the whole image is searched as `contrast` says, later a band around the last line, and the whole
+  // image again on loss. The seam point is where the line crosses the row lookAtPx, of a flat line the column; not
+  // a number: the middle of the image. The positions left and upper, right and lower mean the seam's edges. Of the
+  // result, stripePts is the line, auxVal1 and auxVal2 its slope and intercept there (y over x; of a steep line x
+  // over y), auxVal3 its width in px, auxVal4 its contrast, trackVal its confidence.
+  TSeamSource source = TSeamSource::stripe;
+  TContrastSearch contrast;
+  float lookAtPx = std::numeric_limits<float>::quiet_NaN();
 
   // Nothing beyond the rules: frame for frame what detectWeldLineViaTracking gives when it is fed its own results.
   static TTrackerOptions exact() {
@@ -61,7 +78,7 @@ struct TTrackedSeam {
 };
 
 // Follows one seam. One tracker per thread; many trackers at once do not interfere. In the steady state a frame
-// allocates nothing beyond the stripe points of its result.
+// allocates nothing beyond the stripe points of its result; by contrast a few such lists.
 class ZELWELDDETECT_EXPORT TWeldTracker {
 public:
   explicit TWeldTracker(const TWeldParams& params, const TTrackerOptions& options = TTrackerOptions());

@@ -23,7 +23,8 @@ enum class TStream : std::uint64_t {
   mirrors,
   decoy,
   scrap,
-  flanks
+  flanks,
+  plate
 };
 
 inline std::uint64_t mixBits(std::uint64_t v) {

@@ -14,5 +14,6 @@ void addFeaturesCommand(CLI::App& program);
 void addCompareCommand(CLI::App& program);
 void addSweepCommand(CLI::App& program);
 void addIdentifyCommand(CLI::App& program);
+void addSeamCommand(CLI::App& program);
 
 }  // namespace tool

@@ -11,8 +11,12 @@ void addTrackingOptions(CLI::App& command, TTrackingOptions& options) {
 }
 
 TTracking trackingOf(const TTrackingOptions& options) {
-  return {loadParams(options.source), trackerOptionsOf(options.tracker), options.tracker.isFirstOnly,
-          preparationOf(options.frames)};
+  const TTrackerOptions tracker = trackerOptionsOf(options.tracker);
+  TParamSource source = options.source;
+  // The joint does not matter.
+  if (tracker.source == TSeamSource::contrast && source.type.empty() && source.file.empty())
+    source.type = "buttGap";
+  return {loadParams(source), tracker, options.tracker.isFirstOnly, preparationOf(options.frames)};
 }
 
 TFrameTracker::TFrameTracker(const TTracking& tracking) : how(tracking), tracker(how.params, how.tracker) {}

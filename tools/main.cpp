@@ -85,6 +85,7 @@ int main(int argc, char** argv) {
     tool::addCompareCommand(program);
     tool::addSweepCommand(program);
     tool::addIdentifyCommand(program);
+    tool::addSeamCommand(program);
     return run(program, argc, argv);
   } catch (const std::exception& error) {
     return finish(TExit::failure, error.what());

@@ -9,11 +9,14 @@
 #include "tools/stop_signal.h"
 #include "tools/text.h"
 
+#include "scenes/plate.h"
 #include "scenes/scene.h"
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace tool {
 namespace {
@@ -26,6 +29,7 @@ constexpr int kMaxSizePx = 8192;
 // As typed.
 struct TOptions {
   std::string type;
+  std::string plate;  // instead of the type
   std::string position = "centre";
   int frames = 60;
   std::uint64_t seed = 1;
@@ -105,7 +109,68 @@ TWeldParams trackParams(scenes::TJoint joint, TWeldPosType pos) {
   return scenes::weldParamsFor(isDetected ? joint : scenes::jointOf(detectorFor(joint)), pos);
 }
 
-void run(const TOptions& options) {
+scenes::TPlateSeam parsePlate(const std::string& text) {
+  using scenes::TPlateSeam;
+  const std::pair<const char*, TPlateSeam> names[] = {{"none", TPlateSeam::none},
+                                                      {"gap", TPlateSeam::gap},
+                                                      {"tight", TPlateSeam::tight},
+                                                      {"step", TPlateSeam::step},
+                                                      {"scribe", TPlateSeam::scribe}};
+  for (const auto& [name, seam] : names) {
+    if (text == name) return seam;
+  }
+  throw usageError("--plate: unknown plate '" + text + "': use tight, gap, step, scribe, none");
+}
+
+// The visible place of the seam nearest to the middle of the frame, and its two ends.
+std::string truthLine(const std::string& name, const scenes::TPlateTruth& truth, cv::Size size) {
+  const cv::Point2d middle(0.5 * (size.width - 1), 0.5 * (size.height - 1));
+  const scenes::TSeamStation* nearest = nullptr;
+  for (const scenes::TSeamStation& station : truth.stations) {
+    if (!station.isVisible) continue;
+    if (nearest == nullptr || cv::norm(station.point - middle) < cv::norm(nearest->point - middle))
+      nearest = &station;
+  }
+  if (nearest == nullptr) return name + ",0,,,";
+  return name + ",1," + coordinates(nearest->point, ',') +
+         ",begin:" + coordinates(truth.stations.front().point, ':') +
+         ";end:" + coordinates(truth.stations.back().point, ':');
+}
+
+// What to draw: frame n, and its line of truth.
+struct TDrawn {
+  cv::Mat image;
+  std::string truth;
+};
+using TDrawing = std::function<TDrawn(int n, const std::string& name)>;
+
+void drawFrames(const TOptions& options, const fs::path& folder, const TDrawing& draw) {
+  TTextFile truthFile(folder / "truth.csv");
+  truthFile.writeLine("file,hasSeam,x,y,features");
+  TProgress progress(options.frames);
+  for (int n = 0; n < options.frames && !isStopRequested(); ++n) {
+    char name[32];
+    static_cast<void>(std::snprintf(name, sizeof name, "frame_%04d.png", n));
+    const TDrawn drawn = draw(n, name);
+    writeImage(folder / name, drawn.image);
+    truthFile.writeLine(drawn.truth);
+    progress.draw(n + 1);
+  }
+}
+
+void drawPlates(const TOptions& options) {
+  const scenes::TPlateSeam seam = parsePlate(options.plate);
+  const scenes::TMotion motion = motionOf(options);
+  const scenes::TPlateParams first =
+      scenes::randomPlate(seam, parseLevel(options.level), options.seed, parseSize(options.size));
+  makeFolder(options.outFolder);
+  drawFrames(options, options.outFolder, [&](int n, const std::string& name) {
+    const scenes::TPlateScene scene = scenes::renderPlate(scenes::plateFrameOf(first, motion, n));
+    return TDrawn{scene.image, truthLine(name, scene.truth, scene.image.size())};
+  });
+}
+
+void drawJoints(const TOptions& options) {
   const scenes::TJoint joint = parseJoint(options.type);
   const TWeldPosType pos = positionOf(joint, options.position);
   const scenes::TLevel level = parseLevel(options.level);
@@ -115,17 +180,10 @@ void run(const TOptions& options) {
 
   makeFolder(folder);
   writeWholeFile(folder / "params.json", paramsToJson(trackParams(joint, pos)).dump(2) + "\n");
-  TTextFile truthFile(folder / "truth.csv");
-  truthFile.writeLine("file,hasSeam,x,y,features");
-  TProgress progress(options.frames);
-  for (int n = 0; n < options.frames && !isStopRequested(); ++n) {
-    char name[32];
-    static_cast<void>(std::snprintf(name, sizeof name, "frame_%04d.png", n));
+  drawFrames(options, folder, [&](int n, const std::string& name) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));
-    writeImage(folder / name, scene.image);
-    truthFile.writeLine(truthLine(name, scene.truth, joint, pos));
-    progress.draw(n + 1);
-  }
+    return TDrawn{scene.image, truthLine(name, scene.truth, joint, pos)};
+  });
 }
 
 }  // namespace
@@ -133,7 +191,11 @@ void run(const TOptions& options) {
 void addSimulateCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("simulate", "Draw a sequence of frames whose seam is known");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("--type", options->type, "Joint, by name or number: " + jointNames())->required();
+  CLI::Option_group* const what = command->add_option_group("what");
+  what->add_option("--type", options->type, "Joint, by name or number: " + jointNames());
+  what->add_option("--plate", options->plate,
+                   "Instead, plates without a stripe: tight, gap, step, scribe or none");
+  what->require_option(1);
   command->add_option("--position", options->position, "Position of the true seam point: " + positionNames())
       ->capture_default_str();
   command->add_option("--frames", options->frames, "Number of frames")
@@ -158,8 +220,9 @@ void addSimulateCommand(CLI::App& program) {
       "Examples:\n"
       "  zelweld simulate --type buttGap --frames 30 --seed 7 --out frames\n"
       "  zelweld simulate --type corner --level noisy --drift 0.5,0.2 --jitter 1 --out frames\n"
+      "  zelweld simulate --plate tight --level noisy --out plates\n"
       "  zelweld track frames --params frames/params.json");
-  command->callback([options] { run(*options); });
+  command->callback([options] { options->plate.empty() ? drawJoints(*options) : drawPlates(*options); });
 }
 
 }  // namespace tool

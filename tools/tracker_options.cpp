@@ -22,6 +22,13 @@ TStripeExtraction parseExtraction(const std::string& text) {
   throw usageError("--extraction: unknown extraction '" + text + "': use edgePairs, ridge, automatic");
 }
 
+TSeamSource parseSource(const std::string& text) {
+  if (text == "stripe") return TSeamSource::stripe;
+  if (text == "contrast") return TSeamSource::contrast;
+  if (text == "both") return TSeamSource::both;
+  throw usageError("--source: unknown source '" + text + "': use stripe, contrast, both");
+}
+
 ordered_json numberOf(double value) {
   return std::isfinite(value) ? ordered_json(value) : ordered_json("never");
 }
@@ -34,6 +41,8 @@ const char* nameOf(TStripeExtraction extraction) {
       return "edgePairs";
     case TStripeExtraction::ridge:
       return "ridge";
+    case TStripeExtraction::none:
+      return "none";
     case TStripeExtraction::automatic:
       break;
   }
@@ -60,7 +69,13 @@ void addTrackerOptions(CLI::App& command, TTrackerChoice& choice) {
       command.add_option("--hold", choice.settings.holdFrames, "Repeat the last seam for so many lost frames")
           ->check(CLI::NonNegativeNumber)
           ->capture_default_str();
-  for (CLI::Option* const option : {extraction, margin, jump, hold}) {
+  CLI::Option* const source =
+      command.add_option("--source", choice.source, "Find the seam by its stripe, its contrast or both")
+          ->capture_default_str();
+  command.add_option("--look-at", choice.settings.lookAtPx,
+                     "By contrast: the row, of a flat seam the column, of the seam point, px; else the middle");
+  addContrastOptions(command, choice.contrast);
+  for (CLI::Option* const option : {extraction, margin, jump, hold, source}) {
     exact->excludes(option);
   }
 }
@@ -70,6 +85,8 @@ TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice) {
     return TTrackerOptions::exact();
   }
   TTrackerOptions options = choice.settings;
+  options.source = parseSource(choice.source);
+  options.contrast = contrastOf(choice.contrast);
   if (!choice.extraction.empty()) {
     options.extraction = parseExtraction(choice.extraction);
   }

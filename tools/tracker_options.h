@@ -1,6 +1,8 @@
 // Options of the tracker that several commands have in common.
 #pragma once
 
+#include "tools/contrast_options.h"
+
 #include "zelWeldDetect.h"
 
 #include <CLI/CLI.hpp>
@@ -16,9 +18,12 @@ struct TTrackerChoice {
   bool isExact = false;
   std::string extraction;  // empty: the tracker's own
   TTrackerOptions settings;
+  std::string source = "stripe";
+  TContrastChoice contrast;
 };
 
-// Declares --first-only, --exact, --extraction, --margin, --max-jump and --hold.
+// Declares --first-only, --exact, --extraction, --margin, --max-jump, --hold, --source, --look-at and the options
+// of the search by contrast.
 void addTrackerOptions(CLI::App& command, TTrackerChoice& choice);
 
 // As understood. Throws a usage error that names the option.

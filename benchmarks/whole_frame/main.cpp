@@ -3,6 +3,7 @@
 // `make bench-compare` sets side by side.
 //
 // Baseline kernels are what the library takes after cv::setUseOptimized(false).
+#include "contrast_times.h"
 #include "frames.h"
 #include "peers.h"
 #include "plain_way.h"
@@ -257,6 +258,7 @@ int main() {
   reportJoints();
   reportOtherFrames();
   reportColour();
+  bench::reportContrast();
   reportAllocations();
   bench::reportTraceCost();
   bench::reportWorstCases();

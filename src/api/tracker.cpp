@@ -1,9 +1,11 @@
 #include "zelWeldTracker.h"
 
+#include "api/contrast_seam.h"
 #include "api/measure.h"
 #include "api/own_joint.h"
 #include "api/seam_gate.h"
 #include "api/seam_search.h"
+#include "contrast/find_line.h"
 #include "support/arena.h"
 #include "support/grey_image.h"
 #include "support/image_test.h"
@@ -28,6 +30,7 @@ TTrackerOptions inRange(TTrackerOptions options) {
   options.maxJumpPx = std::isnan(options.maxJumpPx) ? kNever : std::max(options.maxJumpPx, kLeastJumpPx);
   options.acceptAfterFrames = std::max(options.acceptAfterFrames, 1);
   options.holdFrames = std::max(options.holdFrames, 0);
+  options.source = std::clamp(options.source, TSeamSource::stripe, TSeamSource::both);
   return options;
 }
 
@@ -37,7 +40,8 @@ std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options, const
   const std::size_t lists = static_cast<std::size_t>(image.cols) * bytesPerColumn +
                             static_cast<std::size_t>(image.rows) * kBytesPerRow + image.total();
   const bool asksRidges = options.extraction != TStripeExtraction::edgePairs;
-  return asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
+  const std::size_t stripe = asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
+  return options.source == TSeamSource::stripe ? stripe : stripe + weld::contrastBytes(image.size());
 }
 
 }  // namespace
@@ -62,9 +66,14 @@ struct TWeldTracker::TState {
   weld::TArena memory;
   TWeldLineRes spare;
 
-  const weld::TJoint* joint() const { return own ? own->detected() : weld::findJoint(params.weldType); }
+  // By contrast alone there is none.
+  const weld::TJoint* joint() const {
+    if (options.source == TSeamSource::contrast) return nullptr;
+    return own ? own->detected() : weld::findJoint(params.weldType);
+  }
   weld::TMemory* beginFrame(const cv::Mat& image, const weld::TJoint* joint);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
+  weld::TFound searchByContrast(const weld::TFrame& frame) const;
   TTrackedSeam judge(const weld::TFound& found, const weld::TJoint* joint, bool isLetThrough);
   void remember(const TTrackedSeam& seam, std::size_t columns);
 };
@@ -78,8 +87,10 @@ weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image, const weld
 
 // A held seam guides the search like a new one, unless a lost frame's search is left to the next frame.
 weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld::TJoint* joint) const {
-  if (joint == nullptr || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
+  const bool isByContrast = options.source == TSeamSource::contrast;
+  if ((joint == nullptr && !isByContrast) || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
   weld::requireReadable(frame.image);
+  if (isByContrast) return searchByContrast(frame);
   weld::TRidgeSearch ridges(frame.memory);
   const weld::TQuest quest{frame,
                            *joint,
@@ -93,7 +104,16 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   previous.isFlush = guides && wasFlush;
-  return searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
+  weld::TFound found = searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
+  if (options.source == TSeamSource::both && joint->rules.hasSeamPoint)
+    weld::joinContrast(frame, options, found.seam);
+  return found;
+}
+
+weld::TFound TWeldTracker::TState::searchByContrast(const weld::TFrame& frame) const {
+  const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
+  const weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
+  return {findContrastSeam(frame, options, previous)};
 }
 
 // A seam that is held back counts as not found.
@@ -149,7 +169,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   TTrackedSeam seam = state->judge(found, joint, isLetThrough);
   state->remember(seam, static_cast<std::size_t>(std::max(image.cols, 0)));
   int announced = state->announcedFrames;
-  if (seam.state == TSeamState::found && joint->rules.announce != nullptr)
+  if (seam.state == TSeamState::found && joint != nullptr && joint->rules.announce != nullptr)
     joint->rules.announce(announced, found.seam, found.widthPx);
   if (seen) {
     const char* const problem = state->own ? state->own->problem.c_str() : "";

@@ -135,6 +135,9 @@ const char* weldOutcomeText(TWeldOutcome outcome) {
       "setting out of range",
       "changed too much since the last frame",
       "seam too far from the last one",
+      "no line that looks like a seam",
+      "line not surely a seam",
+      "line too short",
   };
   const auto index = static_cast<std::size_t>(outcome);
   return index < std::size(kTexts) ? kTexts[index] : "unknown outcome";

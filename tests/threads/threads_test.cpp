@@ -75,8 +75,20 @@ TChecksums rank(TSequence& sequence) {
   return {sum.value};
 }
 
+// The stripe itself is a bright line.
+TChecksums findLine(TSequence& sequence) {
+  TContrastSearch search;
+  search.polarity = TSeamPolarity::bright;
+  search.minConfidence = 0.0F;
+  const TContourCenterLine line = findSeamByContrast(sequence.images.back(), search);
+  TChecksum sum;
+  sum.add(line.pts.data(), line.pts.size() * sizeof(cv::Point2f));
+  sum.add({line.confidence, line.widthPx});
+  return {sum.value};
+}
+
 using TRun = TChecksums (*)(TSequence& sequence);
-constexpr TRun kRuns[] = {callPlainly, track, rank};
+constexpr TRun kRuns[] = {callPlainly, track, rank, findLine};
 constexpr int kKinds = static_cast<int>(std::size(kRuns));
 constexpr int kThreads = kKinds * kThreadsPerKind;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/kernels/block_marks.inl.h"
+#include "support/kernels/contrast_rows.inl.h"
 #include "support/kernels/edge_pairing.inl.h"
 #include "support/kernels/kernels.h"
 #include "support/kernels/line_rating.inl.h"
@@ -10,10 +11,13 @@
 namespace weld {
 namespace {
 
-constexpr TKernels kAllKernels{{markBlocks, pairStripeEdges},
-                               {rows::pairColumns, rows::addRows, rows::halveSums, rows::halveSumsAndColumns,
-                                rows::respond, rows::findMaxima},
-                               {zelFit::sumTruncatedQuadratics}};
+constexpr TKernels kAllKernels{
+    {markBlocks, pairStripeEdges},
+    {rows::pairColumns, rows::addRows, rows::halveSums, rows::halveSumsAndColumns, rows::respond,
+     rows::findMaxima},
+    {zelFit::sumTruncatedQuadratics},
+    {contrast::sumEight, contrast::meanOfTwo, contrast::respondDark, contrast::respondBright,
+     contrast::respondEdge, contrast::highest, contrast::sumMagnitudes, contrast::rate, contrast::advance}};
 
 }  // namespace
 }  // namespace weld

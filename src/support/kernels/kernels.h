@@ -1,6 +1,7 @@
 // The work on whole rows of pixels and points, written once in vector code and compiled per instruction set.
 #pragma once
 
+#include "support/kernels/contrast_rows.h"
 #include "support/kernels/edge_kernels.h"
 #include "support/kernels/line_rating.h"
 #include "support/kernels/ridge_rows.h"
@@ -11,6 +12,7 @@ struct TKernels {
   TEdgeKernels edges;
   TRidgeRows ridgeRows;
   zelFit::TLineRating lineRating;
+  TContrastRows contrastRows;
 };
 
 extern const TKernels kBaselineKernels;  // what every processor of the architecture can do

@@ -1,0 +1,40 @@
+// Brightness across a course, one profile per station, and their common shape.
+#pragma once
+
+#include "contrast/course.h"
+
+namespace weld {
+
+inline constexpr int kProfileReach = 40;  // px on either side of the course
+inline constexpr int kProfileSize = 2 * kProfileReach + 1;
+
+// Brightness relative to the profile's mean, less 1.
+class TProfiles {
+public:
+  TProfiles(const TGreyView& view, const TCourse& course, TMemory* memory);
+
+  int count() const { return stations; }
+  const float* of(int station) const {
+    return values.data() + static_cast<std::ptrdiff_t>(station) * kProfileSize;
+  }
+  // At u px from the course, between pixels as well; beyond the reach the outermost one.
+  float at(int station, float u) const;
+
+private:
+  int stations;
+  TBuffer<float> values;
+};
+
+// How far every station's seam lies from the course, and how much its profile is like the others.
+struct TAlignment {
+  explicit TAlignment(TMemory* memory) : shift(memory), likeness(memory), depth(memory), shape(memory) {}
+  TList<float> shift;     // px
+  TList<float> likeness;  // -1..1
+  TList<float> depth;     // of the seam against the mean profile's: 1 as deep
+  TList<float> shape;     // mean of the aligned profiles
+};
+
+// Turn by turn the mean profile and every station's place in it.
+TAlignment alignProfiles(const TProfiles& profiles, TMemory* memory);
+
+}  // namespace weld
