@@ -45,7 +45,8 @@ std::optional<TFrame> TFrameSource::next() {
     const TInputFile& file = files[fileIndex];
     if (!file.isVideo) {
       ++fileIndex;
-      return TFrame{frameIndex++, file.path.string(), readImage(file.path), file.startsSequence};
+      const cv::Mat image = readImage(file.path);
+      return TFrame{frameIndex++, file.path.string(), image, image.size(), file.startsSequence};
     }
     if (auto frame = nextOfVideo(file)) {
       return frame;
@@ -67,7 +68,8 @@ std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
   }
   if (!image.empty()) {
     const int number = videoFrame++;
-    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), number == 0};
+    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), image.size(),
+                  number == 0};
   }
   if (endsEarly(video, videoFrame)) {
     throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) +

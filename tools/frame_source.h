@@ -14,7 +14,8 @@ namespace tool {
 struct TFrame {
   int index = 0;     // 0, 1, 2, ... over all inputs
   std::string name;  // the file as given; for a video "clip.avi#12" with the frame's number in it
-  cv::Mat image;     // as stored
+  cv::Mat image;     // as stored, or as prepared from that
+  cv::Size storedSize;
   bool startsSequence = false;
 };
 

@@ -140,6 +140,22 @@ TWeldPosType choosePosition(TWeldType type, const TParamSource& source, const or
   return namingOrigin(isOption ? "--position" : source.file, [&] { return parsePosition(type, text); });
 }
 
+void applyPreset(TWeldParams& params, const std::string& name) {
+  if (params.weldType != TWeldType::corner) {
+    throw usageError("--preset: only a corner has presets, not " + nameOf(params.weldType));
+  }
+  const auto& presets = cornerPresets();
+  const auto preset = std::find_if(presets.begin(), presets.end(), [&](const auto& p) { return name == p.name; });
+  if (preset == presets.end()) {
+    throw usageError("--preset: unknown preset '" + name + "': use " + presetNames());
+  }
+  TCornerSettings settings = TCornerSettings::of(params);
+  settings.leftFlankDeg = preset->settings.leftFlankDeg;
+  settings.rightFlankDeg = preset->settings.rightFlankDeg;
+  settings.includedAngleDeg = preset->settings.includedAngleDeg;
+  params = settings.params(params.weldPosType);
+}
+
 }  // namespace
 
 TWeldParams loadParams(const TParamSource& source) {
@@ -148,6 +164,9 @@ TWeldParams loadParams(const TParamSource& source) {
   TWeldParams params;
   initWeldParameters(type, params, choosePosition(type, source, record));
   namingOrigin(source.file, [&] { applyFile(params, record); });
+  if (!source.preset.empty()) {
+    applyPreset(params, source.preset);
+  }
   for (const std::string& value : source.values) {
     namingOrigin("--set", [&] { applyValue(params, value); });
   }

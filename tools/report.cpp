@@ -54,6 +54,7 @@ ordered_json frameJson(const TFrameRecord& record) {
           {"ms", rounded(record.ms)},
           {"reason", trace.reason},
           {"sentence", trace.sentence},
+          {"advice", trace.advice},
           {"startsSequence", record.startsSequence}};
 }
 

@@ -16,6 +16,7 @@ void addFrameOptions(CLI::App& command, TFrameOptions& options) {
 void addParamOptions(CLI::App& command, TParamSource& source) {
   command.add_option("--type", source.type, "Joint, by name or number: " + detectorTypeNames());
   command.add_option("--position", source.position, "Welding position: " + positionNames());
+  command.add_option("--preset", source.preset, "Angles of a corner: " + presetNames());
   command.add_option("--params", source.file, "Parameter file, as params --format json writes it");
   command.add_option("--set", source.values, "One parameter as name=value; may be repeated")
       ->allow_extra_args(false);

@@ -65,6 +65,10 @@ ordered_json checkJson(const TTraceCheck& check) {
   return json;
 }
 
+ordered_json needJson(const TTraceNeed& need) {
+  return {{"parameter", need.parameter}, {"kind", nameOf(need.kind)}, {"enough", need.enough}};
+}
+
 ordered_json filterJson(const TTraceFilter& filter) {
   return {{"name", filter.name}, {"before", filter.before}, {"after", filter.after}};
 }
@@ -116,6 +120,8 @@ ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
       {"reason", attempt.reason},
       {"sentence", attempt.sentence},
       {"decisive", attempt.decisive},
+      {"needs", listOf(attempt.needs, needJson)},
+      {"needsSuffice", attempt.needsSuffice},
       {"regions", listOf(attempt.regions, regionJson)},
       {"columns",
        {{"scanned", attempt.columnsScanned},
@@ -151,6 +157,10 @@ std::string searchWords(const TFrameTrace& trace) {
                                   nameOf(attempt->path) + " search, " + tool::nameOf(attempt->extraction);
 }
 
+std::string explanationOf(const TFrameTrace& trace) {
+  return trace.sentence + (trace.advice.empty() ? "" : "; " + trace.advice);
+}
+
 const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace) {
   return trace.decisive < 0 ? nullptr : &trace.attempts[static_cast<std::size_t>(trace.decisive)];
 }
@@ -159,6 +169,7 @@ ordered_json traceJson(const TFrameTrace& trace, bool withPoints) {
   return {{"outcome", weldOutcomeText(trace.outcome)},
           {"reason", trace.reason},
           {"sentence", trace.sentence},
+          {"advice", trace.advice},
           {"decisive", trace.decisive},
           {"attempts",
            listOf(trace.attempts, [&](const TTraceAttempt& attempt) { return attemptJson(attempt, withPoints); })},

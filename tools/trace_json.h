@@ -13,6 +13,9 @@ namespace tool {
 // attempts.
 std::string searchWords(const TFrameTrace& trace);
 
+// Why a frame is not found, and what may be done: sentence and advice.
+std::string explanationOf(const TFrameTrace& trace);
+
 // The attempt that the outcome speaks of; null without attempts.
 const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace);
 

@@ -1,5 +1,6 @@
 #include "zelWeldTracker.h"
 
+#include "api/advice.h"
 #include "api/measure.h"
 #include "api/own_joint.h"
 #include "api/seam_gate.h"
@@ -155,6 +156,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
     const char* const problem = state->own ? state->own->problem.c_str() : "";
     weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos, problem},
                         joint != nullptr ? &joint->info : nullptr);
+    if (joint != nullptr && seam.state != TSeamState::found) weld::adviseFrame(image, *joint, trace);
     trace.totalUs = clock.elapsedUs();
   }
 

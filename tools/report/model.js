@@ -45,6 +45,11 @@ function withUnit(value, unit) {
   return unit ? `${plain(value)} ${unit}` : plain(value);
 }
 
+// Why a frame is not found, and what may be done.
+function explanation({ sentence, advice }) {
+  return advice ? `${sentence}; ${advice}` : sentence;
+}
+
 // "stepTooLow" -> "step too low"
 function inWords(name) {
   return name.replace(/[A-Z]/g, (letter) => " " + letter.toLowerCase());

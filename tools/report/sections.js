@@ -31,7 +31,7 @@ function reasonRow(entry) {
     element("td", "", null, element("button", "", entry.reason)), // for the keyboard; its click is the row's
     element("td", "number", entry.frames.length),
     element("td", "share", null, bar),
-    element("td", "quiet", `${report.frames[example].sentence} (frame ${example})`));
+    element("td", "quiet", explanation(report.frames[example]) + ` (frame ${example})`));
   row.dataset.reason = entry.reason;
   row.addEventListener("click", () => {
     choose(chosenFilter === entry.reason ? "all" : entry.reason);

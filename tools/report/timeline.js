@@ -26,7 +26,7 @@ function frameAt(x) {
 function showReadout(index) {
   const frame = report.frames[index];
   const place = frame.x === null ? "" : ` · x ${number(frame.x, 1)} · y ${number(frame.y, 1)}`;
-  const reason = frame.sentence ? ` · ${frame.sentence}` : "";
+  const reason = frame.sentence ? ` · ${explanation(frame)}` : "";
   byId("readout").textContent =
     `frame ${index} · ${frame.state}${place} · ${frame.points} points · ${number(frame.ms, 2)} ms${reason}`;
 }

@@ -109,6 +109,7 @@ function showFacts(frame, detail) {
   const place = frame.x === null ? "none" : `x ${number(frame.x, 2)}, y ${number(frame.y, 2)} px`;
   facts.replaceChildren(
     element("p", "sentence", frame.sentence || (frame.reason === "found" ? "seam found" : frame.reason)),
+    ...(frame.advice ? [element("p", "advice", frame.advice)] : []),
     factList([["seam", place], ["stripe", `${frame.points} points`], ["time", `${number(frame.ms, 2)} ms`]]));
   if (!detail) return;
   const { attempts, decisive, gate, stages } = detail.trace;
