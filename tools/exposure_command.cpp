@@ -68,7 +68,7 @@ std::string tableLine(const TFrame& frame, const TExposure& exposure) {
 
 void run(const TOptions& options) {
   const TPreparation preparation = preparationOf(options.frames);
-  TFrameSource source(listInputs(options.frames.inputs));
+  TFrameSource source = framesOf(options.frames);
   printLine(" frame  mean   bright  saturated  peak  advice        file");
   while (const auto frame = source.next()) {
     const cv::Mat image = prepareImage(frame->image, preparation, frame->name);

@@ -30,7 +30,7 @@ void run(const TTrackingOptions& options) {
   TTracking tracking = trackingOf(options);
   tracking.tracker.keepTrace = true;
   const std::vector<TMeasure> measures = measuresOf(tracking.params.weldType);
-  TFrameSource source(listInputs(options.frames.inputs));
+  TFrameSource source = framesOf(options.frames);
   TFrameTracker tracker(tracking);
   printLine(" frame  state  measured");
   while (const auto frame = source.next()) {

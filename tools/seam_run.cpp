@@ -180,12 +180,12 @@ std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& fram
 
 void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {
   const TPreparation preparation = preparationOf(options);
-  TFrameSource source(listInputs(options.inputs));
+  TFrameSource source = framesOf(options);
   TProgress progress(source.frameCount());
-  while (auto frame = source.next()) {
+  for (int done = 1; auto frame = source.next(); ++done) {
     frame->image = prepareImage(frame->image, preparation, frame->name);
     follow(*frame);
-    progress.draw(frame->index + 1);
+    progress.draw(done);
   }
   progress.clear();
   throwIfStopRequested();

@@ -6,6 +6,21 @@
 #include <algorithm>
 
 namespace tool {
+
+const char* nameOf(TLimitKind kind) {
+  switch (kind) {
+    case TLimitKind::atLeast:
+      return "atLeast";
+    case TLimitKind::above:
+      return "above";
+    case TLimitKind::atMost:
+      return "atMost";
+    case TLimitKind::below:
+      break;
+  }
+  return "below";
+}
+
 namespace {
 
 using nlohmann::ordered_json;
@@ -24,20 +39,6 @@ const char* nameOf(TSearchPath path) {
   return "fallback";
 }
 
-const char* nameOf(TLimitKind kind) {
-  switch (kind) {
-    case TLimitKind::atLeast:
-      return "atLeast";
-    case TLimitKind::above:
-      return "above";
-    case TLimitKind::atMost:
-      return "atMost";
-    case TLimitKind::below:
-      break;
-  }
-  return "below";
-}
-
 template <typename TItems, typename TMake>
 ordered_json listOf(const TItems& items, TMake make) {
   ordered_json list = ordered_json::array();
@@ -54,7 +55,7 @@ ordered_json pointJson(const TPoint& point) {
 
 ordered_json checkJson(const TTraceCheck& check) {
   ordered_json json = {{"name", check.name},           {"element", check.element}, {"measured", check.measured},
-                       {"kind", nameOf(check.kind)},   {"limit", check.limit},     {"unit", check.unit},
+                       {"kind", tool::nameOf(check.kind)},   {"limit", check.limit},     {"unit", check.unit},
                        {"parameter", check.parameter}, {"passed", check.passed},   {"stage", check.stage}};
   if (*check.way != '\0') {
     json["way"] = check.way;
@@ -66,7 +67,7 @@ ordered_json checkJson(const TTraceCheck& check) {
 }
 
 ordered_json needJson(const TTraceNeed& need) {
-  return {{"parameter", need.parameter}, {"kind", nameOf(need.kind)}, {"enough", need.enough}};
+  return {{"parameter", need.parameter}, {"kind", tool::nameOf(need.kind)}, {"enough", need.enough}};
 }
 
 ordered_json filterJson(const TTraceFilter& filter) {

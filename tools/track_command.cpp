@@ -100,7 +100,7 @@ void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
 
 void run(const TOptions& options) {
   const TJob job = jobOf(options);
-  TFrameSource source(job.files);
+  TFrameSource source = framesOf(options.tracking.frames);
   TFrameTracker tracker(job.tracking);
   TRecordWriter writer(std::cout, job.format, job.tracking.params.weldType, job.withPoints, job.keepTrace);
   TProgress progress(source.frameCount());
