@@ -73,6 +73,7 @@ public:
   TSeamFrame next(const TFrame& frame);
 
   TWeldType type() const { return params.weldType; }
+  const TFrameTrace& trace() const { return tracker.lastTrace(); }  // of the last frame
   int frames() const { return frameCount; }
   int found() const { return foundCount; }
   int losses() const { return lossCount; }               // stretches of frames not found
