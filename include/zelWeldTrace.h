@@ -142,7 +142,7 @@ struct TTraceAttempt {
   std::string sentence;           // "step 14.2 px is below the minimum step 20 px, set by minStepPx (dPara7)"
   std::vector<TTraceNeed> needs;  // every setting that refuses this stripe, one after the other
   bool needsSuffice = false;      // with all of them a seam is found, though it may be a wrong one
-  std::string advice;             // of a failed one: the needs in words, or what a fixed limit leaves to be done
+  std::string advice;             // of a failed one, where the options ask for advice: the needs in words, or what a fixed limit leaves to be done
 };
 
 // What happened in one frame.

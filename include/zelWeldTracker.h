@@ -34,6 +34,8 @@ struct TTrackerOptions {
   bool searchWholeOnLoss = true;
   // true: fills lastTrace().
   bool keepTrace = false;
+  // true, with keepTrace: the trace of a frame without a seam says what may be done; costs several detections.
+  bool giveAdvice = false;
 
   // Nothing beyond the rules: frame for frame what detectWeldLineViaTracking gives when it is fed its own results.
   static TTrackerOptions exact() {

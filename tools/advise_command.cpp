@@ -27,9 +27,10 @@ struct TOptions {
 };
 
 struct TSifting {
-  std::vector<TTrial> best;    // without objection, the best first
-  std::optional<TTrial> next;  // else the one that found most
-  std::string objection;       // to that one
+  std::vector<TTrial> best;                 // without objection, the best first
+  std::optional<TTrial> next;               // else the one that found most
+  std::string objection;                    // to that one
+  std::vector<TReasonTally::TRow> reasons;  // for losses, as set
   int tried = 0;
   int frames = 0;
 };
@@ -73,16 +74,23 @@ TSifting sift(const TScene& scene, const TTrial& given) {
   std::vector<TSetting> ways = otherWays(given.setting, lookalikeOf(scene, given),
                                          mayStandUpright ? std::make_optional(scene.preparation) : std::nullopt);
   ways.insert(ways.begin(), given.setting);
+  for (TSetting& way : ways) {
+    way.tracker.giveAdvice = true;
+  }
   std::vector<TTrial> trials = tryWithProgress(scene, stretches, ways);
   std::vector<TSetting> refined;
   for (const TTrial& trial : trials) {
     const std::vector<TSetting> settings = settingsFor(trial);
     refined.insert(refined.end(), settings.begin(), settings.end());
   }
+  for (TSetting& setting : refined) {
+    setting.tracker.giveAdvice = false;
+  }
   for (TTrial& trial : tryWithProgress(scene, stretches, refined)) {
     trials.push_back(std::move(trial));
   }
   TSifting sifting;
+  sifting.reasons = trials.front().run->reasons().rows();
   sifting.tried = static_cast<int>(trials.size()) - 1;
   sifting.frames = static_cast<int>(trials.front().seams.size());
   int mostGained = 0;
@@ -106,6 +114,7 @@ std::optional<TTrial> bestOnAll(const TScene& scene, const TTrial& given, TSifti
   std::vector<TSetting> settings;
   for (std::size_t i = 0; i < std::min(kFinalists, sifting.best.size()); ++i) {
     settings.push_back(sifting.best[i].setting);
+    settings.back().tracker.giveAdvice = false;
   }
   std::optional<TTrial> best;
   for (TTrial& trial : tryWithProgress(scene, {{0, static_cast<int>(scene.frames.size()) - 1}}, settings)) {
@@ -149,23 +158,27 @@ void printAdvice(const TTrial& given, const TTrial& best) {
   printLine(row("median shift", "", pxOrDash(change.medianShiftPx) + " of the frames found before"));
 }
 
-void printRefusal(const TTrial& given, const TSifting& sifting) {
-  const auto reasons = given.run->reasons().rows();
+void printRefusal(const TSifting& sifting) {
   std::string text = "\nNo setting does";
   if (sifting.next) {
     text += ", because the best, " + wordsOf(sifting.next->setting) + ", " + sifting.objection + ".";
   } else {
     text += ", because none finds any of the lost frames.";
   }
-  if (!reasons.empty()) {
-    text += "\nMost frames are lost with \"" + reasons.front().reason + "\", as frame " +
-            std::to_string(reasons.front().firstFrame) + ": " + reasons.front().sentence;
+  if (!sifting.reasons.empty()) {
+    const TReasonTally::TRow& most = sifting.reasons.front();
+    text += "\nMost frames are lost with \"" + most.reason + "\", as frame " + std::to_string(most.firstFrame) +
+            ": " + most.sentence;
   }
   printLine(text);
 }
 
 void run(const TOptions& options) {
   const TSetting setting{loadParams(options.source), trackerOf(options.run), 0, {}, false};
+  const TWeldJoint* const joint = findWeldJoint(setting.params.weldType);
+  if (joint->features.empty()) {
+    throw usageError("advise: " + std::string(joint->name) + " has no seam point; choose a joint");
+  }
   const TScene scene{keepFrames(options.run.frames), preparationOf(options.run.frames), truthOf(options.run)};
   const std::vector<TStretch> all = {{0, static_cast<int>(scene.frames.size()) - 1}};
   const TTrial given = tryOn(scene, all, setting);
@@ -186,7 +199,7 @@ void run(const TOptions& options) {
   if (best) {
     printAdvice(given, *best);
   } else {
-    printRefusal(given, sifting);
+    printRefusal(sifting);
   }
 }
 

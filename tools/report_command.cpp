@@ -52,6 +52,7 @@ void writePage(const TReport& report, const fs::path& page) {
 void run(const TOptions& options) {
   TTracking tracking = trackingOf(options.tracking);
   tracking.tracker.keepTrace = true;
+  tracking.tracker.giveAdvice = true;
   TFrameSource source = framesOf(options.tracking.frames);
   preparePlace(options.page);
   TReport report(tracking.params, tracking.tracker);

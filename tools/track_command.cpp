@@ -69,6 +69,7 @@ TJob jobOf(const TOptions& options) {
   job.outFolder = outFolderOf(options, job.files);
   job.keepTrace = options.keepTrace;
   job.tracking.tracker.keepTrace = job.keepTrace || !job.outFolder.empty();
+  job.tracking.tracker.giveAdvice = true;
   return job;
 }
 

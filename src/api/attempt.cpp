@@ -95,7 +95,7 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
   const bool hasStripe = frame.trace.passes(kRidgePoints, extracted.stripe.points.size(), kMinRidgePoints);
   TSeam seam = hasStripe ? quest.joint.rules.find(frame, extracted.stripe, {}) : TSeam(frame.memory);
   TFound found = conclude(quest, extracted, std::move(seam));
-  if (frame.trace && hasStripe && !found.seam.isFound)
+  if (quest.givesAdvice && hasStripe && !found.seam.isFound)
     adviseAttempt(quest, extracted.stripe, quest.joint.rules.find, {});
   return found;
 }
@@ -109,7 +109,7 @@ TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extrac
   TSeam seam = find(quest.frame, extracted.stripe, previous);
   const bool hasFailed = !seam.isFound;
   TFound found = conclude(quest, extracted, std::move(seam));
-  if (quest.frame.trace && !found.seam.isFound) adviseAttempt(quest, extracted.stripe, find, previous);
+  if (quest.givesAdvice && !found.seam.isFound) adviseAttempt(quest, extracted.stripe, find, previous);
   const bool triesRidges = hasFailed && rules.hasSecondChance && quest.grantsSecondChance;
   return triesRidges ? tryRidges(quest, std::move(extracted.stripe.status)) : std::move(found);
 }

@@ -149,6 +149,22 @@ def check_narrow(browser, page):
     browser.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
 
 
+def check_access(browser, page, axe):
+    """Contrast, names and keyboard use, as axe-core judges them in both colour schemes, with and without a frame."""
+    for scheme in ("light", "dark"):
+        browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        for place in ("", f"#frame={DARK[0]}"):
+            browser.get("about:blank")
+            browser.get(page.as_uri() + place)
+            browser.execute_script(axe)
+            found = browser.execute_async_script("axe.run().then(arguments[0])")
+            assert len(found["passes"]) > 10, "axe-core did not look"
+            bad = [(rule["id"], rule["nodes"][0]["html"]) for rule in found["violations"]
+                   if rule["impact"] in ("serious", "critical")]
+            assert not bad, (page.name, scheme, place, bad)
+
+
 def check_report(browser):
     check_losses(browser)
     check_ribbon_keys(browser)
@@ -172,6 +188,10 @@ def main():
     if not os.path.exists(chromium) or not os.path.exists(driver):
         print("skipped: chromium or chromedriver is not installed")
         return SKIPPED
+    axe_file = os.environ.get("ZELWELD_AXE", "")
+    axe = pathlib.Path(axe_file).read_text() if axe_file else None
+    if not axe:
+        print("accessibility not looked at: ZELWELD_AXE names no axe.min.js (npm pack axe-core)")
     with tempfile.TemporaryDirectory() as name:
         pages = make_pages(zelweld, pathlib.Path(name))
         browser = open_browser(chromium, driver)
@@ -184,6 +204,8 @@ def main():
                 requests = foreign_requests(browser, page)
                 assert not requests, requests
                 check_narrow(browser, page)
+                if axe:
+                    check_access(browser, page, axe)
                 browser.get_log("performance")
         finally:
             browser.quit()

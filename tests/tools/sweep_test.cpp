@@ -126,6 +126,7 @@ TEST_F(ZelweldTest, CompareTellsWhatOneFileLosesAndWhy) {
   EXPECT_EQ(lineWith(out, "Lost under B"), "Lost under B, found under A: 6 frames");
   EXPECT_EQ(lineWith(out, "  frames 0"), "  frames 0-5");
   EXPECT_EQ(lineWith(out, "Lost under A"), "Lost under A, found under B: 0 frames");
+  EXPECT_TRUE(std::regex_match(lineWith(out, "gapPx "), std::regex("gapPx +[0-9.]+ +-"))) << out;
   EXPECT_NE(lineWith(out, "  6 x").find("frame 0: gap"), std::string::npos) << out;
   EXPECT_NE(lineWith(out, "  6 x").find("set by minGapPx (dPara8)"), std::string::npos) << out;
 
@@ -184,6 +185,25 @@ TEST_F(ZelweldTest, SentencesSayWhatWouldBeEnough) {
                     {"track p --type gap --set minStepPx=3", "reads no parameter 'minStepPx'"}});
 }
 
+// Every other step is lower: the seam moves evenly, the mismatch does not.
+TEST_F(ZelweldTest, AMeasureCanBeWhatIsToBeSteady) {
+  std::filesystem::create_directory(folder / "f");
+  for (int n = 0; n < 8; ++n) {
+    cv::Mat image(200, 400, CV_8U, cv::Scalar(10));
+    image(cv::Rect(0, 96, 180, 8)).setTo(200);
+    image(cv::Rect(220, n % 2 == 0 ? 98 : 96, 180, 8)).setTo(200);
+    cv::imwrite((folder / cv::format("f/%d.png", n)).string(), image);
+  }
+  const std::string sweep = "sweep f --type gap --set minGapPx=5:15:5";
+  const auto jitterOf = [&](const std::string& out) {
+    std::smatch found;
+    const std::string line = lineWith(out, " * 10 ");
+    return std::regex_search(line, found, std::regex("100.0 % +([0-9.]+)")) ? std::stod(found[1]) : -1.0;
+  };
+  EXPECT_NEAR(jitterOf(zelweldOk(sweep + " --objective mismatchPx").out), 4.0, 0.5);
+  EXPECT_NEAR(jitterOf(zelweldOk(sweep + " --objective gapPx").out), 0.0, 0.5);
+}
+
 TEST_F(ZelweldTest, SweepSuggestsAValueThatFindsTheSeam) {
   simulate("f", "--type gap --frames 4 --seed 3");
   const std::string out = zelweldOk("sweep f --type gap --set dPara4=3 --set dPara8=5:105:10 --out s.html").out;
@@ -191,6 +211,8 @@ TEST_F(ZelweldTest, SweepSuggestsAValueThatFindsTheSeam) {
   EXPECT_NE(lineWith(out, " * 5 ").find("#################### 100.0 %"), std::string::npos) << out;
   EXPECT_NE(lineWith(out, "   105 ").find(" 0.0 %"), std::string::npos) << out;
   EXPECT_EQ(lineWith(out, "may go on"), "The good range may go on below the sweep.");
+  expectRefused(
+      2, {{"sweep f --type gap --set dPara8=5:15:5 --objective gap", "measures no 'gap': use confidence, gapPx"}});
   const std::string page = readFile(folder / "s.html");
   EXPECT_NE(page.find(R"("value":105.0,"foundShare":0.0,"jitterPx":null)"), std::string::npos);
   EXPECT_NE(zelweldOk("sweep f --type gap --set dPara8=100:110:10").out.find("No suggestion"), std::string::npos);
