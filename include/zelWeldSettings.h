@@ -58,6 +58,9 @@ struct TCornerPreset {
   const char* name = "";     // "roof"
   const char* meaning = "";  // how its flanks run
   TCornerSettings settings;  // its angles, the rest at the defaults
+
+  // The parameters of a corner, standing so.
+  ZELWELDDETECT_EXPORT TWeldParams applyTo(const TWeldParams& params) const;
 };
 
 // valley (the defaults), roof, fillet, filletLeft, flatBend.

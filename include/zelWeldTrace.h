@@ -48,6 +48,11 @@ enum class TWeldOutcome : std::int32_t {
 // What a measured value must be to pass.
 enum class TLimitKind : std::int32_t { atLeast = 0, above = 1, atMost = 2, below = 3 };
 
+// Whether it is a minimum.
+inline bool isLowerLimit(TLimitKind kind) {
+  return kind == TLimitKind::atLeast || kind == TLimitKind::above;
+}
+
 // A few words for an outcome: "element too short". Never null.
 ZELWELDDETECT_EXPORT const char* weldOutcomeText(TWeldOutcome outcome);
 
@@ -142,7 +147,8 @@ struct TTraceAttempt {
   std::string sentence;           // "step 14.2 px is below the minimum step 20 px, set by minStepPx (dPara7)"
   std::vector<TTraceNeed> needs;  // every setting that refuses this stripe, one after the other
   bool needsSuffice = false;      // with all of them a seam is found, though it may be a wrong one
-  std::string advice;             // of a failed one, where the options ask for advice: the needs in words, or what a fixed limit leaves to be done
+  std::string advice;  // of a failed one, where the options ask for advice: the needs in words, or what a fixed
+                       // limit leaves to be done
 };
 
 // What happened in one frame.

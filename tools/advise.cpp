@@ -27,10 +27,6 @@ constexpr double kSureShare = 0.5;   // of the confidence before
 constexpr double kLeastFound = 0.9;  // where hardly anything was found before
 constexpr double kHardlyFound = 0.1;
 
-bool isLowerLimit(TLimitKind kind) {
-  return kind == TLimitKind::atLeast || kind == TLimitKind::above;
-}
-
 // The values of one parameter that lost frames need.
 struct TDemand {
   TLimitKind kind = TLimitKind::atLeast;
@@ -96,12 +92,8 @@ TSetting changedWay(const TSetting& given, const std::string& change) {
 std::vector<TSetting> presetsOf(const TSetting& given) {
   std::vector<TSetting> settings;
   for (const TCornerPreset& preset : cornerPresets()) {
-    TCornerSettings corner = TCornerSettings::of(given.params);
-    corner.leftFlankDeg = preset.settings.leftFlankDeg;
-    corner.rightFlankDeg = preset.settings.rightFlankDeg;
-    corner.includedAngleDeg = preset.settings.includedAngleDeg;
     settings.push_back(changedWay(given, std::string("--preset ") + preset.name));
-    settings.back().params = corner.params(given.params.weldPosType);
+    settings.back().params = preset.applyTo(given.params);
   }
   return settings;
 }

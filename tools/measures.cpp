@@ -78,8 +78,7 @@ TMeasure findMeasure(TWeldType type, const std::string& name) {
 }
 
 double marginOf(const TTraceCheck& test) {
-  const bool isLower = test.kind == TLimitKind::atLeast || test.kind == TLimitKind::above;
-  return isLower ? test.measured - test.limit : test.limit - test.measured;
+  return isLowerLimit(test.kind) ? test.measured - test.limit : test.limit - test.measured;
 }
 
 std::vector<TTraceCheck> testsOf(const TFrameTrace& trace) {

@@ -149,11 +149,7 @@ void applyPreset(TWeldParams& params, const std::string& name) {
   if (preset == presets.end()) {
     throw usageError("--preset: unknown preset '" + name + "': use " + presetNames());
   }
-  TCornerSettings settings = TCornerSettings::of(params);
-  settings.leftFlankDeg = preset->settings.leftFlankDeg;
-  settings.rightFlankDeg = preset->settings.rightFlankDeg;
-  settings.includedAngleDeg = preset->settings.includedAngleDeg;
-  params = settings.params(params.weldPosType);
+  params = preset->applyTo(params);
 }
 
 }  // namespace

@@ -94,8 +94,7 @@ void addFrame(TSweep& sweep, const TFrame& frame, const TTruth& truth, const TPr
 // At the loosest value of its range a test refuses nothing any more.
 bool canFail(const TSweep& sweep, double value) {
   const TParameterLimits& limits = findParameter(sweep.type, sweep.parameter).limits;
-  const bool isLower = sweep.limit == TLimitKind::atLeast || sweep.limit == TLimitKind::above;
-  return !sweep.limit || (isLower ? value > limits.min : value < limits.max);
+  return !sweep.limit || (isLowerLimit(*sweep.limit) ? value > limits.min : value < limits.max);
 }
 
 TSweepRow rowOf(const TSweep& sweep, const TTrial& trial) {

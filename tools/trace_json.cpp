@@ -54,9 +54,11 @@ ordered_json pointJson(const TPoint& point) {
 }
 
 ordered_json checkJson(const TTraceCheck& check) {
-  ordered_json json = {{"name", check.name},           {"element", check.element}, {"measured", check.measured},
-                       {"kind", tool::nameOf(check.kind)},   {"limit", check.limit},     {"unit", check.unit},
-                       {"parameter", check.parameter}, {"passed", check.passed},   {"stage", check.stage}};
+  ordered_json json = {{"name", check.name},           {"element", check.element},
+                       {"measured", check.measured},   {"kind", tool::nameOf(check.kind)},
+                       {"limit", check.limit},         {"unit", check.unit},
+                       {"parameter", check.parameter}, {"passed", check.passed},
+                       {"stage", check.stage}};
   if (*check.way != '\0') {
     json["way"] = check.way;
   }

@@ -21,10 +21,6 @@ constexpr double kUprightShare = 0.06;   // of the rows that such a stripe fills
 constexpr std::size_t kUprightMore = 4;  // and times the columns
 constexpr double kClearLead = 12.0;      // of another joint's score over that of the one looked for
 
-bool isLowerLimit(TLimitKind kind) {
-  return kind == TLimitKind::atLeast || kind == TLimitKind::above;
-}
-
 // The nearest round limit that lets the measured value pass.
 double enoughFor(const TTraceCheck& check) {
   const double perUnit = check.isCount                     ? 1.0
@@ -143,11 +139,7 @@ std::string restText(const TTraceAttempt& failed, bool isFirst) {
 const TCornerPreset* findPreset(const TQuest& quest, const TSecondLook& look) {
   TTraceAttempt ending;
   for (const TCornerPreset& preset : cornerPresets()) {
-    TCornerSettings settings = TCornerSettings::of(quest.frame.params);
-    settings.leftFlankDeg = preset.settings.leftFlankDeg;
-    settings.rightFlankDeg = preset.settings.rightFlankDeg;
-    settings.includedAngleDeg = preset.settings.includedAngleDeg;
-    if (look.finds(settings.params(quest.frame.params.weldPosType), ending)) return &preset;
+    if (look.finds(preset.applyTo(quest.frame.params), ending)) return &preset;
   }
   return nullptr;
 }

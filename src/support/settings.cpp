@@ -122,6 +122,14 @@ TCornerSettings TCornerSettings::of(const TWeldParams& params) {
   return settings;
 }
 
+TWeldParams TCornerPreset::applyTo(const TWeldParams& params) const {
+  TCornerSettings corner = TCornerSettings::of(params);
+  corner.leftFlankDeg = settings.leftFlankDeg;
+  corner.rightFlankDeg = settings.rightFlankDeg;
+  corner.includedAngleDeg = settings.includedAngleDeg;
+  return corner.params(params.weldPosType);
+}
+
 const std::vector<TCornerPreset>& cornerPresets() {
   const auto preset = [](const char* name, const char* meaning, TAngleRange left, TAngleRange right,
                          TAngleRange included) {
