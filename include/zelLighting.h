@@ -5,6 +5,8 @@
 
 #include <opencv2/core.hpp>
 
+#include <vector>
+
 // Figures from which a caller sets the exposure of its camera. Large specular reflections count only partly, so
 // that a shiny plate does not drive the exposure down; the stripe counts in full. Images are never written to.
 namespace LightingAdaptation {
@@ -54,5 +56,29 @@ struct TExposureTarget {
 // repeat with the next frame. A mean that a scene reaches only with too many bright pixels is never settled on.
 // Whatever the figures and the target hold, the factor lies between 1/4 and 4.
 ZELWELDDETECT_EXPORT double adviseExposureFactor(int meanGray, double brightShare, const TExposureTarget& target);
+
+// The light of the stripe itself, a hundredth of the image that its mean hardly knows of.
+struct TStripeLight {
+  int columns = 0;                  // that have a centre; 0: no stripe
+  double saturatedShare = 0.0;      // of them, with a peak of 250 grey levels or more, 0..1
+  double peakOverBackground = 0.0;  // median over them: peak near the centre less the median of the column, 0..255
+};
+
+//   image      8-bit, 1, 3 (BGR) or 4 (BGRA) channels; other types raise cv::Exception, an empty image gives no
+//   column. stripePts  centres in the image, as in TWeldLineRes; those outside the image are left out.
+ZELWELDDETECT_EXPORT TStripeLight measureStripeLight(const cv::Mat& image,
+                                                     const std::vector<cv::Point2f>& stripePts);
+
+// What a well exposed stripe looks like.
+struct TStripeTarget {
+  double saturatedShare = 0.25;  // largest share of columns that may be saturated, 0..1
+  double leastPeak = 40.0;       // peak over background that suits, grey levels
+  double wantedPeak = 120.0;     // to raise a lower one to
+};
+
+// The factor for the exposure as above, from the stripe: above the share of saturated columns lower, at most to a
+// half, below the least peak higher, at most by 4, else 1. Without a stripe, and for figures that are not
+// numbers, 1.
+ZELWELDDETECT_EXPORT double adviseExposureFactor(const TStripeLight& light, const TStripeTarget& target);
 
 }  // namespace LightingAdaptation

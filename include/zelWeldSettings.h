@@ -53,6 +53,19 @@ struct ZELWELDDETECT_EXPORT TCornerSettings {
   static TCornerSettings of(const TWeldParams& params);
 };
 
+// A way in which a corner may stand in the image.
+struct TCornerPreset {
+  const char* name = "";     // "roof"
+  const char* meaning = "";  // how its flanks run
+  TCornerSettings settings;  // its angles, the rest at the defaults
+
+  // The parameters of a corner, standing so.
+  ZELWELDDETECT_EXPORT TWeldParams applyTo(const TWeldParams& params) const;
+};
+
+// valley (the defaults), roof, fillet, filletLeft, flatBend.
+ZELWELDDETECT_EXPORT const std::vector<TCornerPreset>& cornerPresets();
+
 struct ZELWELDDETECT_EXPORT TPlateSettings {
   double minEdgeDrop = 30.0;               // brightness drop that moves an end; grey levels, 0..255
   double supportPx = 5.0;                  // stripe points nearer than this to the piece support it; > 0

@@ -52,6 +52,11 @@ enum class TWeldOutcome : std::int32_t {
 // What a measured value must be to pass.
 enum class TLimitKind : std::int32_t { atLeast = 0, above = 1, atMost = 2, below = 3 };
 
+// Whether it is a minimum.
+inline bool isLowerLimit(TLimitKind kind) {
+  return kind == TLimitKind::atLeast || kind == TLimitKind::above;
+}
+
 // A few words for an outcome: "element too short". Never null.
 ZELWELDDETECT_EXPORT const char* weldOutcomeText(TWeldOutcome outcome);
 
@@ -113,6 +118,13 @@ struct TTraceStage {
   double us = 0.0;
 };
 
+// A setting that refused the frame, and the value with which it would have let it pass.
+struct TTraceNeed {
+  std::string parameter;                  // "minStepPx"
+  TLimitKind kind = TLimitKind::atLeast;  // of the limit: a lower one needs `enough` or less
+  double enough = 0.0;
+};
+
 // One run of a detector over the frame.
 struct TTraceAttempt {
   TSearchPath path = TSearchPath::first;
@@ -134,9 +146,13 @@ struct TTraceAttempt {
   std::vector<TTraceCheck> checks;        // in the order in which they ran
   std::vector<cv::Point2f> testedPoints;  // seam points that were put to the test
   TWeldOutcome outcome = TWeldOutcome::found;
-  const char* reason = "";     // of the decisive check; "found"
-  std::int32_t decisive = -1;  // the check that the outcome speaks of; -1 when found
-  std::string sentence;        // "step 14.2 px is below the minimum step 20 px, set by minStepPx (dPara7)"
+  const char* reason = "";        // of the decisive check; "found"
+  std::int32_t decisive = -1;     // the check that the outcome speaks of; -1 when found
+  std::string sentence;           // "step 14.2 px is below the minimum step 20 px, set by minStepPx (dPara7)"
+  std::vector<TTraceNeed> needs;  // every setting that refuses this stripe, one after the other
+  bool needsSuffice = false;      // with all of them a seam is found, though it may be a wrong one
+  std::string advice;  // of a failed one, where the options ask for advice: the needs in words, or what a fixed
+                       // limit leaves to be done
 };
 
 // What happened in one frame.
@@ -145,6 +161,8 @@ struct TFrameTrace {
   const char* reason = "";  // a heading over all frames that ended so: "step too low", "found"; of a held
                             // frame why it found no seam of its own
   std::string sentence;     // the outcome for people
+  std::string advice;       // of a frame without a seam of its own: what may be done, as far as it can be told:
+                            // "needs minGapPx 6 or less", "the stripe runs upright: --rotate 90"
   std::vector<TTraceAttempt> attempts;  // in the order in which they ran
   std::int32_t decisive = -1;     // the attempt that the outcome speaks of: the successful one, else the one that
                                   // got furthest; -1 without attempts

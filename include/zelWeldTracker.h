@@ -51,6 +51,8 @@ struct TTrackerOptions {
   TSeamSource source = TSeamSource::stripe;
   TContrastSearch contrast;
   float lookAtPx = std::numeric_limits<float>::quiet_NaN();
+  // true, with keepTrace: the trace of a frame without a seam says what may be done; costs several detections.
+  bool giveAdvice = false;
 
   // Nothing beyond the rules: frame for frame what detectWeldLineViaTracking gives when it is fed its own results.
   static TTrackerOptions exact() {

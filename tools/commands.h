@@ -13,6 +13,7 @@ void addExposureCommand(CLI::App& program);
 void addFeaturesCommand(CLI::App& program);
 void addCompareCommand(CLI::App& program);
 void addSweepCommand(CLI::App& program);
+void addAdviseCommand(CLI::App& program);
 void addIdentifyCommand(CLI::App& program);
 void addSeamCommand(CLI::App& program);
 

@@ -6,6 +6,7 @@
 #include "tools/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace tool {
@@ -37,11 +38,15 @@ struct TComparison {
   TDifference onlyA;
   TDifference onlyB;
   std::vector<double> distancesPx = {};  // between the seams, frames found on both sides
+  TTruthFigures truthA = {};
+  TTruthFigures truthB = {};
 };
 
-void compareFrame(TComparison& both, const TFrame& frame) {
+void compareFrame(TComparison& both, const TFrame& frame, const TTruth& truth, const TPreparation& preparation) {
   const TSeamFrame a = both.a.next(frame);
   const TSeamFrame b = both.b.next(frame);
+  truth.judge(frame.name, storedSeam(a, frame, preparation), both.truthA);
+  truth.judge(frame.name, storedSeam(b, frame, preparation), both.truthB);
   if (a.isFound && !b.isFound) {
     both.onlyA.add(frame.index, b);
   }
@@ -85,6 +90,24 @@ std::string jitterText(const TSeamRun& run) {
   return jitter ? fixed(*jitter, 3) + " px" : "-";
 }
 
+std::string truthText(const TTruthFigures& truth) {
+  const auto errorPx = truth.medianErrorPx();
+  return std::to_string(truth.wrong) + " of " + std::to_string(truth.judged) + ", error " +
+         (errorPx ? fixed(*errorPx, 2) + " px" : "-");
+}
+
+// Medians of what either side measured.
+void printMeasures(const TSeamRun& a, const TSeamRun& b) {
+  for (const TMeasure& measure : measuresOf(a.type())) {
+    const double ofA = a.medianOf(measure.name);
+    const double ofB = b.medianOf(measure.name);
+    const auto text = [&](double value) { return std::isfinite(value) ? fixed(value, measure.digits) : "-"; };
+    if (!measure.isOfPoint && (std::isfinite(ofA) || std::isfinite(ofB))) {
+      printLine(row(measure.name, text(ofA), text(ofB)));
+    }
+  }
+}
+
 void printFigures(const TComparison& both, const TOptions& options) {
   const TSeamRun& a = both.a;
   const TSeamRun& b = both.b;
@@ -95,6 +118,10 @@ void printFigures(const TComparison& both, const TOptions& options) {
   printLine(row("losses", std::to_string(a.losses()), std::to_string(b.losses())));
   printLine(row("longest loss, frames", std::to_string(a.longestLoss()), std::to_string(b.longestLoss())));
   printLine(row("jitter", jitterText(a), jitterText(b)));
+  if (both.truthA.judged > 0) {
+    printLine(row("wrong", truthText(both.truthA), truthText(both.truthB)));
+  }
+  printMeasures(a, b);
   if (!both.distancesPx.empty()) {
     printLine("\nMedian distance between the seams of A and B: " + fixed(percentile(both.distancesPx, 0.5), 2) +
               " px, " + frames);
@@ -147,7 +174,9 @@ TComparison comparisonOf(const TOptions& options) {
 
 void run(const TOptions& options) {
   TComparison both = comparisonOf(options);
-  followFrames(options.run.frames, [&](const TFrame& frame) { compareFrame(both, frame); });
+  const TTruth truth = truthOf(options.run);
+  const TPreparation preparation = preparationOf(options.run.frames);
+  followFrames(options.run.frames, [&](const TFrame& frame) { compareFrame(both, frame, truth, preparation); });
   printFigures(both, options);
   printDifference(both.onlyA, "B", "A");
   printDifference(both.onlyB, "A", "B");
@@ -167,6 +196,8 @@ void addCompareCommand(CLI::App& program) {
       "losses  stretches of frames not found\n"
       "jitter  median of |p[n-1] - 2 p[n] + p[n+1]| over the seam points p of consecutive found frames: what\n"
       "        is left when the even motion of the seam is taken away\n"
+      "wrong   with --truth: labelled frames with a seam more than 5 px (or tol_px) off, and the median error\n"
+      "Below stand the medians of what is measured of the joint.\n"
       "Examples:\n"
       "  zelweld params --type lap --format json > a.json\n"
       "  zelweld compare a.json b.json frames/\n"

@@ -60,8 +60,8 @@ void writeDemoReport(const std::filesystem::path& folder) {
   TFrameTracker tracker(tracking);
   TReport report(tracking.params, tracking.tracker);
   for (int n = 0; n < kFrames; ++n) {
-    const TFrame frame{n, "simulated lap seam, frame " + std::to_string(n), scenes::renderScene(sceneOf(n)).image,
-                       n == 0};
+    const cv::Mat image = scenes::renderScene(sceneOf(n)).image;
+    const TFrame frame{n, "simulated lap seam, frame " + std::to_string(n), image, image.size(), n == 0};
     const TTrackedFrame tracked = tracker.track(frame);
     report.add(tracked.record, tracked.image);
     if (n >= kFirstKeptFrame && n <= kLastKeptFrame) {

@@ -2,6 +2,7 @@
 #include "tools/commands.h"
 #include "tools/frame_source.h"
 #include "tools/output.h"
+#include "tools/shared_options.h"
 #include "tools/text.h"
 #include "zelWeldDetect.h"
 
@@ -12,22 +13,37 @@
 namespace tool {
 namespace {
 
+constexpr double kLeastStripeShare = 0.125;  // of the columns: less is taken for no stripe
+
 struct TOptions {
-  std::vector<std::string> inputs;
+  TFrameOptions frames;
   LightingAdaptation::TExposureTarget target;
+  LightingAdaptation::TStripeTarget stripe;
 };
 
 struct TExposure {
   int meanGray = 0;
   int brightPixelNum = 0;
-  double factor = 1.0;  // to multiply the exposure with
+  LightingAdaptation::TStripeLight light;  // no column where no stripe is found
+  double factor = 1.0;                     // to multiply the exposure with
 };
 
-TExposure exposureOf(const cv::Mat& image, const LightingAdaptation::TExposureTarget& target) {
+// The stripe as a tracker sees it, whatever the joint.
+std::vector<cv::Point2f> stripeOf(const cv::Mat& image) {
+  TWeldTracker tracker(TPresenceSettings().params());
+  std::vector<cv::Point2f> points = tracker.track(image).line.stripePts;
+  return static_cast<double>(points.size()) < kLeastStripeShare * image.cols ? std::vector<cv::Point2f>() : points;
+}
+
+TExposure exposureOf(const cv::Mat& image, const TOptions& options) {
+  using namespace LightingAdaptation;
   TExposure exposure;
-  LightingAdaptation::calcExposureParam(image, exposure.meanGray, exposure.brightPixelNum);
+  calcExposureParam(image, exposure.meanGray, exposure.brightPixelNum);
+  exposure.light = measureStripeLight(image, stripeOf(image));
   const double brightShare = exposure.brightPixelNum / static_cast<double>(image.total());
-  exposure.factor = LightingAdaptation::adviseExposureFactor(exposure.meanGray, brightShare, target);
+  exposure.factor = exposure.light.columns > 0
+                        ? adviseExposureFactor(exposure.light, options.stripe)
+                        : adviseExposureFactor(exposure.meanGray, brightShare, options.target);
   return exposure;
 }
 
@@ -40,17 +56,23 @@ std::string adviceOf(double factor) {
 }
 
 std::string tableLine(const TFrame& frame, const TExposure& exposure) {
+  const bool hasStripe = exposure.light.columns > 0;
   std::ostringstream line;
   line << std::setw(6) << frame.index << std::setw(6) << exposure.meanGray << std::setw(9)
-       << exposure.brightPixelNum << "  " << std::left << std::setw(14) << adviceOf(exposure.factor) << frame.name;
+       << exposure.brightPixelNum << std::setw(11)
+       << (hasStripe ? fixed(100.0 * exposure.light.saturatedShare, 1) : "-") << std::setw(6)
+       << (hasStripe ? fixed(exposure.light.peakOverBackground, 0) : "-") << "  " << std::left << std::setw(14)
+       << adviceOf(exposure.factor) << frame.name;
   return line.str();
 }
 
 void run(const TOptions& options) {
-  TFrameSource source(listInputs(options.inputs));
-  printLine(" frame  mean   bright  advice        file");
+  const TPreparation preparation = preparationOf(options.frames);
+  TFrameSource source = framesOf(options.frames);
+  printLine(" frame  mean   bright  saturated  peak  advice        file");
   while (const auto frame = source.next()) {
-    printLine(tableLine(*frame, exposureOf(frame->image, options.target)));
+    const cv::Mat image = prepareImage(frame->image, preparation, frame->name);
+    printLine(tableLine(*frame, exposureOf(image, options)));
   }
 }
 
@@ -59,24 +81,24 @@ void run(const TOptions& options) {
 void addExposureCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("exposure", "Print exposure figures and what to do about them");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("INPUT", options->inputs, "Image files, folders, patterns (frame_%03d.png), video files")
-      ->required();
-  command->add_option("--target-mean", options->target.meanGray, "Mean grey level to aim at, 1 to 254")
+  addFrameOptions(*command, options->frames);
+  command->add_option("--target-mean", options->target.meanGray, "Without a stripe: mean grey level to aim at")
       ->check(CLI::Range(1, 254))
       ->capture_default_str();
   command->add_option("--tolerance", options->target.tolerance, "Distance from it that is left alone, grey levels")
       ->check(CLI::Range(0, 253))
       ->capture_default_str();
   command->footer(
-      "mean    mean grey level; large reflections count 0.3 times\n"
-      "bright  pixels above grey level 240; those in large reflections count 0.2\n"
-      "advice  what to multiply exposure time or gain with, at most by 4 in one step; more than 10 % bright "
-      "pixels\n"
-      "        halve it at least\n"
-      "The mean to aim at depends on filter and surroundings: take it from a frame that tracks well.\n"
+      "mean       mean grey level; large reflections count 0.3 times\n"
+      "bright     pixels above grey level 240; those in large reflections count 0.2\n"
+      "saturated  share of the stripe's columns with a peak of 250 or more, %; - without a stripe\n"
+      "peak       median over these columns of the peak less the background, grey levels\n"
+      "advice     what to multiply exposure time or gain with, at most by 4 in one step. It goes by the stripe:\n"
+      "           lower above 25 % saturated, raise below a peak of 40. Only where there is none it goes by the\n"
+      "           mean, which depends on filter and surroundings: take it from a frame that tracks well.\n"
       "Examples:\n"
       "  zelweld exposure frames/\n"
-      "  zelweld exposure clip.avi --target-mean 25 --tolerance 5");
+      "  zelweld exposure clip.avi --rotate 90 --target-mean 25");
   command->callback([options] { run(*options); });
 }
 

@@ -38,19 +38,33 @@ bool endsEarly(const cv::VideoCapture& video, int framesRead) {
 
 }  // namespace
 
-TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles) : files(std::move(inputFiles)) {}
+TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles, TFrameRange range)
+    : files(std::move(inputFiles)), wanted(range) {}
 
 std::optional<TFrame> TFrameSource::next() {
-  while (fileIndex < files.size() && !isStopRequested()) {
+  while (fileIndex < files.size() && frameIndex <= wanted.last && !isStopRequested()) {
     const TInputFile& file = files[fileIndex];
     if (!file.isVideo) {
       ++fileIndex;
-      return TFrame{frameIndex++, file.path.string(), readImage(file.path), file.startsSequence};
+      const int index = frameIndex++;
+      if (index < wanted.first) {
+        continue;
+      }
+      const cv::Mat image = readImage(file.path);
+      return TFrame{index, file.path.string(), image, image.size(), file.startsSequence || index == wanted.first};
     }
     if (auto frame = nextOfVideo(file)) {
+      if (frame->index < wanted.first) {
+        continue;
+      }
+      frame->startsSequence = frame->startsSequence || frame->index == wanted.first;
       return frame;
     }
     ++fileIndex;
+  }
+  if (wanted.first > 0 && frameIndex <= wanted.first && !isStopRequested()) {
+    throw inputError("--frames: begins with frame " + std::to_string(wanted.first) + ", and the inputs hold " +
+                     std::to_string(frameIndex));
   }
   return std::nullopt;
 }
@@ -67,7 +81,8 @@ std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
   }
   if (!image.empty()) {
     const int number = videoFrame++;
-    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), number == 0};
+    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), image.size(),
+                  number == 0};
   }
   if (endsEarly(video, videoFrame)) {
     throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) +
@@ -80,7 +95,8 @@ std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
 std::optional<int> TFrameSource::frameCount() const {
   const bool hasVideo =
       std::any_of(files.begin(), files.end(), [](const TInputFile& file) { return file.isVideo; });
-  return hasVideo ? std::nullopt : std::make_optional(static_cast<int>(files.size()));
+  const int end = static_cast<int>(std::min<std::size_t>(files.size(), static_cast<std::size_t>(wanted.last) + 1));
+  return hasVideo ? std::nullopt : std::make_optional(std::max(0, end - wanted.first));
 }
 
 }  // namespace tool

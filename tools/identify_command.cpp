@@ -170,7 +170,7 @@ private:
 void run(const TOptions& options) {
   const TPreparation preparation = preparationOf(options.frames);
   const TFormat format = parseFormat(options.format);
-  TFrameSource source(listInputs(options.frames.inputs));
+  TFrameSource source = framesOf(options.frames);
   TProgress progress(source.frameCount());
   TTally tally;
   printHeading(format);

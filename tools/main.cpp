@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
     tool::addFeaturesCommand(program);
     tool::addCompareCommand(program);
     tool::addSweepCommand(program);
+    tool::addAdviseCommand(program);
     tool::addIdentifyCommand(program);
     tool::addSeamCommand(program);
     return run(program, argc, argv);

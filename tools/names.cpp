@@ -135,6 +135,14 @@ std::string positionNames() {
   return namesOf({known.begin(), known.end()});
 }
 
+std::string presetNames() {
+  std::vector<std::string> names;
+  for (const TCornerPreset& preset : cornerPresets()) {
+    names.emplace_back(preset.name);
+  }
+  return join(names, ", ");
+}
+
 bool isNearMiss(const std::string& typed, const std::string& name) {
   const std::string a = bare(typed);
   const std::string b = bare(name);

@@ -26,10 +26,11 @@ scenes::TJoint parseJoint(const std::string& text);
 TWeldType detectorFor(scenes::TJoint joint);
 
 // Names for help texts and messages, "buttGap, lap, ...": joints that have a detector, what simulate can draw, and
-// positions that any joint knows.
+// positions that any joint knows, presets of a corner.
 std::string detectorTypeNames();
 std::string jointNames();
 std::string positionNames();
+std::string presetNames();
 
 // Whether a name that is not known may stand for this one: but for case, '-', '_' and '.', it differs by two
 // letters at most or is its beginning. Digits have to be the same, since names that differ in them are different

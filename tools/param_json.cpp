@@ -140,6 +140,18 @@ TWeldPosType choosePosition(TWeldType type, const TParamSource& source, const or
   return namingOrigin(isOption ? "--position" : source.file, [&] { return parsePosition(type, text); });
 }
 
+void applyPreset(TWeldParams& params, const std::string& name) {
+  if (params.weldType != TWeldType::corner) {
+    throw usageError("--preset: only a corner has presets, not " + nameOf(params.weldType));
+  }
+  const auto& presets = cornerPresets();
+  const auto preset = std::find_if(presets.begin(), presets.end(), [&](const auto& p) { return name == p.name; });
+  if (preset == presets.end()) {
+    throw usageError("--preset: unknown preset '" + name + "': use " + presetNames());
+  }
+  params = preset->applyTo(params);
+}
+
 }  // namespace
 
 TWeldParams loadParams(const TParamSource& source) {
@@ -148,6 +160,9 @@ TWeldParams loadParams(const TParamSource& source) {
   TWeldParams params;
   initWeldParameters(type, params, choosePosition(type, source, record));
   namingOrigin(source.file, [&] { applyFile(params, record); });
+  if (!source.preset.empty()) {
+    applyPreset(params, source.preset);
+  }
   for (const std::string& value : source.values) {
     namingOrigin("--set", [&] { applyValue(params, value); });
   }

@@ -11,12 +11,13 @@
 namespace tool {
 
 // Where a record comes from. Empty texts are not given. A later one wins over an earlier one:
-// defaults, file, type and position, single values.
+// defaults, file, type, position and preset, single values.
 struct TParamSource {
   std::string file;                 // JSON, as paramsToJson gives it; each setting once, by name or field
   std::string type;                 // name or number
   std::string position;             // name or number
   std::vector<std::string> values;  // "name=value"
+  std::string preset = {};          // of a corner: its angles
 };
 
 // The record that the source describes. Throws a usage error that names the file or option and what would

@@ -55,12 +55,13 @@ void addParamsCommand(CLI::App& program) {
   command->add_option("--type", options->source.type, "Joint, by name or number: " + detectorTypeNames())
       ->required();
   command->add_option("--position", options->source.position, "Welding position: " + positionNames());
+  command->add_option("--preset", options->source.preset, "Angles of a corner: " + presetNames());
   command->add_option("--format", options->format, "table, or json: a file for track --params")
       ->capture_default_str();
   command->footer(
       "Examples:\n"
       "  zelweld params --type buttGap\n"
-      "  zelweld params --type corner --format json > corner.json");
+      "  zelweld params --type corner --preset roof --format json > corner.json");
   command->callback([options] { run(*options); });
 }
 

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <iomanip>
 #include <sstream>
 
@@ -16,9 +17,9 @@ using nlohmann::ordered_json;
 
 constexpr int kFileWidth = 32;  // characters of the file column of a table
 const char* const kCsvHeading =
-    "frame,file,found,held,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms";
+    "frame,file,found,held,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms,state";
 
-const char* const kCsvTraceHeading = ",reason,sentence";
+const char* const kCsvTraceHeading = ",tests,reason,sentence,advice";
 
 // Slopes keep six decimals.
 double roundedAux(double value) {
@@ -47,7 +48,7 @@ std::string tableLine(const TFrameRecord& record, bool hasTrace) {
        << std::setw(10) << x << std::setw(10) << y << std::setw(8) << record.tracked.line.stripePts.size()
        << std::setw(10) << fixed(record.tracked.line.trackVal, 2) << std::setw(9) << fixed(record.ms, 2);
   if (hasTrace && record.tracked.state != TSeamState::found) {
-    line << "  " << record.trace->sentence;
+    line << "  " << explanationOf(*record.trace);
   }
   return line.str();
 }
@@ -65,7 +66,72 @@ ordered_json pointList(const std::vector<TPoint>& points) {
   return list;
 }
 
-std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) {
+std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
+  return point ? fixed((*point).*coordinate, 3) : "";
+}
+
+// "gap:2.5;jump of the seam:39.2": every test with its margin.
+std::string csvTests(const TFrameTrace& trace) {
+  std::vector<std::string> words;
+  for (const TTraceCheck& test : testsOf(trace)) {
+    words.push_back(std::string(test.name) + ":" + plain(rounded(marginOf(test))));
+  }
+  return join(words, ";");
+}
+
+std::string csvTrace(const TFrameTrace& trace) {
+  return "," +
+         join({csvText(csvTests(trace)), csvText(trace.reason), csvText(trace.sentence), csvText(trace.advice)},
+              ",");
+}
+
+ordered_json testsJson(const TFrameTrace& trace) {
+  ordered_json tests = ordered_json::array();
+  for (const TTraceCheck& test : testsOf(trace)) {
+    tests.push_back({{"name", test.name},
+                     {"measured", rounded(test.measured)},
+                     {"limit", rounded(test.limit)},
+                     {"margin", rounded(marginOf(test))},
+                     {"unit", test.unit},
+                     {"parameter", test.parameter}});
+  }
+  return tests;
+}
+
+}  // namespace
+
+TFormat parseFormat(const std::string& text) {
+  if (text == "table") return TFormat::table;
+  if (text == "jsonl") return TFormat::jsonl;
+  if (text == "csv") return TFormat::csv;
+  throw usageError("--format: unknown format '" + text + "': use table, jsonl, csv");
+}
+
+TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, TWeldType type, bool withPoints,
+                             bool keepTrace)
+    : out(stream), format(recordFormat), measures(measuresOf(type)), hasPoints(withPoints), hasTrace(keepTrace) {
+  if (format == TFormat::table) {
+    writeLine(tableHeading());
+  } else if (format == TFormat::csv) {
+    writeLine(csvHeading());
+  }
+}
+
+void TRecordWriter::write(const TFrameRecord& record) {
+  switch (format) {
+    case TFormat::table:
+      writeLine(tableLine(record, hasTrace));
+      break;
+    case TFormat::jsonl:
+      writeLine(jsonLine(record));
+      break;
+    case TFormat::csv:
+      writeLine(csvLine(record));
+      break;
+  }
+}
+
+std::string TRecordWriter::jsonLine(const TFrameRecord& record) const {
   const TWeldLineRes& result = record.tracked.line;
   ordered_json line;
   line["frame"] = record.frame;
@@ -83,68 +149,55 @@ std::string jsonLine(const TFrameRecord& record, bool hasPoints, bool hasTrace) 
   line["auxVal3"] = roundedAux(result.auxVal3);
   line["auxVal4"] = roundedAux(result.auxVal4);
   line["trackVal"] = roundedAux(result.trackVal);
+  line["measured"] = ordered_json::object();
+  for (const TMeasure& measure : measures) {
+    line["measured"][measure.name] = rounded(measure.get(record.tracked.measurement));
+  }
   line["ms"] = rounded(record.ms);
   if (hasPoints) {
     line["stripePts"] = pointList(result.stripePts);
     line["storedStripePts"] = pointList(record.storedStripePts);
   }
   if (hasTrace) {
+    line["tests"] = testsJson(*record.trace);
     line["reason"] = record.trace->reason;
     line["trace"] = traceJson(*record.trace, hasPoints);
   }
   return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
-std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
-  return point ? fixed((*point).*coordinate, 3) : "";
+std::string TRecordWriter::csvHeading() const {
+  std::string heading = kCsvHeading;
+  for (const TMeasure& measure : measures) {
+    heading += "," + measure.name;
+  }
+  return heading + (hasTrace ? kCsvTraceHeading : "");
 }
 
-std::string csvTrace(const TFrameTrace& trace) {
-  return "," + csvText(trace.reason) + "," + csvText(trace.sentence);
-}
-
-std::string csvLine(const TFrameRecord& record, bool hasTrace) {
+std::string TRecordWriter::csvLine(const TFrameRecord& record) const {
   const TWeldLineRes& result = record.tracked.line;
   const auto flag = [&](TSeamState state) { return record.tracked.state == state ? "1" : "0"; };
-  return join({std::to_string(record.frame), csvText(record.file), flag(TSeamState::found), flag(TSeamState::held),
-               csvNumber(record.seam, &cv::Point2d::x), csvNumber(record.seam, &cv::Point2d::y),
-               csvNumber(record.storedSeam, &cv::Point2d::x), csvNumber(record.storedSeam, &cv::Point2d::y),
-               std::to_string(result.stripePts.size()), fixed(result.auxVal1, 6), fixed(result.auxVal2, 6),
-               fixed(result.auxVal3, 6), fixed(result.auxVal4, 6), fixed(result.trackVal, 6), fixed(record.ms, 3)},
-              ",") +
-         (hasTrace ? csvTrace(*record.trace) : "");
-}
-
-}  // namespace
-
-TFormat parseFormat(const std::string& text) {
-  if (text == "table") return TFormat::table;
-  if (text == "jsonl") return TFormat::jsonl;
-  if (text == "csv") return TFormat::csv;
-  throw usageError("--format: unknown format '" + text + "': use table, jsonl, csv");
-}
-
-TRecordWriter::TRecordWriter(std::ostream& stream, TFormat recordFormat, bool withPoints, bool keepTrace)
-    : out(stream), format(recordFormat), hasPoints(withPoints), hasTrace(keepTrace) {
-  if (format == TFormat::table) {
-    writeLine(tableHeading());
-  } else if (format == TFormat::csv) {
-    writeLine(kCsvHeading + std::string(hasTrace ? kCsvTraceHeading : ""));
+  std::vector<std::string> cells = {std::to_string(record.frame),
+                                    csvText(record.file),
+                                    flag(TSeamState::found),
+                                    flag(TSeamState::held),
+                                    csvNumber(record.seam, &cv::Point2d::x),
+                                    csvNumber(record.seam, &cv::Point2d::y),
+                                    csvNumber(record.storedSeam, &cv::Point2d::x),
+                                    csvNumber(record.storedSeam, &cv::Point2d::y),
+                                    std::to_string(result.stripePts.size()),
+                                    fixed(result.auxVal1, 6),
+                                    fixed(result.auxVal2, 6),
+                                    fixed(result.auxVal3, 6),
+                                    fixed(result.auxVal4, 6),
+                                    fixed(result.trackVal, 6),
+                                    fixed(record.ms, 3),
+                                    nameOf(record.tracked.state)};
+  for (const TMeasure& measure : measures) {
+    const double value = measure.get(record.tracked.measurement);
+    cells.push_back(std::isfinite(value) ? fixed(value, measure.digits) : "");
   }
-}
-
-void TRecordWriter::write(const TFrameRecord& record) {
-  switch (format) {
-    case TFormat::table:
-      writeLine(tableLine(record, hasTrace));
-      break;
-    case TFormat::jsonl:
-      writeLine(jsonLine(record, hasPoints, hasTrace));
-      break;
-    case TFormat::csv:
-      writeLine(csvLine(record, hasTrace));
-      break;
-  }
+  return join(cells, ",") + (hasTrace ? csvTrace(*record.trace) : "");
 }
 
 void TRecordWriter::writeLine(const std::string& line) {

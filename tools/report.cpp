@@ -14,6 +14,8 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
+
 namespace tool {
 namespace {
 
@@ -38,23 +40,6 @@ std::string drawnAt(const cv::Mat& image, const TOverlay& overlay, int width, in
   cv::Mat small;
   cv::resize(image, small, cv::Size(), static_cast<double>(factor), static_cast<double>(factor), cv::INTER_AREA);
   return jpegAddress(drawOverlay(small, scaled(overlay, factor)), quality);
-}
-
-ordered_json frameJson(const TFrameRecord& record) {
-  const auto coordinate = [&](double cv::Point2d::*axis) {
-    return record.seam ? ordered_json(rounded((*record.seam).*axis)) : ordered_json(nullptr);
-  };
-  const TFrameTrace& trace = *record.trace;
-  const TTraceAttempt* const attempt = decisiveAttempt(trace);
-  return {{"file", record.file},
-          {"state", nameOf(record.tracked.state)},
-          {"x", coordinate(&cv::Point2d::x)},
-          {"y", coordinate(&cv::Point2d::y)},
-          {"points", attempt == nullptr ? 0 : attempt->centres.size()},
-          {"ms", rounded(record.ms)},
-          {"reason", trace.reason},
-          {"sentence", trace.sentence},
-          {"startsSequence", record.startsSequence}};
 }
 
 std::string detailJson(const TFrameRecord& record, const cv::Mat& image, const TWeldParams& params) {
@@ -98,6 +83,34 @@ ordered_json keyJson() {
   return key;
 }
 
+ordered_json measuresJson(const std::vector<TMeasure>& measures) {
+  ordered_json list = ordered_json::array();
+  for (const TMeasure& measure : measures) {
+    list.push_back({{"name", measure.name}, {"unit", measure.unit}, {"digits", measure.digits}});
+  }
+  return list;
+}
+
+ordered_json knownTestsJson(const std::vector<TTraceCheck>& tests) {
+  ordered_json list = ordered_json::array();
+  for (const TTraceCheck& test : tests) {
+    list.push_back({{"name", test.name},
+                    {"way", test.way},
+                    {"unit", test.unit},
+                    {"kind", nameOf(test.kind)},
+                    {"parameter", test.parameter}});
+  }
+  return list;
+}
+
+// Points have charts of their own only through the seam.
+std::vector<TMeasure> chartedMeasures(TWeldType type) {
+  std::vector<TMeasure> measures = measuresOf(type);
+  measures.erase(std::remove_if(measures.begin(), measures.end(), [](const TMeasure& m) { return m.isOfPoint; }),
+                 measures.end());
+  return measures;
+}
+
 std::string everyText(int step) {
   return step == 1 ? "all" : "one in " + std::to_string(step);
 }
@@ -105,10 +118,53 @@ std::string everyText(int step) {
 }  // namespace
 
 TReport::TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOptions)
-    : params(weldParams), options(trackerOptions), shelf(kMaxPictureBytes) {}
+    : params(weldParams),
+      options(trackerOptions),
+      measures(chartedMeasures(weldParams.weldType)),
+      shelf(kMaxPictureBytes) {}
+
+// Number of the test in the list of all, measured value, limit.
+ordered_json TReport::testsJson(const TFrameTrace& trace) {
+  ordered_json tests = ordered_json::array();
+  for (const TTraceCheck& test : testsOf(trace)) {
+    const auto known = std::find_if(knownTests.begin(), knownTests.end(), [&](const TTraceCheck& k) {
+      return std::string(k.name) == test.name && k.kind == test.kind && std::string(k.way) == test.way;
+    });
+    tests.push_back({known - knownTests.begin(), rounded(test.measured), rounded(test.limit)});
+    if (known == knownTests.end()) {
+      knownTests.push_back(test);
+    }
+  }
+  return tests;
+}
+
+ordered_json TReport::frameJson(const TFrameRecord& record) {
+  const auto coordinate = [&](double cv::Point2d::*axis) {
+    return record.seam ? ordered_json(rounded((*record.seam).*axis)) : ordered_json(nullptr);
+  };
+  const TFrameTrace& trace = *record.trace;
+  const TTraceAttempt* const attempt = decisiveAttempt(trace);
+  ordered_json values = ordered_json::array();
+  for (const TMeasure& measure : measures) {
+    values.push_back(rounded(measure.get(record.tracked.measurement)));
+  }
+  return {{"file", record.file},
+          {"state", nameOf(record.tracked.state)},
+          {"x", coordinate(&cv::Point2d::x)},
+          {"y", coordinate(&cv::Point2d::y)},
+          {"points", attempt == nullptr ? 0 : attempt->centres.size()},
+          {"ms", rounded(record.ms)},
+          {"reason", trace.reason},
+          {"sentence", trace.sentence},
+          {"advice", trace.advice},
+          {"measured", values},
+          {"tests", testsJson(trace)},
+          {"startsSequence", record.startsSequence}};
+}
 
 void TReport::add(const TFrameRecord& record, const cv::Mat& image) {
   counts.add(record.tracked.state, record.ms);
+  firstFrame = firstFrame.value_or(record.frame);
   frameLines += (frameLines.empty() ? "" : ",\n") + dump(frameJson(record));
   if (shelf.wantsNext(record.tracked.state != TSeamState::found)) {
     shelf.put(counts.frames() - 1, detailJson(record, image, params));
@@ -121,6 +177,9 @@ std::string TReport::dataJson() const {
       {"joint", nameOf(params.weldType)},
       {"position", weldPosText(params.weldPosType)},
       {"summary", summaryJson(counts)},
+      {"firstFrame", firstFrame.value_or(0)},
+      {"measures", measuresJson(measures)},
+      {"tests", knownTestsJson(knownTests)},
       {"selection", everyText(shelf.notableStep()) + " of the frames that were not found, " +
                         everyText(shelf.ordinaryStep()) + " of the others"},
       {"key", keyJson()},

@@ -2,13 +2,17 @@
 #pragma once
 
 #include "tools/frame_tracker.h"
+#include "tools/measures.h"
 #include "tools/picture_shelf.h"
 #include "tools/stats.h"
 
+#include <nlohmann/json.hpp>
 #include <opencv2/core.hpp>
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace tool {
 
@@ -27,10 +31,15 @@ public:
 
 private:
   std::string dataJson() const;
+  nlohmann::ordered_json frameJson(const TFrameRecord& record);
+  nlohmann::ordered_json testsJson(const TFrameTrace& trace);
 
   TWeldParams params;
   TTrackerOptions options;
   TRunStats counts;
+  std::vector<TMeasure> measures;       // with a chart each
+  std::vector<TTraceCheck> knownTests;  // every test that decided about a frame
+  std::optional<int> firstFrame;
   std::string frameLines;  // JSON, one object per frame
   TPictureShelf shelf;
 };

@@ -52,7 +52,8 @@ void writePage(const TReport& report, const fs::path& page) {
 void run(const TOptions& options) {
   TTracking tracking = trackingOf(options.tracking);
   tracking.tracker.keepTrace = true;
-  TFrameSource source(listInputs(options.tracking.frames.inputs));
+  tracking.tracker.giveAdvice = true;
+  TFrameSource source = framesOf(options.tracking.frames);
   preparePlace(options.page);
   TReport report(tracking.params, tracking.tracker);
   try {

@@ -1,5 +1,6 @@
 #include "tools/seam_run.h"
 
+#include "tools/cli_error.h"
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/stats.h"
@@ -7,6 +8,8 @@
 #include "tools/trace_json.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace tool {
 namespace {
@@ -14,6 +17,29 @@ namespace {
 TTrackerOptions traced(TTrackerOptions options) {
   options.keepTrace = true;
   return options;
+}
+
+constexpr double kStripeEndPx = 5.0;  // a seam nearer to the stripe's first or last column is at its end
+
+// The ends are what a plate is welded at.
+bool isAtStripeEnd(TWeldType type, const TTrackedSeam& seam) {
+  const std::vector<cv::Point2f>& points = seam.line.stripePts;
+  if (type == TWeldType::plate || points.empty()) {
+    return false;
+  }
+  const auto x = static_cast<double>(seam.weldPos.x);
+  return x - static_cast<double>(points.front().x) < kStripeEndPx ||
+         static_cast<double>(points.back().x) - x < kStripeEndPx;
+}
+
+// What is to be steady: the seam point, or a measure as the place on a line.
+std::optional<cv::Point2d> steadyPlace(const std::optional<TMeasure>& objective, const TTrackedSeam& seam,
+                                       const std::optional<cv::Point2d>& point) {
+  if (!objective) {
+    return point;
+  }
+  const double value = objective->get(seam.measurement);
+  return std::isfinite(value) ? std::make_optional(cv::Point2d(value, 0.0)) : std::nullopt;
 }
 
 }  // namespace
@@ -47,8 +73,12 @@ std::vector<TReasonTally::TRow> TReasonTally::rows() const {
   return sorted;
 }
 
-TSeamRun::TSeamRun(const TWeldParams& weldParams, TTrackerOptions options)
-    : params(weldParams), tracker(weldParams, traced(options)) {}
+TSeamRun::TSeamRun(const TWeldParams& weldParams, TTrackerOptions options, std::optional<TMeasure> steadied)
+    : params(weldParams),
+      tracker(weldParams, traced(options)),
+      objective(std::move(steadied)),
+      measures(measuresOf(weldParams.weldType)),
+      measured(measures.size()) {}
 
 TSeamFrame TSeamRun::next(const TFrame& frame) {
   if (frame.startsSequence) {
@@ -62,18 +92,44 @@ TSeamFrame TSeamRun::next(const TFrame& frame) {
   seen.isFound = seam.state == TSeamState::found;
   seen.seam = seen.isFound ? seamOf(params, seam) : std::nullopt;
   seen.reason = trace.reason;
-  seen.sentence = trace.sentence;
-  seamJitter.add(seen.seam);
-  count(seen.isFound);
+  seen.sentence = explanationOf(trace);
+  seen.confidence = static_cast<double>(seam.measurement.confidence);
+  seen.isAtStripeEnd = seen.seam && isAtStripeEnd(params.weldType, seam);
+  seamJitter.add(steadyPlace(objective, seam, seen.seam));
+  measure(seam);
+  count(seen);
   if (!seen.isFound) {
     lostReasons.add(frame.index, seen);
   }
   return seen;
 }
 
-void TSeamRun::count(bool isFound) {
+void TSeamRun::measure(const TTrackedSeam& seam) {
+  for (std::size_t i = 0; i < measures.size(); ++i) {
+    const double value = measures[i].get(seam.measurement);
+    if (std::isfinite(value)) {
+      measured[i].push_back(value);
+    }
+  }
+}
+
+double TSeamRun::medianOf(const std::string& name) const {
+  for (std::size_t i = 0; i < measures.size(); ++i) {
+    if (measures[i].name == name && !measured[i].empty()) {
+      return percentile(measured[i], 0.5);
+    }
+  }
+  return TJointMeasurement::kNone;
+}
+
+void TSeamRun::count(const TSeamFrame& seen) {
+  const bool isFound = seen.isFound;
   ++frameCount;
   foundCount += isFound ? 1 : 0;
+  stripeEndCount += seen.isAtStripeEnd ? 1 : 0;
+  if (isFound) {
+    confidences.push_back(seen.confidence);
+  }
   lossRun = isFound ? 0 : lossRun + 1;
   lossCount += lossRun == 1 ? 1 : 0;
   longestLossFrames = std::max(longestLossFrames, lossRun);
@@ -83,23 +139,53 @@ double TSeamRun::foundShare() const {
   return frameCount == 0 ? 0.0 : static_cast<double>(foundCount) / frameCount;
 }
 
+std::optional<TLimitKind> TSeamRun::limitOf(const std::string& parameter) const {
+  for (const TTraceAttempt& attempt : tracker.lastTrace().attempts) {
+    for (const TTraceCheck& check : attempt.checks) {
+      if (parameter == check.parameter) {
+        return check.kind;
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+double TSeamRun::stripeEndShare() const {
+  return foundCount == 0 ? 0.0 : static_cast<double>(stripeEndCount) / foundCount;
+}
+
 void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options) {
   addFrameOptions(command, options.frames);
   command.add_flag("--exact", options.isExact, "The plain rules of the detectors, without the tracker's help");
+  command.add_option("--truth", options.truthFile, "CSV table of true seams: file,x,y,point,source,tol_px");
+  command.add_option("--point", options.truthPoint,
+                     "The labelled point that is the seam, where there are several");
 }
 
 TTrackerOptions trackerOf(const TSeamRunOptions& options) {
   return options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
 }
 
+TTruth truthOf(const TSeamRunOptions& options) {
+  if (options.truthFile.empty() && !options.truthPoint.empty()) {
+    throw usageError("--point needs --truth");
+  }
+  return options.truthFile.empty() ? TTruth() : TTruth(options.truthFile, options.truthPoint);
+}
+
+std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
+                                      const TPreparation& preparation) {
+  return seen.seam ? std::make_optional(toStored(*seen.seam, preparation, frame.storedSize)) : std::nullopt;
+}
+
 void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {
   const TPreparation preparation = preparationOf(options);
-  TFrameSource source(listInputs(options.inputs));
+  TFrameSource source = framesOf(options);
   TProgress progress(source.frameCount());
-  while (auto frame = source.next()) {
+  for (int done = 1; auto frame = source.next(); ++done) {
     frame->image = prepareImage(frame->image, preparation, frame->name);
     follow(*frame);
-    progress.draw(frame->index + 1);
+    progress.draw(done);
   }
   progress.clear();
   throwIfStopRequested();

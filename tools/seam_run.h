@@ -2,7 +2,10 @@
 #pragma once
 
 #include "tools/frame_source.h"
+#include "tools/measures.h"
 #include "tools/shared_options.h"
+#include "tools/stats.h"
+#include "tools/truth.h"
 
 #include "zelWeldDetect.h"
 
@@ -37,7 +40,9 @@ struct TSeamFrame {
   bool isFound = false;             // in this very frame; a repeated seam does not count
   std::optional<cv::Point2d> seam;  // none when not found or the joint has no seam point
   std::string reason;
-  std::string sentence;
+  std::string sentence;        // with the advice
+  double confidence = 0.0;     // of the measurement, 0..1
+  bool isAtStripeEnd = false;  // the seam lies where the stripe ends
 };
 
 // Reasons with the number of frames that ended with them, and the first of these as an example.
@@ -61,24 +66,37 @@ private:
 
 class TSeamRun {
 public:
-  TSeamRun(const TWeldParams& weldParams, TTrackerOptions options);
+  //   steadied  the measure whose jitter is taken; none: the seam point's
+  TSeamRun(const TWeldParams& weldParams, TTrackerOptions options, std::optional<TMeasure> steadied = {});
 
   // The next frame, its image as searched.
   TSeamFrame next(const TFrame& frame);
 
+  TWeldType type() const { return params.weldType; }
+  const TFrameTrace& trace() const { return tracker.lastTrace(); }  // of the last frame
   int frames() const { return frameCount; }
   int found() const { return foundCount; }
   int losses() const { return lossCount; }               // stretches of frames not found
   int longestLoss() const { return longestLossFrames; }  // frames
   double foundShare() const;                             // 0 without frames
   const TJitter& jitter() const { return seamJitter; }
+  // Median of each measure of the joint over the frames found; not a number where it is never measured.
+  double medianOf(const std::string& measure) const;
+  double confidence() const { return percentile(confidences, 0.5); }  // median of the frames found; 0 without
+  double stripeEndShare() const;                                      // of the frames found; 0 without
+  // The limit that a parameter sets, where the last frame tested it.
+  std::optional<TLimitKind> limitOf(const std::string& parameter) const;
   const TReasonTally& reasons() const { return lostReasons; }  // of the frames not found
 
 private:
-  void count(bool isFound);
+  void count(const TSeamFrame& seen);
+  void measure(const TTrackedSeam& seam);
 
   TWeldParams params;
   TWeldTracker tracker;
+  std::optional<TMeasure> objective;
+  std::vector<TMeasure> measures;
+  std::vector<std::vector<double>> measured;  // of each measure
   TJitter seamJitter;
   TReasonTally lostReasons;
   int frameCount = 0;
@@ -86,19 +104,28 @@ private:
   int lossCount = 0;
   int lossRun = 0;
   int longestLossFrames = 0;
+  int stripeEndCount = 0;
+  std::vector<double> confidences;
 };
 
-// As typed: which frames, and how they are followed.
+// As typed: which frames, how they are followed, and what is known about them.
 struct TSeamRunOptions {
   TFrameOptions frames;
   bool isExact = false;
+  std::string truthFile;
+  std::string truthPoint;
 };
 
-// Declares the options of the frames, and --exact.
+// Declares the options of the frames, --exact, --truth and --point.
 void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options);
 
 // As understood.
 TTrackerOptions trackerOf(const TSeamRunOptions& options);
+TTruth truthOf(const TSeamRunOptions& options);
+
+// Where the seam of a frame lies in the stored image; none where it has none.
+std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
+                                      const TPreparation& preparation);
 
 // Hands every frame on, its image as searched. Throws the error of a stop signal: figures need all frames.
 void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow);

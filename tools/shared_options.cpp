@@ -1,12 +1,18 @@
 #include "tools/shared_options.h"
 
+#include "tools/cli_error.h"
+#include "tools/input_list.h"
 #include "tools/names.h"
+#include "tools/text.h"
+
+#include <cmath>
 
 namespace tool {
 
 void addFrameOptions(CLI::App& command, TFrameOptions& options) {
   command.add_option("INPUT", options.inputs, "Image files, folders, patterns (frame_%03d.png), video files")
       ->required();
+  command.add_option("--frames", options.range, "Only these of all frames, first:last, counted from 0");
   command.add_option("--roi", options.region, "Cut the stored image to x,y,width,height first");
   command.add_option("--rotate", options.rotation, "Then turn it clockwise by 90, 180 or 270 degrees");
   command.add_option("--channel", options.channel, "Then take grey, red, green, blue or red-excess")
@@ -16,6 +22,7 @@ void addFrameOptions(CLI::App& command, TFrameOptions& options) {
 void addParamOptions(CLI::App& command, TParamSource& source) {
   command.add_option("--type", source.type, "Joint, by name or number: " + detectorTypeNames());
   command.add_option("--position", source.position, "Welding position: " + positionNames());
+  command.add_option("--preset", source.preset, "Angles of a corner: " + presetNames());
   command.add_option("--params", source.file, "Parameter file, as params --format json writes it");
   command.add_option("--set", source.values, "One parameter as name=value; may be repeated")
       ->allow_extra_args(false);
@@ -31,6 +38,21 @@ TPreparation preparationOf(const TFrameOptions& options) {
     preparation.region = parseRegion(options.region);
   }
   return preparation;
+}
+
+TFrameSource framesOf(const TFrameOptions& options) {
+  TFrameRange range;
+  if (!options.range.empty()) {
+    constexpr double kMostFrames = 1e9;
+    const std::vector<double> ends = parseNumbers(options.range, ':', 2);
+    const bool isRange = ends.size() == 2 && ends[0] >= 0.0 && ends[0] <= ends[1] && ends[1] < kMostFrames &&
+                         ends[0] == std::trunc(ends[0]) && ends[1] == std::trunc(ends[1]);
+    if (!isRange) {
+      throw usageError("--frames: '" + options.range + "' is no range; write first:last, for example 800:830");
+    }
+    range = {static_cast<int>(ends[0]), static_cast<int>(ends[1])};
+  }
+  return TFrameSource(listInputs(options.inputs), range);
 }
 
 }  // namespace tool

@@ -15,15 +15,69 @@ constexpr double kShareSlack = 0.01;
 constexpr double kJitterFactor = 1.2;
 constexpr double kJitterSlackPx = 0.05;
 
-// The least jitter among the points with a good share.
-std::optional<double> leastJitter(const std::vector<TSweepPoint>& points, double leastShare) {
-  std::optional<double> least;
+constexpr double kLeastFound = 0.9;  // of a suggestion
+constexpr double kMostJitterPx = 5.0;
+constexpr double kMostApartPx = 5.0;  // seams of neighbouring values
+constexpr double kSureShare = 0.5;    // of the best confidence
+
+// Whether what a value found may be a seam at all.
+bool isPlausible(const TSweepPoint& point, double bestConfidence) {
+  if (point.truth) {
+    return point.truth->wrong == 0;
+  }
+  return point.canFail && point.stripeEndShare <= 0.5 && point.confidence >= kSureShare * bestConfidence;
+}
+
+std::vector<bool> plausiblePoints(const std::vector<TSweepPoint>& points) {
+  double bestConfidence = 0.0;
   for (const TSweepPoint& point : points) {
-    if (point.jitterPx && point.foundShare >= leastShare) {
+    bestConfidence = std::max(bestConfidence, point.confidence);
+  }
+  std::vector<bool> isPossible;
+  for (const TSweepPoint& point : points) {
+    isPossible.push_back(isPlausible(point, bestConfidence));
+  }
+  return isPossible;
+}
+
+double bestShare(const std::vector<TSweepPoint>& points, const std::vector<bool>& isPossible) {
+  double best = 0.0;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    best = std::max(best, isPossible[i] ? points[i].foundShare : 0.0);
+  }
+  return best;
+}
+
+// The least jitter among the points with a good share.
+std::optional<double> leastJitter(const std::vector<TSweepPoint>& points, const std::vector<bool>& isPossible,
+                                  double leastShare) {
+  std::optional<double> least;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const TSweepPoint& point = points[i];
+    if (isPossible[i] && point.jitterPx && point.foundShare >= leastShare) {
       least = std::min(least.value_or(*point.jitterPx), *point.jitterPx);
     }
   }
   return least;
+}
+
+// Why no value is good: what rules out the one that finds most.
+std::string objectionToAll(const std::vector<TSweepPoint>& points) {
+  const auto most = std::max_element(points.begin(), points.end(), [](const TSweepPoint& a, const TSweepPoint& b) {
+    return a.foundShare < b.foundShare;
+  });
+  if (most->foundShare == 0.0) {
+    return "no value found a seam";
+  }
+  const std::string value = plain(most->value);
+  if (most->truth && most->truth->wrong > 0) {
+    return "value " + value + " finds most, and " + std::to_string(most->truth->wrong) + " of " +
+           std::to_string(most->truth->judged) + " labelled frames wrong";
+  }
+  if (!most->canFail) {
+    return "at " + value + " the test can no longer fail: it would accept everything";
+  }
+  return most->stripeEndShare > 0.5 ? "the seams lie where the stripe ends" : "the seams are unsure";
 }
 
 }  // namespace
@@ -62,17 +116,16 @@ TSweepRange parseRange(const std::string& assignment) {
 }
 
 std::vector<bool> goodPoints(const std::vector<TSweepPoint>& points) {
-  double bestShare = 0.0;
-  for (const TSweepPoint& point : points) {
-    bestShare = std::max(bestShare, point.foundShare);
-  }
-  const double leastShare = bestShare - kShareSlack;
-  const std::optional<double> least = leastJitter(points, leastShare);
+  const std::vector<bool> isPossible = plausiblePoints(points);
+  const double best = bestShare(points, isPossible);
+  const double leastShare = best - kShareSlack;
+  const std::optional<double> least = leastJitter(points, isPossible, leastShare);
   std::vector<bool> isGood;
-  for (const TSweepPoint& point : points) {
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const TSweepPoint& point = points[i];
     const bool isSteady =
         !least || (point.jitterPx && *point.jitterPx <= std::max(*least * kJitterFactor, *least + kJitterSlackPx));
-    isGood.push_back(bestShare > 0.0 && point.foundShare >= leastShare && isSteady);
+    isGood.push_back(isPossible[i] && best > 0.0 && point.foundShare >= leastShare && isSteady);
   }
   return isGood;
 }
@@ -90,6 +143,30 @@ std::optional<TGoodRange> widestGoodRange(const std::vector<bool>& isGood) {
     first = std::max(first, end);
   }
   return widest;
+}
+
+std::string objectionTo(const std::vector<TSweepPoint>& points, const std::optional<TGoodRange>& good) {
+  if (!good) {
+    return objectionToAll(points);
+  }
+  const TSweepPoint& chosen = points[good->middle];
+  if (chosen.foundShare < kLeastFound) {
+    return "the best value finds " + fixed(100.0 * chosen.foundShare, 1) + " % of the frames, less than 90 %";
+  }
+  if (chosen.jitterPx.value_or(0.0) > kMostJitterPx) {
+    return "the seam jumps by " + fixed(*chosen.jitterPx, 1) + " px from frame to frame, more than 5 px";
+  }
+  const bool isAtEdge = good->first == 0 || good->last + 1 == points.size();
+  if (good->first == good->last && isAtEdge && points.size() > 1) {
+    return "only " + plain(chosen.value) + ", at the edge of the sweep, is good: move the range";
+  }
+  for (std::size_t i = good->first + 1; i <= good->last; ++i) {
+    if (points[i].apartPx > kMostApartPx) {
+      return plain(points[i - 1].value) + " and " + plain(points[i].value) + " find seams " +
+             fixed(points[i].apartPx, 1) + " px apart: see in a report which is right";
+    }
+  }
+  return "";
 }
 
 }  // namespace tool

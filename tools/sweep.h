@@ -1,6 +1,8 @@
 // One parameter over a range: its values, what each gave, and which of them suit.
 #pragma once
 
+#include "tools/truth.h"
+
 #include "zelWeldDetect.h"
 
 #include <optional>
@@ -21,15 +23,22 @@ bool isRange(const std::string& assignment);
 // what would be right: no number, not ascending, a step not above 0, more than 1000 values.
 TSweepRange parseRange(const std::string& assignment);
 
+// What one value of the swept parameter gave.
 struct TSweepPoint {
   double value = 0.0;
   double foundShare = 0.0;         // 0..1
   std::optional<double> jitterPx;  // see TJitter
+  double confidence = 0.0;         // median of the measurements, 0..1
+  double stripeEndShare = 0.0;     // of the seams found, at an end of the stripe
+  double apartPx = 0.0;            // median distance from the seams of the value before, px
+  bool canFail = true;             // false: at the loosest value of its range a test refuses nothing
+  std::optional<TTruthFigures> truth = {};
 };
 
 // A value is good when its found share is at most 0.01 below the best one and its jitter at most 20 % or 0.05 px,
 // whichever is more, above the least jitter of these. Where none of them has a jitter, the share alone counts. No
-// value is good when nothing was found.
+// value is good when nothing was found, none whose test can no longer fail, whose seams lie at the stripe's ends
+// or are half as sure as those of the best, and none that gave a wrong seam.
 std::vector<bool> goodPoints(const std::vector<TSweepPoint>& points);
 
 struct TGoodRange {
@@ -41,7 +50,9 @@ struct TGoodRange {
 // The longest run of good values, the first of equally long ones.
 std::optional<TGoodRange> widestGoodRange(const std::vector<bool>& isGood);
 
-// What one value of the swept parameter gave.
+// Why nothing is suggested; empty: the middle of the good range is.
+std::string objectionTo(const std::vector<TSweepPoint>& points, const std::optional<TGoodRange>& good);
+
 struct TSweepRow {
   TSweepPoint point;
   bool isGood = false;
@@ -55,6 +66,7 @@ struct TSweepResult {
   int frames = 0;
   std::vector<TSweepRow> rows;
   std::optional<TGoodRange> good;
+  std::string objection;  // why its middle is not suggested; empty: it is
 };
 
 }  // namespace tool

@@ -5,6 +5,7 @@
 #include "tools/output_file.h"
 #include "tools/parameter.h"
 #include "tools/seam_run.h"
+#include "tools/stats.h"
 #include "tools/sweep.h"
 #include "tools/sweep_page.h"
 #include "tools/text.h"
@@ -23,12 +24,22 @@ struct TOptions {
   TSeamRunOptions run;
   TParamSource source;
   std::string page;
+  std::string objective;  // empty: the seam point
+};
+
+// A value, and what it has found so far.
+struct TTrial {
+  double value = 0.0;
+  TSeamRun run;
+  TTruthFigures truth = {};
+  std::vector<double> apartPx = {};  // from the seams of the value before
 };
 
 struct TSweep {
   TWeldType type = TWeldType::none;
-  TSweepRange range;
-  std::vector<TSeamRun> runs;  // one per value
+  std::string parameter;
+  std::vector<TTrial> trials;
+  std::optional<TLimitKind> limit = {};  // of the test that the parameter sets, once it has run
 };
 
 // Parts the range from the single values of --set.
@@ -53,28 +64,59 @@ TSweep sweepOf(const TOptions& options) {
   if (isFlag(parameter)) {
     throw usageError("--set: " + labelOf(parameter) + " is true or false and has no range; use zelweld compare");
   }
-  TSweep sweep{params.weldType, range, {}};
+  TSweep sweep{params.weldType, parameter.name, {}};
+  const auto objective = options.objective.empty()
+                             ? std::nullopt
+                             : std::make_optional(findMeasure(params.weldType, options.objective));
   for (const double value : range.values) {
     setValue(params, parameter, value);
-    sweep.runs.emplace_back(params, trackerOf(options.run));
+    sweep.trials.push_back({value, TSeamRun(params, trackerOf(options.run), objective)});
   }
   return sweep;
 }
 
-TSweepRow rowOf(double value, const TSeamRun& run) {
+// Tracks the frame under every value.
+void addFrame(TSweep& sweep, const TFrame& frame, const TTruth& truth, const TPreparation& preparation) {
+  std::optional<cv::Point2d> before;
+  for (TTrial& trial : sweep.trials) {
+    const TSeamFrame seen = trial.run.next(frame);
+    truth.judge(frame.name, storedSeam(seen, frame, preparation), trial.truth);
+    if (seen.seam && before) {
+      trial.apartPx.push_back(cv::norm(*seen.seam - *before));
+    }
+    before = seen.seam;
+    if (!sweep.limit) {
+      sweep.limit = trial.run.limitOf(sweep.parameter);
+    }
+  }
+}
+
+// At the loosest value of its range a test refuses nothing any more.
+bool canFail(const TSweep& sweep, double value) {
+  const TParameterLimits& limits = findParameter(sweep.type, sweep.parameter).limits;
+  return !sweep.limit || (isLowerLimit(*sweep.limit) ? value > limits.min : value < limits.max);
+}
+
+TSweepRow rowOf(const TSweep& sweep, const TTrial& trial) {
+  const TSeamRun& run = trial.run;
   const auto reasons = run.reasons().rows();
-  return {{value, run.foundShare(), run.jitter().medianPx()},
+  const bool isJudged = trial.truth.judged > 0;
+  return {{trial.value, run.foundShare(), run.jitter().medianPx(), run.confidence(), run.stripeEndShare(),
+           percentile(trial.apartPx, 0.5), canFail(sweep, trial.value),
+           isJudged ? std::make_optional(trial.truth) : std::nullopt},
           false,
           run.longestLoss(),
           reasons.empty() ? "-" : reasons.front().reason};
 }
 
 TSweepResult judge(const TSweep& sweep) {
-  TSweepResult result{
-      sweep.type, findParameter(sweep.type, sweep.range.name).name, sweep.runs.front().frames(), {}, {}};
+  TSweepResult result;
+  result.type = sweep.type;
+  result.parameter = sweep.parameter;
+  result.frames = sweep.trials.front().run.frames();
   std::vector<TSweepPoint> points;
-  for (std::size_t i = 0; i < sweep.runs.size(); ++i) {
-    result.rows.push_back(rowOf(sweep.range.values[i], sweep.runs[i]));
+  for (const TTrial& trial : sweep.trials) {
+    result.rows.push_back(rowOf(sweep, trial));
     points.push_back(result.rows.back().point);
   }
   const std::vector<bool> isGood = goodPoints(points);
@@ -82,6 +124,7 @@ TSweepResult judge(const TSweep& sweep) {
     result.rows[i].isGood = isGood[i];
   }
   result.good = widestGoodRange(isGood);
+  result.objection = objectionTo(points, result.good);
   return result;
 }
 
@@ -90,14 +133,26 @@ std::string barOf(double share) {
   return std::string(filled, '#') + std::string(kBarWidth - filled, '.');
 }
 
+std::string truthCells(const TSweepPoint& point) {
+  const auto errorPx = point.truth ? point.truth->medianErrorPx() : std::nullopt;
+  return point.truth
+             ? padded(std::to_string(point.truth->wrong) + " of " + std::to_string(point.truth->judged), 12) +
+                   padded(errorPx ? fixed(*errorPx, 2) : "-", 11)
+             : "";
+}
+
 void printTable(const TSweepResult& result) {
+  const bool isJudged = std::any_of(result.rows.begin(), result.rows.end(),
+                                    [](const TSweepRow& row) { return row.point.truth.has_value(); });
   printLine("   " + padded(result.parameter, 17) + padded("found", 30) + padded("jitter, px", 12) +
+            padded("confidence", 12) + (isJudged ? padded("wrong", 12) + padded("error, px", 11) : "") +
             padded("longest loss", 14) + "most frequent reason for losses");
   for (const TSweepRow& row : result.rows) {
     const TSweepPoint& point = row.point;
     printLine((row.isGood ? " * " : "   ") + padded(plain(point.value), 17) +
               padded(barOf(point.foundShare) + " " + fixed(100.0 * point.foundShare, 1) + " %", 30) +
               padded(point.jitterPx ? fixed(*point.jitterPx, 3) : "-", 12) +
+              padded(fixed(point.confidence, 2), 12) + truthCells(point) +
               padded(std::to_string(row.longestLoss), 14) + row.reason);
   }
 }
@@ -115,8 +170,8 @@ std::string openEndsOf(const TGoodRange& good, std::size_t count) {
 }
 
 void printSuggestion(const TSweepResult& result) {
-  if (!result.good) {
-    printLine("\nNo suggestion: no value found a seam.");
+  if (!result.objection.empty()) {
+    printLine("\nNo suggestion: " + result.objection + ".");
     return;
   }
   const TGoodRange& good = *result.good;
@@ -128,11 +183,12 @@ void printSuggestion(const TSweepResult& result) {
 
 void run(const TOptions& options) {
   TSweep sweep = sweepOf(options);
-  followFrames(options.run.frames, [&](const TFrame& frame) {
-    for (TSeamRun& run : sweep.runs) {
-      run.next(frame);
-    }
-  });
+  const TTruth truth = truthOf(options.run);
+  const TPreparation preparation = preparationOf(options.run.frames);
+  followFrames(options.run.frames, [&](const TFrame& frame) { addFrame(sweep, frame, truth, preparation); });
+  if (!truth.isEmpty() && sweep.trials.front().truth.judged == 0) {
+    throw inputError("--truth: " + options.run.truthFile + " labels none of the frames");
+  }
   const TSweepResult result = judge(sweep);
   printTable(result);
   printSuggestion(result);
@@ -149,17 +205,27 @@ void addSweepCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   addSeamRunOptions(*command, options->run);
   addParamOptions(*command, options->source);
+  command->add_option("--objective", options->objective,
+                      "A measure that is to be steady, in place of the seam point: gapPx");
   command->add_option("--out", options->page, "HTML page with charts of found share and jitter");
   command->footer(
       "Exactly one --set gives a range, name=from:to:step; others fix further parameters.\n"
-      "found   share of frames whose seam was found; repeats of an earlier seam do not count\n"
-      "jitter  median of |p[n-1] - 2 p[n] + p[n+1]| over the seam points p of consecutive found frames\n"
-      "*       good: found at most 1 % below the best, and jitter at most 20 % (or 0.05 px) above the least of "
-      "these\n"
-      "The suggestion is the middle of the widest run of good values.\n"
+      "found       share of frames whose seam was found; repeats of an earlier seam do not count\n"
+      "jitter      median of |p[n-1] - 2 p[n] + p[n+1]| over the seam points p of consecutive found frames, or "
+      "over\n"
+      "            the values of the --objective\n"
+      "confidence  median of the measurements of the joint, 0 to 1\n"
+      "wrong       with --truth: labelled frames with a seam more than 5 px (or tol_px) off\n"
+      "*           good: found at most 1 % below the best, jitter at most 20 % (or 0.05 px) above the least of\n"
+      "            these, and nothing wrong; without --truth neither unsure, nor at the ends of the stripe, nor "
+      "at\n"
+      "            the loosest value of the parameter's range\n"
+      "The suggestion is the middle of the widest run of good values. There is none below 90 % found, above 5 px "
+      "of\n"
+      "jitter, for one value at an edge, or where neighbouring values find different seams.\n"
       "Examples:\n"
       "  zelweld sweep frames/ --type lap --set minStepPx=5:40:5 --out sweep.html\n"
-      "  zelweld sweep clip.avi --params gap.json --set minGapPx=2:30:2 --set lineTolerancePx=4 --rotate 90");
+      "  zelweld sweep frames/ --params gap.json --set minGapPx=2:30:2 --rotate 90 --truth labels.csv");
   command->callback([options] { run(*options); });
 }
 

@@ -24,6 +24,8 @@ ordered_json rowJson(const TSweepRow& row) {
           {"foundShare", row.point.foundShare},
           {"jitterPx", row.point.jitterPx ? ordered_json(*row.point.jitterPx) : ordered_json(nullptr)},
           {"longestLoss", row.longestLoss},
+          {"confidence", row.point.confidence},
+          {"wrong", row.point.truth ? ordered_json(row.point.truth->wrong) : ordered_json(nullptr)},
           {"reason", row.reason},
           {"isGood", row.isGood}};
 }
@@ -43,7 +45,8 @@ std::string sweepPage(const TSweepResult& result) {
                        {"frames", result.frames},
                        {"parameter", parameterJson(findParameter(result.type, result.parameter))},
                        {"points", ordered_json::array()},
-                       {"suggestion", goodJson(result.good)}};
+                       {"objection", result.objection},
+                       {"suggestion", result.objection.empty() ? goodJson(result.good) : ordered_json(nullptr)}};
   for (const TSweepRow& row : result.rows) {
     data["points"].push_back(rowJson(row));
   }

@@ -6,6 +6,21 @@
 #include <algorithm>
 
 namespace tool {
+
+const char* nameOf(TLimitKind kind) {
+  switch (kind) {
+    case TLimitKind::atLeast:
+      return "atLeast";
+    case TLimitKind::above:
+      return "above";
+    case TLimitKind::atMost:
+      return "atMost";
+    case TLimitKind::below:
+      break;
+  }
+  return "below";
+}
+
 namespace {
 
 using nlohmann::ordered_json;
@@ -24,20 +39,6 @@ const char* nameOf(TSearchPath path) {
   return "fallback";
 }
 
-const char* nameOf(TLimitKind kind) {
-  switch (kind) {
-    case TLimitKind::atLeast:
-      return "atLeast";
-    case TLimitKind::above:
-      return "above";
-    case TLimitKind::atMost:
-      return "atMost";
-    case TLimitKind::below:
-      break;
-  }
-  return "below";
-}
-
 template <typename TItems, typename TMake>
 ordered_json listOf(const TItems& items, TMake make) {
   ordered_json list = ordered_json::array();
@@ -53,9 +54,11 @@ ordered_json pointJson(const TPoint& point) {
 }
 
 ordered_json checkJson(const TTraceCheck& check) {
-  ordered_json json = {{"name", check.name},           {"element", check.element}, {"measured", check.measured},
-                       {"kind", nameOf(check.kind)},   {"limit", check.limit},     {"unit", check.unit},
-                       {"parameter", check.parameter}, {"passed", check.passed},   {"stage", check.stage}};
+  ordered_json json = {{"name", check.name},           {"element", check.element},
+                       {"measured", check.measured},   {"kind", tool::nameOf(check.kind)},
+                       {"limit", check.limit},         {"unit", check.unit},
+                       {"parameter", check.parameter}, {"passed", check.passed},
+                       {"stage", check.stage}};
   if (*check.way != '\0') {
     json["way"] = check.way;
   }
@@ -63,6 +66,10 @@ ordered_json checkJson(const TTraceCheck& check) {
     json["piece"] = check.piece;
   }
   return json;
+}
+
+ordered_json needJson(const TTraceNeed& need) {
+  return {{"parameter", need.parameter}, {"kind", tool::nameOf(need.kind)}, {"enough", need.enough}};
 }
 
 ordered_json filterJson(const TTraceFilter& filter) {
@@ -116,6 +123,8 @@ ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
       {"reason", attempt.reason},
       {"sentence", attempt.sentence},
       {"decisive", attempt.decisive},
+      {"needs", listOf(attempt.needs, needJson)},
+      {"needsSuffice", attempt.needsSuffice},
       {"regions", listOf(attempt.regions, regionJson)},
       {"columns",
        {{"scanned", attempt.columnsScanned},
@@ -151,6 +160,10 @@ std::string searchWords(const TFrameTrace& trace) {
                                   nameOf(attempt->path) + " search, " + tool::nameOf(attempt->extraction);
 }
 
+std::string explanationOf(const TFrameTrace& trace) {
+  return trace.sentence + (trace.advice.empty() ? "" : "; " + trace.advice);
+}
+
 const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace) {
   return trace.decisive < 0 ? nullptr : &trace.attempts[static_cast<std::size_t>(trace.decisive)];
 }
@@ -159,6 +172,7 @@ ordered_json traceJson(const TFrameTrace& trace, bool withPoints) {
   return {{"outcome", weldOutcomeText(trace.outcome)},
           {"reason", trace.reason},
           {"sentence", trace.sentence},
+          {"advice", trace.advice},
           {"decisive", trace.decisive},
           {"attempts",
            listOf(trace.attempts, [&](const TTraceAttempt& attempt) { return attemptJson(attempt, withPoints); })},

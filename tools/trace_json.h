@@ -13,6 +13,12 @@ namespace tool {
 // attempts.
 std::string searchWords(const TFrameTrace& trace);
 
+// Why a frame is not found, and what may be done: sentence and advice.
+std::string explanationOf(const TFrameTrace& trace);
+
+// "atLeast", "above", "atMost", "below".
+const char* nameOf(TLimitKind kind);
+
 // The attempt that the outcome speaks of; null without attempts.
 const TTraceAttempt* decisiveAttempt(const TFrameTrace& trace);
 

@@ -69,6 +69,7 @@ TJob jobOf(const TOptions& options) {
   job.outFolder = outFolderOf(options, job.files);
   job.keepTrace = options.keepTrace;
   job.tracking.tracker.keepTrace = job.keepTrace || !job.outFolder.empty();
+  job.tracking.tracker.giveAdvice = true;
   return job;
 }
 
@@ -79,6 +80,9 @@ std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
                                     place};
   if (record.tracked.state != TSeamState::found) {
     lines.push_back(record.trace->sentence);
+    if (!record.trace->advice.empty()) {
+      lines.push_back(record.trace->advice);
+    }
   }
   lines.push_back(searchWords(*record.trace));
   lines.push_back(fs::path(record.file).filename().string() + ", " + fixed(record.ms, 2) + " ms");
@@ -97,9 +101,9 @@ void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
 
 void run(const TOptions& options) {
   const TJob job = jobOf(options);
-  TFrameSource source(job.files);
+  TFrameSource source = framesOf(options.tracking.frames);
   TFrameTracker tracker(job.tracking);
-  TRecordWriter writer(std::cout, job.format, job.withPoints, job.keepTrace);
+  TRecordWriter writer(std::cout, job.format, job.tracking.params.weldType, job.withPoints, job.keepTrace);
   TProgress progress(source.frameCount());
   TRunStats stats;
   while (const auto frame = source.next()) {

@@ -1,5 +1,6 @@
 #include "api/attempt.h"
 
+#include "api/advice.h"
 #include "api/seam_gate.h"
 #include "stripe/edge_pairs/edge_pairs.h"
 #include "stripe/fused.h"
@@ -93,7 +94,10 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
   extracted.stripe.status = std::move(status);
   const bool hasStripe = frame.trace.passes(kRidgePoints, extracted.stripe.points.size(), kMinRidgePoints);
   TSeam seam = hasStripe ? quest.joint.rules.find(frame, extracted.stripe, {}) : TSeam(frame.memory);
-  return conclude(quest, extracted, std::move(seam));
+  TFound found = conclude(quest, extracted, std::move(seam));
+  if (quest.givesAdvice && hasStripe && !found.seam.isFound)
+    adviseAttempt(quest, extracted.stripe, quest.joint.rules.find, {});
+  return found;
 }
 
 }  // namespace
@@ -105,6 +109,7 @@ TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extrac
   TSeam seam = find(quest.frame, extracted.stripe, previous);
   const bool hasFailed = !seam.isFound;
   TFound found = conclude(quest, extracted, std::move(seam));
+  if (quest.givesAdvice && !found.seam.isFound) adviseAttempt(quest, extracted.stripe, find, previous);
   const bool triesRidges = hasFailed && rules.hasSecondChance && quest.grantsSecondChance;
   return triesRidges ? tryRidges(quest, std::move(extracted.stripe.status)) : std::move(found);
 }

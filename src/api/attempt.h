@@ -30,6 +30,7 @@ struct TQuest {
   bool grantsSecondChance = true;  // to joints whose rules have one
   bool refusesImpossible = false;  // seams at a point that is none of the image
   bool usesOwnRules = false;       // those of the default tracker where the joint has some
+  bool givesAdvice = false;        // about failures, in the trace
 };
 
 // Extracts the stripe where the look says and runs the joint's rules on it.

@@ -12,7 +12,7 @@ constexpr TParameterLimits kFlag{0.0, 1.0};
 constexpr TParameterLimits kGreyLevels{0.0, 255.0};
 constexpr TParameterLimits kTolerancePx{0.0, 1000.0, true};
 constexpr TParameterLimits kLengthPx{0.0, 100000.0};
-constexpr TParameterLimits kWidthPx{1.0, 100000.0};
+constexpr TParameterLimits kGapPx{2.0, 100000.0};  // an unbroken stripe measures 1
 constexpr TParameterLimits kCount{0.0, 100000.0};
 constexpr TParameterLimits kCountFrom1{1.0, 100000.0};
 constexpr TParameterLimits kSlopeDeg{-90.0, 90.0};
@@ -81,7 +81,7 @@ std::vector<TWeldParameter> gapParameters() {
       {"fitScalePx", "dPara4", "px", kTolerancePx, "tracking: scale of the robust line fit",
        "a rough stripe gives no line, and the frame is lost",
        "flare, bends and clutter beside the stripe pull the line away", kValue<&TWeldParams::dPara4>},
-      {"minGapPx", "dPara8", "px", kWidthPx, "smallest gap width (N missing columns measure N + 1)",
+      {"minGapPx", "dPara8", "px", kGapPx, "smallest gap width (N missing columns measure N + 1)",
        "columns that the stripe loses to spatter or dirt are reported as a gap", "narrow gaps are not found",
        kValue<&TWeldParams::dPara8>},
       {"stripeAngleDeg.min", "angleRange4.min", "deg", kSlopeDeg, "first detection: smallest angle of the stripe",

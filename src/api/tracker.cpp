@@ -1,5 +1,6 @@
 #include "zelWeldTracker.h"
 
+#include "api/advice.h"
 #include "api/contrast_seam.h"
 #include "api/measure.h"
 #include "api/own_joint.h"
@@ -97,7 +98,8 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
                            ridges,
                            options.extraction == TStripeExtraction::edgePairs,
                            options.rejectImpossiblePoints && joint->rules.hasSeamPoint,
-                           options.extraction == TStripeExtraction::automatic};
+                           options.extraction == TStripeExtraction::automatic,
+                           options.keepTrace && options.giveAdvice};
   const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
   weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
   // The plain rules know the last result alone.
@@ -175,6 +177,8 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
     const char* const problem = state->own ? state->own->problem.c_str() : "";
     weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos, problem},
                         joint != nullptr ? &joint->info : nullptr);
+    if (state->options.giveAdvice && joint != nullptr && seam.state != TSeamState::found)
+      weld::adviseFrame(image, *joint, trace);
     trace.totalUs = clock.elapsedUs();
   }
 

@@ -23,4 +23,12 @@ double adviseExposureFactor(int meanGray, double brightShare, const TExposureTar
   return std::clamp(wanted, 1.0 / kLargestFactor, isTooBright ? kTooBrightFactor : kLargestFactor);
 }
 
+double adviseExposureFactor(const TStripeLight& light, const TStripeTarget& target) {
+  if (light.columns <= 0) return kLeave;
+  if (light.saturatedShare > target.saturatedShare)
+    return std::clamp(1.0 - light.saturatedShare, kTooBrightFactor, kLeave);
+  if (!(light.peakOverBackground < target.leastPeak)) return kLeave;
+  return std::clamp(target.wantedPeak / std::max(light.peakOverBackground, 1.0), kLeave, kLargestFactor);
+}
+
 }  // namespace LightingAdaptation

@@ -122,6 +122,32 @@ TCornerSettings TCornerSettings::of(const TWeldParams& params) {
   return settings;
 }
 
+TWeldParams TCornerPreset::applyTo(const TWeldParams& params) const {
+  TCornerSettings corner = TCornerSettings::of(params);
+  corner.leftFlankDeg = settings.leftFlankDeg;
+  corner.rightFlankDeg = settings.rightFlankDeg;
+  corner.includedAngleDeg = settings.includedAngleDeg;
+  return corner.params(params.weldPosType);
+}
+
+const std::vector<TCornerPreset>& cornerPresets() {
+  const auto preset = [](const char* name, const char* meaning, TAngleRange left, TAngleRange right,
+                         TAngleRange included) {
+    TCornerSettings settings;
+    settings.leftFlankDeg = left;
+    settings.rightFlankDeg = right;
+    settings.includedAngleDeg = included;
+    return TCornerPreset{name, meaning, settings};
+  };
+  static const std::vector<TCornerPreset> presets = {
+      preset("valley", "left flank falling, right one rising", {0.0, 45.0}, {-45.0, 0.0}, {90.0, 178.0}),
+      preset("roof", "left flank rising, right one falling", {-45.0, 0.0}, {0.0, 45.0}, {90.0, 178.0}),
+      preset("fillet", "floor on the left, wall on the right", {-20.0, 20.0}, {-80.0, -30.0}, {30.0, 150.0}),
+      preset("filletLeft", "wall on the left, floor on the right", {30.0, 80.0}, {-20.0, 20.0}, {30.0, 150.0}),
+      preset("flatBend", "both flanks nearly level", {-30.0, 30.0}, {-30.0, 30.0}, {150.0, 179.5})};
+  return presets;
+}
+
 TWeldParams TPlateSettings::params(TWeldPosType pos) const {
   TWeldParams params = initialised(TWeldType::plate, pos);
   linkPlate(*this, params, kIntoParams);

@@ -48,10 +48,6 @@ TNumbers numbersOf(const TTraceCheck& check) {
   return numbers;
 }
 
-bool isLowerLimit(const TTraceCheck& check) {
-  return check.kind == TLimitKind::atLeast || check.kind == TLimitKind::above;
-}
-
 // A setting of the joint is named by its field as well.
 std::string parameterText(const TTraceCheck& check, const TWeldJoint* joint) {
   const TWeldParameter* const setting = joint != nullptr ? findWeldParameter(*joint, check.parameter) : nullptr;
@@ -85,7 +81,7 @@ const char* allowanceText(TLimitKind kind) {
 
 std::string describeCount(const TTraceCheck& check, const TWeldJoint* joint) {
   const TNumbers numbers = numbersOf(check);
-  const bool isLower = isLowerLimit(check);
+  const bool isLower = isLowerLimit(check.kind);
   const std::string amount = check.measured == 0.0 ? "no" : (isLower ? "only " : "") + numbers.measured;
   return amount + " " + countedText(check) + ", " + allowanceText(check.kind) + numbers.limit +
          (isLower ? " needed" : " allowed") + sourceText(check, joint);
@@ -93,7 +89,7 @@ std::string describeCount(const TTraceCheck& check, const TWeldJoint* joint) {
 
 std::string relationText(const TTraceCheck& check) {
   const bool isEqual = check.measured == check.limit;
-  if (isLowerLimit(check)) return isEqual ? " does not exceed the minimum " : " is below the minimum ";
+  if (isLowerLimit(check.kind)) return isEqual ? " does not exceed the minimum " : " is below the minimum ";
   return isEqual ? " is not below the maximum " : " is above the maximum ";
 }
 

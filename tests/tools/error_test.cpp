@@ -43,7 +43,7 @@ TEST_F(ZelweldTest, WrongUsageIsNamedAndExitsWith2) {
       {"sweep f --type gap", "no range is given; write one as name=from:to:step"},
       {"sweep f --type gap --set dPara8=1:3:1 --set dPara2=1:3:1", "more than one range"},
       {"sweep f --type gap --set dPara8=3:1:1", "dPara8=3:1:1: the range must ascend"},
-      {"sweep f --type gap --set dPara8=0:3:1", "minGapPx (dPara8) must be 1 to 100000, not 0"},
+      {"sweep f --type gap --set dPara8=0:3:1", "minGapPx (dPara8) must be 2 to 100000, not 0"},
       {"sweep f --type corner --set nPara1=1:3:0.5", "maxMissingColumns (nPara1) must be a whole number"},
       {"sweep f --type corner --set haveGap=0:1:1", "allowsGap (haveGap) is true or false"},
       {"compare a.json", "B.json"},
@@ -107,7 +107,7 @@ TEST_F(ZelweldTest, UnreadableInputIsNamedAndExitsWith3) {
       {track + "f --params gone.json", "gone.json: cannot be read"},
       {track + "f --params dir.json", "dir.json: cannot be read"},
       {"compare a.json gone.json f", "gone.json: cannot be read"},
-      {"features gone", "gone: no such file"},
+      {"features gone --type gap", "gone: no such file"},
   };
   expectRefused(3, rows);
 }
@@ -136,5 +136,5 @@ TEST_F(ZelweldTest, OutputThatCannotBeWrittenExitsWith1) {
                     {"params --type gap >/dev/full", "takes no more text"},
                     {"compare a.json a.json f >/dev/full", "standard output takes no more"},
                     {"exposure f >/dev/full", "standard output takes no more"},
-                    {"features f >/dev/full", "standard output takes no more"}});
+                    {"features f --type gap >/dev/full", "standard output takes no more"}});
 }

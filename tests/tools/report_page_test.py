@@ -20,6 +20,7 @@ try:
     from selenium.webdriver.common.action_chains import ActionChains
     from selenium.webdriver.common.by import By
     from selenium.webdriver.common.keys import Keys
+    from selenium.webdriver.support.ui import WebDriverWait
 except ImportError:
     print("skipped: python3-selenium is not installed")
     sys.exit(SKIPPED)
@@ -33,7 +34,7 @@ def make_pages(zelweld, folder):
         (folder / f"f/frame_{number:04d}.png").write_bytes((folder / "blank/frame_0000.png").read_bytes())
     (folder / "f/frame_0011.png").rename(folder / "f/x<img src=y onerror=alert(1)>.png")
     run("report", "f", "--type", "gap", "--exact", "--out", "report.html")
-    run("sweep", "f", "--type", "gap", "--set", "dPara8=5:105:10", "--out", "sweep.html")
+    run("sweep", "f", "--frames", "0:4", "--type", "gap", "--set", "dPara8=5:105:10", "--out", "sweep.html")
     return folder / "report.html", folder / "sweep.html"
 
 
@@ -53,7 +54,7 @@ def foreign_requests(browser, page):
         message = json.loads(entry["message"])["message"]
         if message["method"] == "Network.requestWillBeSent":
             urls.append(message["params"]["request"]["url"])
-    return [url for url in urls if not url.startswith("data:") and url != page.as_uri()]
+    return [url for url in urls if not url.startswith("data:") and url.split("#")[0] != page.as_uri()]
 
 
 def opened_frame(browser):
@@ -63,17 +64,17 @@ def opened_frame(browser):
 
 def check_timeline(browser):
     rows = browser.execute_script("return charts.map((chart) => chart.numRows())")
-    assert rows == [FRAMES] * 4, rows
+    titles = [title.text for title in browser.find_elements(By.CSS_SELECTOR, "#charts .title")]
+    assert rows == [FRAMES] * len(titles) and {"seam x, px", "gapPx, px", "confidence"} <= set(titles), titles
     lost = browser.execute_script("return report.frames.flatMap((frame, n) => (frame.state === 'lost' ? [n] : []))")
     assert lost == DARK, lost
-    for name, height in (("ribbon", 20), ("charts", 60)):
-        place = browser.find_element(By.ID, name)
+    for name in ("#ribbon", "#charts .plot"):
+        place = browser.find_element(By.CSS_SELECTOR, name)
         browser.execute_script("arguments[0].scrollIntoView({block: 'center'})", place)
         box = place.rect
         # Where frame 6 stands between the left axis and the right gap.
         x = browser.execute_script("return charts[0].toDomXCoord(6)")
-        top = -box["height"] / 2 + height if name == "charts" else 0
-        ActionChains(browser).move_to_element_with_offset(place, x - box["width"] / 2, top).click().perform()
+        ActionChains(browser).move_to_element_with_offset(place, x - box["width"] / 2, 0).click().perform()
         assert opened_frame(browser) == "Frame 6", (name, opened_frame(browser))
         browser.find_element(By.ID, "viewer-close").click()
 
@@ -107,8 +108,68 @@ def check_reasons(browser):
     assert browser.find_elements(By.CSS_SELECTOR, "#parameter-rows tr"), "no parameters"
 
 
+def check_losses(browser):
+    first = browser.execute_script("return document.querySelector('main section:nth-of-type(2)').id")
+    rows = [[cell.text for cell in row.find_elements(By.TAG_NAME, "td")]
+            for row in browser.find_elements(By.CSS_SELECTOR, "#loss-table tbody tr")]
+    assert first == "losses" and [row[:3] for row in rows] == [["5", "6", "2"], ["10", "10", "1"]], rows
+    browser.find_element(By.ID, "go-number").send_keys("6", Keys.ENTER)
+    assert opened_frame(browser) == "Frame 6", opened_frame(browser)
+    assert browser.current_url.endswith("#frame=6"), browser.current_url
+    browser.find_element(By.ID, "viewer-close").click()
+    browser.execute_script("location.hash = 'frame=10'")
+    WebDriverWait(browser, 5).until(lambda b: opened_frame(b) == "Frame 10")
+    browser.find_element(By.ID, "viewer-close").click()
+
+
+def check_ribbon_keys(browser):
+    ribbon = browser.find_element(By.ID, "ribbon")
+    ribbon.send_keys(Keys.HOME, Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.ARROW_LEFT)
+    assert ribbon.get_attribute("aria-valuetext") == "frame 1, found", ribbon.get_attribute("aria-valuetext")
+    ribbon.send_keys(Keys.ENTER)
+    assert opened_frame(browser) == "Frame 1", opened_frame(browser)
+    browser.find_element(By.ID, "viewer-close").click()
+
+
+def check_limits(browser):
+    browser.find_element(By.CSS_SELECTOR, "#tests summary").click()
+    titles = "return [...document.querySelectorAll('#test-charts .title')].map((title) => title.textContent)"
+    gap = lambda b: [title for title in b.execute_script(titles) if title.startswith("gap, px; must be ≥")]
+    WebDriverWait(browser, 5).until(gap)
+    limits = browser.execute_script("return charts[charts.length - 1].getLabels()")
+    assert limits[3] == "limit", limits
+
+
+def check_narrow(browser, page):
+    for width in (400, 700):
+        browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                                {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": True})
+        browser.get(page.as_uri())
+        assert browser.execute_script("return document.documentElement.scrollWidth") <= width, (page.name, width)
+    browser.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+
+
+def check_access(browser, page, axe):
+    """Contrast, names and keyboard use, as axe-core judges them in both colour schemes, with and without a frame."""
+    for scheme in ("light", "dark"):
+        browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        for place in ("", f"#frame={DARK[0]}"):
+            browser.get("about:blank")
+            browser.get(page.as_uri() + place)
+            browser.execute_script(axe)
+            found = browser.execute_async_script("axe.run().then(arguments[0])")
+            assert len(found["passes"]) > 10, "axe-core did not look"
+            bad = [(rule["id"], rule["nodes"][0]["html"]) for rule in found["violations"]
+                   if rule["impact"] in ("serious", "critical")]
+            assert not bad, (page.name, scheme, place, bad)
+
+
 def check_report(browser):
+    check_losses(browser)
+    check_ribbon_keys(browser)
     check_timeline(browser)
+    check_limits(browser)
     check_frames(browser)
     check_reasons(browser)
 
@@ -127,6 +188,10 @@ def main():
     if not os.path.exists(chromium) or not os.path.exists(driver):
         print("skipped: chromium or chromedriver is not installed")
         return SKIPPED
+    axe_file = os.environ.get("ZELWELD_AXE", "")
+    axe = pathlib.Path(axe_file).read_text() if axe_file else None
+    if not axe:
+        print("accessibility not looked at: ZELWELD_AXE names no axe.min.js (npm pack axe-core)")
     with tempfile.TemporaryDirectory() as name:
         pages = make_pages(zelweld, pathlib.Path(name))
         browser = open_browser(chromium, driver)
@@ -138,6 +203,10 @@ def main():
                 assert not messages, messages
                 requests = foreign_requests(browser, page)
                 assert not requests, requests
+                check_narrow(browser, page)
+                if axe:
+                    check_access(browser, page, axe)
+                browser.get_log("performance")
         finally:
             browser.quit()
     return 0

@@ -86,11 +86,18 @@ TEST_F(ReportTest, ExplainAddsReasonsToEveryFormat) {
   };
   const auto table = linesOf(zelweldOk(track + "table").out);
   ASSERT_EQ(table.size(), kFrames + 1);
-  EXPECT_TRUE(ends(table[kDarkFrame + 1], "  " + sentence)) << table[kDarkFrame + 1];
+  const std::string advice = records[kDarkFrame]["trace"]["advice"];
+  EXPECT_TRUE(ends(table[kDarkFrame + 1], "  " + sentence + "; " + advice)) << table[kDarkFrame + 1];
   EXPECT_FALSE(ends(table[1], "found")) << table[1];
   const auto csv = linesOf(zelweldOk(track + "csv").out);
   ASSERT_EQ(csv.size(), kFrames + 1);
-  EXPECT_TRUE(ends(csv[0], ",ms,reason,sentence")) << csv[0];
+  EXPECT_TRUE(ends(csv[0], ",rightEdge.sigmaPx,tests,reason,sentence,advice")) << csv[0];
+  EXPECT_NE(csv[1].find("gap:"), std::string::npos) << csv[1];
+  const auto& tests = records[0]["tests"];
+  const auto gap =
+      std::find_if(tests.begin(), tests.end(), [](const auto& test) { return test["name"] == "gap"; });
+  ASSERT_NE(gap, tests.end());
+  EXPECT_EQ((*gap)["margin"], (*gap)["measured"].get<double>() - (*gap)["limit"].get<double>());
   EXPECT_NE(csv[kDarkFrame + 1].find(sentence.substr(0, sentence.find(','))), std::string::npos);
 }
 

@@ -60,11 +60,19 @@ TEST_F(TrackTest, SimulatedFramesGiveTheTrueSeamsInEveryFormat) {
       ASSERT_EQ(records[i]["state"], "found") << i;
       EXPECT_EQ(records[i]["frame"], i);
       EXPECT_LE(cv::norm(pointOf(records[i]["x"], records[i]["y"]) - seams[i]), kMaxSeamErrorPx) << i;
+      const auto& measured = records[i]["measured"];
+      EXPECT_NEAR(measured["rightEdge.x"].get<double>() - measured["leftEdge.x"].get<double>(),
+                  measured["gapPx"].get<double>(), 1.0);
+      EXPECT_TRUE(measured["depthPx"].is_null());
     }
     const TRun run = zelweldOk("track --format csv " + arguments);
     EXPECT_EQ(linesOf(run.out).size(), 9U);
+    const std::string heading = linesOf(run.out).front();
+    EXPECT_NE(heading.find(",ms,state,confidence,gapPx,"), std::string::npos) << heading;
+    EXPECT_NE(heading.find(",leftEdge.x,leftEdge.y,leftEdge.sigmaPx,rightEdge.x,"), std::string::npos) << heading;
     for (const std::string& line : linesOf(run.out))
-      EXPECT_EQ(std::count(line.begin(), line.end(), ','), 14) << line;
+      EXPECT_EQ(std::count(line.begin(), line.end(), ','), std::count(heading.begin(), heading.end(), ','))
+          << line;
     EXPECT_EQ(run.err.rfind("frames 8, found 8 (100.0 %), held 0, lost 0, longest loss 0", 0), 0U) << run.err;
   }
 }

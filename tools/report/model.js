@@ -22,6 +22,23 @@ function card(value, label, state) {
   return element("div", `card ${state || ""}`, null, element("b", "", value), element("span", "quiet", label));
 }
 
+// Frames go by their number among all inputs, of which a page may show a part.
+function numberOf(index) {
+  return index + report.firstFrame;
+}
+
+// Stretches of frames without a seam of their own, within a sequence.
+function lossesOf(frames) {
+  const losses = [];
+  frames.forEach((frame, index) => {
+    if (frame.state === "found") return;
+    const last = losses[losses.length - 1];
+    if (last && last.to === index - 1 && !frame.startsSequence) last.to = index;
+    else losses.push({ from: index, to: index });
+  });
+  return losses;
+}
+
 // A colour of style.css, as it is now.
 function colour(name) {
   return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
@@ -43,6 +60,11 @@ function settingName({ name, field }) {
 
 function withUnit(value, unit) {
   return unit ? `${plain(value)} ${unit}` : plain(value);
+}
+
+// Why a frame is not found, and what may be done.
+function explanation({ sentence, advice }) {
+  return advice ? `${sentence}; ${advice}` : sentence;
 }
 
 // "stepTooLow" -> "step too low"

@@ -31,7 +31,7 @@ function reasonRow(entry) {
     element("td", "", null, element("button", "", entry.reason)), // for the keyboard; its click is the row's
     element("td", "number", entry.frames.length),
     element("td", "share", null, bar),
-    element("td", "quiet", `${report.frames[example].sentence} (frame ${example})`));
+    element("td", "quiet", explanation(report.frames[example]) + ` (frame ${numberOf(example)})`));
   row.dataset.reason = entry.reason;
   row.addEventListener("click", () => {
     choose(chosenFilter === entry.reason ? "all" : entry.reason);
@@ -44,12 +44,39 @@ function showReasons() {
   byId("reason-table").tBodies[0].append(...reasonsByCount().map(reasonRow));
 }
 
+const mostLosses = 200; // listed; the timeline shows all
+
+function lossRow({ from, to }) {
+  const reasons = [...new Set(report.frames.slice(from, to + 1).map((frame) => frame.reason))];
+  const open = element("button", "", numberOf(from)); // for the keyboard; its click is the row's
+  open.setAttribute("aria-label", `Open frame ${numberOf(from)}`);
+  const row = element("tr", "", null, element("td", "number", null, open), element("td", "number", numberOf(to)),
+    element("td", "number", to - from + 1), element("td", "", reasons.join(", ")));
+  row.addEventListener("click", () => openFrame(from));
+  return row;
+}
+
+function showLosses() {
+  const losses = lossesOf(report.frames);
+  byId("loss-table").hidden = losses.length === 0;
+  byId("loss-count").textContent = losses.length === 0 ? "None: every frame was found."
+    : losses.length > mostLosses ? `The first ${mostLosses} of ${losses.length}.` : `${losses.length} in ${report.frames.length} frames.`;
+  byId("loss-table").tBodies[0].append(...losses.slice(0, mostLosses).map(lossRow));
+  const box = byId("go-number");
+  box.min = numberOf(0);
+  box.max = numberOf(report.frames.length - 1);
+  byId("go-to").addEventListener("submit", (event) => {
+    event.preventDefault();
+    openFrame(Number(box.value) - report.firstFrame);
+  });
+}
+
 function thumbnail(index) {
   const frame = report.frames[index];
   const image = element("img");
   image.src = report.details[index].thumbnail;
   image.alt = "";
-  const caption = element("span", "", null, element("b", "", index),
+  const caption = element("span", "", null, element("b", "", numberOf(index)),
     element("em", "", frame.reason === "found" ? "" : frame.reason));
   const made = element("button", `thumb ${frame.state}`, null, image, caption);
   made.dataset.frame = index;
@@ -122,8 +149,10 @@ function showParameters() {
 }
 
 showSummary();
+showLosses();
 showReasons();
 showStrip();
 showParameters();
 wireViewer();
 showTimeline();
+openLinkedFrame();

@@ -22,6 +22,7 @@ function showSummary() {
   byId("summary").append(
     card(suggestion ? plain(points[suggestion.middle].value) : "none", `suggestion for ${parameter.name}`, suggestion ? "found" : "lost"),
     card(good, "widest good range"),
+    ...(sweep.objection ? [card("no suggestion", sweep.objection)] : []),
     card(points.length, "values"),
     card(sweep.frames, "frames"));
 }
@@ -74,6 +75,8 @@ function tableRow(point) {
     element("td", weight, `${number(100 * point.foundShare, 1)} %`),
     element("td", "share", null, bar),
     element("td", weight, number(point.jitterPx, 3)),
+    element("td", "number", number(point.confidence, 2)),
+    element("td", "number", point.wrong ?? "–"),
     element("td", "number", point.longestLoss),
     element("td", "quiet", point.reason));
 }

@@ -109,6 +109,7 @@ function showFacts(frame, detail) {
   const place = frame.x === null ? "none" : `x ${number(frame.x, 2)}, y ${number(frame.y, 2)} px`;
   facts.replaceChildren(
     element("p", "sentence", frame.sentence || (frame.reason === "found" ? "seam found" : frame.reason)),
+    ...(frame.advice ? [element("p", "advice", frame.advice)] : []),
     factList([["seam", place], ["stripe", `${frame.points} points`], ["time", `${number(frame.ms, 2)} ms`]]));
   if (!detail) return;
   const { attempts, decisive, gate, stages } = detail.trace;
@@ -127,7 +128,8 @@ function openFrame(index) {
   const detail = report.details[index];
   byId("viewer-state").className = `badge ${frame.state}`;
   byId("viewer-state").textContent = frame.state;
-  byId("viewer-frame").textContent = `Frame ${index}`;
+  byId("viewer-frame").textContent = `Frame ${numberOf(index)}`;
+  history.replaceState(null, "", `#frame=${numberOf(index)}`);
   byId("viewer-file").textContent = frame.file;
   byId("viewer-image").hidden = !detail;
   byId("viewer-no-image").hidden = Boolean(detail);
@@ -136,6 +138,12 @@ function openFrame(index) {
   byId("viewer-before").disabled = neighbour(-1) === null;
   byId("viewer-after").disabled = neighbour(1) === null;
   if (!byId("viewer").open) byId("viewer").showModal();
+}
+
+// The frame that the page's address names, "#frame=812".
+function openLinkedFrame() {
+  const index = Number(/^#frame=([0-9]+)$/.exec(location.hash)?.[1] ?? NaN) - report.firstFrame;
+  if (report.frames[index]) openFrame(index);
 }
 
 // The nearest shown frame before (-1) or after (1) the open one.
@@ -161,6 +169,8 @@ function showKey() {
 function wireViewer() {
   const viewer = byId("viewer");
   showKey();
+  window.addEventListener("hashchange", openLinkedFrame);
+  viewer.addEventListener("close", () => history.replaceState(null, "", location.pathname + location.search));
   byId("viewer-before").addEventListener("click", () => step(-1));
   byId("viewer-after").addEventListener("click", () => step(1));
   byId("viewer-close").addEventListener("click", () => viewer.close());

@@ -1,0 +1,133 @@
+// zelweld advise: from a lost frame to the setting that finds it, and what is not advised.
+#include "tools/advise.h"
+#include "program.h"
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <chrono>
+#include <cstdlib>
+#include <regex>
+
+namespace {
+
+constexpr int kFrames = 900;
+constexpr int kNarrow = 812;  // the first frame with a narrow gap
+constexpr int kNarrowFrames = 18;
+
+// A level stripe with a gap of 40 px, of 26 px in some frames, drifting to the right.
+cv::Mat drawnFrame(int n) {
+  cv::Mat image(120, 320, CV_8U, cv::Scalar(12));
+  const int width = n >= kNarrow && n < kNarrow + kNarrowFrames ? 26 : 40;
+  image.rowRange(57, 64).setTo(180);
+  image(cv::Rect(120 + n / 20, 57, width, 7)).setTo(12);
+  return image;
+}
+
+using TSeams = std::vector<std::optional<cv::Point2d>>;
+
+tool::TTrial trialOf(const TSeams& seams) {
+  const TWeldParams params = TGapSettings().params();
+  tool::TTrial trial{{params, {}, 0, {"--set a=1"}, false},
+                     std::make_shared<tool::TSeamRun>(params, TTrackerOptions()),
+                     {},
+                     seams,
+                     {},
+                     {}};
+  return trial;
+}
+
+}  // namespace
+
+// Three steps: what is lost, what to change, and the proof.
+TEST_F(ZelweldTest, ASeamLostInFrame812IsFoundInThreeSteps) {
+  std::filesystem::create_directory(folder / "f");
+  for (int n = 0; n < kFrames; ++n) cv::imwrite((folder / cv::format("f/%04d.png", n)).string(), drawnFrame(n));
+  const auto start = std::chrono::steady_clock::now();
+  const TRun lost =
+      shell("\"$Z\" track f --type gap --set minGapPx=30 --hold 0 --explain --format csv | grep -m1 ',lost,'");
+  EXPECT_EQ(lost.out.rfind("812,", 0), 0U) << lost.out;
+  EXPECT_NE(lost.out.find("needs minGapPx (dPara8) 27 or less"), std::string::npos) << lost.out;
+  const TRun advice = zelweldOk("advise f --type gap --set minGapPx=30");
+  std::smatch change;
+  ASSERT_TRUE(std::regex_search(advice.out, change, std::regex("Advice: (--set minGapPx=(27|28))\n")))
+      << advice.out;
+  EXPECT_NE(advice.out.find("882 of 900"), std::string::npos) << advice.out;
+  EXPECT_NE(advice.out.find("900 of 900"), std::string::npos) << advice.out;
+  EXPECT_NE(advice.out.find("0.00 px of the frames found before"), std::string::npos) << advice.out;
+  const TRun proof = zelweldOk("track f --type gap " + change[1].str() + " --frames 800:840");
+  EXPECT_EQ(proof.err.rfind("frames 41, found 41 (100.0 %)", 0), 0U) << proof.err;
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(120)) << "30 s without sanitizers";
+}
+
+TEST_F(ZelweldTest, FramesOutsideTheRangeAreLeftUnread) {
+  simulate("f", "--type gap --frames 4");
+  writeFile(folder / "f/frame_0000.png", "no image");
+  EXPECT_EQ(fieldOf<int>(track("f --type gap --frames 1:2"), "frame"), (std::vector<int>{1, 2}));
+  expectRefused(3, {{"track f --type gap --frames 9:12", "begins with frame 9, and the inputs hold 4"}});
+  expectRefused(2, {{"track f --type gap --frames 3:1", "'3:1' is no range"},
+                    {"track f --type gap --frames x", "is no range"}});
+}
+
+TEST(Advise, NothingIsAdvisedThatLosesMovesOrFindsLittle) {
+  const std::optional<cv::Point2d> none;
+  const auto at = [](double x) { return std::make_optional(cv::Point2d(x, 0.0)); };
+  const TSeams given = {at(1), at(2), at(3), none, none};
+  struct TRow {
+    const char* name;
+    TSeams seams;
+    std::string objection;
+  };
+  const TRow rows[] = {{"all", {at(1), at(2), at(3), at(4), at(5)}, ""},
+                       {"one in two", {at(1), at(2), at(3), at(4), none}, ""},
+                       {"nothing", given, "finds 0 of 2 lost frames"},
+                       {"loses", {at(1), none, at(3), at(4), at(5)}, "loses 1 frames"},
+                       {"moves", {at(4), at(5), at(6), at(4), at(5)}, "moves good seams by 3.0 px"},
+                       {"moves a few", {at(1), at(2), at(30), at(4), at(5)}, "moves good seams by 0.0 px"}};
+  for (const TRow& row : rows) {
+    const std::string objection = changeBetween(trialOf(given), trialOf(row.seams)).objection;
+    EXPECT_EQ(objection.empty(), row.objection.empty()) << row.name << ": " << objection;
+    EXPECT_EQ(objection.rfind(row.objection, 0), 0U) << row.name << ": " << objection;
+  }
+  tool::TTrial wrong = trialOf({at(1), at(2), at(3), at(4), at(5)});
+  wrong.truth = {5, 1, {}};
+  EXPECT_EQ(changeBetween(trialOf(given), wrong).objection, "gives 1 wrong seams, by the labels");
+  tool::TTrial loose = trialOf({at(1), at(2), at(3), at(4), at(5)});
+  loose.setting.isLoosest = true;
+  EXPECT_EQ(changeBetween(trialOf(given), loose).objection, "lets a test pass everything");
+}
+
+TEST_F(ZelweldTest, NoSettingIsAdvisedForAStripeWithoutAJoint) {
+  simulate("p", "--type plain --frames 12 --level noisy --seed 2");
+  const std::string out = zelweldOk("advise p --type gap").out;
+  EXPECT_NE(out.find("No setting does"), std::string::npos) << out;
+  simulate("f", "--type gap --frames 3");
+  EXPECT_NE(zelweldOk("advise f --type gap").out.find("nothing to advise"), std::string::npos);
+}
+
+// Camera frames of an upright stripe over a tight gap, with labels.
+TEST_F(ZelweldTest, NothingWrongIsSuggestedOnRealFrames) {
+  const char* const root = std::getenv("ZELWELD_FRAMES");
+  const std::filesystem::path run = std::filesystem::path(root == nullptr ? "" : root) / "nghia-butt/run_c";
+  if (!std::filesystem::exists(run / "labels.csv")) GTEST_SKIP() << "no labelled frames: set ZELWELD_FRAMES";
+  const std::string truth = " --truth " + (run / "labels.csv").string();
+  const std::string region = " --rotate 90 --roi 600,300,350,700";
+  std::smatch found;
+  const std::string sweep = zelweldOk("sweep " + run.string() + " --type gap --set minGapPx=2:12:1" + region).out;
+  std::string change;
+  if (std::regex_search(sweep, found, std::regex("Suggestion: (minGapPx=[0-9.]+)")))
+    change = " --set " + found[1].str();
+  const std::string advice = zelweldOk("advise " + run.string() + " --type gap").out;
+  std::vector<std::string> settings = {change.empty() ? "" : region + change};
+  if (std::regex_search(advice, found, std::regex("Advice: (.*)\n"))) settings.push_back(" " + found[1].str());
+  int judged = 0;
+  for (const std::string& setting : settings) {
+    if (setting.empty()) continue;
+    // A sweep over a parameter that is not at stake tells how many are wrong.
+    const std::string out =
+        zelweldOk("sweep " + run.string() + " --type gap --set fitScalePx=2:2.1:0.1" + setting + truth).out;
+    EXPECT_NE(out.find(" 0 of 12 "), std::string::npos) << setting << "\n" << out;
+    ++judged;
+  }
+  std::cout << judged << " suggestions judged\n";
+}
