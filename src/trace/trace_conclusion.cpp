@@ -9,11 +9,13 @@ namespace weld {
 namespace {
 
 constexpr std::int32_t kNone = -1;
+constexpr std::size_t kFewestCentres = 10;  // of an attempt that a stripe can be spoken of in
 
 // True when the attempt ends with `next` rather than with `best`; both failed, `best` first.
 bool decidesOver(const TTraceAttempt& attempt, const TTraceCheck& next, const TTraceCheck& best) {
-  // A detector that tests the joint has a stripe after all: ridges in place of edge pairs.
-  if (best.failure == TWeldOutcome::noStripe && next.failure != TWeldOutcome::noStripe) return true;
+  // Ridges in place of edge pairs: the attempt has a stripe after all.
+  const bool hasStripe = attempt.centres.size() >= kFewestCentres;
+  if (hasStripe && best.failure == TWeldOutcome::noStripe && next.failure != TWeldOutcome::noStripe) return true;
   if (next.piece != kNone && best.piece != kNone)
     return attempt.pieces[next.piece].points > attempt.pieces[best.piece].points;
   if (next.piece != kNone || best.piece != kNone) return best.piece != kNone;

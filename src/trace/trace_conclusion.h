@@ -13,9 +13,10 @@ namespace weld {
 // Ends the last attempt with a seam.
 void concludeFoundAttempt(TFrameTrace& trace, const std::string& sentence);
 
-// Ends the last attempt with outcome, reason and sentence. It speaks of the first test that failed, of too little
-// stripe only where no other failed. Where the detector had several ways to find the seam, that of the way that got furthest, the later one of equals; where it
-// had several pieces to choose from, that of the piece with most points.
+// Ends the last attempt with outcome, reason and sentence. It speaks of the first test that failed, of too few edges
+// only where ridges gave no stripe either. Where the detector had several ways to find the seam, that of the way that
+// got furthest, the later one of equals; where it had several pieces to choose from, that of the piece with most
+// points.
 void concludeFailedAttempt(TFrameTrace& trace, const TWeldJoint& joint);
 
 struct TFrameEnd {
