@@ -5,6 +5,7 @@
 #include "profile/profile_engine.h"
 #include "stripe/edge_pairs/edge_pairs.h"
 #include "stripe/fused.h"
+#include "stripe/whole_stripe.h"
 #include "support/arc_tangent.h"
 #include "support/arena.h"
 #include "support/grey_image.h"
@@ -224,6 +225,8 @@ std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image) {
   const weld::TLook look = weld::lookEverywhere(frame);
   const weld::TStripe stripe =
       fuse(frame, weld::extractEdgePairs(frame, look.regions), weld::extractRidges(frame, look.regions, ridges));
+  const bool hasExtent = static_cast<double>(stripe.points.size()) >= weld::kLeastExtent * image.cols;
+  if (!hasExtent || !isWholeStripe(frame, stripe.points)) return candidates;
   const weld::TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, &memory);
   for (const weld::TRankedJoint& ranked : weld::rankProfiles(profile, {}, &memory))
     candidates.push_back({ranked.weldType, ranked.fit.score});

@@ -89,7 +89,7 @@ weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image, const weld
 // A held seam guides the search like a new one, unless a lost frame's search is left to the next frame.
 weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld::TJoint* joint) const {
   const bool isByContrast = options.source == TSeamSource::contrast;
-  if ((joint == nullptr && !isByContrast) || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
+  if ((joint == nullptr && !isByContrast) || !weld::hasPixels(frame.image)) return weld::TFound(frame.memory);
   weld::requireReadable(frame.image);
   if (isByContrast) return searchByContrast(frame);
   weld::TRidgeSearch ridges(frame.memory);
@@ -172,7 +172,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->remember(seam, static_cast<std::size_t>(std::max(image.cols, 0)));
   int announced = state->announcedFrames;
   if (seam.state == TSeamState::found && joint != nullptr && joint->rules.announce != nullptr)
-    joint->rules.announce(announced, found.seam, found.widthPx);
+    joint->rules.announce(announced, found.seam, found.stripe.widthPx);
   if (seen) {
     const char* const problem = state->own ? state->own->problem.c_str() : "";
     weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos, problem},
