@@ -1,0 +1,74 @@
+#include "api/joint_rivals.h"
+
+#include <algorithm>
+
+namespace weld {
+
+namespace {
+
+constexpr double kClearlyBetter = 40.0;  // gain over a plate; a stripe's own joint has 50 to 300
+
+const char* looksLike(TWeldType type) {
+  switch (type) {
+    case TWeldType::uGroove:
+      return "the stripe looks like a U groove";
+    case TWeldType::vGroove:
+      return "the stripe looks like a V groove";
+    case TWeldType::singleBevel:
+      return "the stripe looks like a single bevel groove";
+    case TWeldType::flareV:
+      return "the stripe looks like a flare V groove";
+    case TWeldType::flareBevel:
+      return "the stripe looks like a flare bevel groove";
+    case TWeldType::corner:
+      return "the stripe looks like a corner";
+    case TWeldType::lap:
+      return "the stripe looks like a lap";
+    default:
+      return "the stripe looks like a butt joint";
+  }
+}
+
+bool isGroove(TWeldType type) {
+  return type >= TWeldType::uGroove && type <= TWeldType::flareBevel;
+}
+
+const char* bestUnless(TView<TRankedJoint> ranked, bool (*belongs)(TWeldType)) {
+  if (ranked.empty() || belongs(ranked.front().weldType)) return nullptr;
+  return looksLike(ranked.front().weldType);
+}
+
+}  // namespace
+
+const char* rivalOfGap(TView<TRankedJoint> ranked) {
+  return bestUnless(ranked, [](TWeldType t) { return t == TWeldType::buttGap; });
+}
+
+const char* rivalOfLap(TView<TRankedJoint> ranked) {
+  if (ranked.empty()) return "a plate or a curve explains the stripe as well";
+  return bestUnless(ranked, [](TWeldType t) { return t == TWeldType::lap; });
+}
+
+const char* rivalOfCorner(TView<TRankedJoint> ranked) {
+  return bestUnless(ranked, [](TWeldType t) { return t == TWeldType::corner || isGroove(t); });
+}
+
+const char* rivalOfGroove(TView<TRankedJoint> ranked) {
+  const auto* const groove =
+      std::find_if(ranked.begin(), ranked.end(), [](const TRankedJoint& r) { return isGroove(r.weldType); });
+  const double score = groove != ranked.end() ? groove->fit.score : 0.0;
+  const bool hasRival = !ranked.empty() && ranked.front().fit.score > score + kClearlyBetter;
+  return hasRival ? looksLike(ranked.front().weldType) : nullptr;
+}
+
+bool isShownBy(const TFrame& frame, const TStripe& stripe, TRivalTest rivalOf) {
+  const TStageTimer timer(frame.trace, "other joints");
+  const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
+  const TList<TRankedJoint> ranked = rankProfiles(profile, {}, frame.memory);
+  const char* const rival = rivalOf(ranked);
+  const TCheck check{{54, TWeldOutcome::elementMissing, "joint", rival != nullptr ? rival : ""},
+                     "joint that explains the stripe best"};
+  return frame.trace.atGate().holds(check, rival == nullptr);
+}
+
+}  // namespace weld

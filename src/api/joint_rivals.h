@@ -1,0 +1,25 @@
+// What else the stripe of a seam may be.
+#pragma once
+
+#include "detectors/seam.h"
+#include "profile/profile_engine.h"
+
+namespace weld {
+
+// Of the joints that stand out of a plate and a curve, best first: why the stripe shows another one than that asked
+// for, as a static text; null where nothing speaks against it.
+using TRivalTest = const char* (*)(TView<TRankedJoint> ranked);
+
+// A gap leaves a plate with a hole; every other joint that stands out is what the stripe shows.
+const char* rivalOfGap(TView<TRankedJoint> ranked);
+// A lap stands out itself, more than any other joint.
+const char* rivalOfLap(TView<TRankedJoint> ranked);
+// The same for a corner; a groove has corners too.
+const char* rivalOfCorner(TView<TRankedJoint> ranked);
+// One groove often passes for another: to ask for these is to measure. A joint that is none must be clearly better.
+const char* rivalOfGroove(TView<TRankedJoint> ranked);
+
+// Compares the joints on a stripe. About as much work as a first detection of all grooves.
+bool isShownBy(const TFrame& frame, const TStripe& stripe, TRivalTest rivalOf);
+
+}  // namespace weld
