@@ -1,5 +1,7 @@
 #include "api/joint_rivals.h"
 
+#include "stripe/longest_piece.h"
+
 #include <algorithm>
 
 namespace weld {
@@ -61,9 +63,13 @@ const char* rivalOfGroove(TView<TRankedJoint> ranked) {
   return hasRival ? looksLike(ranked.front().weldType) : nullptr;
 }
 
-bool isShownBy(const TFrame& frame, const TStripe& stripe, TRivalTest rivalOf) {
+bool isShownBy(const TFrame& frame, const TSeam& seam, const TStripe& stripe, TRivalTest rivalOf) {
   const TStageTimer timer(frame.trace, "other joints");
-  const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
+  const TPointView points = seam.isFlush ? longestPiece(stripe.points) : TPointView(stripe.points);
+  const TView<TCentreSource> sources =
+      TView<TCentreSource>(stripe.sources)
+          .part(static_cast<std::size_t>(points.begin() - stripe.points.data()), points.size());
+  const TStripeProfile profile(points, sources, stripe.widthPx, frame.memory);
   const TList<TRankedJoint> ranked = rankProfiles(profile, {}, frame.memory);
   const char* const rival = rivalOf(ranked);
   const TCheck check{{54, TWeldOutcome::elementMissing, "joint", rival != nullptr ? rival : ""},

@@ -109,7 +109,7 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   previous.isFlush = guides && wasFlush;
   weld::TFound found = searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
   const bool isAnother = quest.usesOwnRules && joint->rules.rivalOf != nullptr && isAtNewPlace(found.seam) &&
-                         !isShownBy(frame, found.stripe, joint->rules.rivalOf);
+                         !isShownBy(frame, found.seam, found.stripe, joint->rules.rivalOf);
   if (isAnother) found.seam = weld::TSeam(std::move(found.seam.stripePts));
   if (options.source == TSeamSource::both && joint->rules.hasSeamPoint)
     weld::joinContrast(frame, options, found.seam);
