@@ -16,8 +16,9 @@ namespace {
 constexpr float kSkippedPx = 4.0F;  // beside the corner, where flare rounds it
 constexpr float kNearPx = 40.0F;
 constexpr float kFarPx = 260.0F;
-constexpr int kLeastPoints = 10;  // on either side; with fewer the corner lies in a gap
-constexpr double kLeastTurnShare = 0.4;
+constexpr int kLeastPoints = 10;          // on either side; with fewer the corner lies in a gap
+constexpr double kLeastTurnShare = 0.55;  // a curve bends between its flanks, a corner at their crossing
+constexpr double kLeastTurnDeg = 5.0;     // less is noise over so few columns
 
 constexpr TCheck kBend{{37, TWeldOutcome::fitTooWeak, "corner", "the flanks cross where the stripe does not bend"},
                        "bend of the stripe at the corner over that of its flanks",
@@ -64,15 +65,26 @@ TStripe longestOf(const TFrame& frame, const TStripe& stripe) {
   return part;
 }
 
+constexpr TCheck kTurn{{37, TWeldOutcome::fitTooWeak, "corner", "the flanks cross where the stripe does not bend"},
+                       "bend of the stripe at the corner",
+                       TRule::atLeast,
+                       "deg"};
+
+bool bends(const TFrame& frame, TPointView points, float x) {
+  const auto near = turnAt(points, x, kNearPx);
+  const auto far = turnAt(points, x, kFarPx);
+  return !near || !far ||
+         (frame.trace.passes(kBend, *near / std::max(*far, 1.0), kLeastTurnShare) &&
+          frame.trace.passes(kTurn, *near, kLeastTurnDeg));
+}
+
 }  // namespace
 
 TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   TSeam seam = findCorner(frame, stripe, previous);
   if (!seam.isFound) seam = findCorner(frame.inWay("longest piece"), longestOf(frame, stripe), previous);
   if (!seam.isFound) return seam;
-  const auto near = turnAt(stripe.points, seam.pos.x, kNearPx);
-  const auto far = turnAt(stripe.points, seam.pos.x, kFarPx);
-  if (!near || !far || frame.trace.passes(kBend, *near / std::max(*far, 1.0), kLeastTurnShare)) return seam;
+  if (bends(frame, stripe.points, seam.pos.x)) return seam;
   return TSeam(std::move(seam.stripePts));
 }
 
