@@ -2,6 +2,7 @@
 
 #include "detectors/gap.h"
 #include "stripe/dark_break.h"
+#include "stripe/turn.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 namespace weld {
 
@@ -47,6 +49,13 @@ constexpr double kLitShare = 0.5;  // of the light beside the gap: as bright a c
 constexpr TCheck kDark{{16, TWeldOutcome::elementMissing, "gap", "the light goes on through the gap"},
                        "share of the gap's columns that are lit",
                        TRule::atMost};
+
+constexpr float kTurnReachPx = 60.0F;
+constexpr double kMostTurnDeg = 6.0;
+constexpr TCheck kStraight{{18, TWeldOutcome::elementMissing, "gap", "the stripe bends at its dark break"},
+                           "turn of the stripe at its dark break",
+                           TRule::atMost,
+                           "deg"};
 
 constexpr double kLeastOnLine = 0.45;  // of the stripe's centres
 constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe points on the line"},
@@ -189,6 +198,12 @@ bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
          isOpen(frame, stripe.points, hole) && isDark(frame, stripe, hole);
 }
 
+// The plates beside a tight gap are one straight line.
+bool isStraightAcross(const TFrame& frame, TPointView points, double x) {
+  const std::optional<double> turnDeg = turnAt(points, static_cast<float>(x), kTurnReachPx);
+  return frame.trace.passes(kStraight, turnDeg.value_or(90.0), kMostTurnDeg);
+}
+
 // What is dark for lack of a stripe is no tight gap.
 bool isInHole(TPointView points, const TDarkBreak& found) {
   const auto isBefore = [](cv::Point2f p, double x) { return static_cast<double>(p.x) < x; };
@@ -225,7 +240,9 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
   const bool isTight = settings.minGapPx <= kTightGapPx;
   if (isTight) {
     const auto found = findDarkBreak(frame, stripe);
-    if (found && !isInHole(stripe.points, *found)) return seamAt(frame, stripe, *found);
+    const bool isGap =
+        found && !isInHole(stripe.points, *found) && isStraightAcross(frame, stripe.points, found->x);
+    if (isGap) return seamAt(frame, stripe, *found);
   }
   TSeam seam = findGapAt(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
