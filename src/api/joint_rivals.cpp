@@ -9,7 +9,7 @@ namespace weld {
 
 namespace {
 
-constexpr double kSamePlacePx = 25.0;
+constexpr double kSamePlacePx = 8.0;
 constexpr double kClearlyBetter = 40.0;  // gain over a plate; a stripe's own joint has 50 to 300
 
 const char* looksLike(TWeldType type) {
