@@ -30,6 +30,14 @@ constexpr float kReachPx = 60.0F;         // columns that tell how it goes on
 constexpr std::size_t kLeastBeyond = 15;  // centres among them
 constexpr double kLeastTurnDeg = 12.0;
 
+constexpr float kLineReachPx = 100.0F;
+constexpr double kOnLinePx = 5.0;
+constexpr int kMostOnLine = 40;          // one that turns leaves the line sooner
+constexpr double kLeastFlushPx = 100.0;  // a brighter stretch that is shorter is a blob
+
+constexpr TCheck kGoesOn =
+    countCheck({27, TWeldOutcome::elementMissing, "plate", "the stripe goes straight on beyond the plate"},
+               "stripe points on the plate's line beyond its end", TRule::atMost);
 constexpr TCheck kInPicture{{27, TWeldOutcome::elementMissing, "plate", "the plate runs out of the picture"},
                             "both ends of the plate in the picture"};
 constexpr TCheck kEnds{{27, TWeldOutcome::elementMissing, "plate", "the stripe goes straight on beyond the plate"},
@@ -52,7 +60,7 @@ std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
       const double left = steps[i].change;
       const double right = steps[k].change;
       const double smaller = std::min(std::abs(left), std::abs(right));
-      if (left * right >= 0.0 || smaller <= best) continue;
+      if (left * right >= 0.0 || smaller <= best || steps[k].x - steps[i].x < kLeastFlushPx) continue;
       best = smaller;
       ends = TEnds{steps[i].x, steps[k].x, smaller};
     }
@@ -117,11 +125,22 @@ TPoints beyond(const TFrame& frame, TPointView points, cv::Point2f end, bool isR
   return on;
 }
 
+// Centres beyond an end that lie on the line of the plate, behind holes as well.
+int countOnLine(TPointView points, const TSeam& seam, cv::Point2f end, bool isRight) {
+  return static_cast<int>(std::count_if(points.begin(), points.end(), [&](cv::Point2f p) {
+    const float columns = isRight ? p.x - end.x : end.x - p.x;
+    const double row = seam.auxVal1 * static_cast<double>(p.x) + seam.auxVal2;
+    return columns > 0.0F && columns <= kLineReachPx && std::abs(row - static_cast<double>(p.y)) < kOnLinePx;
+  }));
+}
+
 // A piece of a curve ends where its chord does, a plate where the stripe breaks off or turns.
 bool isEnd(const TFrame& frame, const TStripe& stripe, const TSeam& seam, bool isRight) {
   const cv::Point2f end = isRight ? seam.stripePts.back() : seam.stripePts.front();
   const bool isInside = isRight ? end.x + kBorderPx < frame.image.cols : end.x > kBorderPx;
   if (!frame.trace.holds(kInPicture, isInside)) return false;
+  const int onLine = countOnLine(stripe.points, seam, end, isRight);
+  if (!frame.trace.passes(kGoesOn, onLine, kMostOnLine)) return false;
   const TPoints on = beyond(frame, stripe.points, end, isRight);
   if (on.size() < kLeastBeyond) return true;
   const cv::Point2f d = on.back() - on.front();
