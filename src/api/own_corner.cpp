@@ -16,7 +16,6 @@ namespace {
 
 constexpr float kNearPx = 40.0F;
 constexpr float kFarPx = 260.0F;
-constexpr int kLeastPoints = 10;          // on either side; with fewer the corner lies in a gap
 constexpr double kLeastTurnShare = 0.55;  // a curve bends between its flanks, a corner at their crossing
 constexpr double kLeastTurnDeg = 5.0;     // less is noise over so few columns
 

@@ -45,6 +45,7 @@ constexpr int kBesideColumns = 12;
 constexpr int kClearPx = 12;       // beyond the width of the stripe, where its surroundings begin
 constexpr int kLineRows = 3;       // about the line in which its light may lie
 constexpr double kLitShare = 0.5;  // of the light beside the gap: as bright a column holds the stripe
+constexpr double kMostLit = 0.5;   // of the gap's columns
 
 constexpr TCheck kDark{{16, TWeldOutcome::elementMissing, "gap", "the light goes on through the gap"},
                        "share of the gap's columns that are lit",
