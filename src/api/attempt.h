@@ -20,7 +20,7 @@ struct TFound {
 
   TSeam seam;
   TStripe stripe;
-  int columns = 0;  // with a centre
+  int columns = 0;          // with a centre
   int edgePairColumns = 0;  // with a centre of an edge pair
 };
 

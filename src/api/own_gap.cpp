@@ -181,8 +181,7 @@ bool isDark(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
     const double y = hole.slope * x + hole.intercept;
     lit += lightOver(grey, x, y, clearPx) >= std::max(kLitShare * beside, 1.0) ? 1 : 0;
   }
-  return frame.trace.passes(kDark, static_cast<double>(lit) / std::max(hole.rightX - hole.leftX - 1, 1),
-                            kLitShare);
+  return frame.trace.passes(kDark, static_cast<double>(lit) / std::max(hole.rightX - hole.leftX - 1, 1), kMostLit);
 }
 
 // The plates of a gap lie on one line, or on two that are parallel.
