@@ -4,6 +4,7 @@
 #include "api/seam_gate.h"
 #include "stripe/edge_pairs/edge_pairs.h"
 #include "stripe/fused.h"
+#include "stripe/whole_stripe.h"
 #include "support/column_status.h"
 #include "trace/trace_conclusion.h"
 
@@ -79,10 +80,18 @@ void concludeSeam(const TQuest& quest, TSeam& seam) {
   }
 }
 
-TFound conclude(const TQuest& quest, const TExtracted& extracted, TSeam seam) {
+// What the rules find on a stripe; the default tracker asks them about whole ones only.
+TFound findOn(const TQuest& quest, TExtracted extracted, const TPrevious& previous) {
+  const TJointRules& rules = quest.joint.rules;
+  const TFrame& frame = quest.frame;
   const TStripe& stripe = extracted.stripe;
+  const bool isOwn = quest.usesOwnRules && rules.hasSeamPoint;
+  const TFindSeam& find = isOwn && rules.findOwn != nullptr ? rules.findOwn : rules.find;
+  const bool isStripe = !isOwn || isWholeStripe(frame, stripe.points);
+  TSeam seam = isStripe ? find(frame, stripe, previous) : TSeam(TPoints(stripe.points, frame.memory));
   concludeSeam(quest, seam);
-  return {std::move(seam), static_cast<int>(stripe.points.size()), stripe.widthPx, extracted.edgePairColumns};
+  if (quest.givesAdvice && isStripe && !seam.isFound) adviseAttempt(quest, stripe, find, previous);
+  return {std::move(seam), std::move(extracted.stripe), extracted.edgePairColumns};
 }
 
 // A first detection on the ridges of the whole image. The columns keep the status that edge pairs gave them.
@@ -93,25 +102,18 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
   TExtracted extracted = extract(quest, look, {TStripeExtraction::ridge});
   extracted.stripe.status = std::move(status);
   const bool hasStripe = frame.trace.passes(kRidgePoints, extracted.stripe.points.size(), kMinRidgePoints);
-  TSeam seam = hasStripe ? quest.joint.rules.find(frame, extracted.stripe, {}) : TSeam(frame.memory);
-  TFound found = conclude(quest, extracted, std::move(seam));
-  if (quest.givesAdvice && hasStripe && !found.seam.isFound)
-    adviseAttempt(quest, extracted.stripe, quest.joint.rules.find, {});
+  if (hasStripe) return findOn(quest, std::move(extracted), {});
+  TFound found(frame.memory);
+  concludeSeam(quest, found.seam);
   return found;
 }
 
 }  // namespace
 
 TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous) {
-  const TJointRules& rules = quest.joint.rules;
-  TExtracted extracted = extract(quest, look, extraction);
-  const TFindSeam& find = quest.usesOwnRules && rules.findOwn != nullptr ? rules.findOwn : rules.find;
-  TSeam seam = find(quest.frame, extracted.stripe, previous);
-  const bool hasFailed = !seam.isFound;
-  TFound found = conclude(quest, extracted, std::move(seam));
-  if (quest.givesAdvice && !found.seam.isFound) adviseAttempt(quest, extracted.stripe, find, previous);
-  const bool triesRidges = hasFailed && rules.hasSecondChance && quest.grantsSecondChance;
-  return triesRidges ? tryRidges(quest, std::move(extracted.stripe.status)) : std::move(found);
+  TFound found = findOn(quest, extract(quest, look, extraction), previous);
+  const bool triesRidges = !found.seam.isFound && quest.joint.rules.hasSecondChance && quest.grantsSecondChance;
+  return triesRidges ? tryRidges(quest, std::move(found.stripe.status)) : found;
 }
 
 TFound attemptByRule(const TQuest& quest, const TExtraction& extraction, const TPrevious& previous) {

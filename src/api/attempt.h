@@ -5,13 +5,22 @@
 #include "api/look.h"
 #include "stripe/ridge/ridge_stripe.h"
 
+#include <utility>
+
 namespace weld {
 
 // What an attempt found, and what it says about the stripe that it found it on.
 struct TFound {
+  explicit TFound(TMemory* memory) : seam(memory), stripe(memory) {}
+  TFound(TSeam on, TStripe with, int pairs)
+      : seam(std::move(on)),
+        stripe(std::move(with)),
+        columns(static_cast<int>(stripe.points.size())),
+        edgePairColumns(pairs) {}
+
   TSeam seam;
-  int columns = 0;  // with a centre
-  double widthPx = 0.0;
+  TStripe stripe;
+  int columns = 0;          // with a centre
   int edgePairColumns = 0;  // with a centre of an edge pair
 };
 

@@ -36,12 +36,20 @@ TJointRules rulesOf(TFindSeam find, decltype(TJointRules::measure) measure) {
 TJointRules gapRules() {
   TJointRules rules = rulesOf(findGap, measureGap);
   rules.findOwn = findOwnGap;
+  rules.rivalOf = rivalOfGap;
+  return rules;
+}
+
+TJointRules lapRules() {
+  TJointRules rules = rulesOf(findLap, measureLap);
+  rules.rivalOf = rivalOfLap;
   return rules;
 }
 
 TJointRules cornerRules() {
   TJointRules rules = rulesOf(findCorner, measureCorner);
   rules.findOwn = findOwnCorner;
+  rules.rivalOf = rivalOfCorner;
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
   return rules;
@@ -68,7 +76,9 @@ TJoint groove(TWeldType type, const char* name, const char* shortName, const cha
   const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
                                           TFeature::leftShoulder, TFeature::rightShoulder};
   const std::vector<TPos> positions = {TPos::centre, TPos::left, TPos::right, TPos::upper, TPos::lower};
-  return {{type, name, shortName, meaning, positions, features, grooveParameters()}, profileRules(findGroove)};
+  TJointRules rules = profileRules(findGroove);
+  rules.rivalOf = rivalOfGroove;
+  return {{type, name, shortName, meaning, positions, features, grooveParameters()}, std::move(rules)};
 }
 
 const std::vector<TJoint>& joints() {
@@ -88,7 +98,7 @@ const std::vector<TJoint>& joints() {
         {TPos::centre, TPos::upper, TPos::lower},
         {TFeature::upperCorner, TFeature::lowerCorner},
         lapParameters()},
-       rulesOf(findLap, measureLap)},
+       lapRules()},
       {{TWeldType::corner,
         "corner",
         "corner",

@@ -1,6 +1,7 @@
 // The one table of joints: what each is called, knows and reads, and the rules that find it.
 #pragma once
 
+#include "api/joint_rivals.h"
 #include "api/look.h"
 #include "detectors/seam.h"
 #include "zelWeldJoint.h"
@@ -16,7 +17,8 @@ struct TExtractionRule {
 
 struct TJointRules {
   TFindSeam find;
-  TFindSeam findOwn;  // the default tracker's own way; null: the same
+  TFindSeam findOwn;             // the default tracker's own way; null: the same
+  TRivalTest rivalOf = nullptr;  // of a seam at a new place; null: the stripe may be anything
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
   std::size_t bytesPerColumn = 1024;  // of the lists that a frame works with
   TBand band;

@@ -5,8 +5,10 @@
 #include "profile/profile_engine.h"
 #include "stripe/edge_pairs/edge_pairs.h"
 #include "stripe/fused.h"
+#include "stripe/whole_stripe.h"
 #include "support/arc_tangent.h"
 #include "support/arena.h"
+#include "support/exact_log.h"
 #include "support/grey_image.h"
 #include "support/image_test.h"
 
@@ -20,7 +22,14 @@ namespace {
 constexpr double kReachPx = 260.0;  // columns beside a seam that tell its surfaces
 constexpr std::size_t kFewestPoints = 10;
 constexpr double kSurePoints = 40.0;  // points on a side that make a measure half sure
-constexpr double kEdgeSigmaPx = 0.5;  // an edge lies between two columns
+constexpr double kEdgeSigmaPx = 0.3;  // an edge lies between two columns,
+constexpr double kEndSigmaPx = 1.0;   // that of a plate loses one to smoothing
+constexpr double kInflation = 6.0;    // of the variance of a mean: neighbours scatter alike
+constexpr double kLeastSine = 0.05;
+// Of the joints found, however unclear, and how soon clarity makes up for the rest; from made joints of all
+// levels.
+constexpr double kRightAtLeast = 0.75;
+constexpr double kClarityScale = 0.4;
 
 // A surface beside the seam: the least squares line of its centres.
 struct TSide {
@@ -31,7 +40,9 @@ struct TSide {
 
   double rowAt(double x) const { return middle.y + (x - middle.x) * k; }
   double angleDeg() const { return slopeToDeg(k); }
-  double sigmaPx() const { return std::sqrt(noise2 + kEdgeSigmaPx * kEdgeSigmaPx); }
+  // Across the line at its end, and of an end that is only seen to within so much along it.
+  double sigmaPx() const { return 2.0 * std::sqrt(kInflation * noise2 / static_cast<double>(points.size())); }
+  double endSigmaPx(double alongPx) const { return std::sqrt(alongPx * alongPx + sigmaPx() * sigmaPx()); }
 };
 
 bool isUsable(cv::Point2f p) {
@@ -79,10 +90,31 @@ void addPoint(TJointMeasurement& m, TFeature feature, cv::Point2d pos, double si
   m.points.push_back({feature, cv::Point2f(pos), static_cast<float>(sigmaPx)});
 }
 
-// Rises with the points on the scarcer side and falls with their scatter.
+// Share of the frames like this one whose seam point is right to within three pixels: rises with the points on the
+// scarcer side and falls with their scatter.
 float confidenceOf(const TSide& left, const TSide& right) {
   const double points = static_cast<double>(std::min(left.points.size(), right.points.size()));
-  return static_cast<float>(points / (points + kSurePoints) / (1.0 + std::max(left.noise2, right.noise2)));
+  const double clarity = points / (points + kSurePoints) / (1.0 + std::max(left.noise2, right.noise2));
+  return static_cast<float>(1.0 - (1.0 - kRightAtLeast) * exactExp(-clarity / kClarityScale));
+}
+
+double crossingSigma(const TSide& left, const TSide& right) {
+  const double length2 = (1.0 + left.k * left.k) * (1.0 + right.k * right.k);
+  const double sine = std::max(kLeastSine, std::abs(left.k - right.k) / std::sqrt(length2));
+  return std::sqrt(left.sigmaPx() * left.sigmaPx() + right.sigmaPx() * right.sigmaPx()) / sine;
+}
+
+// Root mean square of the columns by which holes of the stripe, other than that at the seam, cut an end short: an
+// end falls into a hole with the hole's share of the columns, anywhere in it.
+double unseenPx(const TSeam& seam) {
+  const TPoints& points = seam.stripePts;
+  double cubes = 0.0;
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    const bool isAtSeam = points[i - 1].x <= seam.pos.x && seam.pos.x <= points[i].x;
+    const double hole = isAtSeam ? 0.0 : static_cast<double>(points[i].x - points[i - 1].x) - 1.0;
+    cubes += hole * hole * hole;
+  }
+  return std::sqrt(cubes / (3.0 * static_cast<double>(points.back().x - points.front().x)));
 }
 
 void setBase(TJointMeasurement& m, const TSide& left, const TSide& right) {
@@ -113,9 +145,11 @@ bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
       isLap ? (isLeftUpper ? TFeature::upperCorner : TFeature::lowerCorner) : TFeature::leftEdge;
   const TFeature second =
       isLap ? (isLeftUpper ? TFeature::lowerCorner : TFeature::upperCorner) : TFeature::rightEdge;
+  const double hiddenPx = unseenPx(seam);
+  const double alongPx = std::sqrt(kEdgeSigmaPx * kEdgeSigmaPx + hiddenPx * hiddenPx);
   m.points.reserve(2);
-  addPoint(m, first, leftEnd, left->sigmaPx());
-  addPoint(m, second, rightEnd, right->sigmaPx());
+  addPoint(m, first, leftEnd, left->endSigmaPx(alongPx));
+  addPoint(m, second, rightEnd, right->endSigmaPx(alongPx));
   m.confidence = confidenceOf(*left, *right);
   return true;
 }
@@ -160,7 +194,7 @@ bool measureCorner(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m)
   setBase(m, *left, *right);
   m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
   m.baseAngleDeg = TJointMeasurement::kNone;
-  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), std::max(left->sigmaPx(), right->sigmaPx()));
+  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), crossingSigma(*left, *right));
   m.confidence = confidenceOf(*left, *right);
   return true;
 }
@@ -175,8 +209,8 @@ bool measurePlate(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) 
   m.widthPx = std::sqrt((right - left).dot(right - left));
   m.baseAngleDeg = all->angleDeg();
   m.points.reserve(2);
-  addPoint(m, TFeature::leftEnd, left, all->sigmaPx());
-  addPoint(m, TFeature::rightEnd, right, all->sigmaPx());
+  addPoint(m, TFeature::leftEnd, left, all->endSigmaPx(kEndSigmaPx));
+  addPoint(m, TFeature::rightEnd, right, all->endSigmaPx(kEndSigmaPx));
   m.confidence = confidenceOf(*all, *all);
   return true;
 }
@@ -224,6 +258,8 @@ std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image) {
   const weld::TLook look = weld::lookEverywhere(frame);
   const weld::TStripe stripe =
       fuse(frame, weld::extractEdgePairs(frame, look.regions), weld::extractRidges(frame, look.regions, ridges));
+  const bool hasExtent = static_cast<double>(stripe.points.size()) >= weld::kLeastExtent * image.cols;
+  if (!hasExtent || !isWholeStripe(frame, stripe.points)) return candidates;
   const weld::TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, &memory);
   for (const weld::TRankedJoint& ranked : weld::rankProfiles(profile, {}, &memory))
     candidates.push_back({ranked.weldType, ranked.fit.score});

@@ -2,6 +2,7 @@
 
 #include "detectors/plate.h"
 #include "stripe/flush_edges.h"
+#include "support/arc_tangent.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
 
@@ -22,10 +23,32 @@ constexpr TCheck kWidth{{28, TWeldOutcome::sizeOutOfRange, "plate", "plate too n
                         "minWidthPx"};
 
 constexpr double kBorderPx = 10.0;
+constexpr double kLeastRival = 0.7;       // of the change of light at the ends: may be an end as well
+constexpr float kTouchingPx = 12.0F;      // columns to the next centre of a stripe that goes on
+constexpr double kMostOffPx = 8.0;        // of that centre
+constexpr float kReachPx = 60.0F;         // columns that tell how it goes on
+constexpr std::size_t kLeastBeyond = 15;  // centres among them
+constexpr double kLeastTurnDeg = 12.0;
+
+constexpr float kLineReachPx = 100.0F;
+constexpr double kOnLinePx = 5.0;
+constexpr int kMostOnLine = 40;          // one that turns leaves the line sooner
+constexpr double kLeastFlushPx = 100.0;  // a brighter stretch that is shorter is a blob
+
+constexpr TCheck kGoesOn =
+    countCheck({27, TWeldOutcome::elementMissing, "plate", "the stripe goes straight on beyond the plate"},
+               "stripe points on the plate's line beyond its end", TRule::atMost);
+constexpr TCheck kInPicture{{27, TWeldOutcome::elementMissing, "plate", "the plate runs out of the picture"},
+                            "both ends of the plate in the picture"};
+constexpr TCheck kEnds{{27, TWeldOutcome::elementMissing, "plate", "the stripe goes straight on beyond the plate"},
+                       "turn of the stripe at the end of the plate",
+                       TRule::atLeast,
+                       "deg"};
 
 struct TEnds {
   double left = 0.0;
   double right = 0.0;
+  double change = 0.0;  // the smaller one of both
 };
 
 // Of the opposite steps those whose smaller one is largest.
@@ -37,9 +60,9 @@ std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
       const double left = steps[i].change;
       const double right = steps[k].change;
       const double smaller = std::min(std::abs(left), std::abs(right));
-      if (left * right >= 0.0 || smaller <= best) continue;
+      if (left * right >= 0.0 || smaller <= best || steps[k].x - steps[i].x < kLeastFlushPx) continue;
       best = smaller;
-      ends = TEnds{steps[i].x, steps[k].x};
+      ends = TEnds{steps[i].x, steps[k].x, smaller};
     }
   }
   return ends;
@@ -84,17 +107,74 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   return seam;
 }
 
+// The stripe beyond an end of the plate, as far as it goes on without a break; the nearest centre first.
+TPoints beyond(const TFrame& frame, TPointView points, cv::Point2f end, bool isRight) {
+  TPoints on(frame.memory);
+  const auto isFarther = [&](cv::Point2f p) { return isRight ? p.x > end.x : p.x < end.x; };
+  for (const cv::Point2f p : points) {
+    if (isFarther(p) && std::abs(p.x - end.x) <= kReachPx) on.push_back(p);
+  }
+  if (!isRight) std::reverse(on.begin(), on.end());
+  cv::Point2f last = end;
+  const auto breaks = [&](cv::Point2f p) {
+    const bool isApart = std::abs(p.x - last.x) > kTouchingPx || std::abs(p.y - last.y) > kMostOffPx;
+    last = p;
+    return isApart;
+  };
+  on.erase(std::find_if(on.begin(), on.end(), breaks), on.end());
+  return on;
+}
+
+// Centres beyond an end that lie on the line of the plate, behind holes as well.
+int countOnLine(TPointView points, const TSeam& seam, cv::Point2f end, bool isRight) {
+  return static_cast<int>(std::count_if(points.begin(), points.end(), [&](cv::Point2f p) {
+    const float columns = isRight ? p.x - end.x : end.x - p.x;
+    const double row = seam.auxVal1 * static_cast<double>(p.x) + seam.auxVal2;
+    return columns > 0.0F && columns <= kLineReachPx && std::abs(row - static_cast<double>(p.y)) < kOnLinePx;
+  }));
+}
+
+// A piece of a curve ends where its chord does, a plate where the stripe breaks off or turns.
+bool isEnd(const TFrame& frame, const TStripe& stripe, const TSeam& seam, bool isRight) {
+  const cv::Point2f end = isRight ? seam.stripePts.back() : seam.stripePts.front();
+  const bool isInside = isRight ? end.x + kBorderPx < frame.image.cols : end.x > kBorderPx;
+  if (!frame.trace.holds(kInPicture, isInside)) return false;
+  const int onLine = countOnLine(stripe.points, seam, end, isRight);
+  if (!frame.trace.passes(kGoesOn, onLine, kMostOnLine)) return false;
+  const TPoints on = beyond(frame, stripe.points, end, isRight);
+  if (on.size() < kLeastBeyond) return true;
+  const cv::Point2f d = on.back() - on.front();
+  const double deg = slopeToDeg(static_cast<double>(d.y) / guardDivisor(static_cast<double>(d.x)));
+  return frame.trace.passes(kEnds, std::abs(deg - slopeToDeg(seam.auxVal1)), kLeastTurnDeg);
+}
+
+// Of a plate over its table. Only the ends that the position speaks of matter.
+bool hasEnds(const TFrame& frame, const TStripe& stripe, const TSeam& seam) {
+  const TWeldPosType pos = frame.params.weldPosType;
+  return (pos == TWeldPosType::right || isEnd(frame, stripe, seam, false)) &&
+         (pos == TWeldPosType::left || isEnd(frame, stripe, seam, true));
+}
+
 }  // namespace
 
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   // Along a raised plate the stripe is straight too, and its light may change near the ends.
   const bool isRaised = previous.isFound && !previous.isFlush;
   const TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
-  if (steps.empty()) return findPlate(frame, stripe, previous);
+  if (steps.empty()) {
+    TSeam seam = findPlate(frame, stripe, previous);
+    const bool isPlate = !seam.isFound || !havePlateEndsSupport(seam) || hasEnds(frame, stripe, seam);
+    return isPlate ? std::move(seam) : TSeam(std::move(seam.stripePts));
+  }
   std::optional<TEnds> ends = endsBetween(steps);
   if (!ends) ends = endsBeside(frame, steps, stripe);
   if (!frame.trace.holds(kTwoEnds, ends.has_value())) return TSeam(TPoints(stripe.points, frame.memory));
-  return seamBetween(frame, stripe, *ends);
+  TSeam seam = seamBetween(frame, stripe, *ends);
+  const auto rivals = std::count_if(steps.begin(), steps.end(), [&](const TLightStep& step) {
+    return std::abs(step.change) > kLeastRival * ends->change;
+  });
+  seam.isUnsure = ends->change > 0.0 && rivals > 2;
+  return seam;
 }
 
 }  // namespace weld

@@ -22,6 +22,11 @@ constexpr TCheck kJump{{53, TWeldOutcome::jumpHeldBack, "seam", "seam too far fr
 constexpr TCheck kRepeats = countCheck({53, TWeldOutcome::jumpHeldBack, "seam", "seam too far from the last one"},
                                        "frames at the new place", TRule::atLeast, "acceptAfterFrames");
 
+// A second frame that shows it elsewhere, by more than drift, speaks against it.
+constexpr double kSamePlacePx = 20.0;
+constexpr TCheck kUnsure{{53, TWeldOutcome::jumpHeldBack, "seam", "unsure seam that has not repeated yet"},
+                         "unsure seam seen before"};
+
 }  // namespace
 
 bool isSeamPointPossible(const TFrame& frame, const TSeam& seam, const TJointRules& rules) {
@@ -43,6 +48,11 @@ bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMem
   const double jumpPx = memory.hasSeam ? seamDistance(seam, memory.seam) : 0.0;
   const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;
   const int frames = repeats ? memory.pendingFrames + 1 : 1;
+  if (found.isUnsure && !memory.hasSeam) {
+    const bool isSeenAgain = repeats && seamDistance(seam, memory.pending) <= kSamePlacePx;
+    memory = isSeenAgain ? TJumpMemory{true, seam, 0, {}} : TJumpMemory{false, {}, 1, seam};
+    return trace.holds(kUnsure, isSeenAgain);
+  }
   const bool isConfirmed = jumpPx > options.maxJumpPx && frames >= options.acceptAfterFrames;
   const bool passes = isConfirmed ? trace.passes(kRepeats, frames, options.acceptAfterFrames)
                                   : trace.passes(kJump, jumpPx, options.maxJumpPx);

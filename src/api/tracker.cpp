@@ -75,6 +75,7 @@ struct TWeldTracker::TState {
   weld::TMemory* beginFrame(const cv::Mat& image, const weld::TJoint* joint);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
   weld::TFound searchByContrast(const weld::TFrame& frame) const;
+  bool isAtNewPlace(const weld::TSeam& seam) const;
   TTrackedSeam judge(const weld::TFound& found, const weld::TJoint* joint, bool isLetThrough);
   void remember(const TTrackedSeam& seam, std::size_t columns);
 };
@@ -89,7 +90,7 @@ weld::TMemory* TWeldTracker::TState::beginFrame(const cv::Mat& image, const weld
 // A held seam guides the search like a new one, unless a lost frame's search is left to the next frame.
 weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld::TJoint* joint) const {
   const bool isByContrast = options.source == TSeamSource::contrast;
-  if ((joint == nullptr && !isByContrast) || !weld::hasPixels(frame.image)) return {weld::TSeam(frame.memory)};
+  if ((joint == nullptr && !isByContrast) || !weld::hasPixels(frame.image)) return weld::TFound(frame.memory);
   weld::requireReadable(frame.image);
   if (isByContrast) return searchByContrast(frame);
   weld::TRidgeSearch ridges(frame.memory);
@@ -107,6 +108,9 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   previous.isFlush = guides && wasFlush;
   weld::TFound found = searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
+  const bool isAnother = quest.usesOwnRules && joint->rules.rivalOf != nullptr && isAtNewPlace(found.seam) &&
+                         !isShownBy(frame, found.seam, found.stripe, joint->rules.rivalOf);
+  if (isAnother) found.seam = weld::TSeam(std::move(found.seam.stripePts));
   if (options.source == TSeamSource::both && joint->rules.hasSeamPoint)
     weld::joinContrast(frame, options, found.seam);
   return found;
@@ -115,7 +119,13 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
 weld::TFound TWeldTracker::TState::searchByContrast(const weld::TFrame& frame) const {
   const bool guides = heldFrames == 0 || options.searchWholeOnLoss;
   const weld::TPrevious previous = guides ? weld::TPrevious(last) : weld::TPrevious();
-  return {findContrastSeam(frame, options, previous)};
+  return {findContrastSeam(frame, options, previous), weld::TStripe(frame.memory), 0};
+}
+
+// A place where the frames before did not show the seam.
+bool TWeldTracker::TState::isAtNewPlace(const weld::TSeam& seam) const {
+  if (!seam.isFound || !last.isFound) return seam.isFound;
+  return weld::seamDistance(seam.pos, last.weldPos) > options.maxJumpPx;
 }
 
 // A seam that is held back counts as not found.
@@ -172,7 +182,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   state->remember(seam, static_cast<std::size_t>(std::max(image.cols, 0)));
   int announced = state->announcedFrames;
   if (seam.state == TSeamState::found && joint != nullptr && joint->rules.announce != nullptr)
-    joint->rules.announce(announced, found.seam, found.widthPx);
+    joint->rules.announce(announced, found.seam, found.stripe.widthPx);
   if (seen) {
     const char* const problem = state->own ? state->own->problem.c_str() : "";
     weld::concludeFrame(trace, {weld::hasPixels(image), seam.state == TSeamState::held, seam.weldPos, problem},

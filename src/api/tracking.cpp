@@ -25,7 +25,7 @@ TWeldLineRes detectWeldLineViaTracking(cv::Mat img, TWeldParams& params, TWeldLi
   const weld::TFound found = attemptByRule({frame, *joint, ridges}, {}, weld::TPrevious(prevRes));
   if (joint->rules.announce != nullptr) {
     int frames = 0;
-    joint->rules.announce(frames, found.seam, found.widthPx);
+    joint->rules.announce(frames, found.seam, found.stripe.widthPx);
   }
   return toLineRes(found.seam);
 }

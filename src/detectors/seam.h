@@ -31,7 +31,8 @@ struct TSeam : TSeamValues {
 
   TPoints stripePts;
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
-  bool isFlush = false;                // a plate that lies flush with its table
+  bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
+  bool isUnsure = false;  // another place may be it as well: counts once it repeats
 };
 
 // The seam of the frame before; its stripe and its profile belong to somebody else.

@@ -40,8 +40,8 @@ constexpr double kMostOfLine = 8.0;
 
 constexpr double kLeastScore = 5.0;
 constexpr double kLeastMargin = 1.25;
+constexpr double kClearMargin = 1.5;
 constexpr double kLeastLine = 2.5;
-constexpr double kDeepDip = 10.0;  // needs no line beside the stripe
 
 constexpr TFailure kNoBreak{17, TWeldOutcome::elementMissing, "gap", "no dark break in the stripe"};
 constexpr TFailure kNoCertain{18, TWeldOutcome::elementMissing, "gap", "several breaks in the stripe"};
@@ -266,12 +266,14 @@ std::optional<TDarkBreak> findDarkBreak(const TFrame& frame, const TStripe& stri
   const TScores scores = scoreColumns(grey, course, stripe.widthPx, frame.memory);
   const int place = static_cast<int>(std::max_element(scores.all.begin(), scores.all.end()) - scores.all.begin());
   const double score = scores.all[static_cast<std::size_t>(place)];
-  const bool isDeep = scores.dips.depth[static_cast<std::size_t>(place)] >= kDeepDip;
+  const double margin = score / std::max(scores.highestBut(place), 1.0);
   const bool isBreak = trace.passes(kScore, score, kLeastScore) &&
-                       (isDeep || trace.passes(kLine, highestNear(scores.lines, place), kLeastLine)) &&
-                       trace.passes(kMarginCheck, score / std::max(scores.highestBut(place), 1.0), kLeastMargin);
+                       trace.passes(kLine, highestNear(scores.lines, place), kLeastLine) &&
+                       trace.passes(kMarginCheck, margin, kLeastMargin);
   if (!isBreak) return std::nullopt;
-  return breakAt(scores, place, course.firstColumn);
+  TDarkBreak found = breakAt(scores, place, course.firstColumn);
+  found.isClear = margin >= kClearMargin;
+  return found;
 }
 
 }  // namespace weld

@@ -69,7 +69,8 @@ bool isStraight(TPointView points, const TSlopeLine& line) {
   return static_cast<double>(near) >= kLeastStraightShare * static_cast<double>(points.size());
 }
 
-// Logarithm of the stripe's light over its surroundings, column by column from the first point to the last.
+// Logarithm of the stripe's light over its surroundings, column by column from the first point to the last. A lost
+// stretch is no step: it has the light of the column before.
 TValues lightAlong(const cv::Mat& grey, TPointView points, const TSlopeLine& line, TMemory* memory) {
   const int first = truncToInt(points.front().x);
   const int last = truncToInt(points.back().x);
@@ -79,6 +80,10 @@ TValues lightAlong(const cv::Mat& grey, TPointView points, const TSlopeLine& lin
   for (int x = first; x <= last; ++x) {
     while (truncToInt(next->x) < x) ++next;
     const bool isOn = truncToInt(next->x) == x && offLine(line, *next) <= kMostOffPx;
+    if (!isOn && !light.empty()) {
+      light.push_back(light.back());
+      continue;
+    }
     const int row = roundToInt(isOn ? static_cast<double>(next->y) : line.k * x + line.b);
     const auto level = [&](int y) {
       return static_cast<int>(grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x));

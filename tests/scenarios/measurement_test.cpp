@@ -1,5 +1,6 @@
 // What a found joint measures, against what was drawn, and what a stripe may be.
 #include "scenes/joints.h"
+#include "scenes/random_decoy.h"
 #include "scenes/scene.h"
 #include "zelWeldDetect.h"
 
@@ -68,6 +69,11 @@ TEST(Measurement, theDrawnJointIsTheFirstCandidateAndAStraightStripeHasNone) {
   }
   EXPECT_TRUE(recogniseJoint(renderScene(randomScene(TJoint::plain, scenes::TLevel::clean, 3)).image).empty());
   EXPECT_TRUE(recogniseJoint(cv::Mat()).empty());
+  for (const auto decoy : {scenes::TDecoy::spatter, scenes::TDecoy::noise, scenes::TDecoy::texture}) {
+    for (int seed = 1; seed <= 4; ++seed)
+      EXPECT_TRUE(
+          recogniseJoint(renderScene(scenes::randomDecoy(decoy, scenes::TLevel::harsh, seed)).image).empty());
+  }
 }
 
 }  // namespace

@@ -94,6 +94,41 @@ TEST(OwnRules, aGrooveIsNoButtGapAndABackingNoGroove) {
   EXPECT_EQ(trackOnce(backed, params).seam.state, TSeamState::found);
 }
 
+// The plain rules find a seam in each of these frames.
+TEST(OwnRules, aSeamThatTheStripeDoesNotShowIsRefused) {
+  cv::Mat cut = painted::dark();
+  painted::paintPiece(cut, 0, 460, 220.0);
+  painted::paintPiece(cut, 460, 640, 300.0);
+  const struct {
+    const char* name;
+    cv::Mat image;
+    TWeldParams params;
+    const char* sentence;
+  } rows[] = {
+      {"plate cut off", cut, TPlateSettings().params(), "the plate runs out of the picture"},
+      {"gap under a plate", painted::plateFrame(), TGapSettings().params(), "through which the stripe goes on"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(trackOnce(row.image, row.params, TTrackerOptions::exact()).seam.state, TSeamState::found)
+        << row.name;
+    const TEnd end = trackOnce(row.image, row.params);
+    EXPECT_EQ(end.seam.state, TSeamState::lost) << row.name;
+    EXPECT_NE(end.sentence.find(row.sentence), std::string::npos) << row.name << ": " << end.sentence;
+  }
+}
+
+// Lost stretches as wide as the least gap are new in every frame, the gap is not.
+TEST(OwnRules, aGapAmongLostStretchesCountsOnceItRepeats) {
+  const auto withLost = [](int column) {
+    cv::Mat image = painted::gapFrame();
+    image.colRange(column, column + 14).setTo(0);
+    return image;
+  };
+  TWeldTracker tracker(TGapSettings().params());
+  EXPECT_EQ(tracker.track(withLost(100)).state, TSeamState::lost);
+  EXPECT_EQ(tracker.track(withLost(450)).state, TSeamState::found);
+}
+
 TEST(OwnRules, scrapsOnALineAreNoSeam) {
   cv::Mat scraps = painted::dark();
   painted::paintPiece(scraps, 200, 235, 240.0);

@@ -81,5 +81,27 @@ TEST(SeamGate, letsAJumpPassOnceItHasRepeated) {
   }
 }
 
+TEST(SeamGate, letsAnUnsureFirstSeamPassOnceItHasRepeated) {
+  const struct {
+    const char* name;
+    std::vector<float> columns;  // of unsure seams, frame by frame, NaN without one
+    std::vector<bool> passes;
+  } rows[] = {
+      {"same place", {100, 120, 100}, {false, true, true}},
+      {"elsewhere", {100, 120.5F, 100, 300}, {false, false, false, false}},
+      {"lost between", {100, kNaN, 100, 100}, {false, true, false, true}},
+      {"known place", {100, 100, kNaN, 130}, {false, true, true, true}},
+  };
+  for (const auto& row : rows) {
+    TJumpMemory memory;
+    for (std::size_t i = 0; i < row.columns.size(); ++i) {
+      TSeam seam = seamAt({row.columns[i], 50.0F});
+      seam.isFound = row.columns[i] == row.columns[i];
+      seam.isUnsure = true;
+      EXPECT_EQ(passesJumpTest(seam, TTrackerOptions(), memory, {}), row.passes[i]) << row.name << ' ' << i;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace weld

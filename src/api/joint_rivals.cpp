@@ -1,0 +1,98 @@
+#include "api/joint_rivals.h"
+
+#include "stripe/longest_piece.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr double kSamePlacePx = 8.0;
+constexpr double kClearlyBetter = 40.0;  // gain over a plate; a stripe's own joint has 50 to 300
+
+const char* looksLike(TWeldType type) {
+  switch (type) {
+    case TWeldType::uGroove:
+      return "the stripe looks like a U groove";
+    case TWeldType::vGroove:
+      return "the stripe looks like a V groove";
+    case TWeldType::singleBevel:
+      return "the stripe looks like a single bevel groove";
+    case TWeldType::flareV:
+      return "the stripe looks like a flare V groove";
+    case TWeldType::flareBevel:
+      return "the stripe looks like a flare bevel groove";
+    case TWeldType::corner:
+      return "the stripe looks like a corner";
+    case TWeldType::lap:
+      return "the stripe looks like a lap";
+    default:
+      return "the stripe looks like a butt joint";
+  }
+}
+
+bool isGroove(TWeldType type) {
+  return type >= TWeldType::uGroove && type <= TWeldType::flareBevel;
+}
+
+// Between the points of a profile.
+bool isAt(const TProfileFit& fit, cv::Point2f pos) {
+  double left = HUGE_VAL;
+  double right = -HUGE_VAL;
+  for (const TMeasuredPoint& p : fit.features) {
+    if (!p.isFound) continue;
+    left = std::min(left, p.pos.x);
+    right = std::max(right, p.pos.x);
+  }
+  const auto x = static_cast<double>(pos.x);
+  return x >= left - kSamePlacePx && x <= right + kSamePlacePx;
+}
+
+const char* bestUnless(TView<TRankedJoint> ranked, bool (*belongs)(TWeldType)) {
+  if (ranked.empty() || belongs(ranked.front().weldType)) return nullptr;
+  return looksLike(ranked.front().weldType);
+}
+
+}  // namespace
+
+const char* rivalOfGap(TView<TRankedJoint> ranked, cv::Point2f /*pos*/) {
+  return bestUnless(ranked, [](TWeldType t) { return t == TWeldType::buttGap; });
+}
+
+const char* rivalOfLap(TView<TRankedJoint> ranked, cv::Point2f pos) {
+  if (ranked.empty()) return "a plate or a curve explains the stripe as well";
+  const char* const rival = bestUnless(ranked, [](TWeldType t) { return t == TWeldType::lap; });
+  return rival != nullptr || isAt(ranked.front().fit, pos) ? rival : "the step of the stripe lies elsewhere";
+}
+
+const char* rivalOfCorner(TView<TRankedJoint> ranked, cv::Point2f pos) {
+  const bool isCorner = !ranked.empty() && ranked.front().weldType == TWeldType::corner;
+  if (isCorner) return isAt(ranked.front().fit, pos) ? nullptr : "the bend of the stripe lies elsewhere";
+  return bestUnless(ranked, isGroove);
+}
+
+const char* rivalOfGroove(TView<TRankedJoint> ranked, cv::Point2f /*pos*/) {
+  const auto* const groove =
+      std::find_if(ranked.begin(), ranked.end(), [](const TRankedJoint& r) { return isGroove(r.weldType); });
+  const double score = groove != ranked.end() ? groove->fit.score : 0.0;
+  const bool hasRival = !ranked.empty() && ranked.front().fit.score > score + kClearlyBetter;
+  return hasRival ? looksLike(ranked.front().weldType) : nullptr;
+}
+
+bool isShownBy(const TFrame& frame, const TSeam& seam, const TStripe& stripe, TRivalTest rivalOf) {
+  const TStageTimer timer(frame.trace, "other joints");
+  const TPointView points = seam.isFlush ? longestPiece(stripe.points) : TPointView(stripe.points);
+  const TView<TCentreSource> sources =
+      TView<TCentreSource>(stripe.sources)
+          .part(static_cast<std::size_t>(points.begin() - stripe.points.data()), points.size());
+  const TStripeProfile profile(points, sources, stripe.widthPx, frame.memory);
+  const TList<TRankedJoint> ranked = rankProfiles(profile, {}, frame.memory);
+  const char* const rival = rivalOf(ranked, seam.pos);
+  const TCheck check{{54, TWeldOutcome::elementMissing, "joint", rival != nullptr ? rival : ""},
+                     "joint that explains the stripe best"};
+  return frame.trace.atGate().holds(check, rival == nullptr);
+}
+
+}  // namespace weld

@@ -1,0 +1,258 @@
+#include "api/own_rules.h"
+
+#include "detectors/gap.h"
+#include "stripe/dark_break.h"
+#include "stripe/turn.h"
+#include "support/grey_image.h"
+#include "support/line_math.h"
+#include "zelWeldSettings.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace weld {
+
+namespace {
+
+constexpr double kTightGapPx = 4.0;   // the widest gap that may show as a dark break alone
+constexpr float kTightHolePx = 4.0F;  // the most columns that a tight gap may lack
+constexpr double kMostOffPx = 10.0;   // of a centre beside the line that still touches its end
+constexpr int kTouchColumns = 3;
+constexpr float kMostRowStep = 6.0F;    // from column to column of what goes on
+constexpr int kLeastGoingOn = 8;        // columns; an edge may be rounded,
+constexpr int kSureGoingOn = 15;        // that of a wide gap farther
+constexpr double kGoingOnShare = 0.25;  // of the gap
+
+constexpr TCheck kGoesOn{
+    {16, TWeldOutcome::elementMissing, "gap", "the stripe goes on beside the line: a groove or a bend, no gap"},
+    "columns of stripe beside the line that touch the gap's edge",
+    TRule::below,
+    "px",
+    "",
+    true};
+
+constexpr double kMostFilled = 0.5;      // of the hole's columns with centres elsewhere,
+constexpr double kFillingShare = 0.125;  // where it spans that much of the image or
+constexpr double kFillingPx = 15.0;      // they lie so near the line
+
+constexpr TCheck kFilled{{16, TWeldOutcome::elementMissing, "gap", "the stripe goes on through the gap"},
+                         "share of the gap's columns through which the stripe goes on",
+                         TRule::atMost};
+
+constexpr int kBesideColumns = 12;
+constexpr int kClearPx = 12;       // beyond the width of the stripe, where its surroundings begin
+constexpr int kLineRows = 3;       // about the line in which its light may lie
+constexpr double kLitShare = 0.5;  // of the light beside the gap: as bright a column holds the stripe
+constexpr double kMostLit = 0.5;   // of the gap's columns
+
+constexpr TCheck kDark{{16, TWeldOutcome::elementMissing, "gap", "the light goes on through the gap"},
+                       "share of the gap's columns that are lit",
+                       TRule::atMost};
+
+constexpr float kTurnReachPx = 60.0F;
+constexpr double kMostTurnDeg = 6.0;
+constexpr TCheck kStraight{{18, TWeldOutcome::elementMissing, "gap", "the stripe bends at its dark break"},
+                           "turn of the stripe at its dark break",
+                           TRule::atMost,
+                           "deg"};
+
+constexpr double kLeastOnLine = 0.45;  // of the stripe's centres
+constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe points on the line"},
+                         "share of stripe points on one line",
+                         TRule::atLeast};
+
+constexpr double kMostRival = 0.8;  // width of the next hole over that of the widest: more may be a lost stretch
+constexpr double kLeastRivalPx = 4.0;  // columns step by one, and by two or three in speckle
+constexpr double kSamePlacePx = 20.0;
+
+constexpr TCheck kUnique{{17, TWeldOutcome::elementMissing, "gap", "several gaps in the stripe"},
+                         "width of the next gap over that of the widest",
+                         TRule::notAbove};
+
+double offLine(const TLineHole& hole, cv::Point2f p) {
+  return pointLineDistance(hole.slope, hole.intercept, static_cast<double>(p.x), static_cast<double>(p.y));
+}
+
+// Columns inside the hole through which the stripe goes on from one of its edges.
+//   from, step  the first centre beyond the edge, and the way into the hole
+int columnsGoingOn(TPointView points, const TLineHole& hole, const cv::Point2f* from, int step) {
+  const bool isLeft = step > 0;
+  const auto edge = static_cast<float>(isLeft ? hole.leftX : hole.rightX);
+  const auto end = static_cast<float>(isLeft ? hole.rightX : hole.leftX);
+  const cv::Point2f* last = nullptr;
+  for (const cv::Point2f* p = from; p >= points.begin() && p < points.end(); p += step) {
+    if (isLeft ? p->x >= end : p->x <= end) break;
+    const float columns = std::abs(p->x - (last != nullptr ? last->x : edge));
+    const bool touches =
+        last != nullptr ? std::abs(p->y - last->y) <= kMostRowStep * columns : offLine(hole, *p) <= kMostOffPx;
+    if (columns > kTouchColumns || !touches) break;
+    last = p;
+  }
+  return last != nullptr ? static_cast<int>(std::abs(last->x - edge)) : 0;
+}
+
+// Columns of the widest step between neighbouring centres of the line, but that of the hole.
+int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
+  int widest = 0;
+  const cv::Point2f* last = nullptr;
+  for (const cv::Point2f& p : points) {
+    if (!(offLine(hole, p) < tolerancePx)) continue;
+    const bool isOther = last != nullptr && truncToInt(last->x) != hole.leftX;
+    if (isOther) widest = std::max(widest, truncToInt(p.x) - truncToInt(last->x));
+    last = &p;
+  }
+  return widest;
+}
+
+bool isNearLast(const TSeam& seam, const TPrevious& previous) {
+  return previous.isFound && std::abs(static_cast<double>(seam.pos.x - previous.pos.x)) <= kSamePlacePx;
+}
+
+// Of several holes as wide no one can tell the gap from a lost stretch, unless it was there in the frame before.
+bool isUnique(const TFrame& frame, const TLineHole& hole, int next) {
+  if (next < TGapSettings::of(frame.params).minGapPx) return true;
+  return frame.trace.passes(kUnique, static_cast<double>(next) / (hole.rightX - hole.leftX), kMostRival);
+}
+
+// The centres between the edges of a hole.
+TPointView pointsIn(TPointView points, const TLineHole& hole) {
+  const auto isBefore = [](cv::Point2f p, int column) { return truncToInt(p.x) <= column; };
+  const auto* const first = std::lower_bound(points.begin(), points.end(), hole.leftX, isBefore);
+  const auto* const last = std::lower_bound(first, points.end(), hole.rightX - 1, isBefore);
+  return {first, static_cast<std::size_t>(last - first)};
+}
+
+bool isBreak(const TFrame& frame, TPointView points, const TLineHole& hole) {
+  const TPointView inside = pointsIn(points, hole);
+  const int longest = std::max(columnsGoingOn(points, hole, inside.begin(), 1),
+                               columnsGoingOn(points, hole, inside.end() - 1, -1));
+  const int width = hole.rightX - hole.leftX;
+  const int most = std::clamp(static_cast<int>(kGoingOnShare * width), kLeastGoingOn, kSureGoingOn);
+  return frame.trace.passes(kGoesOn, longest, most);
+}
+
+// A backing may show in a gap, but not a plate, nor a stripe that bends away from the line.
+bool isOpen(const TFrame& frame, TPointView points, const TLineHole& hole) {
+  const TPointView inside = pointsIn(points, hole);
+  const int width = hole.rightX - hole.leftX;
+  const bool isWide = width > kFillingShare * frame.image.cols;
+  const auto goesOn = [&](cv::Point2f p) { return isWide || offLine(hole, p) < kFillingPx; };
+  const auto filled = static_cast<double>(std::count_if(inside.begin(), inside.end(), goesOn));
+  return frame.trace.passes(kFilled, filled / std::max(width - 1, 1), kMostFilled);
+}
+
+// The light on a row and beside it, over that of the stripe's surroundings in the same column.
+int lightOver(const cv::Mat& grey, int x, double y, int clearPx) {
+  const int row = roundToInt(y);
+  const auto level = [&](int r) {
+    return static_cast<int>(grey.at<unsigned char>(std::clamp(r, 0, grey.rows - 1), x));
+  };
+  int brightest = 0;
+  for (int r = row - kLineRows; r <= row + kLineRows; ++r) brightest = std::max(brightest, level(r));
+  return brightest - std::max(level(row - clearPx), level(row + clearPx));
+}
+
+// Median over the centres of the line beside an edge; 0 without any.
+double lightBeside(const cv::Mat& grey, TPointView points, const TLineHole& hole, bool isLeft, int clearPx) {
+  std::array<double, kBesideColumns> light{};
+  std::size_t count = 0;
+  const int firstX = isLeft ? hole.leftX - kBesideColumns + 1 : hole.rightX;
+  for (const cv::Point2f p : points) {
+    const int x = truncToInt(p.x);
+    if (x < firstX || x >= firstX + kBesideColumns) continue;
+    light[count++] = lightOver(grey, x, static_cast<double>(p.y), clearPx);
+  }
+  const auto middle = light.begin() + static_cast<std::ptrdiff_t>(count / 2);
+  std::nth_element(light.begin(), middle, light.begin() + static_cast<std::ptrdiff_t>(count));
+  return *middle;
+}
+
+// A blob beside the stripe or spatter over it takes the centres, but the stripe shines on.
+bool isDark(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
+  const cv::Mat grey = toGrey(frame.image, pixels);
+  const int clearPx = roundToInt(stripe.widthPx) + kClearPx;
+  const double beside = std::min(lightBeside(grey, stripe.points, hole, true, clearPx),
+                                 lightBeside(grey, stripe.points, hole, false, clearPx));
+  int lit = 0;
+  for (int x = hole.leftX + 1; x < hole.rightX; ++x) {
+    const double y = hole.slope * x + hole.intercept;
+    lit += lightOver(grey, x, y, clearPx) >= std::max(kLitShare * beside, 1.0) ? 1 : 0;
+  }
+  return frame.trace.passes(kDark, static_cast<double>(lit) / std::max(hole.rightX - hole.leftX - 1, 1), kMostLit);
+}
+
+// The plates of a gap lie on one line, or on two that are parallel.
+bool isOnLine(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
+  const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;
+  const auto isNear = [&](cv::Point2f p) { return offLine(hole, p) < tolerancePx; };
+  const auto near = std::count_if(stripe.points.begin(), stripe.points.end(), isNear);
+  return frame.trace.passes(kOnLine, static_cast<double>(near) / static_cast<double>(stripe.points.size()),
+                            kLeastOnLine);
+}
+
+bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
+  return isOnLine(frame, stripe, hole) && isBreak(frame, stripe.points, hole) &&
+         isOpen(frame, stripe.points, hole) && isDark(frame, stripe, hole);
+}
+
+// The plates beside a tight gap are one straight line.
+bool isStraightAcross(const TFrame& frame, TPointView points, double x) {
+  const std::optional<double> turnDeg = turnAt(points, static_cast<float>(x), kTurnReachPx);
+  return frame.trace.passes(kStraight, turnDeg.value_or(90.0), kMostTurnDeg);
+}
+
+// What is dark for lack of a stripe is no tight gap.
+bool isInHole(TPointView points, const TDarkBreak& found) {
+  const auto isBefore = [](cv::Point2f p, double x) { return static_cast<double>(p.x) < x; };
+  const auto* const next = std::lower_bound(points.begin(), points.end(), found.x, isBefore);
+  return next != points.begin() && next != points.end() && next->x - (next - 1)->x > kTightHolePx;
+}
+
+TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found) {
+  TSeam seam(frame.memory);
+  const auto isLit = [&](cv::Point2f p) {
+    const int column = truncToInt(p.x);
+    return column < found.firstColumn || column >= found.firstColumn + found.columns;
+  };
+  seam.stripePts.reserve(stripe.points.size());
+  std::copy_if(stripe.points.begin(), stripe.points.end(), std::back_inserter(seam.stripePts), isLit);
+  const auto isBefore = [](cv::Point2f p, double x) { return static_cast<double>(p.x) < x; };
+  const auto next = std::lower_bound(seam.stripePts.begin(), seam.stripePts.end(), found.x, isBefore);
+  const double half = 0.5 * (found.columns + 1);
+  const TWeldPosType pos = frame.params.weldPosType;
+  const double x = pos == TWeldPosType::left    ? found.x - half
+                   : pos == TWeldPosType::right ? found.x + half
+                                                : found.x;
+  seam.isFound = seam.isFlush = true;
+  seam.isUnsure = !found.isClear;
+  seam.pos = cv::Point2f(static_cast<float>(x), 0.5F * ((next - 1)->y + next->y));
+  return seam;
+}
+
+}  // namespace
+
+TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TLineHole hole;
+  const TGapSettings settings = TGapSettings::of(frame.params);
+  const bool isTight = settings.minGapPx <= kTightGapPx;
+  if (isTight) {
+    const auto found = findDarkBreak(frame, stripe);
+    const bool isGap =
+        found && !isInHole(stripe.points, *found) && isStraightAcross(frame, stripe.points, found->x);
+    if (isGap) return seamAt(frame, stripe, *found);
+  }
+  TSeam seam = findGapAt(frame, stripe, previous, hole);
+  if (!seam.isFound) return seam;
+  const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
+  const bool isWide = !isTight || hole.rightX - hole.leftX > kTightGapPx;
+  const bool isGap =
+      isWide && isHole(frame, stripe, hole) && (isNearLast(seam, previous) || isUnique(frame, hole, next));
+  if (!isGap) return TSeam(std::move(seam.stripePts));
+  seam.isUnsure = next >= std::max(settings.minGapPx, kLeastRivalPx);
+  return seam;
+}
+
+}  // namespace weld
