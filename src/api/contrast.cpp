@@ -59,6 +59,7 @@ std::vector<cv::Point2f> TBaseWeld::getWeldPtsNew2(cv::Mat image) const {
   return findSeamByContrast(image, TContrastSearch()).pts;
 }
 
+// cppcheck-suppress passedByValue ; records are handed over whole here
 TContourCenterLine TBaseWeld::getWeldPtsByContrast(cv::Mat image, TContrastSearch search) const {
   return findSeamByContrast(image, search);
 }

@@ -90,7 +90,7 @@ float compare(const float* profile, const TShape& shape, float* likeness) {
       squares[s] += p[s] * p[s];
     }
   }
-  float norm[kShifts];
+  float norm[kShifts] = {};
   for (int s = 0; s < kShifts; ++s) {
     const float variance = squares[s] - sum[s] * sum[s] / (2 * kShapeReach + 1);
     norm[s] = std::sqrt(std::max(variance, 0.0F)) * shape.norm;
