@@ -158,9 +158,15 @@ std::optional<float> rowOf(const TPoints& stripe, float x) {
   return a.y + share * (b.y - a.y);
 }
 
-// Where a steep line crosses the stripe; the row settles within a few turns.
-std::optional<cv::Point2f> crossingWith(const TPoints& stripe, const TContourCenterLine& line) {
+// Where a steep line crosses the stripe: in the row of the stripe's own seam, which all of the stripe tells; else
+// in that of the points around, which settles within a few turns.
+std::optional<cv::Point2f> crossingWith(const TSeam& seam, const TContourCenterLine& line) {
+  const TPoints& stripe = seam.stripePts;
   if (stripe.empty() || !isSteep(line)) return std::nullopt;
+  if (seam.isFound) {
+    const std::optional<TPlace> place = placeAt(line, seam.pos.y);
+    return place ? std::make_optional(place->pos) : std::nullopt;
+  }
   float row = stripe[stripe.size() / 2].y;
   for (int turn = 0; turn < 6; ++turn) {
     const std::optional<TPlace> place = placeAt(line, row);
@@ -193,7 +199,7 @@ void joinContrast(const TFrame& frame, const TTrackerOptions& options, TSeam& se
   TFoundLine found;
   std::optional<cv::Point2f> crossing;
   if (search(frame, asked, found)) {
-    crossing = crossingWith(seam.stripePts, found.line);
+    crossing = crossingWith(seam, found.line);
     frame.trace.holds(kReaches, crossing.has_value());
   }
   const float apart = crossing && seam.isFound ? std::abs(crossing->x - seam.pos.x) : 0.0F;
