@@ -164,7 +164,7 @@ void addSeamCommand(CLI::App& program) {
       "Examples:\n"
       "  zelweld simulate --plate tight --frames 3 --out plates\n"
       "  zelweld seam plates --polarity dark --format table --out seams\n"
-      "  zelweld seam plates/frame_0000.png --at 640,512 --band 60 --direction 90 --tolerance 15");
+      "  zelweld seam plates/frame_0000.png --at 420,475 --band 60 --direction -48 --tolerance 15");
   command->callback([options] { run(*options); });
 }
 

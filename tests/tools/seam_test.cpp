@@ -15,8 +15,8 @@ cv::Point2d trueSeam(const fs::path& file, std::size_t frame) {
 }
 
 TEST_F(ZelweldTest, SeamFindsThePlatesSeamInEveryFormatAndDrawsIt) {
-  simulate("p", "--plate gap --level noisy --frames 2 --seed 4 --size 640x480 --drift 3,0");
-  simulate("bare", "--plate none --frames 1 --size 640x480");
+  simulate("p", "--plate gap --level noisy --frames 2 --seed 4 --drift 3,0");
+  simulate("bare", "--plate none --frames 1");
   const auto records = recordsOf(zelweldOk("seam p bare --polarity dark --out drawn").out);
   ASSERT_EQ(records.size(), 3U);
   EXPECT_FALSE(records[2]["found"].get<bool>());
