@@ -127,7 +127,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   const double aside = static_cast<double>(line.across.back() - line.across.front());
   const double chord = std::sqrt(along * along + aside * aside);
   set(TF::measured, static_cast<double>(std::count(line.measured.begin(), line.measured.end(), 1)) / line.size());
-  set(TF::length, lnOf(chord / std::clamp(context.longestPx, 1.0, kLongPx)));
+  set(TF::length, lnOf(chord / std::clamp(context.extentPx, 1.0, kLongPx)));
   set(TF::span, std::min(chord / std::max(context.longestPx, 1.0), 1.0));
   set(TF::second, std::min(context.secondScore / static_cast<double>(std::max(context.score, 1)), 1.5));
   set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));

@@ -32,7 +32,8 @@ struct TLineContext {
   int secondScore = 0;
   int strips = 0;
   int turns = 0;
-  double longestPx = 0.0;  // chord that the searched part has room for
+  double longestPx = 0.0;  // chord in the line's place that the searched part has room for
+  double extentPx = 0.0;   // of the searched part in the line's direction
   bool isRough = false;
 };
 

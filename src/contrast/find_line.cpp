@@ -154,10 +154,11 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool is
   const double along = (line.size() - 1) * static_cast<double>(kStationPx);
   const double slope = static_cast<double>(line.across.back() - line.across.front()) / along;
   const double longest = longestChord(family, line.firstAlong, static_cast<double>(line.across.front()), slope);
+  const double extent = (family.band.end - family.band.begin) * std::sqrt(1.0 + slope * slope);
   found.features =
       featuresOf(line, profiles, alignment,
                  {trait, candidate.path.score, second, static_cast<int>(candidate.path.columns.size()),
-                  candidate.path.turns, longest, isRough});
+                  candidate.path.turns, longest, extent, isRough});
   found.line = toRecord(line, family, trait);
   found.trait = trait;
   found.line.confidence = static_cast<float>(confidenceOf(found.features, trait));

@@ -45,8 +45,8 @@ TEST(ContrastBits, areTheSameEverywhere) {
     std::uint32_t line;
   };
   for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2729966531U},
-                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 816355213U},
-                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 2491112595U},
+                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 2620715860U},
+                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 561245955U},
                           TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 305345630U}}) {
     const scenes::TPlateScene scene = plate(row.seam, TLevel::noisy, 3);
     TContrastSearch search;
