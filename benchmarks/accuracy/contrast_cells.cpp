@@ -157,7 +157,7 @@ const std::vector<TContrastCell>& contrastCells() {
            linePx);
     addRow({"step (edge)", {TPlateSeam::step}}, {same(98), same(97), same(92)}, {same(1), same(1), same(3)},
            edgePx);
-    addRow({"bright scribe", {TPlateSeam::scribe}}, {same(98), same(97), same(88)}, {same(1), same(1), same(3)},
+    addRow({"bright scribe", {TPlateSeam::scribe}}, {same(98), same(97), {88, 80}}, {same(1), same(1), same(3)},
            linePx);
     addRow({"automatic", kSeams, TAskedSeam::automatic}, {same(98), same(96), same(86)},
            {same(1), same(1), same(4)}, edgePx);
