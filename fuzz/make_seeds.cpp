@@ -164,6 +164,15 @@ void addParamFiles(TFolder& folder) {
   }
 }
 
+void addJobs(TFolder& folder) {
+  for (const auto& [joint, type] : scenes::detectedJoints()) {
+    TWeldJob job;
+    job.params = scenes::weldParamsFor(joint);
+    job.preparation.region = cv::Rect(1, 2, 30, 40);
+    folder.add(writeWeldJob(job));
+  }
+}
+
 void addImageFiles(TFolder& folder) {
   cv::Mat grey = scenes::renderScene(randomScene(TJoint::buttGap, scenes::TLevel::clean, 1, {160, 160})).image;
   grey = grey(cv::Rect({0, 50}, kPictureSize)).clone();
@@ -194,6 +203,7 @@ int main(int argc, char** argv) {
   fill("entry_point", {addScenes, addStrokes});
   fill("toolkit", {addPointLists});
   fill("lighting", {addExposures});
+  fill("job", {addJobs});
   fill("contrast", {addPlates});
   fill("param_file", {addParamFiles});
   fill("image_file", {addImageFiles});

@@ -46,10 +46,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<std::string> parts = splitAtZeros(data, size);
   file.write(parts[0].data(), parts[0].size());
   try {
-    const auto record = tool::paramsToJson(tool::loadParams(sourceFrom(parts, file.path())));
+    const auto record = tool::paramsToJson(tool::loadJob(sourceFrom(parts, file.path())).params);
     const std::string text = record.dump();
     file.write(text.data(), text.size());
-    const auto again = tool::paramsToJson(tool::loadParams(sourceFrom({}, file.path())));
+    const auto again = tool::paramsToJson(tool::loadJob(sourceFrom({}, file.path())).params);
     fuzz::require(again == record, "a record that survives its own file");
   } catch (const tool::TCliError& error) {
     fuzz::require(error.exitCode == tool::TExit::usage || error.exitCode == tool::TExit::input, "a user's error");

@@ -13,6 +13,7 @@
 #include "zelLighting.h"
 #include "zelWeldDetectExport.h"
 #include "zelWeldDetectVersion.h"
+#include "zelWeldJob.h"
 #include "zelWeldJoint.h"
 #include "zelWeldSettings.h"
 #include "zelWeldTemplate.h"

@@ -148,8 +148,21 @@ ZELWELDDETECT_EXPORT const std::vector<TWeldJoint>& weldJoints();
 // The joint of that type; null for a type without a row.
 ZELWELDDETECT_EXPORT const TWeldJoint* findWeldJoint(TWeldType type);
 
+// The joint of that name, short name or number; case, '-' and '_' do not matter. Null for any other text.
+ZELWELDDETECT_EXPORT const TWeldJoint* findWeldJoint(const std::string& name);
+
 // The parameter of that name or field ("minGapPx", "dPara8"); null when the joint does not read it.
 ZELWELDDETECT_EXPORT const TWeldParameter* findWeldParameter(const TWeldJoint& joint, const std::string& name);
+
+// Sets the position, by name or number, or one parameter, by name or field and with the value as it is typed:
+// "12", "true". Returns what is wrong with it and what would be right; empty: it is set.
+ZELWELDDETECT_EXPORT std::string setWeldPosition(TWeldParams& params, const std::string& name);
+ZELWELDDETECT_EXPORT std::string setWeldParameter(TWeldParams& params, const std::string& name,
+                                                  const std::string& value);
+
+// "minGapPx (dPara8)"; "0 to 1", "above 0, up to 1000", "true or false".
+ZELWELDDETECT_EXPORT std::string weldParameterLabel(const TWeldParameter& parameter);
+ZELWELDDETECT_EXPORT std::string weldParameterRange(const TWeldParameter& parameter);
 
 // "centre", "left", ...; "unknown" for other values.
 ZELWELDDETECT_EXPORT const char* weldPosText(TWeldPosType pos);

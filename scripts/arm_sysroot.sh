@@ -3,7 +3,7 @@
 # and cache of its own there: nothing is installed, and this machine's package lists stay as they are.
 #   arm_sysroot.sh DIR
 set -euo pipefail
-packages=(libopencv-core-dev libopencv-imgproc-dev libgtest-dev libstdc++6)
+packages=(libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev libgtest-dev libstdc++6)
 
 sysroot=$1
 stamp=$sysroot/unpacked

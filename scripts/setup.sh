@@ -28,6 +28,7 @@ LIST
 libgtest-dev             gtest/gtest.h
 pkg-config               pkg-config
 binutils                 nm
+man-db                   man
 chromium                 chromium
 chromium-driver          chromedriver
 python3-selenium         /usr/lib/python3/dist-packages/selenium

@@ -151,7 +151,7 @@ std::vector<TSetting> otherWays(const TSetting& given, TWeldType lookalike,
                                 const std::optional<TPreparation>& turns) {
   std::vector<TSetting> settings;
   for (const TStripeExtraction extraction : {TStripeExtraction::edgePairs, TStripeExtraction::ridge}) {
-    settings.push_back(changedWay(given, std::string("--extraction ") + nameOf(extraction)));
+    settings.push_back(changedWay(given, std::string("--extraction ") + extractionText(extraction)));
     settings.back().tracker.extraction = extraction;
   }
   if (given.params.weldType == TWeldType::corner) {

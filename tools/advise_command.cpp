@@ -4,6 +4,7 @@
 #include "tools/cli_error.h"
 #include "tools/commands.h"
 #include "tools/kept_frames.h"
+#include "tools/names.h"
 #include "tools/output.h"
 #include "tools/progress.h"
 #include "tools/stop_signal.h"
@@ -23,7 +24,6 @@ constexpr double kMayStandUpright = 0.5;  // share of frames lost
 // As typed.
 struct TOptions {
   TSeamRunOptions run;
-  TParamSource source;
 };
 
 struct TSifting {
@@ -174,12 +174,14 @@ void printRefusal(const TSifting& sifting) {
 }
 
 void run(const TOptions& options) {
-  const TSetting setting{loadParams(options.source), trackerOf(options.run), 0, {}, false};
-  const TWeldJoint* const joint = findWeldJoint(setting.params.weldType);
-  if (joint->features.empty()) {
-    throw usageError("advise: " + std::string(joint->name) + " has no seam point; choose a joint");
+  const TTracking tracking = trackingOf(options.run.tracking);
+  const TWeldJoint* const joint = findWeldJoint(tracking.params.weldType);
+  if (joint == nullptr || joint->features.empty()) {
+    throw usageError("advise: " + nameOf(tracking) + " has no parameters or no seam point; choose a joint");
   }
-  const TScene scene{keepFrames(options.run.frames), preparationOf(options.run.frames), truthOf(options.run)};
+  TKeptFrames kept = keepFrames(options.run.tracking.frames, tracking.preparation);
+  const TSetting setting{tracking.params, tracking.tracker, 0, {}, false};
+  const TScene scene{std::move(kept.frames), tracking.preparation, truthOf(options.run)};
   const std::vector<TStretch> all = {{0, static_cast<int>(scene.frames.size()) - 1}};
   const TTrial given = tryOn(scene, all, setting);
   throwIfStopRequested();
@@ -189,7 +191,7 @@ void run(const TOptions& options) {
   printLine("found " + foundText(*given.run) + ", " + std::to_string(given.run->losses()) + " losses");
   if (std::all_of(given.seams.begin(), given.seams.end(), [](const auto& seam) { return seam.has_value(); })) {
     printLine("Every frame is found: nothing to advise.");
-    return;
+    return kept.reading.check();
   }
   TSifting sifting = sift(scene, given);
   const std::optional<TTrial> best = bestOnAll(scene, given, sifting);
@@ -201,6 +203,7 @@ void run(const TOptions& options) {
   } else {
     printRefusal(sifting);
   }
+  kept.reading.check();
 }
 
 }  // namespace
@@ -209,7 +212,6 @@ void addAdviseCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("advise", "Try which change of setting finds the lost frames");
   const auto options = std::make_shared<TOptions>();
   addSeamRunOptions(*command, options->run);
-  addParamOptions(*command, options->source);
   command->footer(
       "Tries extraction, joint, orientation and what the sentences of lost frames ask for, alone and together, "
       "and\n"

@@ -13,6 +13,7 @@ enum class TExit : int {
   failure = 1,        // output that cannot be written, or a fault outside this program
   usage = 2,          // options, names and values
   input = 3,          // input that cannot be read
+  hungUp = 129,       // by SIGHUP
   interrupted = 130,  // by SIGINT: 128 + its number, as shells have it
   terminated = 143    // by SIGTERM
 };

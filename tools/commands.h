@@ -17,4 +17,7 @@ void addAdviseCommand(CLI::App& program);
 void addIdentifyCommand(CLI::App& program);
 void addSeamCommand(CLI::App& program);
 
+// Name, description and version of the program, and all of them.
+void addCommands(CLI::App& program);
+
 }  // namespace tool

@@ -1,7 +1,10 @@
-// zelweld compare: the same frames under two parameter files.
+// zelweld compare: the same frames under two jobs.
+#include "tools/cli_error.h"
 #include "tools/commands.h"
+#include "tools/compare.h"
+#include "tools/compare_page.h"
 #include "tools/output.h"
-#include "tools/seam_run.h"
+#include "tools/output_file.h"
 #include "tools/stats.h"
 #include "tools/text.h"
 
@@ -12,51 +15,15 @@
 namespace tool {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::size_t kMaxStretches = 12;  // of frames lost on one side that are listed
 
 // As typed.
 struct TOptions {
-  std::string fileA;
-  std::string fileB;
-  TSeamRunOptions run;
+  TSeamRunOptions run;  // its inputs begin with one or two files of jobs
+  std::string page;
 };
-
-// Frames found on one side only, and why the other side lost them.
-struct TDifference {
-  std::vector<int> frames;
-  TReasonTally reasons;
-
-  void add(int frame, const TSeamFrame& lost) {
-    frames.push_back(frame);
-    reasons.add(frame, lost);
-  }
-};
-
-struct TComparison {
-  TSeamRun a;
-  TSeamRun b;
-  TDifference onlyA;
-  TDifference onlyB;
-  std::vector<double> distancesPx = {};  // between the seams, frames found on both sides
-  TTruthFigures truthA = {};
-  TTruthFigures truthB = {};
-};
-
-void compareFrame(TComparison& both, const TFrame& frame, const TTruth& truth, const TPreparation& preparation) {
-  const TSeamFrame a = both.a.next(frame);
-  const TSeamFrame b = both.b.next(frame);
-  truth.judge(frame.name, storedSeam(a, frame, preparation), both.truthA);
-  truth.judge(frame.name, storedSeam(b, frame, preparation), both.truthB);
-  if (a.isFound && !b.isFound) {
-    both.onlyA.add(frame.index, b);
-  }
-  if (b.isFound && !a.isFound) {
-    both.onlyB.add(frame.index, a);
-  }
-  if (a.seam && b.seam) {
-    both.distancesPx.push_back(cv::norm(*a.seam - *b.seam));
-  }
-}
 
 // "3-7, 12, 30-31"
 std::string stretchesOf(const std::vector<int>& frames) {
@@ -108,18 +75,18 @@ void printMeasures(const TSeamRun& a, const TSeamRun& b) {
   }
 }
 
-void printFigures(const TComparison& both, const TOptions& options) {
-  const TSeamRun& a = both.a;
-  const TSeamRun& b = both.b;
+void printFigures(const TComparison& both) {
+  const TSeamRun& a = both.a.run;
+  const TSeamRun& b = both.b.run;
   const std::string frames = std::to_string(both.distancesPx.size()) + " frames with a seam in both";
-  printLine("A  " + options.fileA + "\nB  " + options.fileB + "\n\n" + row("", "A", "B"));
+  printLine("A  " + onOneLine(both.a.name) + "\nB  " + onOneLine(both.b.name) + "\n\n" + row("", "A", "B"));
   printLine(row("frames", std::to_string(a.frames()), std::to_string(b.frames())));
   printLine(row("found", foundText(a), foundText(b)));
   printLine(row("losses", std::to_string(a.losses()), std::to_string(b.losses())));
   printLine(row("longest loss, frames", std::to_string(a.longestLoss()), std::to_string(b.longestLoss())));
   printLine(row("jitter", jitterText(a), jitterText(b)));
-  if (both.truthA.judged > 0) {
-    printLine(row("wrong", truthText(both.truthA), truthText(both.truthB)));
+  if (both.a.truth.judged > 0) {
+    printLine(row("wrong", truthText(both.a.truth), truthText(both.b.truth)));
   }
   printMeasures(a, b);
   if (!both.distancesPx.empty()) {
@@ -142,56 +109,105 @@ void printDifference(const TDifference& only, const std::string& lost, const std
 
 // Every reason for which either side lost frames.
 void printReasons(const TComparison& both) {
-  const auto ofA = both.a.reasons().rows();
-  auto ofB = both.b.reasons().rows();
-  if (ofA.empty() && ofB.empty()) {
+  const std::vector<TReasonRow> rows = reasonsOf(both);
+  if (rows.empty()) {
     return;
   }
   printLine("\nReasons for all frames not found\n" + padded("A", 8) + padded("B", 8) + "reason");
-  const auto line = [](int countA, int countB, const std::string& reason) {
-    printLine(padded(std::to_string(countA), 8) + padded(std::to_string(countB), 8) + reason);
-  };
-  for (const TReasonTally::TRow& rowA : ofA) {
-    const auto rowB = std::find_if(ofB.begin(), ofB.end(), [&](const auto& r) { return r.reason == rowA.reason; });
-    line(rowA.frames, rowB == ofB.end() ? 0 : rowB->frames, rowA.reason);
-    if (rowB != ofB.end()) {
-      ofB.erase(rowB);
-    }
-  }
-  for (const TReasonTally::TRow& rowB : ofB) {
-    line(0, rowB.frames, rowB.reason);
+  for (const TReasonRow& row : rows) {
+    printLine(padded(std::to_string(row.a), 8) + padded(std::to_string(row.b), 8) + row.reason);
   }
 }
 
-TComparison comparisonOf(const TOptions& options) {
-  const auto sideOf = [&](const std::string& file) {
-    TParamSource source;
-    source.file = file;
-    return TSeamRun(loadParams(source), trackerOf(options.run));
-  };
-  return {sideOf(options.fileA), sideOf(options.fileB), {}, {}};
+// Parts the files of jobs, one or two, from the inputs.
+std::vector<std::string> takeJobFiles(std::vector<std::string>& inputs) {
+  const auto isJob = [](const std::string& word) { return fs::path(word).extension() == ".json"; };
+  const auto end = std::find_if_not(inputs.begin(), inputs.end(), isJob);
+  std::vector<std::string> files(inputs.begin(), end);
+  inputs.erase(inputs.begin(), end);
+  if (files.empty() || files.size() > 2 || inputs.empty()) {
+    throw usageError("write A.json B.json FRAMES, or A.json FRAMES with options that change B, as in --set");
+  }
+  return files;
+}
+
+TComparedSide sideOf(const std::string& file, TTrackingOptions options, const std::string& change) {
+  options.source.file = file;
+  return {file + change, TSeamRun(trackingOf(options))};
+}
+
+// How the frames are prepared goes for both sides.
+TTrackingOptions withoutChanges(const TTrackingOptions& options) {
+  TTrackingOptions plain;
+  plain.frames = options.frames;
+  return plain;
+}
+
+// With one file the options make the difference; with two they go for both.
+TComparison comparisonOf(const std::vector<std::string>& files, const TTrackingOptions& options) {
+  if (files.size() == 2) {
+    return {sideOf(files[0], options, ""), sideOf(files[1], options, ""), {}, {}, {}};
+  }
+  const std::string change = options.source.values.empty() ? "" : " " + join(options.source.values, " ");
+  TComparison both{sideOf(files[0], withoutChanges(options), ""),
+                   sideOf(files[0], options, " with" + (change.empty() ? " other options" : change)),
+                   {},
+                   {},
+                   {}};
+  const TTracking& a = both.a.run.tracking();
+  const TTracking& b = both.b.run.tracking();
+  if (writeWeldJob(a) == writeWeldJob(b) && a.isFirstOnly == b.isFirstOnly) {
+    throw usageError("A and B are the same: name a second file, or change something, as in --set minGapPx=20");
+  }
+  return both;
+}
+
+void checkPage(const std::string& page, const std::vector<std::string>& jobs, const TTrackingOptions& tracking) {
+  std::vector<fs::path> inputs = filesOf(tracking);
+  inputs.insert(inputs.end(), jobs.begin(), jobs.end());
+  checkPagePlace(page, inputs);
 }
 
 void run(const TOptions& options) {
-  TComparison both = comparisonOf(options);
-  const TTruth truth = truthOf(options.run);
-  const TPreparation preparation = preparationOf(options.run.frames);
-  followFrames(options.run.frames, [&](const TFrame& frame) { compareFrame(both, frame, truth, preparation); });
-  printFigures(both, options);
+  if (!options.run.tracking.source.file.empty()) {
+    throw usageError("--job: compare takes its jobs as A.json B.json before the frames");
+  }
+  TTrackingOptions tracking = options.run.tracking;
+  const std::vector<std::string> jobs = takeJobFiles(tracking.frames.inputs);
+  TComparison both = comparisonOf(jobs, tracking);
+  both.truth = truthOf(options.run);
+  const bool hasPage = !options.page.empty();
+  if (hasPage) {
+    checkPage(options.page, jobs, tracking);
+  }
+  TComparedPictures pictures;
+  const TReading reading = followFrames(tracking.frames, [&](const TFrame& frame) {
+    const TComparedFrame compared = compareFrame(both, frame);
+    if (hasPage) {
+      pictures.add(both, compared);
+    }
+  });
+  printFigures(both);
   printDifference(both.onlyA, "B", "A");
   printDifference(both.onlyB, "A", "B");
   printReasons(both);
+  if (hasPage) {
+    writeWholeFile(options.page, comparePage(both, pictures));
+  }
+  reading.check();
 }
 
 }  // namespace
 
 void addCompareCommand(CLI::App& program) {
-  CLI::App* const command = program.add_subcommand("compare", "Track the same frames under two parameter files");
+  CLI::App* const command = program.add_subcommand("compare", "Track the same frames under two jobs");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("A.json", options->fileA, "Parameter file, as params --format json writes it")->required();
-  command->add_option("B.json", options->fileB, "The parameter file to set beside it")->required();
   addSeamRunOptions(*command, options->run);
+  command->get_option("INPUT")->description("A.json, B.json (job or parameter files), then frames as for track");
+  command->add_option("--out", options->page, "HTML page with pictures of the frames that differ");
   command->footer(
+      "With A.json alone B is the same with the options given; with both files the options go for both.\n"
+      "--roi, --rotate and --channel always go for both.\n"
       "found   frames whose seam was found; repeats of an earlier seam do not count\n"
       "losses  stretches of frames not found\n"
       "jitter  median of |p[n-1] - 2 p[n] + p[n+1]| over the seam points p of consecutive found frames: what\n"
@@ -199,8 +215,8 @@ void addCompareCommand(CLI::App& program) {
       "wrong   with --truth: labelled frames with a seam more than 5 px (or tol_px) off, and the median error\n"
       "Below stand the medians of what is measured of the joint.\n"
       "Examples:\n"
-      "  zelweld params --type lap --format json > a.json\n"
       "  zelweld compare a.json b.json frames/\n"
+      "  zelweld compare a.json --set minGapPx=20 frames/ --out compare.html\n"
       "  zelweld compare a.json b.json clip.avi --rotate 90 --exact");
   command->callback([options] { run(*options); });
 }

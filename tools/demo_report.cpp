@@ -58,10 +58,10 @@ void writeDemoReport(const std::filesystem::path& folder) {
   tracking.params = scenes::weldParamsFor(scenes::TJoint::lap, TWeldPosType::centre);
   tracking.tracker.keepTrace = true;
   TFrameTracker tracker(tracking);
-  TReport report(tracking.params, tracking.tracker);
+  TReport report(tracking);
   for (int n = 0; n < kFrames; ++n) {
     const cv::Mat image = scenes::renderScene(sceneOf(n)).image;
-    const TFrame frame{n, "simulated lap seam, frame " + std::to_string(n), image, image.size(), n == 0};
+    const TFrame frame{n, "simulated lap seam, frame " + std::to_string(n), image, image.size(), n == 0, {}};
     const TTrackedFrame tracked = tracker.track(frame);
     report.add(tracked.record, tracked.image);
     if (n >= kFirstKeptFrame && n <= kLastKeptFrame) {

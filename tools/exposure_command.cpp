@@ -62,7 +62,7 @@ std::string tableLine(const TFrame& frame, const TExposure& exposure) {
        << exposure.brightPixelNum << std::setw(11)
        << (hasStripe ? fixed(100.0 * exposure.light.saturatedShare, 1) : "-") << std::setw(6)
        << (hasStripe ? fixed(exposure.light.peakOverBackground, 0) : "-") << "  " << std::left << std::setw(14)
-       << adviceOf(exposure.factor) << frame.name;
+       << adviceOf(exposure.factor) << onOneLine(frame.name);
   return line.str();
 }
 
@@ -70,10 +70,11 @@ void run(const TOptions& options) {
   const TPreparation preparation = preparationOf(options.frames);
   TFrameSource source = framesOf(options.frames);
   printLine(" frame  mean   bright  saturated  peak  advice        file");
-  while (const auto frame = source.next()) {
+  while (const auto frame = source.nextReadable()) {
     const cv::Mat image = prepareImage(frame->image, preparation, frame->name);
     printLine(tableLine(*frame, exposureOf(image, options)));
   }
+  source.reading().check();
 }
 
 }  // namespace

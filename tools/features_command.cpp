@@ -40,6 +40,7 @@ void run(const TTrackingOptions& options) {
          << nameOf(tracked.record.tracked.state) << wordsOf(tracked.record, measures);
     printLine(line.str());
   }
+  source.reading().check();
 }
 
 }  // namespace

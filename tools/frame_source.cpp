@@ -2,6 +2,7 @@
 
 #include "tools/cli_error.h"
 #include "tools/image_file.h"
+#include "tools/input_file.h"
 #include "tools/stop_signal.h"
 
 #include <algorithm>
@@ -31,6 +32,11 @@ void openVideo(cv::VideoCapture& video, const std::filesystem::path& path) {
   throw inputError(path.string() + ": no video that can be read");
 }
 
+TImageSize sizeOf(const cv::VideoCapture& video) {
+  const auto side = [&](int property) { return static_cast<std::uint64_t>(std::max(0.0, video.get(property))); };
+  return {side(cv::CAP_PROP_FRAME_WIDTH), side(cv::CAP_PROP_FRAME_HEIGHT)};
+}
+
 bool endsEarly(const cv::VideoCapture& video, int framesRead) {
   const double declared = video.get(cv::CAP_PROP_FRAME_COUNT);
   return framesRead == 0 || framesRead + std::max(1.0, declared * kFrameCountSlack) < declared;
@@ -38,41 +44,84 @@ bool endsEarly(const cv::VideoCapture& video, int framesRead) {
 
 }  // namespace
 
-TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles, TFrameRange range)
-    : files(std::move(inputFiles)), wanted(range) {}
+void TReading::add(const std::string& problem) {
+  ++frames;
+  if (problem.empty()) {
+    return;
+  }
+  firstProblem = unreadable == 0 ? problem : firstProblem;
+  ++unreadable;
+}
+
+void TReading::check() const {
+  if (unreadable > 0) {
+    throw inputError(frames == 1 ? firstProblem
+                                 : std::to_string(unreadable) + " of " + std::to_string(frames) +
+                                       " frames cannot be read; the first one: " + firstProblem);
+  }
+}
+
+TFrameSource::TFrameSource(std::vector<TInputFile> inputFiles, TFrameRange range, double megapixels)
+    : files(std::move(inputFiles)), wanted(range), maxMegapixels(megapixels) {}
 
 std::optional<TFrame> TFrameSource::next() {
   while (fileIndex < files.size() && frameIndex <= wanted.last && !isStopRequested()) {
-    const TInputFile& file = files[fileIndex];
-    if (!file.isVideo) {
-      ++fileIndex;
-      const int index = frameIndex++;
-      if (index < wanted.first) {
-        continue;
-      }
-      const cv::Mat image = readImage(file.path);
-      return TFrame{index, file.path.string(), image, image.size(), file.startsSequence || index == wanted.first};
+    std::optional<TFrame> frame = nextOf(files[fileIndex]);
+    if (!frame) {
+      continue;
     }
-    if (auto frame = nextOfVideo(file)) {
-      if (frame->index < wanted.first) {
-        continue;
-      }
-      frame->startsSequence = frame->startsSequence || frame->index == wanted.first;
-      return frame;
+    frame->index = frameIndex++;
+    if (frame->index < wanted.first) {
+      continue;
     }
-    ++fileIndex;
+    frame->startsSequence = frame->startsSequence || frame->index == wanted.first;
+    read.add(frame->problem);
+    return frame;
   }
   if (wanted.first > 0 && frameIndex <= wanted.first && !isStopRequested()) {
     throw inputError("--frames: begins with frame " + std::to_string(wanted.first) + ", and the inputs hold " +
                      std::to_string(frameIndex));
   }
+  if (!read.hasReadable()) {
+    read.check();
+  }
   return std::nullopt;
+}
+
+std::optional<TFrame> TFrameSource::nextReadable() {
+  std::optional<TFrame> frame = next();
+  while (frame && !frame->problem.empty()) {
+    frame = next();
+  }
+  return frame;
+}
+
+// Nothing at the end of a video.
+std::optional<TFrame> TFrameSource::nextOf(const TInputFile& file) {
+  try {
+    if (file.isVideo) {
+      auto frame = nextOfVideo(file);
+      fileIndex += frame ? 0 : 1;
+      return frame;
+    }
+    const bool isWanted = frameIndex >= wanted.first;
+    const cv::Mat image = isWanted ? readImage(file.path, maxMegapixels) : cv::Mat();
+    ++fileIndex;
+    return TFrame{0, file.path.string(), image, image.size(), file.startsSequence, {}};
+  } catch (const TCliError& error) {
+    const bool isWithin = video.isOpened() && videoFrame > 0;
+    video.release();
+    ++fileIndex;
+    return TFrame{0, file.path.string(), {}, {}, file.startsSequence && !isWithin, error.what()};
+  }
 }
 
 std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
   if (!video.isOpened()) {
+    requirePlainFile(file.path);
     openVideo(video, file.path);
     videoFrame = 0;
+    checkPixels(file.path, sizeOf(video), maxMegapixels);
   }
   cv::Mat image;
   {
@@ -81,8 +130,8 @@ std::optional<TFrame> TFrameSource::nextOfVideo(const TInputFile& file) {
   }
   if (!image.empty()) {
     const int number = videoFrame++;
-    return TFrame{frameIndex++, file.path.string() + "#" + std::to_string(number), image.clone(), image.size(),
-                  number == 0};
+    return TFrame{0, file.path.string() + "#" + std::to_string(number), image.clone(), image.size(), number == 0,
+                  {}};
   }
   if (endsEarly(video, videoFrame)) {
     throw inputError(file.path.string() + ": the video is cut off after " + std::to_string(videoFrame) +

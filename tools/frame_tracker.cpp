@@ -1,6 +1,7 @@
 #include "tools/frame_tracker.h"
 
 #include "tools/overlay.h"
+#include "tools/text.h"
 
 namespace tool {
 
@@ -11,23 +12,39 @@ void addTrackingOptions(CLI::App& command, TTrackingOptions& options) {
 }
 
 TTracking trackingOf(const TTrackingOptions& options) {
-  const TTrackerOptions tracker = trackerOptionsOf(options.tracker);
   TParamSource source = options.source;
   // The joint does not matter.
-  if (tracker.source == TSeamSource::contrast && source.type.empty() && source.file.empty())
+  if (options.tracker.source == sourceText(TSeamSource::contrast) && source.type.empty() && source.file.empty()) {
     source.type = "buttGap";
-  return {loadParams(source), tracker, options.tracker.isFirstOnly, preparationOf(options.frames)};
+  }
+  TTracking tracking{loadJob(source), options.tracker.isFirstOnly};
+  tracking.tracker = trackerOptionsOf(options.tracker, tracking.tracker);
+  tracking.preparation = preparationOf(options.frames, tracking.preparation);
+  return tracking;
 }
 
-TFrameTracker::TFrameTracker(const TTracking& tracking) : how(tracking), tracker(how.params, how.tracker) {}
+std::vector<std::filesystem::path> filesOf(const TTrackingOptions& options) {
+  std::vector<std::filesystem::path> files;
+  for (const TInputFile& input : listInputs(options.frames.inputs)) {
+    files.push_back(input.path);
+  }
+  if (!options.source.file.empty()) {
+    files.emplace_back(options.source.file);
+  }
+  return files;
+}
+
+TFrameTracker::TFrameTracker(const TTracking& tracking) : how(tracking), tracker(makeWeldTracker(how)) {}
 
 TTrackedFrame TFrameTracker::track(const TFrame& frame) {
   if (frame.startsSequence || how.isFirstOnly) {
     tracker.reset();
   }
-  TTrackedFrame tracked{prepareImage(frame.image, how.preparation, frame.name), {}};
+  const bool isReadable = frame.problem.empty();
+  storedSize = isReadable ? frame.image.size() : storedSize;
+  TTrackedFrame tracked{isReadable ? prepareImage(frame.image, how.preparation, frame.name) : cv::Mat(), {}};
   TTimedSeam timed = trackTimed(tracker, tracked.image);
-  const auto stored = [&](cv::Point2d point) { return toStored(point, how.preparation, frame.image.size()); };
+  const auto stored = [&](cv::Point2d point) { return toStored(point, how.preparation, storedSize); };
   TFrameRecord& record = tracked.record;
   record.frame = frame.index;
   record.file = frame.name;
@@ -41,8 +58,12 @@ TTrackedFrame TFrameTracker::track(const TFrame& frame) {
   for (const cv::Point2f& point : record.tracked.line.stripePts) {
     record.storedStripePts.push_back(stored(point));
   }
+  if (!isReadable) {
+    unreadable = tracker.lastTrace();
+    unreadable.sentence = onOneLine(frame.problem);
+  }
   if (how.tracker.keepTrace) {
-    record.trace = &tracker.lastTrace();
+    record.trace = isReadable ? &tracker.lastTrace() : &unreadable;
   }
   return tracked;
 }

@@ -21,15 +21,15 @@ struct TTrackingOptions {
 // Declares all options of these three.
 void addTrackingOptions(CLI::App& command, TTrackingOptions& options);
 
-struct TTracking {
-  TWeldParams params;
-  TTrackerOptions tracker;
+struct TTracking : TWeldJob {
   bool isFirstOnly = false;  // every frame anew
-  TPreparation preparation;
 };
 
 // As understood from what was typed. Throws a usage error that names the option.
 TTracking trackingOf(const TTrackingOptions& options);
+
+// The files that a run with these options reads.
+std::vector<std::filesystem::path> filesOf(const TTrackingOptions& options);
 
 struct TTrackedFrame {
   cv::Mat image;  // as searched
@@ -40,13 +40,16 @@ class TFrameTracker {
 public:
   explicit TFrameTracker(const TTracking& tracking);
 
-  // Follows the seam from the frame before, where that belongs to the same sequence. Throws a usage error when the
+  // Follows the seam from the frame before, where that belongs to the same sequence. A frame that cannot be read
+  // shows no seam, with its problem as the sentence of the trace. Throws a usage error when the
   // preparation does not fit the image.
   TTrackedFrame track(const TFrame& frame);
 
 private:
   TTracking how;
   TWeldTracker tracker;
+  TFrameTrace unreadable;  // of the last frame that could not be read
+  cv::Size storedSize;     // of the last one that could, px
 };
 
 }  // namespace tool

@@ -174,7 +174,7 @@ void run(const TOptions& options) {
   TProgress progress(source.frameCount());
   TTally tally;
   printHeading(format);
-  while (const auto frame = source.next()) {
+  while (const auto frame = source.nextReadable()) {
     const TRanking ranking = rank(*frame, preparation);
     progress.clear();
     print(ranking, format);
@@ -183,6 +183,7 @@ void run(const TOptions& options) {
   }
   progress.clear();
   std::cerr << tally.summary() << std::endl;
+  source.reading().check();
 }
 
 }  // namespace
@@ -191,7 +192,7 @@ void addIdentifyCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("identify", "Rank the joints that each frame may show");
   const auto options = std::make_shared<TOptions>();
   addFrameOptions(*command, options->frames);
-  command->add_option("--format", options->format, "Rankings as table, jsonl or csv")->capture_default_str();
+  command->add_option("--format", options->format, "Rankings as: table, jsonl, csv")->capture_default_str();
   command->footer(
       "score   by how much the joint explains the stripe better than a plate or a curve does\n"
       "margin  its lead over the next joint\n"

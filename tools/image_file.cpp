@@ -1,6 +1,7 @@
 #include "tools/image_file.h"
 
 #include "tools/cli_error.h"
+#include "tools/input_file.h"
 #include "tools/output_file.h"
 #include "tools/text.h"
 
@@ -11,8 +12,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace tool {
@@ -32,39 +33,63 @@ bool endsWithOneOf(const fs::path& path, const std::vector<std::string>& endings
   return std::find(endings.begin(), endings.end(), ending) != endings.end();
 }
 
-using TBytes = std::vector<unsigned char>;
-
-TBytes readBytes(const fs::path& path) {
-  std::error_code failure;
-  if (!fs::exists(path, failure)) {
-    throw inputError(path.string() + ": no such file");
-  }
-  std::ifstream file(path, std::ios::binary);
-  if (!file || !fs::is_regular_file(path, failure)) {
-    throw inputError(path.string() + ": cannot be opened for reading");
-  }
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+TCliError noWholeImage(const fs::path& path) {
+  return inputError(path.string() + ": no whole image; a complete image file is needed (" + imageEndings() + ")");
 }
 
-std::ptrdiff_t lastMarker(const TBytes& bytes, unsigned char code) {
-  const TBytes marker = {0xFF, code};
-  const auto found = std::find_end(bytes.begin(), bytes.end(), marker.begin(), marker.end());
-  return found == bytes.end() ? -1 : found - bytes.begin();
+constexpr double kPixelsPerMegapixel = 1e6;
+constexpr double kMaxBytesPerPixel = 4.0;  // of a picture that is not compressed
+constexpr double kMaxHeaderBytes = 1e6;
+
+TCliError tooLarge(const fs::path& path, const std::string& what, double maxMegapixels) {
+  return inputError(path.string() + ": " + what + " are more than an image of " + plain(maxMegapixels) +
+                    " megapixels has; --max-megapixels sets the limit");
+}
+
+std::string readBytes(const fs::path& path, double maxMegapixels) {
+  const double maxBytes = maxMegapixels * kPixelsPerMegapixel * kMaxBytesPerPixel + kMaxHeaderBytes;
+  std::optional<std::string> bytes = readPlainFile(path, static_cast<std::uintmax_t>(maxBytes));
+  if (!bytes) {
+    throw tooLarge(path, "its bytes", maxMegapixels);
+  }
+  return std::move(*bytes);
+}
+
+}  // namespace
+
+void checkPixels(const fs::path& path, TImageSize size, double maxMegapixels) {
+  if (static_cast<double>(size.width) * static_cast<double>(size.height) > maxMegapixels * kPixelsPerMegapixel) {
+    throw tooLarge(path, std::to_string(size.width) + "x" + std::to_string(size.height) + " pixels",
+                   maxMegapixels);
+  }
+}
+
+namespace {
+
+// Of a few bytes a decoder makes a picture of gigabytes; what a file declares costs nothing to read.
+void checkSize(const fs::path& path, const std::string& bytes, double maxMegapixels) {
+  const std::optional<TImageSize> size = declaredSize(bytes);
+  if (!size) {
+    throw noWholeImage(path);
+  }
+  checkPixels(path, *size, maxMegapixels);
 }
 
 // A decoder fills the rest of a cut-off JPEG picture with grey and calls it read. In a whole file the
 // end-of-image marker comes after the last start of scan.
-bool isCutOffJpeg(const TBytes& bytes) {
-  const bool isJpeg = bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
-  constexpr unsigned char kEndOfImage = 0xD9;
-  constexpr unsigned char kStartOfScan = 0xDA;
-  return isJpeg && lastMarker(bytes, kEndOfImage) < lastMarker(bytes, kStartOfScan);
+bool isCutOffJpeg(const std::string& bytes) {
+  const bool isJpeg = bytes.rfind("\xFF\xD8", 0) == 0;
+  const auto last = [&](const char* marker) { return bytes.rfind(marker) + 1; };  // 0: there is none
+  const char* const endOfImage = "\xFF\xD9";
+  const char* const startOfScan = "\xFF\xDA";
+  return isJpeg && last(endOfImage) < last(startOfScan);
 }
 
-cv::Mat decode(const TBytes& bytes) {
+cv::Mat decode(const std::string& bytes) {
   const TDecoderSilence silence;
   try {
-    return cv::imdecode(bytes, cv::IMREAD_ANYCOLOR | cv::IMREAD_IGNORE_ORIENTATION);
+    return cv::imdecode(std::vector<unsigned char>(bytes.begin(), bytes.end()),
+                        cv::IMREAD_ANYCOLOR | cv::IMREAD_IGNORE_ORIENTATION);
   } catch (const cv::Exception&) {
     return {};
   }
@@ -82,23 +107,24 @@ std::string imageEndings() {
   return join(kImageEndings, " ");
 }
 
-cv::Mat readImage(const fs::path& path) {
-  const TBytes bytes = readBytes(path);
+cv::Mat readImage(const fs::path& path, double maxMegapixels) {
+  const std::string bytes = readBytes(path, maxMegapixels);
   if (bytes.empty()) {
     throw inputError(path.string() + ": the file is empty; an image file is needed (" + imageEndings() + ")");
   }
   if (isCutOffJpeg(bytes)) {
     throw inputError(path.string() + ": the image is cut off before its end");
   }
+  checkSize(path, bytes, maxMegapixels);
   cv::Mat image = decode(bytes);
   if (image.empty()) {
-    throw inputError(path.string() + ": no whole image; a complete image file is needed (" + imageEndings() + ")");
+    throw noWholeImage(path);
   }
   return image;
 }
 
 void writeImage(const fs::path& path, const cv::Mat& image) {
-  TBytes bytes;
+  std::vector<unsigned char> bytes;
   cv::imencode(".png", image, bytes);
   writeWholeFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }

@@ -1,6 +1,8 @@
 // Image files, in and out.
 #pragma once
 
+#include "tools/image_size.h"
+
 #include <opencv2/core.hpp>
 
 #include <filesystem>
@@ -15,9 +17,14 @@ bool hasVideoName(const std::filesystem::path& path);
 // The endings of image files, for messages.
 std::string imageEndings();
 
+constexpr double kMaxMegapixels = 200.0;  // unless the user sets another limit
+
 // Reads an image as stored: 8-bit grey or BGR, orientation marks ignored. Throws an input error when the file
-// is missing, empty, truncated or no image.
-cv::Mat readImage(const std::filesystem::path& path);
+// is missing, no plain file, empty, truncated, no image, or has more pixels or bytes than the limit allows.
+cv::Mat readImage(const std::filesystem::path& path, double maxMegapixels = kMaxMegapixels);
+
+// Throws an input error for more pixels than the limit allows.
+void checkPixels(const std::filesystem::path& path, TImageSize size, double maxMegapixels);
 
 // Writes a PNG file, whole or not at all, as writeWholeFile does.
 void writeImage(const std::filesystem::path& path, const cv::Mat& image);

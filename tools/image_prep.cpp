@@ -3,95 +3,24 @@
 #include "tools/cli_error.h"
 #include "tools/text.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include <cmath>
 
 namespace tool {
-namespace {
-
-cv::Mat cutRegion(const cv::Mat& stored, const std::optional<cv::Rect>& region, const std::string& name) {
-  if (!region) {
-    return stored;
-  }
-  const cv::Rect whole(cv::Point(0, 0), stored.size());
-  if ((*region & whole) != *region) {
-    throw usageError("--roi reaches outside " + name + ", which is " + std::to_string(stored.cols) + "x" +
-                     std::to_string(stored.rows) + " pixels");
-  }
-  return stored(*region);
-}
-
-cv::Mat turn(const cv::Mat& image, int rotationDeg) {
-  cv::Mat turned = image;
-  switch (rotationDeg) {
-    case 90:
-      cv::rotate(image, turned, cv::ROTATE_90_CLOCKWISE);
-      break;
-    case 180:
-      cv::rotate(image, turned, cv::ROTATE_180);
-      break;
-    case 270:
-      cv::rotate(image, turned, cv::ROTATE_90_COUNTERCLOCKWISE);
-      break;
-    default:
-      break;
-  }
-  return turned;
-}
-
-constexpr int kBlue = 0;
-constexpr int kGreen = 1;
-constexpr int kRed = 2;
-
-// Red minus the mean of green and blue: the stripe of a red laser in daylight.
-cv::Mat redExcess(const cv::Mat& image) {
-  const cv::Matx13f weights(-0.5F, -0.5F, 1.0F);
-  cv::Mat excess;
-  cv::transform(image, excess, weights);
-  return excess;
-}
-
-cv::Mat chooseChannel(const cv::Mat& image, TChannel channel, const std::string& name) {
-  if (image.channels() == 1) {
-    if (channel == TChannel::redExcess) {
-      throw usageError("--channel red-excess needs colour, and " + name + " is grey; use grey");
-    }
-    return image;
-  }
-  cv::Mat chosen;
-  switch (channel) {
-    case TChannel::grey:
-      cv::cvtColor(image, chosen, cv::COLOR_BGR2GRAY);
-      break;
-    case TChannel::red:
-      cv::extractChannel(image, chosen, kRed);
-      break;
-    case TChannel::green:
-      cv::extractChannel(image, chosen, kGreen);
-      break;
-    case TChannel::blue:
-      cv::extractChannel(image, chosen, kBlue);
-      break;
-    case TChannel::redExcess:
-      chosen = redExcess(image);
-      break;
-  }
-  return chosen;
-}
-
-}  // namespace
 
 TChannel parseChannel(const std::string& text) {
-  if (text == "grey" || text == "gray") return TChannel::grey;
-  if (text == "red") return TChannel::red;
-  if (text == "green") return TChannel::green;
-  if (text == "blue") return TChannel::blue;
-  if (text == "red-excess") return TChannel::redExcess;
-  throw usageError("--channel: unknown channel '" + text + "': use grey, red, green, blue, red-excess");
+  std::vector<std::string> names;
+  for (const TChannel channel :
+       {TChannel::grey, TChannel::red, TChannel::green, TChannel::blue, TChannel::redExcess}) {
+    names.emplace_back(imageChannelText(channel));
+    if (text == names.back() || (channel == TChannel::grey && text == "gray")) {
+      return channel;
+    }
+  }
+  throw usageError("--channel: unknown channel '" + text + "': use " + join(names, ", "));
 }
 
 int parseRotation(const std::string& text) {
+  if (text == "0") return 0;
   if (text == "90") return 90;
   if (text == "180") return 180;
   if (text == "270") return 270;
@@ -114,30 +43,11 @@ cv::Rect parseRegion(const std::string& text) {
 }
 
 cv::Mat prepareImage(const cv::Mat& stored, const TPreparation& preparation, const std::string& name) {
-  const cv::Mat region = cutRegion(stored, preparation.region, name);
-  const cv::Mat turned = turn(region, preparation.rotationDeg);
-  return chooseChannel(turned, preparation.channel, name);
-}
-
-cv::Point2d toStored(cv::Point2d point, const TPreparation& preparation, cv::Size storedSize) {
-  const cv::Rect region = preparation.region.value_or(cv::Rect(cv::Point(0, 0), storedSize));
-  const double right = region.width - 1;
-  const double bottom = region.height - 1;
-  cv::Point2d inRegion = point;
-  switch (preparation.rotationDeg) {
-    case 90:
-      inRegion = {point.y, bottom - point.x};
-      break;
-    case 180:
-      inRegion = {right - point.x, bottom - point.y};
-      break;
-    case 270:
-      inRegion = {right - point.y, point.x};
-      break;
-    default:
-      break;
+  const std::string problem = findPreparationProblem(preparation, stored);
+  if (!problem.empty()) {
+    throw usageError(name + ": " + problem);
   }
-  return inRegion + cv::Point2d(region.tl());
+  return ::prepareImage(stored, preparation);
 }
 
 }  // namespace tool

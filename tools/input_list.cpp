@@ -2,6 +2,7 @@
 
 #include "tools/cli_error.h"
 #include "tools/image_file.h"
+#include "tools/input_file.h"
 
 #include <algorithm>
 #include <cctype>
@@ -33,7 +34,8 @@ std::vector<fs::path> listFolder(const fs::path& folder) {
   std::vector<fs::path> files;
   for (auto entry = fs::directory_iterator(folder, failure); !failure && entry != fs::directory_iterator();
        entry.increment(failure)) {
-    if (!entry->is_directory()) {
+    std::error_code ignored;  // a link that leads nowhere is no folder either
+    if (!entry->is_directory(ignored)) {
       files.push_back(entry->path());
     }
   }
@@ -122,14 +124,13 @@ std::vector<TInputFile> expandInput(const std::string& input) {
   if (fs::is_directory(path, failure)) {
     return expandFolder(path);
   }
-  if (fs::exists(path, failure)) {
-    const bool isVideo = hasVideoName(path);
-    return {{path, isVideo, isVideo}};
-  }
-  if (input.find('%') != std::string::npos) {
+  const bool isThere = fs::exists(path, failure);
+  if (!isThere && !failure && input.find('%') != std::string::npos) {
     return expandPattern(path);
   }
-  throw inputError(input + ": no such file or folder");
+  requirePlainFile(path);
+  const bool isVideo = hasVideoName(path);
+  return {{path, isVideo, isVideo}};
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ bool naturalLess(const std::string& a, const std::string& b);
 
 // Expands image files, folders (their image files in natural order), patterns such as frame_%03d.png (every
 // number that exists, ascending) and video files. Image files named one by one are one sequence; each folder,
-// pattern and video begins a new one. Throws an input error for an input that does not exist or holds no image.
+// pattern and video begins a new one. Throws an input error for an input that does not exist, is no
+// plain file, or holds no image.
 std::vector<TInputFile> listInputs(const std::vector<std::string>& inputs);
 
 }  // namespace tool

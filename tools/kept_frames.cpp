@@ -11,14 +11,13 @@ constexpr std::size_t kMostBytes = std::size_t{4} << 30;
 
 }  // namespace
 
-std::vector<TFrame> keepFrames(const TFrameOptions& options) {
-  const TPreparation preparation = preparationOf(options);
+TKeptFrames keepFrames(const TFrameOptions& options, const TPreparation& preparation) {
   TFrameSource source = framesOf(options);
   TProgress progress(source.frameCount());
   std::vector<TFrame> frames;
   std::size_t bytes = 0;
   while (auto frame = source.next()) {
-    frame->image = prepareImage(frame->image, preparation, frame->name);
+    *frame = prepared(std::move(*frame), preparation);
     if (!frame->image.isContinuous()) {
       frame->image = frame->image.clone();  // lets go of what a region was cut from
     }
@@ -30,7 +29,7 @@ std::vector<TFrame> keepFrames(const TFrameOptions& options) {
     progress.draw(static_cast<int>(frames.size()));
   }
   throwIfStopRequested();
-  return frames;
+  return {std::move(frames), source.reading()};
 }
 
 }  // namespace tool

@@ -2,16 +2,20 @@
 #include "tools/cli_error.h"
 #include "tools/commands.h"
 #include "tools/stop_signal.h"
+#include "tools/terminal_filter.h"
 #include "tools/text.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,7 +24,7 @@ namespace {
 using tool::TExit;
 
 int finish(TExit code, const std::string& line) {
-  std::cerr << "zelweld: " << line << std::endl;
+  std::cerr << "zelweld: " << tool::onOneLine(line) << std::endl;
   return static_cast<int>(code);
 }
 
@@ -73,20 +77,12 @@ int main(int argc, char** argv) {
   static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // and so is a file beyond the size limit
   tool::catchStopSignals();
   try {
-    CLI::App program("Finds weld seams in images of a laser stripe.", "zelweld");
-    program.set_version_flag("--version", ZELWELD_VERSION);
-    program.require_subcommand(1);
-    tool::addTrackCommand(program);
-    tool::addReportCommand(program);
-    tool::addSimulateCommand(program);
-    tool::addParamsCommand(program);
-    tool::addExposureCommand(program);
-    tool::addFeaturesCommand(program);
-    tool::addCompareCommand(program);
-    tool::addSweepCommand(program);
-    tool::addAdviseCommand(program);
-    tool::addIdentifyCommand(program);
-    tool::addSeamCommand(program);
+    std::optional<tool::TTerminalFilter> filter;
+    if (isatty(STDOUT_FILENO) == 1) {
+      filter.emplace(std::cout);
+    }
+    CLI::App program;
+    tool::addCommands(program);
     return run(program, argc, argv);
   } catch (const std::exception& error) {
     return finish(TExit::failure, error.what());

@@ -4,62 +4,12 @@
 #include "tools/text.h"
 
 #include <algorithm>
-#include <cctype>
-#include <numeric>
 #include <set>
 
 namespace tool {
 namespace {
 
 using scenes::TJoint;
-
-constexpr int kMaxSlips = 2;                 // letters
-constexpr std::size_t kMinBeginning = 4;     // letters of a name that is cut off
-constexpr std::size_t kMaxNameLetters = 64;  // of what can be a slip of anything
-
-// What is left of a name when its spelling does not matter.
-std::string bare(const std::string& text) {
-  std::string letters;
-  for (const char c : text) {
-    if (c != '-' && c != '_' && c != '.') {
-      letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-  }
-  return letters;
-}
-
-std::string digitsOf(const std::string& text) {
-  std::string digits;
-  std::copy_if(text.begin(), text.end(), std::back_inserter(digits), [](char c) { return c >= '0' && c <= '9'; });
-  return digits;
-}
-
-// Letters to insert, leave out or change to make one text of the other (the distance of Levenshtein).
-int slipsBetween(const std::string& a, const std::string& b) {
-  std::vector<int> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), 0);
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    int diagonal = row[0];
-    row[0] = static_cast<int>(i) + 1;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const int changed = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-const TWeldJoint* findJoint(const std::string& text) {
-  const std::string wanted = bare(text);
-  for (const TWeldJoint& joint : weldJoints()) {
-    if (wanted == bare(joint.name) || wanted == bare(joint.shortName) ||
-        wanted == std::to_string(static_cast<int>(joint.type))) {
-      return &joint;
-    }
-  }
-  return nullptr;
-}
 
 std::string namesOf(const std::vector<TWeldPosType>& positions) {
   std::vector<std::string> names(positions.size());
@@ -74,8 +24,15 @@ std::string nameOf(TWeldType type) {
   return joint != nullptr ? joint->name : std::to_string(static_cast<int>(type));
 }
 
+std::string nameOf(const TWeldJob& job) {
+  if (!job.ownJoint) {
+    return nameOf(job.params.weldType);
+  }
+  return job.ownJoint->name.empty() ? "own joint" : job.ownJoint->name;
+}
+
 TWeldType parseDetectorType(const std::string& text) {
-  const TWeldJoint* const joint = findJoint(text);
+  const TWeldJoint* const joint = findWeldJoint(text);
   if (joint == nullptr) {
     throw usageError("unknown joint type '" + text + "': use " + detectorTypeNames());
   }
@@ -83,23 +40,22 @@ TWeldType parseDetectorType(const std::string& text) {
 }
 
 TWeldPosType parsePosition(TWeldType type, const std::string& text) {
-  const std::string wanted = bare(text);
-  const std::vector<TWeldPosType>& positions = findWeldJoint(type)->positions;
-  for (const TWeldPosType pos : positions) {
-    if (wanted == weldPosText(pos) || wanted == std::to_string(static_cast<int>(pos))) {
-      return pos;
-    }
+  TWeldParams params;
+  params.weldType = type;
+  const std::string problem = setWeldPosition(params, text);
+  if (!problem.empty()) {
+    throw usageError(problem);
   }
-  throw usageError(nameOf(type) + " knows no position '" + text + "': use " + namesOf(positions));
+  return params.weldPosType;
 }
 
 TJoint parseJoint(const std::string& text) {
   for (const TJoint joint : {TJoint::plain, TJoint::blank}) {
-    if (bare(text) == scenes::nameOf(joint)) {
+    if (text == scenes::nameOf(joint)) {
       return joint;
     }
   }
-  const TWeldJoint* const joint = findJoint(text);
+  const TWeldJoint* const joint = findWeldJoint(text);
   if (joint == nullptr) {
     throw usageError("unknown joint type '" + text + "': use " + jointNames());
   }
@@ -141,16 +97,6 @@ std::string presetNames() {
     names.emplace_back(preset.name);
   }
   return join(names, ", ");
-}
-
-bool isNearMiss(const std::string& typed, const std::string& name) {
-  const std::string a = bare(typed);
-  const std::string b = bare(name);
-  if (a.size() > kMaxNameLetters || digitsOf(a) != digitsOf(b)) {
-    return false;
-  }
-  const bool isBeginning = a.size() >= kMinBeginning && b.compare(0, a.size(), a) == 0;
-  return isBeginning || slipsBetween(a, b) <= kMaxSlips;
 }
 
 }  // namespace tool

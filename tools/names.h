@@ -12,6 +12,9 @@ namespace tool {
 // The enumerator's name, "buttGap"; the number of a type without a row in the table.
 std::string nameOf(TWeldType type);
 
+// The joint of a job; of one's own the name that it was given.
+std::string nameOf(const TWeldJob& job);
+
 // A joint that has a detector, by name or number. Case, '-' and '_' do not matter ("butt-gap", "buttGap"), and
 // there are short forms ("gap"). Throws a usage error for anything else.
 TWeldType parseDetectorType(const std::string& text);
@@ -31,10 +34,5 @@ std::string detectorTypeNames();
 std::string jointNames();
 std::string positionNames();
 std::string presetNames();
-
-// Whether a name that is not known may stand for this one: but for case, '-', '_' and '.', it differs by two
-// letters at most or is its beginning. Digits have to be the same, since names that differ in them are different
-// ones.
-bool isNearMiss(const std::string& typed, const std::string& name);
 
 }  // namespace tool

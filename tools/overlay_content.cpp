@@ -52,8 +52,8 @@ std::vector<TSegment> linesAcross(const std::vector<TTraceLine>& lines, int imag
 }  // namespace
 
 std::optional<cv::Point2d> seamOf(const TWeldParams& params, const TTrackedSeam& seam) {
-  const TWeldJoint* const joint = findWeldJoint(params.weldType);
-  const bool hasSeamPoint = seam.state != TSeamState::lost && joint != nullptr && !joint->features.empty();
+  const TWeldJoint* const joint = findWeldJoint(params.weldType);  // null: of one's own
+  const bool hasSeamPoint = seam.state != TSeamState::lost && (joint == nullptr || !joint->features.empty());
   return hasSeamPoint ? std::make_optional(cv::Point2d(seam.weldPos)) : std::nullopt;
 }
 

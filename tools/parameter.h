@@ -17,17 +17,7 @@ const std::vector<TWeldParameter>& parametersOf(TWeldType type);
 // spelled much the same, else with all that it reads.
 const TWeldParameter& findParameter(TWeldType type, const std::string& name);
 
-// "minGapPx (dPara8)".
-std::string labelOf(const TWeldParameter& parameter);
-
 bool isFlag(const TWeldParameter& parameter);
-
-// "0 to 1", "above 0, up to 1000", "true or false".
-std::string describeLimits(const TWeldParameter& parameter);
-
-// A value as it stands in JSON, on one line; of a list or an object, which may be nested without end, only the
-// kind.
-std::string describeValue(const nlohmann::ordered_json& value);
 
 // The value as a JSON number or boolean.
 nlohmann::ordered_json valueOf(const TWeldParams& params, const TWeldParameter& parameter);

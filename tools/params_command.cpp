@@ -4,6 +4,8 @@
 #include "tools/names.h"
 #include "tools/param_json.h"
 #include "tools/parameter.h"
+#include "tools/shared_options.h"
+#include "tools/tracker_options.h"
 
 #include <iomanip>
 #include <iostream>
@@ -14,6 +16,8 @@ namespace {
 
 struct TOptions {
   TParamSource source;
+  TTrackerChoice tracker;
+  TFrameOptions frames;
   std::string format = "table";
 };
 
@@ -24,22 +28,32 @@ void printTable(const TWeldParams& params) {
             << "unit" << std::setw(30) << "range"
             << "meaning\n";
   for (const TWeldParameter& parameter : parametersOf(params.weldType)) {
-    std::cout << std::setw(kNameWidth) << labelOf(parameter) << std::setw(9) << valueOf(params, parameter).dump()
-              << std::setw(9) << (*parameter.unit == '\0' ? "-" : parameter.unit) << std::setw(30)
-              << describeLimits(parameter) << parameter.meaning << '\n'
+    std::cout << std::setw(kNameWidth) << weldParameterLabel(parameter) << std::setw(9)
+              << valueOf(params, parameter).dump() << std::setw(9)
+              << (*parameter.unit == '\0' ? "-" : parameter.unit) << std::setw(30) << weldParameterRange(parameter)
+              << parameter.meaning << '\n'
               << (isFlag(parameter) ? "    false:    " : "    too low:  ") << parameter.tooLow << '\n'
               << (isFlag(parameter) ? "    true:     " : "    too high: ") << parameter.tooHigh << '\n';
   }
 }
 
+TWeldJob jobOf(const TOptions& options) {
+  TWeldJob job = loadJob(options.source);
+  job.tracker = trackerOptionsOf(options.tracker, job.tracker);
+  job.preparation = preparationOf(options.frames, job.preparation);
+  return job;
+}
+
 void run(const TOptions& options) {
-  const TWeldParams params = loadParams(options.source);
+  const TWeldJob job = jobOf(options);
   if (options.format == "table") {
-    printTable(params);
+    printTable(job.params);
   } else if (options.format == "json") {
-    std::cout << paramsToJson(params).dump(2) << '\n';
+    std::cout << paramsToJson(job.params).dump(2) << '\n';
+  } else if (options.format == "job") {
+    std::cout << writeWeldJob(job);
   } else {
-    throw usageError("--format: unknown format '" + options.format + "': use table, json");
+    throw usageError("--format: unknown format '" + options.format + "': use table, json, job");
   }
   std::cout.flush();
   if (!std::cout) {
@@ -52,16 +66,17 @@ void run(const TOptions& options) {
 void addParamsCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("params", "Print the parameters that a joint reads");
   const auto options = std::make_shared<TOptions>();
-  command->add_option("--type", options->source.type, "Joint, by name or number: " + detectorTypeNames())
-      ->required();
-  command->add_option("--position", options->source.position, "Welding position: " + positionNames());
-  command->add_option("--preset", options->source.preset, "Angles of a corner: " + presetNames());
-  command->add_option("--format", options->format, "table, or json: a file for track --params")
+  addParamOptions(*command, options->source);
+  addTrackerOptions(*command, options->tracker);
+  addPreparationOptions(*command, options->frames);
+  command
+      ->add_option("--format", options->format, "A table, the parameters alone, or a whole job: table, json, job")
       ->capture_default_str();
   command->footer(
       "Examples:\n"
       "  zelweld params --type buttGap\n"
-      "  zelweld params --type corner --preset roof --format json > corner.json");
+      "  zelweld params --type corner --preset roof --format json > corner.json\n"
+      "  zelweld params --type gap --set minGapPx=12 --rotate 90 --hold 5 --format job > gap.json");
   command->callback([options] { run(*options); });
 }
 

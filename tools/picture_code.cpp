@@ -3,6 +3,7 @@
 #include "tools/cli_error.h"
 
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 
@@ -31,6 +32,16 @@ std::string jpegAddress(const cv::Mat& image, int quality) {
     throw TCliError(TExit::failure, "a picture of the report cannot be encoded as JPEG");
   }
   return "data:image/jpeg;base64," + base64(bytes);
+}
+
+std::string pictureAddress(const cv::Mat& image, const TOverlay& overlay, int width, int quality) {
+  if (image.cols <= width) {
+    return jpegAddress(drawOverlay(image, overlay), quality);
+  }
+  const float factor = static_cast<float>(width) / static_cast<float>(image.cols);
+  cv::Mat small;
+  cv::resize(image, small, cv::Size(), static_cast<double>(factor), static_cast<double>(factor), cv::INTER_AREA);
+  return jpegAddress(drawOverlay(small, scaled(overlay, factor)), quality);
 }
 
 }  // namespace tool

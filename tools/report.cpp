@@ -12,7 +12,6 @@
 #include "tools/tracker_options.h"
 
 #include <nlohmann/json.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 
@@ -31,21 +30,10 @@ std::string dump(const ordered_json& json) {
   return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
-// The annotated image, not wider than `width`, as text for an image's address.
-std::string drawnAt(const cv::Mat& image, const TOverlay& overlay, int width, int quality) {
-  if (image.cols <= width) {
-    return jpegAddress(drawOverlay(image, overlay), quality);
-  }
-  const float factor = static_cast<float>(width) / static_cast<float>(image.cols);
-  cv::Mat small;
-  cv::resize(image, small, cv::Size(), static_cast<double>(factor), static_cast<double>(factor), cv::INTER_AREA);
-  return jpegAddress(drawOverlay(small, scaled(overlay, factor)), quality);
-}
-
 std::string detailJson(const TFrameRecord& record, const cv::Mat& image, const TWeldParams& params) {
   const TOverlay overlay = overlayOf(params, record.tracked, *record.trace, image.cols);
-  return dump({{"picture", drawnAt(image, overlay, kPictureWidthPx, kPictureQuality)},
-               {"thumbnail", drawnAt(image, overlay, kThumbnailWidthPx, kThumbnailQuality)},
+  return dump({{"picture", pictureAddress(image, overlay, kPictureWidthPx, kPictureQuality)},
+               {"thumbnail", pictureAddress(image, overlay, kThumbnailWidthPx, kThumbnailQuality)},
                {"trace", traceJson(*record.trace, false)}});
 }
 
@@ -59,7 +47,7 @@ ordered_json parametersJson(const TWeldParams& params) {
                     {"value", valueOf(params, parameter)},
                     {"default", valueOf(usual, parameter)},
                     {"unit", parameter.unit},
-                    {"range", describeLimits(parameter)},
+                    {"range", weldParameterRange(parameter)},
                     {"meaning", parameter.meaning}});
   }
   return rows;
@@ -117,11 +105,8 @@ std::string everyText(int step) {
 
 }  // namespace
 
-TReport::TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOptions)
-    : params(weldParams),
-      options(trackerOptions),
-      measures(chartedMeasures(weldParams.weldType)),
-      shelf(kMaxPictureBytes) {}
+TReport::TReport(const TWeldJob& weldJob)
+    : job(weldJob), measures(chartedMeasures(job.params.weldType)), shelf(kMaxPictureBytes) {}
 
 // Number of the test in the list of all, measured value, limit.
 ordered_json TReport::testsJson(const TFrameTrace& trace) {
@@ -166,16 +151,16 @@ void TReport::add(const TFrameRecord& record, const cv::Mat& image) {
   counts.add(record.tracked.state, record.ms);
   firstFrame = firstFrame.value_or(record.frame);
   frameLines += (frameLines.empty() ? "" : ",\n") + dump(frameJson(record));
-  if (shelf.wantsNext(record.tracked.state != TSeamState::found)) {
-    shelf.put(counts.frames() - 1, detailJson(record, image, params));
+  if (!image.empty() && shelf.wantsNext(record.tracked.state != TSeamState::found)) {
+    shelf.put(counts.frames() - 1, detailJson(record, image, job.params));
   }
 }
 
 std::string TReport::dataJson() const {
   const ordered_json head = {
       {"version", ZELWELD_VERSION},
-      {"joint", nameOf(params.weldType)},
-      {"position", weldPosText(params.weldPosType)},
+      {"joint", nameOf(job)},
+      {"position", weldPosText(job.params.weldPosType)},
       {"summary", summaryJson(counts)},
       {"firstFrame", firstFrame.value_or(0)},
       {"measures", measuresJson(measures)},
@@ -183,8 +168,8 @@ std::string TReport::dataJson() const {
       {"selection", everyText(shelf.notableStep()) + " of the frames that were not found, " +
                         everyText(shelf.ordinaryStep()) + " of the others"},
       {"key", keyJson()},
-      {"parameters", parametersJson(params)},
-      {"tracker", describeTracker(options)}};
+      {"parameters", parametersJson(job.params)},
+      {"tracker", describeTracker(job.tracker)}};
   std::string details;
   for (const auto& [frame, text] : shelf.texts()) {
     details += (details.empty() ? "\"" : ",\n\"") + std::to_string(frame) + "\":" + text;

@@ -18,10 +18,11 @@ namespace tool {
 
 class TReport {
 public:
-  // The joint's parameters and the tracker's settings, as the page shows them.
-  TReport(const TWeldParams& weldParams, const TTrackerOptions& trackerOptions);
+  // The job, as the page shows it.
+  explicit TReport(const TWeldJob& weldJob);
 
-  // Adds the next frame with the image that was searched. Its record carries a trace.
+  // Adds the next frame with the image that was searched. Its record carries a trace;
+  // the image is empty where the frame cannot be read.
   void add(const TFrameRecord& record, const cv::Mat& image);
 
   // Writes the page, a file that needs no other and no network. Throws when the disk refuses it.
@@ -34,8 +35,7 @@ private:
   nlohmann::ordered_json frameJson(const TFrameRecord& record);
   nlohmann::ordered_json testsJson(const TFrameTrace& trace);
 
-  TWeldParams params;
-  TTrackerOptions options;
+  TWeldJob job;
   TRunStats counts;
   std::vector<TMeasure> measures;       // with a chart each
   std::vector<TTraceCheck> knownTests;  // every test that decided about a frame

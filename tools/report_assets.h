@@ -1,4 +1,4 @@
-// The files that the pages of report and sweep are made of, embedded when the program is built
+// The files that the pages of report, sweep and compare are made of, embedded when the program is built
 // (tools/report/embed.cmake).
 #pragma once
 
@@ -12,6 +12,8 @@ extern const std::string_view reportBody;
 extern const std::string_view reportScript;
 extern const std::string_view sweepBody;
 extern const std::string_view sweepScript;
+extern const std::string_view compareBody;
+extern const std::string_view compareScript;
 extern const std::string_view chartStyle;  // of the chart library
 extern const std::string_view chartScript;
 extern const std::string_view chartLicence;

@@ -21,17 +21,6 @@ struct TOptions {
   std::string page = "report.html";
 };
 
-// Found out before the frames are tracked rather than after.
-void preparePlace(const fs::path& page) {
-  if (fs::is_directory(page)) {
-    throw usageError("--out: " + page.string() + " is a folder; name the page, as in " +
-                     (page / "report.html").string());
-  }
-  if (page.has_parent_path()) {
-    makeFolder(page.parent_path());
-  }
-}
-
 void addAll(TReport& report, const TTracking& tracking, TFrameSource& source) {
   TFrameTracker tracker(tracking);
   TProgress progress(source.frameCount());
@@ -45,7 +34,7 @@ void addAll(TReport& report, const TTracking& tracking, TFrameSource& source) {
 void writePage(const TReport& report, const fs::path& page) {
   if (report.stats().frames() > 0) {
     report.write(page);
-    std::cerr << summaryOf(report.stats()) << "\nreport: " << page.string() << std::endl;
+    std::cerr << summaryOf(report.stats()) << "\nreport: " << onOneLine(page.string()) << std::endl;
   }
 }
 
@@ -54,15 +43,18 @@ void run(const TOptions& options) {
   tracking.tracker.keepTrace = true;
   tracking.tracker.giveAdvice = true;
   TFrameSource source = framesOf(options.tracking.frames);
-  preparePlace(options.page);
-  TReport report(tracking.params, tracking.tracker);
+  checkPagePlace(options.page, filesOf(options.tracking));
+  TReport report(tracking);
   try {
     addAll(report, tracking, source);
   } catch (const TCliError&) {
-    writePage(report, options.page);  // of the frames before the one that cannot be read
+    if (source.reading().hasReadable()) {
+      writePage(report, options.page);  // of the frames before the one that does not fit
+    }
     throw;
   }
   writePage(report, options.page);
+  source.reading().check();
 }
 
 }  // namespace

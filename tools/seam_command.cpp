@@ -30,6 +30,7 @@ const cv::Scalar kBridgedColour(40, 180, 240);
 struct TOptions {
   TFrameOptions frames;
   TContrastChoice contrast;
+  TContrastSearch search;  // with band and reach
   std::string at;
   std::string format = "jsonl";
   std::string outFolder;
@@ -42,7 +43,7 @@ struct TSeamLine {
 };
 
 TContrastSearch searchOf(const TOptions& options) {
-  TContrastSearch search = contrastOf(options.contrast);
+  TContrastSearch search = contrastOf(options.contrast, options.search);
   if (options.at.empty() != !(search.bandPx > 0.0F)) throw usageError("--at and --band belong together");
   if (options.at.empty()) return search;
   const std::vector<double> place = parseNumbers(options.at, ',', 2);
@@ -87,12 +88,13 @@ void printCsv(const TSeamLine& seam) {
 
 std::string tableLine(const TSeamLine& seam) {
   const TContourCenterLine& line = seam.line;
-  if (line.pts.empty()) return seam.file + ": no seam";
+  const std::string file = onOneLine(seam.file);
+  if (line.pts.empty()) return file + ": no seam";
   const cv::Point2f from = line.pts.front();
   const cv::Point2f to = line.pts.back();
-  return seam.file + ": " + nameOf(line.polarity) + " seam from " + fixed(from.x, 1) + "," + fixed(from.y, 1) +
-         " to " + fixed(to.x, 1) + "," + fixed(to.y, 1) + ", width " + fixed(line.widthPx, 1) +
-         " px, confidence " + fixed(line.confidence, 2);
+  return file + ": " + nameOf(line.polarity) + " seam from " + fixed(from.x, 1) + "," + fixed(from.y, 1) + " to " +
+         fixed(to.x, 1) + "," + fixed(to.y, 1) + ", width " + fixed(line.widthPx, 1) + " px, confidence " +
+         fixed(line.confidence, 2);
 }
 
 void print(const TSeamLine& seam, TFormat format) {
@@ -129,9 +131,9 @@ void run(const TOptions& options) {
   const TFormat format = parseFormat(options.format);
   if (!options.outFolder.empty()) makeFolder(options.outFolder);
   if (format == TFormat::csv) printLine("file,polarity,confidence,contrast,x,y,widthPx,measured");
-  TFrameSource source(listInputs(options.frames.inputs));
+  TFrameSource source = framesOf(options.frames);
   TContrastFinder finder;
-  while (const auto frame = source.next()) {
+  while (const auto frame = source.nextReadable()) {
     const cv::Mat image = prepareImage(frame->image, preparation, frame->name);
     const auto start = TClock::now();
     TSeamLine seam{frame->name, finder.find(image, search), 0.0};
@@ -143,6 +145,7 @@ void run(const TOptions& options) {
     }
     print(seam, format);
   }
+  source.reading().check();
 }
 
 }  // namespace
@@ -152,12 +155,12 @@ void addSeamCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   addFrameOptions(*command, options->frames);
   addContrastOptions(*command, options->contrast);
-  TContrastSearch& search = options->contrast.search;
+  TContrastSearch& search = options->search;
   command->add_option("--at", options->at, "Rough place of the seam, x,y px of the image as searched");
   command->add_option("--band", search.bandPx, "Search so far on either side of a line through --at, px")
       ->check(CLI::PositiveNumber);
   command->add_option("--reach", search.reachPx, "Search so far along that line, px")->check(CLI::PositiveNumber);
-  command->add_option("--format", options->format, "Print jsonl, csv or table")->capture_default_str();
+  command->add_option("--format", options->format, "Print: jsonl, csv, table")->capture_default_str();
   command->add_option("--out", options->outFolder, "Folder for images with the seam drawn in");
   command->footer(
       "Points, widths and places are those of the image as searched.\n"

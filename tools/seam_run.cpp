@@ -1,10 +1,10 @@
 #include "tools/seam_run.h"
 
 #include "tools/cli_error.h"
-#include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/stats.h"
 #include "tools/stop_signal.h"
+#include "tools/text.h"
 #include "tools/trace_json.h"
 
 #include <algorithm>
@@ -14,9 +14,9 @@
 namespace tool {
 namespace {
 
-TTrackerOptions traced(TTrackerOptions options) {
-  options.keepTrace = true;
-  return options;
+TTracking traced(TTracking tracking) {
+  tracking.tracker.keepTrace = true;
+  return tracking;
 }
 
 constexpr double kStripeEndPx = 5.0;  // a seam nearer to the stripe's first or last column is at its end
@@ -73,28 +73,31 @@ std::vector<TReasonTally::TRow> TReasonTally::rows() const {
   return sorted;
 }
 
-TSeamRun::TSeamRun(const TWeldParams& weldParams, TTrackerOptions options, std::optional<TMeasure> steadied)
-    : params(weldParams),
-      tracker(weldParams, traced(options)),
+TSeamRun::TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied)
+    : how(traced(tracking)),
+      tracker(makeWeldTracker(how)),
       objective(std::move(steadied)),
-      measures(measuresOf(weldParams.weldType)),
+      measures(measuresOf(how.params.weldType)),
       measured(measures.size()) {}
 
 TSeamFrame TSeamRun::next(const TFrame& frame) {
-  if (frame.startsSequence) {
+  if (frame.startsSequence || how.isFirstOnly) {
     tracker.reset();
+  }
+  if (frame.startsSequence) {
     seamJitter.startSequence();
     lossRun = 0;
   }
-  const TTrackedSeam seam = tracker.track(frame.image);
+  lastSeam = tracker.track(frame.image);
+  const TTrackedSeam& seam = lastSeam;
   const TFrameTrace& trace = tracker.lastTrace();
   TSeamFrame seen;
   seen.isFound = seam.state == TSeamState::found;
-  seen.seam = seen.isFound ? seamOf(params, seam) : std::nullopt;
+  seen.seam = seen.isFound ? seamOf(how.params, seam) : std::nullopt;
   seen.reason = trace.reason;
-  seen.sentence = explanationOf(trace);
+  seen.sentence = frame.problem.empty() ? explanationOf(trace) : onOneLine(frame.problem);
   seen.confidence = static_cast<double>(seam.measurement.confidence);
-  seen.isAtStripeEnd = seen.seam && isAtStripeEnd(params.weldType, seam);
+  seen.isAtStripeEnd = seen.seam && isAtStripeEnd(how.params.weldType, seam);
   seamJitter.add(steadyPlace(objective, seam, seen.seam));
   measure(seam);
   count(seen);
@@ -155,15 +158,10 @@ double TSeamRun::stripeEndShare() const {
 }
 
 void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options) {
-  addFrameOptions(command, options.frames);
-  command.add_flag("--exact", options.isExact, "The plain rules of the detectors, without the tracker's help");
+  addTrackingOptions(command, options.tracking);
   command.add_option("--truth", options.truthFile, "CSV table of true seams: file,x,y,point,source,tol_px");
   command.add_option("--point", options.truthPoint,
                      "The labelled point that is the seam, where there are several");
-}
-
-TTrackerOptions trackerOf(const TSeamRunOptions& options) {
-  return options.isExact ? TTrackerOptions::exact() : TTrackerOptions();
 }
 
 TTruth truthOf(const TSeamRunOptions& options) {
@@ -173,22 +171,28 @@ TTruth truthOf(const TSeamRunOptions& options) {
   return options.truthFile.empty() ? TTruth() : TTruth(options.truthFile, options.truthPoint);
 }
 
+TFrame prepared(TFrame frame, const TPreparation& preparation) {
+  if (frame.problem.empty()) {
+    frame.image = prepareImage(frame.image, preparation, frame.name);
+  }
+  return frame;
+}
+
 std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
                                       const TPreparation& preparation) {
   return seen.seam ? std::make_optional(toStored(*seen.seam, preparation, frame.storedSize)) : std::nullopt;
 }
 
-void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {
-  const TPreparation preparation = preparationOf(options);
+TReading followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {
   TFrameSource source = framesOf(options);
   TProgress progress(source.frameCount());
-  for (int done = 1; auto frame = source.next(); ++done) {
-    frame->image = prepareImage(frame->image, preparation, frame->name);
+  for (int done = 1; const auto frame = source.next(); ++done) {
     follow(*frame);
     progress.draw(done);
   }
   progress.clear();
   throwIfStopRequested();
+  return source.reading();
 }
 
 }  // namespace tool

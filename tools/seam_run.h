@@ -2,8 +2,9 @@
 #pragma once
 
 #include "tools/frame_source.h"
+#include "tools/frame_tracker.h"
 #include "tools/measures.h"
-#include "tools/shared_options.h"
+#include "tools/overlay.h"
 #include "tools/stats.h"
 #include "tools/truth.h"
 
@@ -67,13 +68,20 @@ private:
 class TSeamRun {
 public:
   //   steadied  the measure whose jitter is taken; none: the seam point's
-  TSeamRun(const TWeldParams& weldParams, TTrackerOptions options, std::optional<TMeasure> steadied = {});
+  explicit TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied = {});
 
-  // The next frame, its image as searched.
+  // The next frame, its image as searched, or none.
   TSeamFrame next(const TFrame& frame);
 
-  TWeldType type() const { return params.weldType; }
-  const TFrameTrace& trace() const { return tracker.lastTrace(); }  // of the last frame
+  // What the last frame showed, for a picture; its state and its trace.
+  TOverlay overlay(int imageWidth) const {
+    return overlayOf(how.params, lastSeam, tracker.lastTrace(), imageWidth);
+  }
+  TSeamState state() const { return lastSeam.state; }
+  const TFrameTrace& trace() const { return tracker.lastTrace(); }
+
+  const TTracking& tracking() const { return how; }
+  TWeldType type() const { return how.params.weldType; }
   int frames() const { return frameCount; }
   int found() const { return foundCount; }
   int losses() const { return lossCount; }               // stretches of frames not found
@@ -92,8 +100,9 @@ private:
   void count(const TSeamFrame& seen);
   void measure(const TTrackedSeam& seam);
 
-  TWeldParams params;
+  TTracking how;
   TWeldTracker tracker;
+  TTrackedSeam lastSeam;
   std::optional<TMeasure> objective;
   std::vector<TMeasure> measures;
   std::vector<std::vector<double>> measured;  // of each measure
@@ -110,24 +119,25 @@ private:
 
 // As typed: which frames, how they are followed, and what is known about them.
 struct TSeamRunOptions {
-  TFrameOptions frames;
-  bool isExact = false;
+  TTrackingOptions tracking;
   std::string truthFile;
   std::string truthPoint;
 };
 
-// Declares the options of the frames, --exact, --truth and --point.
+// Declares the options of tracking, --truth and --point.
 void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options);
 
 // As understood.
-TTrackerOptions trackerOf(const TSeamRunOptions& options);
 TTruth truthOf(const TSeamRunOptions& options);
+
+// The frame with its image as searched.
+TFrame prepared(TFrame frame, const TPreparation& preparation);
 
 // Where the seam of a frame lies in the stored image; none where it has none.
 std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
                                       const TPreparation& preparation);
 
-// Hands every frame on, its image as searched. Throws the error of a stop signal: figures need all frames.
-void followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow);
+// Hands every frame on, its image as stored, or none. Throws the error of a stop signal: figures need all frames.
+TReading followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow);
 
 }  // namespace tool

@@ -163,7 +163,7 @@ void drawPlates(const TOptions& options) {
   const scenes::TMotion motion = motionOf(options);
   const scenes::TPlateParams first =
       scenes::randomPlate(seam, parseLevel(options.level), options.seed, parseSize(options.size));
-  makeFolder(options.outFolder);
+  makeEmptyFolder(options.outFolder);
   drawFrames(options, options.outFolder, [&](int n, const std::string& name) {
     const scenes::TPlateScene scene = scenes::renderPlate(scenes::plateFrameOf(first, motion, n));
     return TDrawn{scene.image, truthLine(name, scene.truth, scene.image.size())};
@@ -178,7 +178,7 @@ void drawJoints(const TOptions& options) {
   const scenes::TSceneParams first = scenes::randomScene(joint, level, options.seed, parseSize(options.size));
   const fs::path folder = options.outFolder;
 
-  makeFolder(folder);
+  makeEmptyFolder(folder);
   writeWholeFile(folder / "params.json", paramsToJson(trackParams(joint, pos)).dump(2) + "\n");
   drawFrames(options, folder, [&](int n, const std::string& name) {
     const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motion, n));
@@ -202,7 +202,7 @@ void addSimulateCommand(CLI::App& program) {
       ->check(CLI::Range(1, 1000000))
       ->capture_default_str();
   command->add_option("--seed", options->seed, "Seed; the same seed gives the same frames")->capture_default_str();
-  command->add_option("--level", options->level, "Difficulty: clean, noisy, harsh or real")->capture_default_str();
+  command->add_option("--level", options->level, "Difficulty: clean, noisy, harsh, real")->capture_default_str();
   command->add_option("--size", options->size, "Frame size, WIDTHxHEIGHT")->capture_default_str();
   command->add_option("--drift", options->drift, "Shift per frame, dx,dy px")->capture_default_str();
   command->add_option("--jitter", options->jitterPx, "Random shift of each frame, px")

@@ -27,6 +27,7 @@ void catchUnlessIgnored(int signal) {
 void catchStopSignals() {
   catchUnlessIgnored(SIGINT);
   catchUnlessIgnored(SIGTERM);
+  catchUnlessIgnored(SIGHUP);
 }
 
 bool isStopRequested() {
@@ -39,6 +40,9 @@ void throwIfStopRequested() {
   }
   if (stopSignal == SIGTERM) {
     throw TCliError(TExit::terminated, "stopped by SIGTERM; what was written so far is whole");
+  }
+  if (stopSignal == SIGHUP) {
+    throw TCliError(TExit::hungUp, "stopped by SIGHUP; what was written so far is whole");
   }
 }
 

@@ -22,7 +22,6 @@ constexpr int kBarWidth = 20;  // characters for a found share of 100 %
 // As typed.
 struct TOptions {
   TSeamRunOptions run;
-  TParamSource source;
   std::string page;
   std::string objective;  // empty: the seam point
 };
@@ -37,6 +36,7 @@ struct TTrial {
 
 struct TSweep {
   TWeldType type = TWeldType::none;
+  TPreparation preparation;
   std::string parameter;
   std::vector<TTrial> trials;
   std::optional<TLimitKind> limit = {};  // of the test that the parameter sets, once it has run
@@ -57,30 +57,32 @@ TSweepRange takeRange(TParamSource& source) {
 }
 
 TSweep sweepOf(const TOptions& options) {
-  TParamSource source = options.source;
-  const TSweepRange range = takeRange(source);
-  TWeldParams params = loadParams(source);
+  TTrackingOptions typed = options.run.tracking;
+  const TSweepRange range = takeRange(typed.source);
+  TTracking tracking = trackingOf(typed);
+  TWeldParams& params = tracking.params;
   const TWeldParameter& parameter = findParameter(params.weldType, range.name);
   if (isFlag(parameter)) {
-    throw usageError("--set: " + labelOf(parameter) + " is true or false and has no range; use zelweld compare");
+    throw usageError("--set: " + weldParameterLabel(parameter) +
+                     " is true or false and has no range; use zelweld compare");
   }
-  TSweep sweep{params.weldType, parameter.name, {}};
+  TSweep sweep{params.weldType, tracking.preparation, parameter.name, {}};
   const auto objective = options.objective.empty()
                              ? std::nullopt
                              : std::make_optional(findMeasure(params.weldType, options.objective));
   for (const double value : range.values) {
     setValue(params, parameter, value);
-    sweep.trials.push_back({value, TSeamRun(params, trackerOf(options.run), objective)});
+    sweep.trials.push_back({value, TSeamRun(tracking, objective)});
   }
   return sweep;
 }
 
 // Tracks the frame under every value.
-void addFrame(TSweep& sweep, const TFrame& frame, const TTruth& truth, const TPreparation& preparation) {
+void addFrame(TSweep& sweep, const TFrame& frame, const TTruth& truth) {
   std::optional<cv::Point2d> before;
   for (TTrial& trial : sweep.trials) {
     const TSeamFrame seen = trial.run.next(frame);
-    truth.judge(frame.name, storedSeam(seen, frame, preparation), trial.truth);
+    truth.judge(frame.name, storedSeam(seen, frame, sweep.preparation), trial.truth);
     if (seen.seam && before) {
       trial.apartPx.push_back(cv::norm(*seen.seam - *before));
     }
@@ -184,8 +186,12 @@ void printSuggestion(const TSweepResult& result) {
 void run(const TOptions& options) {
   TSweep sweep = sweepOf(options);
   const TTruth truth = truthOf(options.run);
-  const TPreparation preparation = preparationOf(options.run.frames);
-  followFrames(options.run.frames, [&](const TFrame& frame) { addFrame(sweep, frame, truth, preparation); });
+  if (!options.page.empty()) {
+    checkPagePlace(options.page, filesOf(options.run.tracking));
+  }
+  const TReading reading = followFrames(options.run.tracking.frames, [&](const TFrame& stored) {
+    addFrame(sweep, prepared(stored, sweep.preparation), truth);
+  });
   if (!truth.isEmpty() && sweep.trials.front().truth.judged == 0) {
     throw inputError("--truth: " + options.run.truthFile + " labels none of the frames");
   }
@@ -195,6 +201,7 @@ void run(const TOptions& options) {
   if (!options.page.empty()) {
     writeWholeFile(options.page, sweepPage(result));
   }
+  reading.check();
 }
 
 }  // namespace
@@ -204,7 +211,6 @@ void addSweepCommand(CLI::App& program) {
       program.add_subcommand("sweep", "Track the same frames with one parameter over a range");
   const auto options = std::make_shared<TOptions>();
   addSeamRunOptions(*command, options->run);
-  addParamOptions(*command, options->source);
   command->add_option("--objective", options->objective,
                       "A measure that is to be steady, in place of the seam point: gapPx");
   command->add_option("--out", options->page, "HTML page with charts of found share and jitter");

@@ -25,7 +25,7 @@ std::string padded(const std::string& text, std::size_t width) {
 }
 
 std::string shortened(const std::string& text, std::size_t width) {
-  return text.size() <= width ? text : "..." + text.substr(text.size() - width + 3);
+  return onOneLine(text.size() <= width ? text : "..." + text.substr(text.size() - width + 3));
 }
 
 std::string csvText(const std::string& text) {
@@ -41,7 +41,14 @@ std::string csvText(const std::string& text) {
 
 std::string onOneLine(std::string text) {
   const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
-  std::replace_if(text.begin(), text.end(), isControl, ' ');
+  const auto isHighControl = [](unsigned char c) { return c >= 0x80 && c < 0xA0; };  // behind the byte C2 of UTF-8
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (isControl(text[i])) {
+      text[i] = ' ';
+    } else if (text[i] == '\xC2' && i + 1 < text.size() && isHighControl(text[i + 1])) {
+      text.replace(i, 2, "  ");
+    }
+  }
   return text;
 }
 

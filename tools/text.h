@@ -16,7 +16,7 @@ std::string plain(double value);
 // The text followed by blanks up to that width, by one at least.
 std::string padded(const std::string& text, std::size_t width);
 
-// The end of a text that is wider: it says more of a file's name than its beginning.
+// A text in a table, on one line; of one that is wider the end: it says more of a file's name than its beginning.
 std::string shortened(const std::string& text, std::size_t width);
 
 // The text as a field of CSV, in quotes where it needs them.

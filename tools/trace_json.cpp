@@ -118,7 +118,7 @@ ordered_json regionJson(const cv::Rect& region) {
 ordered_json attemptJson(const TTraceAttempt& attempt, bool withPoints) {
   ordered_json json = {
       {"path", nameOf(attempt.path)},
-      {"extraction", tool::nameOf(attempt.extraction)},
+      {"extraction", extractionText(attempt.extraction)},
       {"outcome", weldOutcomeText(attempt.outcome)},
       {"reason", attempt.reason},
       {"sentence", attempt.sentence},
@@ -157,7 +157,7 @@ std::string searchWords(const TFrameTrace& trace) {
   const TTraceAttempt* const attempt = decisiveAttempt(trace);
   return attempt == nullptr ? ""
                             : std::to_string(attempt->centres.size()) + " stripe points, " +
-                                  nameOf(attempt->path) + " search, " + tool::nameOf(attempt->extraction);
+                                  nameOf(attempt->path) + " search, " + extractionText(attempt->extraction);
 }
 
 std::string explanationOf(const TFrameTrace& trace) {

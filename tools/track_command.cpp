@@ -76,8 +76,7 @@ TJob jobOf(const TOptions& options) {
 std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
   const std::string place =
       record.seam ? "  x " + fixed(record.seam->x, 1) + "  y " + fixed(record.seam->y, 1) : std::string();
-  std::vector<std::string> lines = {nameOf(job.tracking.params.weldType) + ": " + nameOf(record.tracked.state) +
-                                    place};
+  std::vector<std::string> lines = {nameOf(job.tracking) + ": " + nameOf(record.tracked.state) + place};
   if (record.tracked.state != TSeamState::found) {
     lines.push_back(record.trace->sentence);
     if (!record.trace->advice.empty()) {
@@ -112,12 +111,13 @@ void run(const TOptions& options) {
     writer.write(tracked.record);
     stats.add(tracked.record.tracked.state, tracked.record.ms);
     progress.draw(stats.frames());
-    if (!job.outFolder.empty()) {
+    if (!job.outFolder.empty() && !tracked.image.empty()) {
       writeAnnotated(job, tracked);
     }
   }
   progress.clear();
   std::cerr << summaryOf(stats) << std::endl;
+  source.reading().check();
 }
 
 }  // namespace
@@ -127,7 +127,7 @@ void addTrackCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   addTrackingOptions(*command, options->tracking);
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
-  command->add_option("--format", options->format, "Records as table, jsonl or csv")->capture_default_str();
+  command->add_option("--format", options->format, "Records as: table, jsonl, csv")->capture_default_str();
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");
   command->add_flag("--explain", options->keepTrace, "Add why frames are not found; to jsonl the whole trace");
   command->footer(

@@ -1,31 +1,34 @@
 #include "tools/tracker_options.h"
 
 #include "tools/cli_error.h"
+#include "tools/number_checks.h"
+#include "tools/text.h"
 
 #include <cmath>
-#include <limits>
 
 namespace tool {
 namespace {
 
 using nlohmann::ordered_json;
 
-constexpr double kNever = std::numeric_limits<double>::infinity();
-
 TStripeExtraction parseExtraction(const std::string& text) {
+  std::vector<std::string> names;
   for (const TStripeExtraction extraction :
        {TStripeExtraction::edgePairs, TStripeExtraction::ridge, TStripeExtraction::automatic}) {
-    if (text == nameOf(extraction)) {
+    names.emplace_back(extractionText(extraction));
+    if (text == names.back()) {
       return extraction;
     }
   }
-  throw usageError("--extraction: unknown extraction '" + text + "': use edgePairs, ridge, automatic");
+  throw usageError("--extraction: unknown extraction '" + text + "': use " + join(names, ", "));
 }
 
 TSeamSource parseSource(const std::string& text) {
-  if (text == "stripe") return TSeamSource::stripe;
-  if (text == "contrast") return TSeamSource::contrast;
-  if (text == "both") return TSeamSource::both;
+  for (const TSeamSource source : {TSeamSource::stripe, TSeamSource::contrast, TSeamSource::both}) {
+    if (text == sourceText(source)) {
+      return source;
+    }
+  }
   throw usageError("--source: unknown source '" + text + "': use stripe, contrast, both");
 }
 
@@ -35,44 +38,26 @@ ordered_json numberOf(double value) {
 
 }  // namespace
 
-const char* nameOf(TStripeExtraction extraction) {
-  switch (extraction) {
-    case TStripeExtraction::edgePairs:
-      return "edgePairs";
-    case TStripeExtraction::ridge:
-      return "ridge";
-    case TStripeExtraction::none:
-      return "none";
-    case TStripeExtraction::automatic:
-      break;
-  }
-  return "automatic";
-}
-
 void addTrackerOptions(CLI::App& command, TTrackerChoice& choice) {
   command.add_flag("--first-only", choice.isFirstOnly, "Search every frame anew instead of tracking");
   CLI::Option* const exact =
       command.add_flag("--exact", choice.isExact, "The plain rules of the detectors, without the tracker's help");
   CLI::Option* const extraction =
-      command.add_option("--extraction", choice.extraction, "Stripe from edgePairs, ridge or automatic");
+      command.add_option("--extraction", choice.extraction, "Stripe from: edgePairs, ridge, automatic");
   CLI::Option* const margin = command
-                                  .add_option("--margin", choice.settings.guideMarginPx,
-                                              "Search so far beyond the ends of the last stripe, px")
-                                  ->check(CLI::NonNegativeNumber)
-                                  ->capture_default_str();
+                                  .add_option("--margin", choice.guideMarginPx,
+                                              "Search so far beyond the ends of the last stripe, px; usually 40")
+                                  ->check(atLeast(0.0));
   CLI::Option* const jump = command
-                                .add_option("--max-jump", choice.settings.maxJumpPx,
-                                            "Hold back a seam that jumps farther, px; inf: never")
-                                ->check(CLI::Range(std::numeric_limits<double>::min(), kNever, "POSITIVE"))
-                                ->capture_default_str();
+                                .add_option("--max-jump", choice.maxJumpPx,
+                                            "Hold back a seam that jumps farther, px; usually 40, inf: never")
+                                ->check(aboveZero());
   CLI::Option* const hold =
-      command.add_option("--hold", choice.settings.holdFrames, "Repeat the last seam for so many lost frames")
-          ->check(CLI::NonNegativeNumber)
-          ->capture_default_str();
-  CLI::Option* const source =
-      command.add_option("--source", choice.source, "Find the seam by its stripe, its contrast or both")
-          ->capture_default_str();
-  command.add_option("--look-at", choice.settings.lookAtPx,
+      command.add_option("--hold", choice.holdFrames, "Repeat the last seam for so many lost frames; usually 3")
+          ->check(atLeast(0.0));
+  CLI::Option* const source = command.add_option(
+      "--source", choice.source, "Find the seam by its stripe, its contrast or both: stripe, contrast, both");
+  command.add_option("--look-at", choice.lookAtPx,
                      "By contrast: the row, of a flat seam the column, of the seam point, px; else the middle");
   addContrastOptions(command, choice.contrast);
   for (CLI::Option* const option : {extraction, margin, jump, hold, source}) {
@@ -80,16 +65,20 @@ void addTrackerOptions(CLI::App& command, TTrackerChoice& choice) {
   }
 }
 
-TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice) {
+TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice, const TTrackerOptions& base) {
   if (choice.isExact) {
     return TTrackerOptions::exact();
   }
-  TTrackerOptions options = choice.settings;
-  options.source = parseSource(choice.source);
-  options.contrast = contrastOf(choice.contrast);
+  TTrackerOptions options = base;
+  options.source = choice.source.empty() ? base.source : parseSource(choice.source);
+  options.lookAtPx = choice.lookAtPx.value_or(base.lookAtPx);
+  options.contrast = contrastOf(choice.contrast, base.contrast);
   if (!choice.extraction.empty()) {
     options.extraction = parseExtraction(choice.extraction);
   }
+  options.guideMarginPx = choice.guideMarginPx.value_or(base.guideMarginPx);
+  options.maxJumpPx = choice.maxJumpPx.value_or(base.maxJumpPx);
+  options.holdFrames = choice.holdFrames.value_or(base.holdFrames);
   return options;
 }
 
@@ -103,8 +92,8 @@ ordered_json describeTracker(const TTrackerOptions& options) {
   return ordered_json::array(
       {row("guideMarginPx", options.guideMarginPx, plain.guideMarginPx, "px", "from 0",
            "the search reaches so far beyond the ends of the previous stripe"),
-       row("extraction", nameOf(options.extraction), nameOf(plain.extraction), "", "edgePairs, ridge, automatic",
-           "how the stripe is extracted from the image"),
+       row("extraction", extractionText(options.extraction), extractionText(plain.extraction), "",
+           "edgePairs, ridge, automatic", "how the stripe is extracted from the image"),
        row("rejectImpossiblePoints", options.rejectImpossiblePoints, plain.rejectImpossiblePoints, "",
            "true or false", "seam points that no image can show count as not found"),
        row("maxJumpPx", numberOf(options.maxJumpPx), numberOf(plain.maxJumpPx), "px", "above 0",

@@ -8,17 +8,22 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tool {
 
-// As typed.
+// As typed. Empty ones are not given.
 struct TTrackerChoice {
   bool isFirstOnly = false;
   bool isExact = false;
-  std::string extraction;  // empty: the tracker's own
-  TTrackerOptions settings;
-  std::string source = "stripe";
+  std::string extraction;
+  std::optional<std::int32_t> guideMarginPx;
+  std::optional<double> maxJumpPx;
+  std::optional<std::int32_t> holdFrames;
+  std::string source;
+  std::optional<float> lookAtPx;
   TContrastChoice contrast;
 };
 
@@ -26,11 +31,8 @@ struct TTrackerChoice {
 // of the search by contrast.
 void addTrackerOptions(CLI::App& command, TTrackerChoice& choice);
 
-// As understood. Throws a usage error that names the option.
-TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice);
-
-// "edgePairs", "ridge", "automatic".
-const char* nameOf(TStripeExtraction extraction);
+// As understood; what is not given is as in `base`. Throws a usage error that names the option.
+TTrackerOptions trackerOptionsOf(const TTrackerChoice& choice, const TTrackerOptions& base);
 
 // Each setting as an object of name, value, default, unit, range and meaning.
 nlohmann::ordered_json describeTracker(const TTrackerOptions& options);

@@ -23,7 +23,8 @@ void addFrame(TTrial& trial, const TScene& scene, int place, bool startsStretch)
   TFrame frame = scene.frames[static_cast<std::size_t>(place)];
   frame.startsSequence = frame.startsSequence || startsStretch;
   TPreparation preparation = scene.preparation;
-  if (trial.setting.turnDeg == 90) {
+  if (trial.setting.turnDeg == 90 && !frame.image.empty()) {
+    frame.image = cv::Mat();  // of its own: the scene keeps its image
     cv::rotate(scene.frames[static_cast<std::size_t>(place)].image, frame.image, cv::ROTATE_90_CLOCKWISE);
     preparation.rotationDeg = (preparation.rotationDeg + 90) % 360;
   }
@@ -42,7 +43,10 @@ void addFrame(TTrial& trial, const TScene& scene, int place, bool startsStretch)
 }  // namespace
 
 TTrial tryOn(const TScene& scene, const std::vector<TStretch>& stretches, const TSetting& setting) {
-  TTrial trial{setting, std::make_shared<TSeamRun>(setting.params, setting.tracker), {}, {}, {}, {}};
+  TTracking tracking;
+  tracking.params = setting.params;
+  tracking.tracker = setting.tracker;
+  TTrial trial{setting, std::make_shared<TSeamRun>(tracking), {}, {}, {}, {}};
   for (const TStretch& stretch : stretches) {
     for (int place = stretch.first; place <= stretch.last && !isStopRequested(); ++place) {
       addFrame(trial, scene, place, place == stretch.first);

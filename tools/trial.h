@@ -41,8 +41,8 @@ struct TTrial {
   TTruthFigures truth;
 };
 
-// Tracks the stretches, each from its beginning. Ends early once a stop is requested. The needs of lost frames only
-// where the tracker of the setting gives advice.
+// Tracks the stretches, each from its beginning. Ends early once a stop is requested. The needs of lost frames
+// only where the tracker of the setting gives advice.
 TTrial tryOn(const TScene& scene, const std::vector<TStretch>& stretches, const TSetting& setting);
 
 // The same for many settings, on all cores; `done` is told on the calling thread how many are through.

@@ -16,6 +16,7 @@ src/geometry              include src/support src/trace
 src/profile               include src/support src/trace src/stripe
 src/lighting              include src/support src/trace
 src/contrast              include src/support src/trace
+src/job                   include src/support
 src/detectors             include src/support src/trace src/stripe src/geometry src/profile
 src/api                   include src/support src/trace src/stripe src/geometry src/profile src/lighting src/contrast src/detectors
 scenes                    include
@@ -26,7 +27,7 @@ fuzz                      include scenes tools
 tests/support             include scenes
 tests/scenarios           include scenes tests/support
 tests/tools               include scenes tools tests/support
-tests                     include scenes tests/support src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting src/contrast
+tests                     include scenes tests/support src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting src/contrast src/job
 benchmarks                include scenes tools tests src/support src/trace src/stripe src/geometry src/profile src/detectors src/api src/lighting src/contrast
 TABLE
 }
@@ -64,7 +65,7 @@ detectors=$(sed -n 's/^#include "\(detectors\/.*\)"$/\1/p' src/api/joints.cpp 2>
       top = path
       if (!sub("/.*", "", top)) return path ~ /^zel[A-Z]/ ? "include" : own
       if (starts_with(own, "tests") && exists("tests/" path)) return folder[row_of("tests/" path)]
-      if (is_listed(top, "support trace stripe geometry profile lighting contrast detectors api")) return "src/" top
+      if (is_listed(top, "support trace stripe geometry profile lighting contrast detectors api job")) return "src/" top
       return is_listed(top, "scenes tools tests examples benchmarks fuzz") ? top : ""
     }
 

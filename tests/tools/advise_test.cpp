@@ -27,9 +27,10 @@ cv::Mat drawnFrame(int n) {
 using TSeams = std::vector<std::optional<cv::Point2d>>;
 
 tool::TTrial trialOf(const TSeams& seams) {
-  const TWeldParams params = TGapSettings().params();
-  tool::TTrial trial{{params, {}, 0, {"--set a=1"}, false},
-                     std::make_shared<tool::TSeamRun>(params, TTrackerOptions()),
+  tool::TTracking tracking;
+  tracking.params = TGapSettings().params();
+  tool::TTrial trial{{tracking.params, {}, 0, {"--set a=1"}, false},
+                     std::make_shared<tool::TSeamRun>(tracking),
                      {},
                      seams,
                      {},

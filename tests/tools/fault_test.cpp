@@ -31,7 +31,7 @@ protected:
 };
 
 TEST_F(FaultTest, StopSignalEndsTheRunAfterTheFrameAtHand) {
-  for (const auto& [name, exitCode] : {std::pair{"INT", 130}, {"TERM", 143}}) {
+  for (const auto& [name, exitCode] : {std::pair{"INT", 130}, {"TERM", 143}, {"HUP", 129}}) {
     SCOPED_TRACE(name);
     const TRun run = trackUntil(name);
     EXPECT_EQ(run.exitCode, exitCode);

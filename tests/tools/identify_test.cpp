@@ -34,6 +34,6 @@ TEST_F(ZelweldTest, IdentifyRanksTheJointsOfEveryFrameAndSumsUp) {
   EXPECT_EQ(csv.back().rfind("1,f/frame_0001.png,0,,,,", 0), 0U) << csv.back();
   for (const std::string& line : csv) EXPECT_EQ(std::count(line.begin(), line.end(), ','), 6) << line;
   expectRefused(2, {{"identify f --format xml", "'xml': use table, jsonl, csv"},
-                    {"identify f --roi 600,0,41,10", "frame_0000.png, which is 640x480"}});
+                    {"identify f --roi 600,0,41,10", "the region reaches outside the image, which is 640x480"}});
   expectRefused(3, {{"identify nowhere", "nowhere"}});
 }

@@ -28,6 +28,7 @@ TEST(Parameter, DefaultsLieInsideTheLimitsAndBeyondThemIsRefused) {
     for (const TWeldParameter& parameter : joint.parameters) {
       SCOPED_TRACE(std::string(joint.name) + " " + parameter.name);
       TWeldParams params;
+      initWeldParameters(joint.type, params, TWeldPosType::centre);
       tool::setValue(params, parameter, tool::valueOf(params, parameter));
       if (tool::isFlag(parameter)) continue;
       const TParameterLimits& limits = parameter.limits;
@@ -55,14 +56,14 @@ TEST_F(ZelweldTest, ParameterFilesComeBackWithEveryValueUnderEitherName) {
     TWeldParams params;
     double step = 0.0;
     for (const TWeldParameter& parameter : joint.parameters) {
-      EXPECT_NE(table.find(tool::labelOf(parameter)), std::string::npos) << parameter.name;
+      EXPECT_NE(table.find(weldParameterLabel(parameter)), std::string::npos) << parameter.name;
       step += 1.0;
       parameter.value.set(params, parameter.limits.min + (parameter.limits.max > 50.0 ? step : step / 32.0));
       named[parameter.name] = fields[parameter.field] = tool::valueOf(params, parameter);
     }
     for (const auto& file : {named, fields}) {
       writeFile(folder / "p.json", file.dump());
-      EXPECT_EQ(tool::paramsToJson(tool::loadParams({(folder / "p.json").string(), "", "", {}})), named);
+      EXPECT_EQ(tool::paramsToJson(tool::loadJob({(folder / "p.json").string(), "", "", {}}).params), named);
     }
   }
 }
@@ -70,14 +71,16 @@ TEST_F(ZelweldTest, ParameterFilesComeBackWithEveryValueUnderEitherName) {
 TEST_F(ZelweldTest, OptionsWinOverTheFileAndSetOverBoth) {
   writeFile(folder / "p.json", R"({"weldType": "gap", "weldPosType": "left", "dPara8": 12})");
   const std::string file = (folder / "p.json").string();
-  EXPECT_EQ(tool::loadParams({file, "", "", {}}).dPara8, 12.0);
-  const TWeldParams changed = tool::loadParams(
-      {file, "butt-gap", "2", {"dPara8=15", "minGapPx=16", "angleRange4.min=-5.5", "stripeAngleDeg.max=30"}});
+  EXPECT_EQ(tool::loadJob({file, "", "", {}}).params.dPara8, 12.0);
+  const TWeldParams changed =
+      tool::loadJob(
+          {file, "butt-gap", "2", {"dPara8=15", "minGapPx=16", "angleRange4.min=-5.5", "stripeAngleDeg.max=30"}})
+          .params;
   EXPECT_EQ(changed.weldPosType, TWeldPosType::right);
   EXPECT_EQ(changed.dPara8, 16.0);
   EXPECT_EQ(changed.angleRange4.min, -5.5);
   EXPECT_EQ(changed.angleRange4.max, 30.0);
-  EXPECT_THROW(tool::loadParams({file, "corner", "0", {}}), tool::TCliError);  // corner does not read dPara8
+  EXPECT_THROW(tool::loadJob({file, "corner", "0", {}}), tool::TCliError);  // corner does not read dPara8
 }
 
 TEST_F(ZelweldTest, SimulationRepeatsItselfAndSaysWhatIsTrue) {

@@ -1,4 +1,4 @@
-"""Opens the pages of report and sweep in headless Chromium, without a network, and uses them as a person does.
+"""Opens the pages of report, sweep and compare in headless Chromium, without a network, and uses them as a person does.
 
 report_page_test.py ZELWELD CHROMIUM CHROMEDRIVER; ends with 77 where any of it is missing.
 """
@@ -35,7 +35,9 @@ def make_pages(zelweld, folder):
     (folder / "f/frame_0011.png").rename(folder / "f/x<img src=y onerror=alert(1)>.png")
     run("report", "f", "--type", "gap", "--exact", "--out", "report.html")
     run("sweep", "f", "--frames", "0:4", "--type", "gap", "--set", "dPara8=5:105:10", "--out", "sweep.html")
-    return folder / "report.html", folder / "sweep.html"
+    (folder / "a.json").write_text('{"weldType": "gap"}')
+    run("compare", "a.json", "f", "--set", "minGapPx=200", "--out", "compare.html")
+    return folder / "report.html", folder / "sweep.html", folder / "compare.html"
 
 
 def open_browser(chromium, driver):
@@ -183,6 +185,15 @@ def check_sweep(browser):
     assert "suggestion for minGapPx" in cards and "none" not in cards, cards
 
 
+def check_compare(browser):
+    pairs = browser.find_elements(By.CSS_SELECTOR, "#frames .pair")
+    assert len(pairs) == FRAMES - len(DARK), len(pairs)
+    assert browser.execute_script("return [...document.images].every((image) => image.naturalWidth > 0)")
+    assert "B: lost. " in pairs[0].text and "set by minGapPx" in pairs[0].text, pairs[0].text
+    figures = browser.find_element(By.ID, "figures").text
+    assert f"frames found {FRAMES - len(DARK)} 0" in figures, figures
+
+
 def main():
     zelweld, chromium, driver = sys.argv[1:4]
     if not os.path.exists(chromium) or not os.path.exists(driver):
@@ -196,7 +207,7 @@ def main():
         pages = make_pages(zelweld, pathlib.Path(name))
         browser = open_browser(chromium, driver)
         try:
-            for page, check in zip(pages, (check_report, check_sweep)):
+            for page, check in zip(pages, (check_report, check_sweep, check_compare)):
                 browser.get(page.as_uri())
                 check(browser)
                 messages = browser.get_log("browser")

@@ -35,8 +35,8 @@ protected:
 };
 
 TEST_F(ReportTest, PageHoldsEveryFrameWithReasonTestsAndPicture) {
-  zelweldOk("report f --type gap --set dPara8=12 --exact --out sub/r.html");
-  const auto data = dataOf(folder / "sub/r.html");
+  zelweldOk("report f --type gap --set dPara8=12 --exact --out r.html");
+  const auto data = dataOf(folder / "r.html");
   ASSERT_FALSE(data.is_discarded());
   ASSERT_EQ(data["frames"].size(), kFrames);
   EXPECT_EQ(data["summary"]["found"], kFrames - 1);
@@ -67,10 +67,13 @@ TEST_F(ReportTest, FileNamesCannotEndTheDataOfThePage) {
   EXPECT_EQ(data["frames"][0]["file"], "</script><b>\"&'.png");
 }
 
-TEST_F(ReportTest, FramesBeforeABadOneAreReported) {
+TEST_F(ReportTest, UnreadableFramesAreReportedWithoutAPicture) {
   writeFile(folder / "f/frame_0002.png", "not an image");
   EXPECT_EQ(zelweld("report f --type gap --out r.html").exitCode, 3);
-  EXPECT_EQ(dataOf(folder / "r.html")["frames"].size(), 2U);
+  const auto data = dataOf(folder / "r.html");
+  ASSERT_EQ(data["frames"].size(), kFrames);
+  EXPECT_NE(data["frames"][2]["sentence"].get<std::string>().find("no whole image"), std::string::npos);
+  EXPECT_FALSE(data["details"].contains("2"));
 }
 
 TEST_F(ReportTest, ExplainAddsReasonsToEveryFormat) {

@@ -40,7 +40,7 @@ std::string tableRow(const TWeldParameter& parameter) {
   return tool::join(
       {"| `" + std::string(parameter.name) + "` (`" + parameter.field + "`)", parameter.meaning,
        *parameter.unit == '\0' ? "-" : parameter.unit, tool::valueOf(TWeldParams(), parameter).dump(),
-       tool::describeLimits(parameter), (isFlag ? "`false`: " : "") + std::string(parameter.tooLow),
+       weldParameterRange(parameter), (isFlag ? "`false`: " : "") + std::string(parameter.tooLow),
        (isFlag ? "`true`: " : "") + std::string(parameter.tooHigh) + " |\n"},
       " | ");
 }
@@ -87,7 +87,7 @@ std::vector<std::vector<TWeldJoint>> sections() {
 }
 
 void writePage(const fs::path& docs) {
-  tool::makeFolder(docs / kFigureFolder);
+  fs::create_directories(docs / kFigureFolder);
   std::string page = kIntroduction;
   for (const std::vector<TWeldJoint>& joints : sections()) {
     for (const TWeldJoint& joint : joints) {
