@@ -16,8 +16,14 @@ std::vector<const CLI::App*> commandsOf(const CLI::App& program) {
   return program.get_subcommands([](const CLI::App*) { return true; });
 }
 
+// A group of options is a subcommand without a name.
 std::vector<const CLI::Option*> optionsOf(const CLI::App& command) {
-  return command.get_options([](const CLI::Option*) { return true; });
+  std::vector<const CLI::Option*> options = command.get_options([](const CLI::Option*) { return true; });
+  for (const CLI::App* const group : commandsOf(command)) {
+    const std::vector<const CLI::Option*> members = group->get_options([](const CLI::Option*) { return true; });
+    if (group->get_name().empty()) options.insert(options.end(), members.begin(), members.end());
+  }
+  return options;
 }
 
 bool takesValue(const CLI::Option& option) {

@@ -193,8 +193,7 @@ void addSimulateCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   CLI::Option_group* const what = command->add_option_group("what");
   what->add_option("--type", options->type, "Joint, by name or number: " + jointNames());
-  what->add_option("--plate", options->plate,
-                   "Instead, plates without a stripe: tight, gap, step, scribe or none");
+  what->add_option("--plate", options->plate, "Instead, plates without a stripe: tight, gap, step, scribe, none");
   what->require_option(1);
   command->add_option("--position", options->position, "Position of the true seam point: " + positionNames())
       ->capture_default_str();

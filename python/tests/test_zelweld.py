@@ -79,7 +79,7 @@ def test_refuses_other_frames_in_one_line(change, error, says):
     [
         ({"joint": "seam"}, ValueError, "joint: 'seam' is none; there are gap, lap"),
         ({"joint": "gap", "position": "upper"}, ValueError, "it has centre, left, right"),
-        ({"joint": "gap", "min_gap_px": 0}, ValueError, "min_gap_px: 0 is not from 1"),
+        ({"joint": "gap", "min_gap_px": 0}, ValueError, "min_gap_px: 0 is not from 2"),
         ({"joint": "gap", "min_gap_px": "wide"}, TypeError, "'wide' is no number"),
         ({"joint": "gap", "min_step_px": 3}, TypeError, "min_step_px: no setting of a gap; there are line_tol"),
         ({"joint": "gap", "hold_frames": "long"}, TypeError, "hold_frames: 'long'"),

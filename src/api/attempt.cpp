@@ -113,7 +113,7 @@ TFound tryRidges(const TQuest& quest, TList<TWeldPointStatus> status) {
 TFound attempt(const TQuest& quest, const TLook& look, const TExtraction& extraction, const TPrevious& previous) {
   TFound found = findOn(quest, extract(quest, look, extraction), previous);
   const bool triesRidges = !found.seam.isFound && quest.joint.rules.hasSecondChance && quest.grantsSecondChance;
-  return triesRidges ? tryRidges(quest, std::move(found.stripe.status)) : found;
+  return triesRidges ? tryRidges(quest, std::move(found.stripe.status)) : std::move(found);
 }
 
 TFound attemptByRule(const TQuest& quest, const TExtraction& extraction, const TPrevious& previous) {

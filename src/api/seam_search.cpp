@@ -2,6 +2,7 @@
 
 #include "api/seam_gate.h"
 #include "api/search_guide.h"
+#include "stripe/whole_stripe.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,7 +13,6 @@ namespace {
 
 constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
 constexpr double kPresentShare = 0.25;  // of those that edge pairs saw: on less the stripe has gone elsewhere
-constexpr double kMinExtentShare = 0.125;  // of the image's columns: two scraps on one line make a gap
 
 constexpr TCheck kExtent = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
                                       "columns with a stripe centre", TRule::atLeast);
@@ -79,7 +79,7 @@ TFound searchFirst(const TSearch& search) {
 
 // A seam on a scrap of stripe is none.
 void refuseScraps(const TSearch& search, TFound& found) {
-  const int minColumns = shareOf(search.columns(), kMinExtentShare);
+  const int minColumns = shareOf(search.columns(), kLeastExtent);
   if (!search.isAutomatic() || !found.seam.isFound || found.columns >= minColumns) return;
   found.seam = TSeam(std::move(found.seam.stripePts));
   search.quest.frame.trace.atGate().passes(kExtent, found.columns, minColumns);

@@ -109,8 +109,8 @@ TEST_F(ZelweldTest, NoSettingIsAdvisedForAStripeWithoutAJoint) {
 // Camera frames of an upright stripe over a tight gap, with labels.
 TEST_F(ZelweldTest, NothingWrongIsSuggestedOnRealFrames) {
   const char* const root = std::getenv("ZELWELD_FRAMES");
-  const std::filesystem::path run = std::filesystem::path(root == nullptr ? "" : root) / "nghia-butt/run_c";
-  if (!std::filesystem::exists(run / "labels.csv")) GTEST_SKIP() << "no labelled frames: set ZELWELD_FRAMES";
+  const auto run = std::filesystem::path(root == nullptr ? DEFAULT_FRAMES : root) / "nghia-butt/run_c";
+  if (!std::filesystem::exists(run / "labels.csv")) GTEST_SKIP() << "no labelled frames in " << run;
   const std::string truth = " --truth " + (run / "labels.csv").string();
   const std::string region = " --rotate 90 --roi 600,300,350,700";
   std::smatch found;
