@@ -70,13 +70,15 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
   double sum = 0.0;
   int counted = 0;
   float best = 0.0F;
-  for (float aside = halfWidth + kNearestCopy; aside <= copies.reach(); aside += kCopyStep) {
+  float aside = halfWidth + kNearestCopy;
+  while (aside <= copies.reach()) {
     for (const float side : {-aside, aside}) {
       const float contrast = copies.contrastAt(side);
       best = std::max(best, contrast);
       sum += std::abs(static_cast<double>(contrast));
       ++counted;
     }
+    aside += kCopyStep;
   }
   const double mean = std::max(sum / std::max(counted, 1), 1e-3);
   features[static_cast<int>(TF::standsOut)] = lnOf(static_cast<double>(own) / mean);

@@ -38,25 +38,26 @@ TColumns insideOf(int start, int columns, int all) {
 // Blocks of rows whose columns begin alike. Pixels are read in the order of the image, whichever way the view
 // lies.
 void takeRows(const TGreyView& view, const TLogField& field, int firstRow, int rows, TColumns inside) {
+  constexpr std::ptrdiff_t kTwo = 2;
   const auto& table = logTable();
-  const unsigned char* const origin =
-      view.first + (field.begin + 2 * firstRow) * view.stepAlong + 2 * field.starts[firstRow] * view.stepAcross;
+  const unsigned char* const origin = view.first + (field.begin + kTwo * firstRow) * view.stepAlong +
+                                      kTwo * field.starts[firstRow] * view.stepAcross;
   const auto sumAt = [&](const unsigned char* p) {
     return p[0] + p[view.stepAlong] + p[view.stepAcross] + p[view.stepAlong + view.stepAcross];
   };
   if (view.stepAcross == 1) {
     for (int r = 0; r < rows; ++r) {
-      const unsigned char* const line = origin + 2 * r * view.stepAlong;
+      const unsigned char* const line = origin + kTwo * r * view.stepAlong;
       short* const row = field.row(firstRow + r);
-      for (int x = inside.begin; x < inside.end; ++x) row[x] = table[sumAt(line + 2 * x)];
+      for (int x = inside.begin; x < inside.end; ++x) row[x] = table[sumAt(line + kTwo * x)];
     }
     return;
   }
   for (int x = inside.begin; x < inside.end; ++x) {
-    const unsigned char* const line = origin + 2 * x * view.stepAcross;
+    const unsigned char* const line = origin + kTwo * x * view.stepAcross;
     short* const column = field.row(firstRow) + x;
     for (int r = 0; r < rows; ++r)
-      column[r * static_cast<std::ptrdiff_t>(field.stride)] = table[sumAt(line + 2 * r)];
+      column[r * static_cast<std::ptrdiff_t>(field.stride)] = table[sumAt(line + kTwo * r)];
   }
 }
 
@@ -78,10 +79,11 @@ TLogField::TLogField(const TGreyView& view, const TFieldBand& band, TMemory* mem
   const int all = view.across / 2;
   columns = band.halfPx > 0 ? band.halfPx + 1 : all;
   stride = (columns + 2 * kFieldMargin + kStrideUnit - 1) / kStrideUnit * kStrideUnit;
+  const int halfColumns = columns / 2;
   starts.reserve(static_cast<std::size_t>(rows));
   for (int r = 0; r < rows; ++r) {
     const double middle = band.middle + band.slope * (begin + 2 * r + 0.5 - band.about);
-    const double start = std::clamp(std::floor(0.5 * middle) - columns / 2, 1.0 - columns, all - 1.0);
+    const double start = std::clamp(std::floor(0.5 * middle) - halfColumns, 1.0 - columns, all - 1.0);
     starts.push_back(band.halfPx > 0 ? static_cast<int>(start) : 0);  // one column at least is the image's
   }
   values = TBuffer<short>(memory, static_cast<std::size_t>(rows) * static_cast<std::size_t>(stride));

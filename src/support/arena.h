@@ -76,7 +76,7 @@ public:
 
 private:
   struct TChunk {
-    alignas(64) std::array<std::byte, 96 * 1024> bytes;  // not filled
+    alignas(64) std::array<std::byte, std::size_t{96} * 1024> bytes;  // not filled
     TByteRow row{bytes.data(), bytes.size()};
     std::unique_ptr<TChunk> earlier;
   };
