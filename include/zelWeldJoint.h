@@ -75,7 +75,8 @@ ZELWELDDETECT_EXPORT TJointMeasurement measureJoint(const TWeldLineRes& result, 
 
 struct TJointCandidate {
   TWeldType weldType = TWeldType::none;
-  double score = 0.0;  // by how much the joint explains the stripe better than a plate or a curve does, > 0
+  double score = 0.0;  // by how much the joint explains the stripe better than a plate or a curve does, > 0; of a
+                       // butt gap, which stands alone, its width in px
 };
 
 // What joint the stripe in an image may be: every one that explains it better than a plate or a curve, the best

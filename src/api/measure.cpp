@@ -234,6 +234,21 @@ TJointMeasurement measureSeam(const TSeam& seam, const TJoint* joint, TMemory* m
 
 }  // namespace weld
 
+namespace {
+
+// A gap bends no profile: the columns that a plate would have and the stripe lacks speak for it. Nothing where the
+// default tracker would not take it at once.
+std::optional<TJointCandidate> recogniseGap(const weld::TFrame& frame, const weld::TStripe& stripe) {
+  const weld::TJoint* const joint = weld::findJoint(TWeldType::buttGap);
+  const weld::TSeam seam = joint->rules.findOwn(frame, stripe, {});
+  if (!seam.isFound || seam.isUnsure) return std::nullopt;
+  const TJointMeasurement measured = weld::measureSeam(seam, joint, frame.memory);
+  if (!measured.isValid) return std::nullopt;
+  return TJointCandidate{TWeldType::buttGap, measured.gapPx};
+}
+
+}  // namespace
+
 TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& params) {
   const std::vector<cv::Point2f>& points = result.stripePts;
   const bool areUsable = std::all_of(points.begin(), points.end(), weld::isUsable);
@@ -263,5 +278,7 @@ std::vector<TJointCandidate> recogniseJoint(const cv::Mat& image) {
   const weld::TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, &memory);
   for (const weld::TRankedJoint& ranked : weld::rankProfiles(profile, {}, &memory))
     candidates.push_back({ranked.weldType, ranked.fit.score});
+  if (!candidates.empty()) return candidates;
+  if (const auto gap = recogniseGap(frame, stripe)) candidates.push_back(*gap);
   return candidates;
 }

@@ -61,7 +61,7 @@ TEST(Measurement, ofAPlainResultIsThatOfTheTrackerAndGarbageIsNotValid) {
 }
 
 TEST(Measurement, theDrawnJointIsTheFirstCandidateAndAStraightStripeHasNone) {
-  for (const TJoint joint : {TJoint::vGroove, TJoint::flareV, TJoint::corner}) {
+  for (const TJoint joint : {TJoint::vGroove, TJoint::flareV, TJoint::corner, TJoint::buttGap}) {
     const auto found = recogniseJoint(renderScene(randomScene(joint, scenes::TLevel::clean, 3)).image);
     ASSERT_FALSE(found.empty()) << static_cast<int>(joint);
     EXPECT_EQ(found.front().weldType, scenes::weldTypeOf(joint));
