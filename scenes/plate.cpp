@@ -124,8 +124,8 @@ void paintArc(const TPlateParams& params, cv::Point2d arc, cv::Mat1f& light) {
   if (params.look.glow > 0.0) addSpot(arc, {reach, reach}, params.look.glow, nullptr, light);
   TRandom random(params.seed, TStream::spatter, params.frame);
   for (int i = 0; i < params.look.spatter; ++i) {
-    const double y = random.uniform(0.0, light.rows);
-    const cv::Point2d centre(random.uniform(0.0, light.cols), y);
+    const double centreY = random.uniform(0.0, light.rows);
+    const cv::Point2d centre(random.uniform(0.0, light.cols), centreY);
     const double radius = random.uniform(0.8, 3.5);
     addSpot(centre, {radius, radius}, params.look.level * random.uniform(-0.7, 1.3), nullptr, light);
   }

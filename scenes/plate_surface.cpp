@@ -36,8 +36,8 @@ public:
     TRandom random(plate.seed, TStream::plate, 3);
     const TSinCos side = sinCosDeg(random.uniform(0.0, 360.0));
     shadowNormal = {side.cos, side.sin};
-    const double y = plate.size.height * random.uniform(0.2, 0.8);
-    const cv::Point2d through(plate.size.width * random.uniform(0.2, 0.8), y);
+    const double throughY = plate.size.height * random.uniform(0.2, 0.8);
+    const cv::Point2d through(plate.size.width * random.uniform(0.2, 0.8), throughY);
     shadowEdge = shadowNormal.dot(through);
   }
 
@@ -96,8 +96,8 @@ void dim(cv::Point2d centre, double radiusPx, double factor, cv::Mat1f& light) {
 
 // A thin line, bent a little, that fades towards its ends. Every pixel is touched once.
 void paintScratch(TRandom& random, cv::Mat1f& light) {
-  const double y = random.uniform(0.0, light.rows);
-  const cv::Point2d middle(random.uniform(0.0, light.cols), y);
+  const double centreY = random.uniform(0.0, light.rows);
+  const cv::Point2d middle(random.uniform(0.0, light.cols), centreY);
   const TSinCos turn = sinCosDeg(random.uniform(0.0, 180.0));
   const double halfPx = random.uniform(20.0, 160.0);
   const double bend = random.uniform(-0.15, 0.15) / halfPx;
@@ -119,8 +119,8 @@ void paintScratch(TRandom& random, cv::Mat1f& light) {
 }
 
 void paintOxide(TRandom& random, const TLattice& ragged, cv::Mat1f& light) {
-  const double y = random.uniform(0.0, light.rows);
-  const cv::Point2d centre(random.uniform(0.0, light.cols), y);
+  const double centreY = random.uniform(0.0, light.rows);
+  const cv::Point2d centre(random.uniform(0.0, light.cols), centreY);
   const double radiusPx = random.uniform(30.0, 130.0);
   const double depth = random.uniform(0.1, 0.35);
   const int reach = static_cast<int>(1.6 * radiusPx);
@@ -193,8 +193,8 @@ void paintMarks(const TPlateParams& params, cv::Mat1f& light) {
   const TLattice ragged(TRandom(params.seed, TStream::plate, 5));
   for (int i = 0; i < params.look.oxideSpots; ++i) paintOxide(random, ragged, light);
   for (int i = 0; i < params.look.oilSpots; ++i) {
-    const double y = random.uniform(0.0, light.rows);
-    const cv::Point2d centre(random.uniform(0.0, light.cols), y);
+    const double centreY = random.uniform(0.0, light.rows);
+    const cv::Point2d centre(random.uniform(0.0, light.cols), centreY);
     const double radiusPx = random.uniform(8.0, 45.0);
     dim(centre, radiusPx + 2.0, 1.15, light);  // the bright rim of a drop
     dim(centre, radiusPx, random.uniform(0.5, 0.8), light);

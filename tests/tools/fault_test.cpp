@@ -58,7 +58,7 @@ TEST_F(FaultTest, StopSignalLeavesAWholeReportAndNoHalfComparison) {
   for (int i = 0; i < 1000; ++i) frames += " f";
   for (const char* const command : {"report --type gap --out page.html", "compare p.json p.json"}) {
     SCOPED_TRACE(command);
-    const TRun run = shell(std::string("timeout --preserve-status -s INT 2 \"$Z\" ") + command + frames);
+    const TRun run = shell(std::string("timeout --preserve-status -s INT 4 \"$Z\" ") + command + frames);
     EXPECT_EQ(run.exitCode, 130);
     EXPECT_EQ(run.out, "");
     EXPECT_NE(run.err.find("SIGINT"), std::string::npos) << run.err;
