@@ -7,7 +7,6 @@
 #include "trace/trace_conclusion.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <optional>
 
@@ -144,21 +143,6 @@ const TCornerPreset* findPreset(const TQuest& quest, const TSecondLook& look) {
   return nullptr;
 }
 
-// "vGroove" -> "V groove", "flareV" -> "flare V".
-std::string jointWords(const std::string& name) {
-  const auto isCapital = [&](std::size_t i) {
-    return i < name.size() && std::isupper(static_cast<unsigned char>(name[i])) != 0;
-  };
-  std::string words;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const bool isLetterAlone = (i == 0 && isCapital(1)) || (isCapital(i) && i + 1 == name.size());
-    const auto c = static_cast<unsigned char>(name[i]);
-    words += isCapital(i) ? " " : "";
-    words += static_cast<char>(isLetterAlone ? std::toupper(c) : std::tolower(c));
-  }
-  return words;
-}
-
 std::size_t edgePairsOf(const cv::Mat& image) {
   const TWeldParams none;
   const TFrame frame = heapFrame(image, none);
@@ -230,9 +214,9 @@ void adviseFrame(const cv::Mat& image, const TJoint& joint, TFrameTrace& trace) 
   }
   trace.advice = attempt.advice;
   const TWeldType better = joint.rules.hasSeamPoint ? betterJoint(attempt, joint.info.type) : TWeldType::none;
-  const TWeldJoint* const row = findWeldJoint(better);
+  const TJoint* const row = findJoint(better);
   if (row != nullptr)
-    trace.advice = "looks like a " + jointWords(row->name) + ": --type " + row->name +
+    trace.advice = std::string(row->rules.looksLike) + ": --type " + row->info.name +
                    (trace.advice.empty() ? "" : "; else " + trace.advice);
 }
 

@@ -13,14 +13,10 @@ namespace weld {
 struct TFound {
   explicit TFound(TMemory* memory) : seam(memory), stripe(memory) {}
   TFound(TSeam on, TStripe with, int pairs)
-      : seam(std::move(on)),
-        stripe(std::move(with)),
-        columns(static_cast<int>(stripe.points.size())),
-        edgePairColumns(pairs) {}
+      : seam(std::move(on)), stripe(std::move(with)), edgePairColumns(pairs) {}
 
   TSeam seam;
   TStripe stripe;
-  int columns = 0;          // with a centre
   int edgePairColumns = 0;  // with a centre of an edge pair
 };
 

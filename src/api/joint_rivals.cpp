@@ -1,5 +1,6 @@
 #include "api/joint_rivals.h"
 
+#include "api/joints.h"
 #include "stripe/longest_piece.h"
 
 #include <algorithm>
@@ -13,24 +14,7 @@ constexpr double kSamePlacePx = 8.0;
 constexpr double kClearlyBetter = 40.0;  // gain over a plate; a stripe's own joint has 50 to 300
 
 const char* looksLike(TWeldType type) {
-  switch (type) {
-    case TWeldType::uGroove:
-      return "the stripe looks like a U groove";
-    case TWeldType::vGroove:
-      return "the stripe looks like a V groove";
-    case TWeldType::singleBevel:
-      return "the stripe looks like a single bevel groove";
-    case TWeldType::flareV:
-      return "the stripe looks like a flare V groove";
-    case TWeldType::flareBevel:
-      return "the stripe looks like a flare bevel groove";
-    case TWeldType::corner:
-      return "the stripe looks like a corner";
-    case TWeldType::lap:
-      return "the stripe looks like a lap";
-    default:
-      return "the stripe looks like a butt joint";
-  }
+  return findJoint(type)->rules.looksLike;
 }
 
 bool isGroove(TWeldType type) {

@@ -37,12 +37,14 @@ TJointRules gapRules() {
   TJointRules rules = rulesOf(findGap, measureGap);
   rules.findOwn = findOwnGap;
   rules.rivalOf = rivalOfGap;
+  rules.looksLike = "the stripe looks like a butt joint";
   return rules;
 }
 
 TJointRules lapRules() {
   TJointRules rules = rulesOf(findLap, measureLap);
   rules.rivalOf = rivalOfLap;
+  rules.looksLike = "the stripe looks like a lap";
   return rules;
 }
 
@@ -50,6 +52,7 @@ TJointRules cornerRules() {
   TJointRules rules = rulesOf(findCorner, measureCorner);
   rules.findOwn = findOwnCorner;
   rules.rivalOf = rivalOfCorner;
+  rules.looksLike = "the stripe looks like a corner";
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
   return rules;
@@ -72,12 +75,14 @@ TJointRules presenceRules() {
 }
 
 // The five grooves are one profile engine's, and read the same settings.
-TJoint groove(TWeldType type, const char* name, const char* shortName, const char* meaning) {
+TJoint groove(TWeldType type, const char* name, const char* shortName, const char* meaning,
+              const char* looksLike) {
   const std::vector<TFeature> features = {TFeature::root, TFeature::leftRoot, TFeature::rightRoot,
                                           TFeature::leftShoulder, TFeature::rightShoulder};
   const std::vector<TPos> positions = {TPos::centre, TPos::left, TPos::right, TPos::upper, TPos::lower};
   TJointRules rules = profileRules(findGroove);
   rules.rivalOf = rivalOfGroove;
+  rules.looksLike = looksLike;
   return {{type, name, shortName, meaning, positions, features, grooveParameters()}, std::move(rules)};
 }
 
@@ -115,11 +120,16 @@ const std::vector<TJoint>& joints() {
         {TFeature::leftEnd, TFeature::rightEnd},
         plateParameters()},
        plateRules()},
-      groove(TWeldType::uGroove, "uGroove", "u", "two steep walls and a round bottom"),
-      groove(TWeldType::vGroove, "vGroove", "v", "two flanks between two plates"),
-      groove(TWeldType::singleBevel, "singleBevel", "bevel", "one flank and one upright wall"),
-      groove(TWeldType::flareV, "flareV", "flareV", "two round edges side by side"),
-      groove(TWeldType::flareBevel, "flareBevel", "flareBevel", "a round edge beside a plate"),
+      groove(TWeldType::uGroove, "uGroove", "u", "two steep walls and a round bottom",
+             "the stripe looks like a U groove"),
+      groove(TWeldType::vGroove, "vGroove", "v", "two flanks between two plates",
+             "the stripe looks like a V groove"),
+      groove(TWeldType::singleBevel, "singleBevel", "bevel", "one flank and one upright wall",
+             "the stripe looks like a single bevel groove"),
+      groove(TWeldType::flareV, "flareV", "flareV", "two round edges side by side",
+             "the stripe looks like a flare V groove"),
+      groove(TWeldType::flareBevel, "flareBevel", "flareBevel", "a round edge beside a plate",
+             "the stripe looks like a flare bevel groove"),
       {{TWeldType::stripePresence,
         "stripePresence",
         "presence",

@@ -143,26 +143,33 @@ bool isOpen(const TFrame& frame, TPointView points, const TLineHole& hole) {
   return frame.trace.passes(kFilled, filled / std::max(width - 1, 1), kMostFilled);
 }
 
-// The light on a row and beside it, over that of the stripe's surroundings in the same column.
-int lightOver(const cv::Mat& grey, int x, double y, int clearPx) {
-  const int row = roundToInt(y);
-  const auto level = [&](int r) {
-    return static_cast<int>(grey.at<unsigned char>(std::clamp(r, 0, grey.rows - 1), x));
-  };
-  int brightest = 0;
-  for (int r = row - kLineRows; r <= row + kLineRows; ++r) brightest = std::max(brightest, level(r));
-  return brightest - std::max(level(row - clearPx), level(row + clearPx));
-}
+// The columns about a gap.
+struct TGreyColumns {
+  cv::Mat grey;
+  int firstX;
+  int clearPx;  // from the stripe to its surroundings
+
+  // The light on a row and beside it, over that of the surroundings in the same column.
+  int over(int x, double y) const {
+    const int row = roundToInt(y);
+    const auto level = [&](int r) {
+      return static_cast<int>(grey.at<unsigned char>(std::clamp(r, 0, grey.rows - 1), x - firstX));
+    };
+    int brightest = 0;
+    for (int r = row - kLineRows; r <= row + kLineRows; ++r) brightest = std::max(brightest, level(r));
+    return brightest - std::max(level(row - clearPx), level(row + clearPx));
+  }
+};
 
 // Median over the centres of the line beside an edge; 0 without any.
-double lightBeside(const cv::Mat& grey, TPointView points, const TLineHole& hole, bool isLeft, int clearPx) {
+double lightBeside(const TGreyColumns& columns, TPointView points, const TLineHole& hole, bool isLeft) {
   std::array<double, kBesideColumns> light{};
   std::size_t count = 0;
   const int firstX = isLeft ? hole.leftX - kBesideColumns + 1 : hole.rightX;
   for (const cv::Point2f p : points) {
     const int x = truncToInt(p.x);
     if (x < firstX || x >= firstX + kBesideColumns) continue;
-    light[count++] = lightOver(grey, x, static_cast<double>(p.y), clearPx);
+    light[count++] = columns.over(x, static_cast<double>(p.y));
   }
   const auto middle = light.begin() + static_cast<std::ptrdiff_t>(count / 2);
   std::nth_element(light.begin(), middle, light.begin() + static_cast<std::ptrdiff_t>(count));
@@ -171,15 +178,18 @@ double lightBeside(const cv::Mat& grey, TPointView points, const TLineHole& hole
 
 // A blob beside the stripe or spatter over it takes the centres, but the stripe shines on.
 bool isDark(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
-  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
-  const cv::Mat grey = toGrey(frame.image, pixels);
-  const int clearPx = roundToInt(stripe.widthPx) + kClearPx;
-  const double beside = std::min(lightBeside(grey, stripe.points, hole, true, clearPx),
-                                 lightBeside(grey, stripe.points, hole, false, clearPx));
+  const cv::Rect columns(hole.leftX - kBesideColumns, 0, hole.rightX - hole.leftX + 2 * kBesideColumns,
+                         frame.image.rows);
+  const cv::Rect part = columns & cv::Rect({0, 0}, frame.image.size());
+  const cv::Mat seen = frame.image(part);
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
+  const TGreyColumns light{toGrey(seen, pixels), part.x, roundToInt(stripe.widthPx) + kClearPx};
+  const double beside =
+      std::min(lightBeside(light, stripe.points, hole, true), lightBeside(light, stripe.points, hole, false));
   int lit = 0;
   for (int x = hole.leftX + 1; x < hole.rightX; ++x) {
     const double y = hole.slope * x + hole.intercept;
-    lit += lightOver(grey, x, y, clearPx) >= std::max(kLitShare * beside, 1.0) ? 1 : 0;
+    lit += light.over(x, y) >= std::max(kLitShare * beside, 1.0) ? 1 : 0;
   }
   return frame.trace.passes(kDark, static_cast<double>(lit) / std::max(hole.rightX - hole.leftX - 1, 1), kMostLit);
 }

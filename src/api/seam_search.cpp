@@ -38,14 +38,13 @@ TLook lookAround(const TSearch& search, const TPrevious& stripe) {
   return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), band);
 }
 
-// Along a stripe.
-//   columns  that it has
-TFound searchNear(const TSearch& search, const TPrevious& stripe, int columns) {
+// Along the stripe of a seam.
+TFound searchNear(const TSearch& search, const TSearchMemory& known) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TExtraction extraction{search.options.extraction, shareOf(columns, kWholeShare),
-                               shareOf(search.memory.edgePairColumns, kPresentShare)};
-  return attempt(search.quest, lookAround(search, stripe), extraction, findsAnew ? TPrevious() : stripe);
+  const TExtraction extraction{search.options.extraction, shareOf(known.columns, kWholeShare),
+                               shareOf(known.edgePairColumns, kPresentShare)};
+  return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
 // What is found along the last stripe stands where it is near the last seam, and on as much stripe as before.
@@ -73,16 +72,17 @@ TFound searchFirst(const TSearch& search) {
   if (!search.isAutomatic() || !found.seam.isFound) return found;
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
-  TFound second = searchNear(search, stripe, static_cast<int>(found.seam.stripePts.size()));
+  TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }
 
 // A seam on a scrap of stripe is none.
 void refuseScraps(const TSearch& search, TFound& found) {
   const int minColumns = shareOf(search.columns(), kLeastExtent);
-  if (!search.isAutomatic() || !found.seam.isFound || found.columns >= minColumns) return;
+  const int columns = static_cast<int>(found.stripe.points.size());
+  if (!search.isAutomatic() || !found.seam.isFound || columns >= minColumns) return;
   found.seam = TSeam(std::move(found.seam.stripePts));
-  search.quest.frame.trace.atGate().passes(kExtent, found.columns, minColumns);
+  search.quest.frame.trace.atGate().passes(kExtent, columns, minColumns);
 }
 
 // Compares two numbers of stripe points, so that a guide or a second attempt would change what it says.
@@ -99,7 +99,7 @@ TFound searchSeam(const TQuest& quest, const TTrackerOptions& options, const TSe
   const TSearch search{quest, options, memory};
   if (!quest.joint.rules.hasSeamPoint) return checkPresence(search);
   if (memory.last.isFound) {
-    TFound near = searchNear(search, memory.last, memory.columns);
+    TFound near = searchNear(search, memory);
     if (isTrusted(search, near) || !options.searchWholeOnLoss) return near;
   }
   TFound found = memory.last.isFound ? searchWhole(search, {}) : searchFirst(search);
