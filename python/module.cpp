@@ -50,7 +50,7 @@ private:
 
 std::unique_ptr<TPyTracker> makeTracker(const py::object& joint, const py::object& position, py::dict settings) {
   const TJointParams params = takeParams(joint, position, settings);
-  const TTrackerOptions options = takeOptions(settings);
+  const TTrackerOptions options = takeOptions(*params.joint, settings);
   requireEmpty(settings, *params.joint);
   return std::make_unique<TPyTracker>(params, options);
 }

@@ -1,10 +1,8 @@
 #include "settings.h"
 
-#include <algorithm>
+#include "zelWeldJob.h"
+
 #include <cctype>
-#include <cmath>
-#include <limits>
-#include <sstream>
 #include <vector>
 
 namespace py = pybind11;
@@ -12,38 +10,23 @@ namespace py = pybind11;
 namespace python {
 namespace {
 
-std::string textOf(double number) {
-  std::ostringstream text;
-  text << number;
-  return text.str();
-}
-
 std::string joined(const std::vector<std::string>& names) {
   std::string text;
   for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
   return text;
 }
 
-bool isIn(double value, const TParameterLimits& limits) {
-  return (limits.isMinExcluded ? value > limits.min : value >= limits.min) && value <= limits.max;
+// As it would be typed.
+std::string textOf(const TWeldParameter& parameter, const py::handle& value) {
+  const bool isFlag = parameter.value.kind == TParameterKind::flag && !py::isinstance<py::str>(value);
+  return isFlag ? (py::bool_(py::reinterpret_borrow<py::object>(value)) ? "true" : "false")
+                : py::str(value).cast<std::string>();
 }
 
 void setParameter(const TWeldParameter& parameter, const std::string& given, const py::handle& value,
                   TWeldParams& params) {
-  double number = 0.0;
-  try {
-    number = value.cast<double>();
-  } catch (const py::cast_error&) {
-    throw py::type_error(given + ": " + py::repr(value).cast<std::string>() + " is no number");
-  }
-  const bool isWhole = parameter.value.kind == TParameterKind::number || std::trunc(number) == number;
-  if (!isIn(number, parameter.limits) || !isWhole) {
-    throw py::value_error(given + ": " + textOf(number) + " is not from " + textOf(parameter.limits.min) + " to " +
-                          textOf(parameter.limits.max) +
-                          (*parameter.unit != '\0' ? std::string(" ") + parameter.unit : "") +
-                          (isWhole ? "" : ", whole numbers"));
-  }
-  parameter.value.set(params, number);
+  const std::string problem = setWeldParameter(params, parameter.name, textOf(parameter, value));
+  if (!problem.empty()) throw py::value_error(given + ": " + problem);
 }
 
 bool isNamed(const TWeldParameter& parameter, const std::string& name) {
@@ -74,45 +57,10 @@ bool setByName(const TWeldJoint& joint, const std::string& name, const py::handl
   return setRange(joint, name, value, params);
 }
 
-TWeldPosType positionOf(const TWeldJoint& joint, const py::object& position) {
-  std::vector<std::string> names;
-  for (const TWeldPosType known : joint.positions) {
-    const bool isNumber = py::isinstance<py::int_>(position);
-    if (isNumber ? position.cast<int>() == static_cast<int>(known)
-                 : position.cast<std::string>() == weldPosText(known)) {
-      return known;
-    }
-    names.emplace_back(weldPosText(known));
-  }
-  throw py::value_error("position: " + py::repr(position).cast<std::string>() + " is none of a " +
-                        joint.shortName + "; it has " + joined(names));
+// The tracker's options as a job holds them: a dictionary of all with their defaults.
+py::dict optionsOfAJob() {
+  return py::module_::import("json").attr("loads")(writeWeldJob(TWeldJob())).attr("get")("tracker");
 }
-
-struct TOption {
-  const char* name;
-  void (*set)(TTrackerOptions& options, const py::handle& value);
-};
-
-TStripeExtraction extractionOf(const std::string& name) {
-  if (name == "automatic") return TStripeExtraction::automatic;
-  if (name == "edge_pairs") return TStripeExtraction::edgePairs;
-  if (name == "ridge") return TStripeExtraction::ridge;
-  throw py::value_error("extraction: '" + name + "' is none; write automatic, edge_pairs or ridge");
-}
-
-const TOption kOptions[] = {
-    {"guide_margin_px", [](TTrackerOptions& o, const py::handle& v) { o.guideMarginPx = v.cast<int>(); }},
-    {"extraction",
-     [](TTrackerOptions& o, const py::handle& v) { o.extraction = extractionOf(v.cast<std::string>()); }},
-    {"reject_impossible_points",
-     [](TTrackerOptions& o, const py::handle& v) { o.rejectImpossiblePoints = v.cast<bool>(); }},
-    {"max_jump_px", [](TTrackerOptions& o, const py::handle& v) { o.maxJumpPx = v.cast<double>(); }},
-    {"accept_after_frames", [](TTrackerOptions& o, const py::handle& v) { o.acceptAfterFrames = v.cast<int>(); }},
-    {"hold_frames", [](TTrackerOptions& o, const py::handle& v) { o.holdFrames = v.cast<int>(); }},
-    {"search_whole_on_loss",
-     [](TTrackerOptions& o, const py::handle& v) { o.searchWholeOnLoss = v.cast<bool>(); }},
-    {"keep_trace", [](TTrackerOptions& o, const py::handle& v) { o.keepTrace = v.cast<bool>(); }},
-};
 
 py::list describeJoints() {
   py::list joints;
@@ -167,7 +115,9 @@ const TWeldJoint& jointOf(const py::object& given) {
 
 TJointParams takeParams(const py::object& joint, const py::object& position, py::dict& settings) {
   TJointParams made{&jointOf(joint), {}};
-  initWeldParameters(made.joint->type, made.params, positionOf(*made.joint, position));
+  initWeldParameters(made.joint->type, made.params, TWeldPosType::centre);
+  const std::string problem = setWeldPosition(made.params, py::str(position).cast<std::string>());
+  if (!problem.empty()) throw py::value_error("position: " + problem);
   py::dict rest;
   for (const auto& [key, value] : settings) {
     const auto name = py::str(key).cast<std::string>();
@@ -177,26 +127,23 @@ TJointParams takeParams(const py::object& joint, const py::object& position, py:
   return made;
 }
 
-TTrackerOptions takeOptions(py::dict& settings) {
-  TTrackerOptions options;
-  for (const TOption& option : kOptions) {
-    if (!settings.contains(option.name)) continue;
-    try {
-      option.set(options, settings[option.name]);
-    } catch (const py::cast_error&) {
-      throw py::type_error(std::string(option.name) + ": " + py::repr(settings[option.name]).cast<std::string>() +
-                           " is of the wrong type");
-    }
-    settings.attr("pop")(option.name);
+TTrackerOptions takeOptions(const TWeldJoint& joint, py::dict& settings) {
+  py::dict tracker;
+  for (const auto& [name, usual] : optionsOfAJob()) {
+    const std::string given = snakeCase(py::str(name).cast<std::string>());
+    if (settings.contains(given)) tracker[name] = settings.attr("pop")(given);
   }
-  return options;
+  const py::dict job(py::arg("zelWeldJob") = 1, py::arg("joint") = joint.name, py::arg("tracker") = tracker);
+  const TJobReading reading = parseWeldJob(py::module_::import("json").attr("dumps")(job).cast<std::string>());
+  if (!reading.problem.empty()) throw py::value_error(reading.problem.substr(reading.problem.find("tracker.")));
+  return reading.job.tracker;
 }
 
 void requireEmpty(const py::dict& settings, const TWeldJoint& joint) {
   if (settings.empty()) return;
   std::vector<std::string> names;
   for (const TWeldParameter& parameter : joint.parameters) names.push_back(snakeCase(parameter.name));
-  for (const TOption& option : kOptions) names.emplace_back(option.name);
+  for (const auto& [name, usual] : optionsOfAJob()) names.push_back(snakeCase(py::str(name).cast<std::string>()));
   throw py::type_error(py::str(settings.begin()->first).cast<std::string>() + ": no setting of a " +
                        joint.shortName + "; there are " + joined(names));
 }

@@ -25,8 +25,8 @@ struct TJointParams {
 // that it knows out of the settings. ValueError for a position or value that the joint does not take.
 TJointParams takeParams(const pybind11::object& joint, const pybind11::object& position, pybind11::dict& settings);
 
-// The same for what a tracker does; takes those that it knows out.
-TTrackerOptions takeOptions(pybind11::dict& settings);
+// The same for what a tracker does, by the names of a job's "tracker".
+TTrackerOptions takeOptions(const TWeldJoint& joint, pybind11::dict& settings);
 
 // TypeError that names a setting that nothing took, and those that there are.
 void requireEmpty(const pybind11::dict& settings, const TWeldJoint& joint);

@@ -78,12 +78,12 @@ def test_refuses_other_frames_in_one_line(change, error, says):
     ("settings", "error", "says"),
     [
         ({"joint": "seam"}, ValueError, "joint: 'seam' is none; there are gap, lap"),
-        ({"joint": "gap", "position": "upper"}, ValueError, "it has centre, left, right"),
-        ({"joint": "gap", "min_gap_px": 0}, ValueError, "min_gap_px: 0 is not from 2"),
-        ({"joint": "gap", "min_gap_px": "wide"}, TypeError, "'wide' is no number"),
+        ({"joint": "gap", "position": "upper"}, ValueError, "buttGap knows no position 'upper': use centre, left, right"),
+        ({"joint": "gap", "min_gap_px": 0}, ValueError, "min_gap_px: minGapPx (dPara8) must be 2 to 100000, not 0"),
+        ({"joint": "gap", "min_gap_px": "wide"}, ValueError, "minGapPx (dPara8) must be 2 to 100000, not wide"),
         ({"joint": "gap", "min_step_px": 3}, TypeError, "min_step_px: no setting of a gap; there are line_tol"),
-        ({"joint": "gap", "hold_frames": "long"}, TypeError, "hold_frames: 'long'"),
-        ({"joint": "gap", "extraction": "best"}, ValueError, "automatic, edge_pairs or ridge"),
+        ({"joint": "gap", "hold_frames": "long"}, ValueError, "tracker.holdFrames must be a whole number from 0 upwards"),
+        ({"joint": "gap", "extraction": "best"}, ValueError, "tracker.extraction must be one of edgePairs, ridge, automatic"),
     ],
 )
 def test_names_the_setting_that_is_wrong(settings, error, says):
