@@ -2,6 +2,7 @@
 
 #include "zelWeldJob.h"
 
+#include <algorithm>
 #include <cctype>
 #include <vector>
 
@@ -135,7 +136,9 @@ TTrackerOptions takeOptions(const TWeldJoint& joint, py::dict& settings) {
   }
   const py::dict job(py::arg("zelWeldJob") = 1, py::arg("joint") = joint.name, py::arg("tracker") = tracker);
   const TJobReading reading = parseWeldJob(py::module_::import("json").attr("dumps")(job).cast<std::string>());
-  if (!reading.problem.empty()) throw py::value_error(reading.problem.substr(reading.problem.find("tracker.")));
+  const std::size_t place = std::min(reading.problem.find("tracker."), reading.problem.size());
+  if (place < reading.problem.size()) throw py::value_error(reading.problem.substr(place));
+  if (!reading.problem.empty()) throw py::value_error(reading.problem);
   return reading.job.tracker;
 }
 
