@@ -51,6 +51,7 @@ python: ## build the Python module zelweld in build/python
 
 test: ## build and run all tests
 	$(setup) build python test
+	@scripts/fetch-axe.sh $(BUILD)/axe.min.js
 	$(configure) -DZELWELD_BUILD_TESTS=ON -DZELWELD_BUILD_PYTHON=ON
 	$(call compile,$(BUILD))
 	$(call run_tests,$(BUILD))

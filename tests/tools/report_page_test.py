@@ -1,6 +1,7 @@
 """Opens the pages of report, sweep and compare in headless Chromium, without a network, and uses them as a person does.
 
-report_page_test.py ZELWELD CHROMIUM CHROMEDRIVER; ends with 77 where any of it is missing.
+report_page_test.py ZELWELD CHROMIUM CHROMEDRIVER AXE; ends with 77 where any of the first three is missing. AXE is the
+axe.min.js of axe-core (scripts/fetch-axe.sh); without it accessibility is not looked at.
 """
 import json
 import os
@@ -195,14 +196,13 @@ def check_compare(browser):
 
 
 def main():
-    zelweld, chromium, driver = sys.argv[1:4]
+    zelweld, chromium, driver, axe_file = sys.argv[1:5]
     if not os.path.exists(chromium) or not os.path.exists(driver):
         print("skipped: chromium or chromedriver is not installed")
         return SKIPPED
-    axe_file = os.environ.get("ZELWELD_AXE", "")
-    axe = pathlib.Path(axe_file).read_text() if axe_file else None
+    axe = pathlib.Path(axe_file).read_text() if os.path.exists(axe_file) else None
     if not axe:
-        print("accessibility not looked at: ZELWELD_AXE names no axe.min.js (npm pack axe-core)")
+        print(f"accessibility not looked at: no {axe_file} (scripts/fetch-axe.sh)")
     with tempfile.TemporaryDirectory() as name:
         pages = make_pages(zelweld, pathlib.Path(name))
         browser = open_browser(chromium, driver)
