@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kMostGroups = 2;  // combinations of parameters that are tried
 constexpr double kMostOfFrames = 0.8;   // that a tighter value is enough for
+constexpr double kLongerJump = 2.0;     // of the longest jump that was given
 constexpr int kStretches = 4;           // of the frames that settings are sifted by
 constexpr int kLeadIn = 4;              // frames before a loss
 constexpr int kStretchFrames = 14;
@@ -153,6 +154,11 @@ std::vector<TSetting> otherWays(const TSetting& given, TWeldType lookalike,
   for (const TStripeExtraction extraction : {TStripeExtraction::edgePairs, TStripeExtraction::ridge}) {
     settings.push_back(changedWay(given, std::string("--extraction ") + extractionText(extraction)));
     settings.back().tracker.extraction = extraction;
+  }
+  if (std::isfinite(given.tracker.maxJumpPx)) {
+    const double longerPx = kLongerJump * given.tracker.maxJumpPx;
+    settings.push_back(changedWay(given, "--max-jump " + plain(longerPx)));
+    settings.back().tracker.maxJumpPx = longerPx;
   }
   if (given.params.weldType == TWeldType::corner) {
     const std::vector<TSetting> presets = presetsOf(given);

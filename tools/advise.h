@@ -9,7 +9,8 @@
 
 namespace tool {
 
-// Other ways to look at the same frames: extraction, a corner's presets, another joint, a quarter turn.
+// Other ways to look at the same frames: extraction, longer jumps, a corner's presets, another joint, a quarter
+// turn.
 //   lookalike  the joint that the lost frames look like; none: no other
 //   turns      the frames may stand upright
 std::vector<TSetting> otherWays(const TSetting& given, TWeldType lookalike,

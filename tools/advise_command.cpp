@@ -213,13 +213,10 @@ void addAdviseCommand(CLI::App& program) {
   const auto options = std::make_shared<TOptions>();
   addSeamRunOptions(*command, options->run);
   command->footer(
-      "Tries extraction, joint, orientation and what the sentences of lost frames ask for, alone and together, "
-      "and\n"
-      "advises the smallest change that finds at least half of the lost frames. None is advised that loses or "
-      "moves\n"
-      "good seams (median 2 px, 95 % 5 px), finds the end of the stripe, jumps, or lets a test pass everything; "
-      "with\n"
-      "--truth, none that gives a wrong seam more. All frames stay in memory.\n"
+      "Tries extraction, longer jumps, joint, orientation and what the sentences of lost frames ask for, alone\n"
+      "and together, and advises the smallest change that finds at least half of the lost frames. None is\n"
+      "advised that loses or moves good seams (median 2 px, 95 % 5 px), finds the end of the stripe, jumps, or\n"
+      "lets a test pass everything; with --truth, none that gives a wrong seam more. All frames stay in memory.\n"
       "Examples:\n"
       "  zelweld advise frames/ --type lap\n"
       "  zelweld advise frames/ --params gap.json --frames 780:840 --truth labels.csv");

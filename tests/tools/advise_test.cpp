@@ -106,6 +106,11 @@ TEST_F(ZelweldTest, NoSettingIsAdvisedForAStripeWithoutAJoint) {
   EXPECT_NE(zelweldOk("advise f --type gap").out.find("nothing to advise"), std::string::npos);
 }
 
+TEST_F(ZelweldTest, LongerJumpsAreAdvisedForASeamThatMovesFast) {
+  simulate("j", "--type gap --frames 6 --drift 45,0 --seed 3");
+  EXPECT_NE(zelweldOk("advise j --type gap").out.find("Advice: --max-jump 80\n"), std::string::npos);
+}
+
 // Camera frames of an upright stripe over a tight gap, with labels.
 TEST_F(ZelweldTest, NothingWrongIsSuggestedOnRealFrames) {
   const char* const root = std::getenv("ZELWELD_FRAMES");
