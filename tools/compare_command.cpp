@@ -57,12 +57,6 @@ std::string jitterText(const TSeamRun& run) {
   return jitter ? fixed(*jitter, 3) + " px" : "-";
 }
 
-std::string truthText(const TTruthFigures& truth) {
-  const auto errorPx = truth.medianErrorPx();
-  return std::to_string(truth.wrong) + " of " + std::to_string(truth.judged) + ", error " +
-         (errorPx ? fixed(*errorPx, 2) + " px" : "-");
-}
-
 // Medians of what either side measured.
 void printMeasures(const TSeamRun& a, const TSeamRun& b) {
   for (const TMeasure& measure : measuresOf(a.type())) {
@@ -86,7 +80,7 @@ void printFigures(const TComparison& both) {
   printLine(row("longest loss, frames", std::to_string(a.longestLoss()), std::to_string(b.longestLoss())));
   printLine(row("jitter", jitterText(a), jitterText(b)));
   if (both.a.truth.judged > 0) {
-    printLine(row("wrong", truthText(both.a.truth), truthText(both.b.truth)));
+    printLine(row("wrong", both.a.truth.text(), both.b.truth.text()));
   }
   printMeasures(a, b);
   if (!both.distancesPx.empty()) {

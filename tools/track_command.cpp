@@ -9,6 +9,7 @@
 #include "tools/overlay.h"
 #include "tools/progress.h"
 #include "tools/record_writer.h"
+#include "tools/seam_run.h"
 #include "tools/stats.h"
 #include "tools/text.h"
 #include "tools/trace_json.h"
@@ -24,7 +25,7 @@ namespace fs = std::filesystem;
 
 // As typed.
 struct TOptions {
-  TTrackingOptions tracking;
+  TSeamRunOptions run;
   std::string outFolder;
   std::string format = "table";
   bool withPoints = false;
@@ -35,6 +36,7 @@ struct TOptions {
 struct TJob {
   std::vector<TInputFile> files;
   TTracking tracking;
+  TTruth truth;
   TFormat format = TFormat::table;
   bool withPoints = false;
   bool keepTrace = false;
@@ -59,13 +61,14 @@ fs::path outFolderOf(const TOptions& options, const std::vector<TInputFile>& fil
 
 TJob jobOf(const TOptions& options) {
   TJob job;
-  job.tracking = trackingOf(options.tracking);
+  job.tracking = trackingOf(options.run.tracking);
+  job.truth = truthOf(options.run);
   job.format = parseFormat(options.format);
   job.withPoints = options.withPoints;
   if (job.withPoints && job.format != TFormat::jsonl) {
     throw usageError("--points needs --format jsonl");
   }
-  job.files = listInputs(options.tracking.frames.inputs);
+  job.files = listInputs(options.run.tracking.frames.inputs);
   job.outFolder = outFolderOf(options, job.files);
   job.keepTrace = options.keepTrace;
   job.tracking.tracker.keepTrace = job.keepTrace || !job.outFolder.empty();
@@ -88,6 +91,11 @@ std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
   return lines;
 }
 
+// Of this frame itself, not one that is held.
+std::optional<cv::Point2d> foundSeam(const TFrameRecord& record) {
+  return record.tracked.state == TSeamState::found ? record.storedSeam : std::nullopt;
+}
+
 void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
   const TFrameRecord& record = frame.record;
   cv::Mat drawn =
@@ -100,23 +108,26 @@ void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
 
 void run(const TOptions& options) {
   const TJob job = jobOf(options);
-  TFrameSource source = framesOf(options.tracking.frames);
+  TFrameSource source = framesOf(options.run.tracking.frames);
   TFrameTracker tracker(job.tracking);
   TRecordWriter writer(std::cout, job.format, job.tracking.params.weldType, job.withPoints, job.keepTrace);
   TProgress progress(source.frameCount());
   TRunStats stats;
+  TTruthFigures judged;
   while (const auto frame = source.next()) {
     const TTrackedFrame tracked = tracker.track(*frame);
     progress.clear();
     writer.write(tracked.record);
     stats.add(tracked.record.tracked.state, tracked.record.ms);
+    job.truth.judge(tracked.record.file, foundSeam(tracked.record), judged);
     progress.draw(stats.frames());
     if (!job.outFolder.empty() && !tracked.image.empty()) {
       writeAnnotated(job, tracked);
     }
   }
   progress.clear();
-  std::cerr << summaryOf(stats) << std::endl;
+  std::cerr << summaryOf(stats) << (job.truth.isEmpty() ? "" : ", wrong by the labels " + judged.text())
+            << std::endl;
   source.reading().check();
 }
 
@@ -125,7 +136,7 @@ void run(const TOptions& options) {
 void addTrackCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("track", "Find the seam in every frame");
   const auto options = std::make_shared<TOptions>();
-  addTrackingOptions(*command, options->tracking);
+  addSeamRunOptions(*command, options->run);
   command->add_option("--out", options->outFolder, "Folder for annotated frames");
   command->add_option("--format", options->format, "Records as: table, jsonl, csv")->capture_default_str();
   command->add_flag("--points", options->withPoints, "Add the stripe points to jsonl records");

@@ -99,6 +99,12 @@ std::optional<double> TTruthFigures::medianErrorPx() const {
   return errorsPx.empty() ? std::nullopt : std::make_optional(percentile(errorsPx, 0.5));
 }
 
+std::string TTruthFigures::text() const {
+  const auto errorPx = medianErrorPx();
+  return std::to_string(wrong) + " of " + std::to_string(judged) + ", error " +
+         (errorPx ? fixed(*errorPx, 2) + " px" : "-");
+}
+
 TTruth::TTruth(const std::filesystem::path& path, const std::string& point) {
   std::ifstream file(path);
   if (!std::filesystem::is_regular_file(path) || !file) {

@@ -24,6 +24,7 @@ struct TTruthFigures {
   std::vector<double> errorsPx;
 
   std::optional<double> medianErrorPx() const;
+  std::string text() const;  // wrong ones of the judged: "1 of 12, error 0.80 px"
 };
 
 class TTruth {

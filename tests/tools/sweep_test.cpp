@@ -145,6 +145,8 @@ TEST_F(ZelweldTest, TruthTellsWrongSeamsFromRightOnes) {
   writeFile(folder / "moved.csv", moved);
   const std::string out = zelweldOk(sweep + "moved.csv").out;
   EXPECT_NE(out.find("6 of 6 labelled frames wrong"), std::string::npos) << out;
+  const std::string tracked = zelweldOk("track f --type gap --truth moved.csv").err;
+  EXPECT_NE(tracked.find("wrong by the labels 6 of 6, error "), std::string::npos) << tracked;
   writeFile(folder / "two.csv", "file,x,y,point\na.png,1,2,root\na.png,1,2,toe\n");
   expectRefused(2, {{sweep + "two.csv", "choose one with --point: root, toe"},
                     {sweep + "two.csv --point x", "use root, toe"}});
