@@ -2,27 +2,10 @@
 #include "tools/advise.h"
 #include "program.h"
 
-#include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
-
-#include <chrono>
 #include <cstdlib>
 #include <regex>
 
 namespace {
-
-constexpr int kFrames = 900;
-constexpr int kNarrow = 812;  // the first frame with a narrow gap
-constexpr int kNarrowFrames = 18;
-
-// A level stripe with a gap of 40 px, of 26 px in some frames, drifting to the right.
-cv::Mat drawnFrame(int n) {
-  cv::Mat image(120, 320, CV_8U, cv::Scalar(12));
-  const int width = n >= kNarrow && n < kNarrow + kNarrowFrames ? 26 : 40;
-  image.rowRange(57, 64).setTo(180);
-  image(cv::Rect(120 + n / 20, 57, width, 7)).setTo(12);
-  return image;
-}
 
 using TSeams = std::vector<std::optional<cv::Point2d>>;
 
@@ -39,27 +22,6 @@ tool::TTrial trialOf(const TSeams& seams) {
 }
 
 }  // namespace
-
-// Three steps: what is lost, what to change, and the proof.
-TEST_F(ZelweldTest, ASeamLostInFrame812IsFoundInThreeSteps) {
-  std::filesystem::create_directory(folder / "f");
-  for (int n = 0; n < kFrames; ++n) cv::imwrite((folder / cv::format("f/%04d.png", n)).string(), drawnFrame(n));
-  const auto start = std::chrono::steady_clock::now();
-  const TRun lost =
-      shell("\"$Z\" track f --type gap --set minGapPx=30 --hold 0 --explain --format csv | grep -m1 ',lost,'");
-  EXPECT_EQ(lost.out.rfind("812,", 0), 0U) << lost.out;
-  EXPECT_NE(lost.out.find("needs minGapPx (dPara8) 27 or less"), std::string::npos) << lost.out;
-  const TRun advice = zelweldOk("advise f --type gap --set minGapPx=30");
-  std::smatch change;
-  ASSERT_TRUE(std::regex_search(advice.out, change, std::regex("Advice: (--set minGapPx=(27|28))\n")))
-      << advice.out;
-  EXPECT_NE(advice.out.find("882 of 900"), std::string::npos) << advice.out;
-  EXPECT_NE(advice.out.find("900 of 900"), std::string::npos) << advice.out;
-  EXPECT_NE(advice.out.find("0.00 px of the frames found before"), std::string::npos) << advice.out;
-  const TRun proof = zelweldOk("track f --type gap " + change[1].str() + " --frames 800:840");
-  EXPECT_EQ(proof.err.rfind("frames 41, found 41 (100.0 %)", 0), 0U) << proof.err;
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(120)) << "30 s without sanitizers";
-}
 
 TEST_F(ZelweldTest, FramesOutsideTheRangeAreLeftUnread) {
   simulate("f", "--type gap --frames 4");
