@@ -87,8 +87,8 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.34, -2.19, -0.38, 3.94, 0.39, -4.10, 0.34, 0.90, 0.49, 0.00, 1.90, 3.88};
-constexpr TWeights kEdgeWeights{2.58, -2.85, -2.36, 2.48, -0.21, -0.51, 1.28, 0.70, -0.22, -4.69, 1.98, -2.03};
+constexpr TWeights kLineWeights{0.27, -3.77, -0.01, 4.72, -0.92, -4.34, 0.77, 0.90, 0.49, 0.00, 2.09, 4.40};
+constexpr TWeights kEdgeWeights{1.96, -2.79, -2.23, 2.04, -0.01, -1.29, 0.56, 1.18, -0.46, -5.15, 0.78, 0.84};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
