@@ -43,10 +43,11 @@ struct TFeaturePoint {
 //   grooves  of the shoulders   root below them between the root  right plate less    flanks, included, base
 //                                               edges or circles  the left, along y
 //
-// Flare joints have radii instead of flank angles. The root gap is 0 where it is closed. A joint of one's own has
-// the measures of a groove as far as its template names shoulders and root, and the type `none`: angles of the
-// outermost flanks left and right of the seam, its first gap, the radii of its first and last arc or rounded
-// corner.
+// A seam that its contrast alone tells has the type `none`, widthPx but for an edge, and its direction as
+// baseAngleDeg. Flare joints have radii instead of flank angles. The root gap is 0 where it is closed. A joint of
+// one's own has the measures of a groove as far as its template names shoulders and root, and the type `none`:
+// angles of the outermost flanks left and right of the seam, its first gap, the radii of its first and last arc or
+// rounded corner.
 struct TJointMeasurement {
   static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 

@@ -70,6 +70,10 @@ cv::Point2f edgeOf(const TPlace& place, TWeldPosType pos) {
   return place.pos + (isFirst ? -0.5F : 0.5F) * place.widthPx * aside;
 }
 
+TLineMeasure measureOf(const TContourCenterLine& line) {
+  return {static_cast<double>(line.widthPx), static_cast<double>(line.directionDeg), line.confidence};
+}
+
 void reportLine(const TTrace& trace, const TFoundLine& found, float minConfidence) {
   if (!trace) return;
   trace.attempt().centres = found.line.pts;
@@ -123,6 +127,7 @@ TSeam seamOn(const TFrame& frame, const TTrackerOptions& options, const TContour
   seam.auxVal3 = static_cast<double>(line.widthPx);
   seam.auxVal4 = static_cast<double>(line.contrast);
   seam.trackVal = static_cast<double>(line.confidence);
+  seam.line = measureOf(line);
   return seam;
 }
 
@@ -206,6 +211,7 @@ void joinContrast(const TFrame& frame, const TTrackerOptions& options, TSeam& se
   if (!frame.trace.atGate().passes(kAgree, apart, kMostApartPx)) {
     seam = TSeam(std::move(seam.stripePts));
   } else if (crossing) {
+    if (!seam.isFound) seam.line = measureOf(found.line);
     seam.isFound = true;
     seam.pos = *crossing;
   }

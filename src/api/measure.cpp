@@ -177,10 +177,19 @@ bool takeProfile(const TProfileFit& fit, TJointMeasurement& m) {
   return true;
 }
 
+TJointMeasurement measureLine(const TLineMeasure& line) {
+  TJointMeasurement m;
+  m.isValid = true;
+  m.confidence = line.confidence;
+  if (line.widthPx > 0.0) m.widthPx = line.widthPx;
+  m.baseAngleDeg = line.directionDeg;
+  return m;
+}
+
 }  // namespace
 
 bool measureGap(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
-  return measureBreak(seam, false, m);
+  return measureBreak(seam, false, m) && m.gapPx > 0.0;  // scraps of stripe beside a steep line have none
 }
 
 bool measureLap(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
@@ -223,6 +232,7 @@ bool measureGroove(const TSeam& seam, TMemory* memory, TJointMeasurement& m) {
 }
 
 TJointMeasurement measureSeam(const TSeam& seam, const TJoint* joint, TMemory* memory) {
+  if (seam.isFound && seam.line) return measureLine(*seam.line);
   const bool isMeasured = joint != nullptr && joint->rules.measure != nullptr;
   if (!isMeasured || !seam.isFound || !isUsable(seam.pos)) return {};
   TJointMeasurement measured;

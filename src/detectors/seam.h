@@ -25,12 +25,20 @@ struct TSeamValues {
   double trackVal = 0.0;
 };
 
+// What is measured of a seam that its contrast alone tells.
+struct TLineMeasure {
+  double widthPx = 0.0;  // 0: an edge has none
+  double directionDeg = 0.0;
+  float confidence = 0.0F;
+};
+
 struct TSeam : TSeamValues {
   explicit TSeam(TMemory* memory) : stripePts(memory) {}
   explicit TSeam(TPoints points) : stripePts(std::move(points)) {}
 
   TPoints stripePts;
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
+  std::optional<TLineMeasure> line;    // where no stripe tells the seam
   bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
   bool isUnsure = false;  // another place may be it as well: counts once it repeats
 };

@@ -18,7 +18,7 @@ namespace {
 using scenes::TLevel;
 using scenes::TPlateSeam;
 
-const cv::Size kSize{653, 517};    // vectors of every length leave a remainder
+const cv::Size kSize{653, 517};  // vectors of every length leave a remainder
 constexpr long kRefinedLines = 3;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
@@ -44,10 +44,10 @@ TEST(ContrastBits, areTheSameEverywhere) {
     std::uint32_t image;
     std::uint32_t line;
   };
-  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2729966531U},
-                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 2620715860U},
-                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 561245955U},
-                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 305345630U}}) {
+  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2549551706U},
+                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 3274266824U},
+                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 1577214991U},
+                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 3159039187U}}) {
     const scenes::TPlateScene scene = plate(row.seam, TLevel::noisy, 3);
     TContrastSearch search;
     search.polarity = row.polarity;
@@ -198,6 +198,10 @@ TEST(ContrastTracker, edgesOfTheSeamAreAsFarApartAsItIsWide) {
   EXPECT_NEAR(xOf(TWeldPosType::centre), 300.0F, 0.2);
   EXPECT_NEAR(xOf(TWeldPosType::left), 294.0F, 0.5);
   EXPECT_NEAR(xOf(TWeldPosType::right), 306.0F, 0.5);
+  const TJointMeasurement measured = TWeldTracker(TWeldParams(), options).track(image).measurement;
+  EXPECT_TRUE(measured.isValid && measured.confidence > 0.9F);
+  EXPECT_NEAR(measured.widthPx, 12.0, 0.7);
+  EXPECT_NEAR(std::abs(measured.baseAngleDeg), 90.0, 0.5);
 }
 
 // A stripe that shows no gap, over a plate whose seam shows: the line gives the column, the stripe the row.
@@ -220,6 +224,8 @@ TEST(ContrastTracker, stripeAndContrastTogether) {
   ASSERT_EQ(seam.state, TSeamState::found) << tracker.lastTrace().sentence;
   EXPECT_NEAR(seam.weldPos.y, 295.0F, 1.0);
   EXPECT_NEAR(seam.weldPos.x, 330.0 + 45.0 * std::tan(5.0 * CV_PI / 180.0), 0.7);
+  EXPECT_NEAR(seam.measurement.baseAngleDeg, 85.0, 1.0) << "of the line: the stripe has no gap to be measured";
+  EXPECT_TRUE(std::isnan(seam.measurement.gapPx));
 }
 
 TEST(ContrastAllocations, aFinderThatIsKeptAsksForTheResultOnly) {
