@@ -1,7 +1,8 @@
-// Demonstration: simulates sequences of every joint that has a detector, tracks them frame to frame and compares
-// each result with the truth. Leaves annotated frames and a contact sheet, and fails when the seam is not found
-// in 99 % of the frames or lies more than a pixel away from the truth in the median.
+// Demonstration: simulates sequences of every joint that has a detector and of seams without a stripe, tracks them
+// frame to frame and compares each result with the truth. Leaves annotated frames and a contact sheet, and fails
+// when the seam is not found in 99 % of the frames or lies more than a pixel away from the truth in the median.
 #include "tools/cli_error.h"
+#include "tools/demo_cases.h"
 #include "tools/demo_report.h"
 #include "tools/detection.h"
 #include "tools/image_file.h"
@@ -11,14 +12,12 @@
 #include "tools/stats.h"
 #include "tools/text.h"
 
-#include "scenes/groove.h"
 #include "scenes/score.h"
 
 #include <CLI/CLI.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <iomanip>
@@ -26,60 +25,23 @@
 
 namespace {
 
-using scenes::TLevel;
-using scenes::TSeamCase;
+using tool::TDemoCase;
+using tool::TDemoFrame;
 using tool::TOverlay;
 namespace fs = std::filesystem;
 
-struct TLevelRow {
-  TLevel level;
-  std::string name;
-};
-const std::vector<TLevelRow> kLevels = {{TLevel::clean, "clean"}, {TLevel::noisy, "noisy"}};
-
-constexpr int kSequences = 4;             // per joint and level
-constexpr int kFrames = 30;               // per sequence
-constexpr int kAnnotateEvery = 30;        // frames
+constexpr int kSequences = 4;             // per case; the last frame of each is annotated
 constexpr float kThumbnailScale = 0.25F;  // of a frame's side
 constexpr double kMinFoundShare = 0.99;
 constexpr double kMaxMedianErrorPx = 1.0;
 
 struct TRow {
-  scenes::TJoint joint = scenes::TJoint::plain;
   std::string name;
   std::string level;
   tool::TRunStats stats;
   scenes::TScore score;
   std::vector<cv::Mat> thumbnails;
 };
-
-scenes::TMotion motionOf(int sequence) {
-  scenes::TMotion motion;
-  motion.driftPx = {sequence % 2 == 0 ? 0.8 : -0.8, 0.2};
-  motion.jitterPx = 0.5;
-  return motion;
-}
-
-// Median distance of the stripe's centres to the true ones.
-double stripeErrorPx(const scenes::TTruth& truth, const TWeldLineRes& result) {
-  std::vector<double> distances;
-  for (const cv::Point2f& point : result.stripePts) {
-    const double trueY = truth.centreY[static_cast<std::size_t>(point.x)];
-    if (!std::isnan(trueY)) {
-      distances.push_back(std::abs(point.y - trueY));
-    }
-  }
-  return scenes::quantile(distances, 0.5);
-}
-
-void addScore(const TSeamCase& seamCase, const scenes::TTruth& truth, const TWeldLineRes& result,
-              scenes::TScore& score) {
-  if (hasSeamPoint(seamCase.joint) || !result.isFound) {
-    score.add(seamCase, truth, result);
-  } else {
-    score.addFound(stripeErrorPx(truth, result));
-  }
-}
 
 cv::Mat annotated(const cv::Mat& image, const TOverlay& overlay, const std::string& title) {
   cv::Mat drawn = drawOverlay(image, overlay);
@@ -100,27 +62,29 @@ std::string pictureName(const TRow& row, int sequence, int frame) {
   return row.name + "_" + row.level + "_" + std::to_string(sequence) + "_" + std::to_string(frame) + ".png";
 }
 
-void runSequence(const TSeamCase& seamCase, TLevel level, int sequence, TRow& row, const fs::path& folder) {
-  const scenes::TSceneParams first =
-      scenes::randomScene(seamCase.joint, level, static_cast<std::uint64_t>(sequence) + 1);
-  const TWeldParams params = scenes::weldParamsFor(seamCase.joint, seamCase.pos);
-  TTrackerOptions options;
+void addScore(const TDemoFrame& frame, const TWeldLineRes& result, scenes::TScore& score) {
+  if (result.isFound) {
+    score.addFound(frame.errorOfPx(result));
+  } else {
+    score.addMiss();
+  }
+}
+
+void runSequence(const TDemoCase& demo, int sequence, TRow& row, const fs::path& folder) {
+  TTrackerOptions options = demo.options;
   options.keepTrace = true;
-  TWeldTracker tracker(params, options);
-  for (int n = 0; n < kFrames; ++n) {
-    const scenes::TScene scene = scenes::renderScene(scenes::frameOf(first, motionOf(sequence), n));
-    const tool::TTimedSeam timed = tool::trackTimed(tracker, scene.image);
-    if (n == 0 && !hasSeamPoint(seamCase.joint)) {
-      continue;  // presence compares with the frame before, so the first frame never counts as found
+  TWeldTracker tracker(demo.params, options);
+  for (int n = 0; n < demo.frames; ++n) {
+    const TDemoFrame frame = demo.draw(sequence, n);
+    const tool::TTimedSeam timed = tool::trackTimed(tracker, frame.image);
+    if (n > 0 || !demo.skipsFirst) {
+      row.stats.add(timed.seam.state, timed.ms);
+      addScore(frame, timed.seam.line, row.score);
     }
-    row.stats.add(timed.seam.state, timed.ms);
-    addScore(seamCase, scene.truth, timed.seam.line, row.score);
-    if (n % kAnnotateEvery == kAnnotateEvery - 1) {
-      TOverlay overlay = tool::overlayOf(params, timed.seam, tracker.lastTrace(), scene.image.cols);
-      if (overlay.seam) {
-        overlay.trueSeam = scenes::seamPoint(seamCase.joint, scene.truth, seamCase.pos);
-      }
-      keepPicture(scene.image, overlay, folder / pictureName(row, sequence, n), row);
+    if (n == demo.frames - 1) {
+      TOverlay overlay = tool::overlayOf(demo.params, timed.seam, tracker.lastTrace(), frame.image.cols);
+      overlay.trueSeam = overlay.seam ? frame.trueSeam : std::nullopt;
+      keepPicture(frame.image, overlay, folder / pictureName(row, sequence, n), row);
     }
   }
 }
@@ -161,34 +125,27 @@ cv::Mat contactSheet(const std::vector<TRow>& rows) {
 
 bool runDemo(const fs::path& folder) {
   tool::makeFolder(folder);
-  std::vector<TSeamCase> cases = scenes::detectedCases();
-  // A groove's other points come from the same profile as its root and its left shoulder.
-  const auto isRepeated = [](const TSeamCase& c) {
-    return scenes::isGroove(c.joint) && c.pos > TWeldPosType::left;
-  };
-  cases.erase(std::remove_if(cases.begin(), cases.end(), isRepeated), cases.end());
-  tool::TProgress progress(static_cast<int>(cases.size() * kLevels.size()) * kSequences);
+  const std::vector<TDemoCase> cases = tool::demoCases();
+  tool::TProgress progress(static_cast<int>(cases.size()) * kSequences);
   printHeading();
   std::vector<TRow> rows;
   int done = 0;
-  for (const TSeamCase& seamCase : cases) {
-    for (const TLevelRow& level : kLevels) {
-      TRow row;
-      row.joint = seamCase.joint;
-      row.name = scenes::nameOf(seamCase);
-      row.level = level.name;
-      for (int sequence = 0; sequence < kSequences; ++sequence) {
-        runSequence(seamCase, level.level, sequence, row, folder);
-        progress.draw(++done);
-      }
-      progress.clear();
-      printRow(row);
-      rows.push_back(row);
+  for (const TDemoCase& demo : cases) {
+    TRow row;
+    row.name = demo.name;
+    row.level = demo.level;
+    for (int sequence = 0; sequence < kSequences; ++sequence) {
+      runSequence(demo, sequence, row, folder);
+      progress.draw(++done);
     }
+    progress.clear();
+    printRow(row);
+    rows.push_back(row);
   }
   tool::writeImage(folder / "contact_sheet.png", contactSheet(rows));
   tool::writeDemoReport(folder);
-  std::cout << "Error: distance of the seam point to the truth; for presence, of the stripe centres.\n"
+  std::cout << "Error: distance of the seam point to the truth; for presence, of the stripe centres; on plates,\n"
+            << "to the seam's line.\n"
             << "Time: of a tracked frame, with the recording of its trace.\n"
             << "Frames to look at: " << (folder / "contact_sheet.png").string() << " and beside it.\n"
             << "A lap seam with losses, for a browser: " << (folder / "report.html").string()
