@@ -27,8 +27,7 @@ public:
     for (int i = 0; i < line.size(); ++i) {
       const int station = line.first + i;
       if (line.measured[i] == 0) continue;
-      for (int u = 0; u < kProfileSize; ++u)
-        mean[u] += profiles.at(station, static_cast<float>(u - kProfileReach) + alignment.shift[station]);
+      profiles.addShifted(station, alignment.shift[station], mean.data());
       ++counted;
     }
     for (float& v : mean) v /= static_cast<float>(std::max(counted, 1));

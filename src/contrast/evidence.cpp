@@ -80,15 +80,19 @@ public:
         blocks((all.count + kNoiseStrips - 1) / kNoiseStrips),
         means(all.columns, memory),
         response(memory, static_cast<std::size_t>(all.stride)),
+        factors(memory, static_cast<std::size_t>(all.columns * shapeCount)),
         sums(static_cast<std::size_t>(blocks * shapeCount * kQuarters), memory) {}
 
   void weigh(int shear, short* evidence) {
     measureNoise(shear);
     for (int strip = 0; strip < strips.count; ++strip, evidence += strips.stride) {
       std::fill(evidence - kFieldMargin, evidence - kFieldMargin + strips.stride, short{0});
+      if (strip % kNoiseStrips == 0) setFactors(strip / kNoiseStrips);
       means.take(strips.row(shear, strip));
-      for (int n = 0; n < shapeCount; ++n) rate(strip / kNoiseStrips, n, evidence);
-      for (int x = 0; x < strips.columns; ++x) evidence[x] = std::min<short>(evidence[x], kMostEvidence);
+      for (int n = 0; n < shapeCount; ++n) {
+        respond(means, trait, shapes[n], strips.columns, response.data());
+        kernels().contrastRows.rate(response.data(), factorsOf(n), kMostEvidence, strips.columns, evidence);
+      }
     }
   }
 
@@ -124,13 +128,17 @@ private:
     return std::max(sum / std::max(1, counted * (quarter(q + 1) - quarter(q))), kLeastContrast * kStripRows);
   }
 
-  void rate(int block, int shape, short* evidence) {
-    respond(means, trait, shapes[shape], strips.columns, response.data());
-    for (int q = 0; q < kQuarters; ++q) {
-      const int factor = kEvidenceUnit * 65536 / noiseOf(block, shape, q);
-      kernels().contrastRows.rate(response.data() + quarter(q), factor, quarter(q + 1) - quarter(q),
-                                  evidence + quarter(q));
+  // What a response in the strips of a block is multiplied by, column by column.
+  void setFactors(int block) {
+    for (int n = 0; n < shapeCount; ++n) {
+      for (int q = 0; q < kQuarters; ++q)
+        std::fill(factorsOf(n) + quarter(q), factorsOf(n) + quarter(q + 1),
+                  static_cast<unsigned short>(kEvidenceUnit * 65536 / noiseOf(block, n, q)));
     }
+  }
+
+  unsigned short* factorsOf(int shape) {
+    return factors.data() + static_cast<std::ptrdiff_t>(shape) * strips.columns;
   }
 
   const TStrips& strips;
@@ -140,6 +148,7 @@ private:
   int blocks;
   TMeans means;
   TBuffer<short> response;
+  TBuffer<unsigned short> factors;
   TList<int> sums;
 };
 

@@ -1,5 +1,7 @@
 #include "contrast/profiles.h"
 
+#include <opencv2/core/hal/intrin.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -11,7 +13,9 @@ namespace {
 constexpr float kLeastGrey = 8.0F;  // of a profile's mean: darker ones show noise
 constexpr int kMostShift = 6;       // px
 constexpr int kShifts = 2 * kMostShift + 1;
+constexpr int kVectors = (kShifts + 3) / 4;
 constexpr int kShapeReach = 18;  // px: what is compared
+static_assert(kShapeReach - kMostShift + 4 * kVectors <= kProfileReach, "a profile covers its comparison");
 constexpr int kRounds = 3;
 constexpr float kStepPrice = 0.06F;  // of likeness, per squared px between neighbours
 constexpr float kAlike = 0.4F;       // likeness of profiles that take part in the mean
@@ -60,8 +64,7 @@ TShape meanOf(const TProfiles& profiles, const TAlignment& alignment) {
   for (int i = 0; i < profiles.count(); ++i) {
     if (alignment.likeness[i] < kAlike) continue;
     counted += 1.0F;
-    for (int u = 0; u < kProfileSize; ++u)
-      shape.values[u] += profiles.at(i, static_cast<float>(u - kProfileReach) + alignment.shift[i]);
+    profiles.addShifted(i, alignment.shift[i], shape.values.data());
   }
   for (float& v : shape.values) v /= std::max(counted, 1.0F);
   float mean = 0.0F;
@@ -78,17 +81,27 @@ TShape meanOf(const TProfiles& profiles, const TAlignment& alignment) {
 // Correlation of a profile with the shape at every whole shift; the shifts side by side, each sum in its own
 // order. Returns the profile's spread against the shape's.
 float compare(const float* profile, const TShape& shape, float* likeness) {
-  float product[kShifts] = {};
-  float sum[kShifts] = {};
-  float squares[kShifts] = {};
+  cv::v_float32x4 products[kVectors];
+  cv::v_float32x4 sums[kVectors];
+  cv::v_float32x4 spreads[kVectors];
+  for (int k = 0; k < kVectors; ++k) products[k] = sums[k] = spreads[k] = cv::v_setzero_f32();
   for (int u = -kShapeReach; u <= kShapeReach; ++u) {
-    const float q = shape.values[kProfileReach + u];
+    const cv::v_float32x4 q = cv::v_setall_f32(shape.values[kProfileReach + u]);
     const float* const p = profile + kProfileReach + u - kMostShift;
-    for (int s = 0; s < kShifts; ++s) {
-      product[s] += p[s] * q;
-      sum[s] += p[s];
-      squares[s] += p[s] * p[s];
+    for (int k = 0; k < kVectors; ++k) {
+      const cv::v_float32x4 v = cv::v_load(p + 4 * k);
+      products[k] += v * q;
+      sums[k] += v;
+      spreads[k] += v * v;
     }
+  }
+  float product[4 * kVectors];
+  float sum[4 * kVectors];
+  float squares[4 * kVectors];
+  for (int k = 0; k < kVectors; ++k) {
+    cv::v_store(product + 4 * k, products[k]);
+    cv::v_store(sum + 4 * k, sums[k]);
+    cv::v_store(squares + 4 * k, spreads[k]);
   }
   float norm[kShifts] = {};
   for (int s = 0; s < kShifts; ++s) {
@@ -156,11 +169,19 @@ TProfiles::TProfiles(const TGreyView& view, const TCourse& course, TMemory* memo
                   values.data() + static_cast<std::ptrdiff_t>(i) * kProfileSize);
 }
 
-float TProfiles::at(int station, float u) const {
-  const float place = std::clamp(u + kProfileReach, 0.0F, static_cast<float>(kProfileSize - 1));
-  const int k = std::min(static_cast<int>(place), kProfileSize - 2);
-  const float* const p = of(station);
-  return p[k] + (p[k + 1] - p[k]) * (place - static_cast<float>(k));
+void TProfiles::addShifted(int station, float shift, float* sums) const {
+  const float base = std::floor(shift);
+  const float share = shift - base;
+  const int aside = std::clamp(static_cast<int>(base), -kProfileSize, kProfileSize);
+  const int begin = std::clamp(-aside, 0, kProfileSize);
+  const int end = std::clamp(kProfileSize - 1 - aside, begin, kProfileSize);
+  const float* const profile = of(station);
+  for (int u = 0; u < begin; ++u) sums[u] += profile[0];
+  for (int u = begin; u < end; ++u) {
+    const float here = profile[u + aside];
+    sums[u] += here + (profile[u + aside + 1] - here) * share;
+  }
+  for (int u = end; u < kProfileSize; ++u) sums[u] += profile[kProfileSize - 1];
 }
 
 TAlignment alignProfiles(const TProfiles& profiles, TMemory* memory) {

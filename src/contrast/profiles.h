@@ -17,8 +17,9 @@ public:
   const float* of(int station) const {
     return values.data() + static_cast<std::ptrdiff_t>(station) * kProfileSize;
   }
-  // At u px from the course, between pixels as well; beyond the reach the outermost one.
-  float at(int station, float u) const;
+  // Adds a profile as seen so many px aside of the course, between pixels as well; beyond the reach its outermost
+  // value.
+  void addShifted(int station, float shift, float* sums) const;
 
 private:
   int stations;

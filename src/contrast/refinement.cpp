@@ -152,10 +152,7 @@ float widthAt(const TProfiles& profiles, const TAlignment& alignment, int i, TTr
   float sum[kProfileSize] = {};
   const int begin = std::max(0, i - kWidthReach);
   const int end = std::min(profiles.count() - 1, i + kWidthReach);
-  for (int k = begin; k <= end; ++k) {
-    for (int u = 0; u < kProfileSize; ++u)
-      sum[u] += profiles.at(k, static_cast<float>(u - kProfileReach) + alignment.shift[k]);
-  }
+  for (int k = begin; k <= end; ++k) profiles.addShifted(k, alignment.shift[k], sum);
   return edgesOf(sum + kProfileReach, trait).width();
 }
 

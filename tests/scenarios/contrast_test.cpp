@@ -44,10 +44,10 @@ TEST(ContrastBits, areTheSameEverywhere) {
     std::uint32_t image;
     std::uint32_t line;
   };
-  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2549551706U},
-                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 3274266824U},
-                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 1577214991U},
-                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 3159039187U}}) {
+  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2394399372U},
+                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 1520138053U},
+                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 3422785280U},
+                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 4101962796U}}) {
     const scenes::TPlateScene scene = plate(row.seam, TLevel::noisy, 3);
     TContrastSearch search;
     search.polarity = row.polarity;

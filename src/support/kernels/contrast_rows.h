@@ -18,6 +18,9 @@ struct TPathRows {
   const short* upper = nullptr;
 };
 
+inline constexpr int kLeastRowColumns = 16;
+
+// Rows have kLeastRowColumns columns or more, of sumMagnitudes any number.
 struct TContrastRows {
   void (*sumEight)(const short* const* rows, int columns, short* sums);
   // Rounded down means of values so far apart.
@@ -30,8 +33,8 @@ struct TContrastRows {
   void (*respondEdge)(const short* const* sides, int columns, short* response);
   int (*highest)(const short* values, int columns);  // 0 where all are below it
   int (*sumMagnitudes)(const short* values, int columns);
-  // evidence = max(evidence, response * factor / 65536), for responses above 0.
-  void (*rate)(const short* response, int factor, int columns, short* evidence);
+  // evidence = max(evidence, response * factor / 65536), for responses above 0, and at most `most`.
+  void (*rate)(const short* response, const unsigned short* factors, int most, int columns, short* evidence);
   // scores = max(0, best way here) + evidence - least.
   void (*advance)(const TPathRows& before, const short* evidence, const TPathPrices& prices, int columns,
                   short* scores);
