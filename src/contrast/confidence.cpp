@@ -86,8 +86,9 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.27, -3.77, -0.01, 4.72, -0.92, -4.34, 0.77, 0.90, 0.49, 0.00, 2.09, 4.40};
-constexpr TWeights kEdgeWeights{1.96, -2.79, -2.23, 2.04, -0.01, -1.29, 0.56, 1.18, -0.46, -5.15, 0.78, 0.84};
+constexpr TWeights kLineWeights{0.27, -3.77, -0.01, 4.72, -0.92, -4.34, 0.77, 0.90, 0.49, 0.00, 2.09, 0.00, 4.40};
+constexpr TWeights kEdgeWeights{1.96, -2.79, -2.23, 2.04, -0.01, -1.29, 0.56,
+                                1.18, -0.46, -5.15, 0.78, -0.80, 0.84};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
@@ -114,7 +115,8 @@ constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{{{"contrast agai
                                                                  {"contrast", true},
                                                                  {"contrast against the noise", false},
                                                                  {"rise against a sharp edge", true},
-                                                                 {"nearness to a rough position", false}}};
+                                                                 {"nearness to a rough position", false},
+                                                                 {"edge that was not asked for", false}}};
 
 }  // namespace
 
@@ -137,6 +139,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   set(TF::rise,
       isEdge(context.trait) ? std::max(lnOf(static_cast<double>(line.edges.risePx) / kSharpPx), 0.0) : 0.0);
   set(TF::rough, context.isRough ? 1.0 : 0.0);
+  set(TF::unasked, context.isUnasked ? 1.0 : 0.0);
   return f;
 }
 

@@ -20,6 +20,7 @@ enum class TFeatureOfLine {
   strength,   // evidence per strip, in units of the noise
   rise,       // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
   rough,      // 1: near a rough position
+  unasked,    // 1: an edge where anything was asked for: shadows have edges too
   count
 };
 inline constexpr int kLineFeatures = static_cast<int>(TFeatureOfLine::count);
@@ -35,6 +36,7 @@ struct TLineContext {
   double longestPx = 0.0;  // chord in the line's place that the searched part has room for
   double extentPx = 0.0;   // of the searched part in the line's direction
   bool isRough = false;
+  bool isUnasked = false;
 };
 
 TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, const TAlignment& alignment,

@@ -143,7 +143,8 @@ TContourCenterLine toRecord(const TRefinedLine& refined, const TFamily& family, 
   return line;
 }
 
-TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool isRough, TMemory* memory) {
+TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, const TContrastSearch& search,
+                  TMemory* memory) {
   TFoundLine found;
   const TFamily& family = candidate.where->family;
   const TCourse course = courseOf(candidate.path, candidate.where->field, memory);
@@ -155,10 +156,10 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool is
   const double slope = static_cast<double>(line.across.back() - line.across.front()) / along;
   const double longest = longestChord(family, line.firstAlong, static_cast<double>(line.across.front()), slope);
   const double extent = (family.band.end - family.band.begin) * std::sqrt(1.0 + slope * slope);
-  found.features =
-      featuresOf(line, profiles, alignment,
-                 {trait, candidate.path.score, second, static_cast<int>(candidate.path.columns.size()),
-                  candidate.path.turns, longest, extent, isRough});
+  found.features = featuresOf(
+      line, profiles, alignment,
+      {trait, candidate.path.score, second, static_cast<int>(candidate.path.columns.size()), candidate.path.turns,
+       longest, extent, search.bandPx > 0.0F, search.polarity == TSeamPolarity::automatic && isEdge(trait)});
   found.line = toRecord(line, family, trait);
   found.trait = trait;
   found.line.confidence = static_cast<float>(confidenceOf(found.features, trait));
@@ -166,12 +167,13 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, bool is
 }
 
 // The surest of the best paths.
-TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, bool isRough, TMemory* memory) {
+TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, const TContrastSearch& search,
+                     TMemory* memory) {
   const TList<TCandidate> paths = findPaths(searched, trait, memory);
   TFoundLine best;
   for (std::size_t i = 0; i < std::min<std::size_t>(paths.size(), kRefined); ++i) {
     if (paths[i].path.score < kWorthRefining * paths[0].path.score) break;
-    TFoundLine found = refine(paths[i], trait, rivalScore(paths, paths[i]), isRough, memory);
+    TFoundLine found = refine(paths[i], trait, rivalScore(paths, paths[i]), search, memory);
     if (found.line.confidence > best.line.confidence) best = std::move(found);
   }
   return best;
@@ -238,9 +240,8 @@ TFoundLine findLine(const cv::Mat& grey, const TContrastSearch& search, TMemory*
   TList<TSearched> searched(memory);
   searched.reserve(families.size());
   for (const TFamily& family : families) searched.emplace_back(family, memory);
-  const bool isRough = search.bandPx > 0.0F;
   for (const TTrait trait : traitsOf(search.polarity, memory)) {
-    TFoundLine found = findTrait(searched, trait, isRough, memory);
+    TFoundLine found = findTrait(searched, trait, search, memory);
     if (found.line.confidence > best.line.confidence) best = std::move(found);
     if (trait == TTrait::dark && static_cast<double>(best.line.confidence) > kBeyondDoubt) break;
   }
