@@ -30,6 +30,12 @@ struct TFrameRecord {
   std::vector<cv::Point2d> storedStripePts;  // tracked.line.stripePts in the stored image
   double ms = 0.0;                           // time of the detection alone
   const TFrameTrace* trace = nullptr;        // what happened; good until the tracker's next frame
+  std::string fault;                         // by its label; empty: none that is known
+
+  // Of this frame itself, not one that is held.
+  std::optional<cv::Point2d> foundSeam() const {
+    return tracked.state == TSeamState::found ? storedSeam : std::nullopt;
+  }
 };
 
 class TRecordWriter {

@@ -53,11 +53,14 @@ ordered_json parametersJson(const TWeldParams& params) {
   return rows;
 }
 
-ordered_json summaryJson(const TRunStats& stats) {
+constexpr const char* kWrong = "wrong by its label";
+
+ordered_json summaryJson(const TRunStats& stats, int wrong) {
   return {{"frames", stats.frames()},
           {"found", stats.found()},
           {"held", stats.held()},
           {"lost", stats.lost()},
+          {"wrong", wrong},
           {"longestLoss", stats.longestLoss()},
           {"medianMs", rounded(stats.medianMs())},
           {"p95Ms", rounded(stats.p95Ms())}};
@@ -139,8 +142,8 @@ ordered_json TReport::frameJson(const TFrameRecord& record) {
           {"y", coordinate(&cv::Point2d::y)},
           {"points", attempt == nullptr ? 0 : attempt->centres.size()},
           {"ms", rounded(record.ms)},
-          {"reason", trace.reason},
-          {"sentence", trace.sentence},
+          {"reason", record.fault.empty() ? trace.reason : kWrong},
+          {"sentence", record.fault.empty() ? trace.sentence : trace.sentence + "; " + record.fault},
           {"advice", trace.advice},
           {"measured", values},
           {"tests", testsJson(trace)},
@@ -149,9 +152,10 @@ ordered_json TReport::frameJson(const TFrameRecord& record) {
 
 void TReport::add(const TFrameRecord& record, const cv::Mat& image) {
   counts.add(record.tracked.state, record.ms);
+  wrong += record.fault.empty() ? 0 : 1;
   firstFrame = firstFrame.value_or(record.frame);
   frameLines += (frameLines.empty() ? "" : ",\n") + dump(frameJson(record));
-  if (!image.empty() && shelf.wantsNext(record.tracked.state != TSeamState::found)) {
+  if (!image.empty() && shelf.wantsNext(record.tracked.state != TSeamState::found || !record.fault.empty())) {
     shelf.put(counts.frames() - 1, detailJson(record, image, job.params));
   }
 }
@@ -161,11 +165,11 @@ std::string TReport::dataJson() const {
       {"version", ZELWELD_VERSION},
       {"joint", nameOf(job)},
       {"position", weldPosText(job.params.weldPosType)},
-      {"summary", summaryJson(counts)},
+      {"summary", summaryJson(counts, wrong)},
       {"firstFrame", firstFrame.value_or(0)},
       {"measures", measuresJson(measures)},
       {"tests", knownTestsJson(knownTests)},
-      {"selection", everyText(shelf.notableStep()) + " of the frames that were not found, " +
+      {"selection", everyText(shelf.notableStep()) + " of the frames that were not found or are wrong, " +
                         everyText(shelf.ordinaryStep()) + " of the others"},
       {"key", keyJson()},
       {"parameters", parametersJson(job.params)},

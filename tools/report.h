@@ -37,6 +37,7 @@ private:
 
   TWeldJob job;
   TRunStats counts;
+  int wrong = 0;                        // by their labels
   std::vector<TMeasure> measures;       // with a chart each
   std::vector<TTraceCheck> knownTests;  // every test that decided about a frame
   std::optional<int> firstFrame;

@@ -6,6 +6,7 @@
 #include "tools/output_file.h"
 #include "tools/progress.h"
 #include "tools/report.h"
+#include "tools/seam_run.h"
 
 #include <iostream>
 #include <memory>
@@ -17,15 +18,17 @@ namespace fs = std::filesystem;
 
 // As typed.
 struct TOptions {
-  TTrackingOptions tracking;
+  TSeamRunOptions run;
   std::string page = "report.html";
 };
 
-void addAll(TReport& report, const TTracking& tracking, TFrameSource& source) {
+void addAll(TReport& report, const TTracking& tracking, const TTruth& truth, TFrameSource& source) {
+  TTruthFigures judged;
   TFrameTracker tracker(tracking);
   TProgress progress(source.frameCount());
   while (const auto frame = source.next()) {
-    const TTrackedFrame tracked = tracker.track(*frame);
+    TTrackedFrame tracked = tracker.track(*frame);
+    tracked.record.fault = truth.judge(tracked.record.file, tracked.record.foundSeam(), judged);
     report.add(tracked.record, tracked.image);
     progress.draw(report.stats().frames());
   }
@@ -39,14 +42,15 @@ void writePage(const TReport& report, const fs::path& page) {
 }
 
 void run(const TOptions& options) {
-  TTracking tracking = trackingOf(options.tracking);
+  TTracking tracking = trackingOf(options.run.tracking);
   tracking.tracker.keepTrace = true;
   tracking.tracker.giveAdvice = true;
-  TFrameSource source = framesOf(options.tracking.frames);
-  checkPagePlace(options.page, filesOf(options.tracking));
+  const TTruth truth = truthOf(options.run);
+  TFrameSource source = framesOf(options.run.tracking.frames);
+  checkPagePlace(options.page, filesOf(options.run.tracking));
   TReport report(tracking);
   try {
-    addAll(report, tracking, source);
+    addAll(report, tracking, truth, source);
   } catch (const TCliError&) {
     if (source.reading().hasReadable()) {
       writePage(report, options.page);  // of the frames before the one that does not fit
@@ -62,7 +66,7 @@ void run(const TOptions& options) {
 void addReportCommand(CLI::App& program) {
   CLI::App* const command = program.add_subcommand("report", "Write a page about what happened in every frame");
   const auto options = std::make_shared<TOptions>();
-  addTrackingOptions(*command, options->tracking);
+  addSeamRunOptions(*command, options->run);
   command->add_option("--out", options->page, "The page, an HTML file")->capture_default_str();
   command->footer(
       "The page needs no other file and no network.\n"

@@ -91,11 +91,6 @@ std::vector<std::string> labelOf(const TJob& job, const TFrameRecord& record) {
   return lines;
 }
 
-// Of this frame itself, not one that is held.
-std::optional<cv::Point2d> foundSeam(const TFrameRecord& record) {
-  return record.tracked.state == TSeamState::found ? record.storedSeam : std::nullopt;
-}
-
 void writeAnnotated(const TJob& job, const TTrackedFrame& frame) {
   const TFrameRecord& record = frame.record;
   cv::Mat drawn =
@@ -119,7 +114,7 @@ void run(const TOptions& options) {
     progress.clear();
     writer.write(tracked.record);
     stats.add(tracked.record.tracked.state, tracked.record.ms);
-    job.truth.judge(tracked.record.file, foundSeam(tracked.record), judged);
+    job.truth.judge(tracked.record.file, tracked.record.foundSeam(), judged);
     progress.draw(stats.frames());
     if (!job.outFolder.empty() && !tracked.image.empty()) {
       writeAnnotated(job, tracked);

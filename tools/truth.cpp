@@ -137,21 +137,27 @@ const TLabel* TTruth::find(const std::string& frame) const {
   return nullptr;
 }
 
-void TTruth::judge(const std::string& frame, const std::optional<cv::Point2d>& seam,
-                   TTruthFigures& figures) const {
+std::string TTruth::judge(const std::string& frame, const std::optional<cv::Point2d>& seam,
+                          TTruthFigures& figures) const {
   const TLabel* const label = find(frame);
   if (label == nullptr) {
-    return;
+    return "";
   }
   ++figures.judged;
   if (!seam) {
-    return;
+    return "";
   }
-  const double errorPx = label->pos ? cv::norm(*seam - *label->pos) : 0.0;
-  figures.wrong += !label->pos || errorPx > std::max(label->tolPx, kRightWithinPx) ? 1 : 0;
-  if (label->pos) {
-    figures.errorsPx.push_back(errorPx);
+  if (!label->pos) {
+    ++figures.wrong;
+    return "by its label there is no seam";
   }
+  const double errorPx = cv::norm(*seam - *label->pos);
+  figures.errorsPx.push_back(errorPx);
+  if (errorPx <= std::max(label->tolPx, kRightWithinPx)) {
+    return "";
+  }
+  ++figures.wrong;
+  return fixed(errorPx, 1) + " px from its label";
 }
 
 }  // namespace tool

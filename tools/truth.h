@@ -41,9 +41,10 @@ public:
 
   bool isEmpty() const { return labels.empty(); }
 
-  // Adds what a frame gave.
+  // Adds what a frame gave. Returns what is wrong with it: "12.3 px from its label"; empty: nothing that is known.
   //   seam  that was found, in the stored image
-  void judge(const std::string& frame, const std::optional<cv::Point2d>& seam, TTruthFigures& figures) const;
+  std::string judge(const std::string& frame, const std::optional<cv::Point2d>& seam,
+                    TTruthFigures& figures) const;
 
 private:
   const TLabel* find(const std::string& frame) const;

@@ -37,7 +37,11 @@ def make_pages(zelweld, folder):
     for number in DARK:
         (folder / f"f/frame_{number:04d}.png").write_bytes((folder / "blank/frame_0000.png").read_bytes())
     (folder / "f/frame_0011.png").rename(folder / "f/x<img src=y onerror=alert(1)>.png")
-    run("report", "f", "--type", "gap", "--exact", "--out", "report.html")
+    truth = (folder / "f/truth.csv").read_text().splitlines()
+    fields = truth[1].split(",")
+    wrong = truth[0] + "\n" + ",".join(fields[:2] + ["1"] + fields[3:]) + "\n"  # x of frame 0
+    (folder / "labels.csv").write_text(wrong)
+    run("report", "f", "--type", "gap", "--exact", "--truth", "labels.csv", "--out", "report.html")
     run("sweep", "f", "--frames", "0:4", "--type", "gap", "--set", "dPara8=5:105:10", "--out", "sweep.html")
     (folder / "a.json").write_text('{"weldType": "gap"}')
     run("compare", "a.json", "f", "--set", "minGapPx=200", "--out", "compare.html")
@@ -105,13 +109,15 @@ def check_frames(browser):
 def check_reasons(browser):
     rows = browser.find_elements(By.CSS_SELECTOR, "#reason-table tbody tr")
     counts = [int(row.find_elements(By.TAG_NAME, "td")[1].text) for row in rows]
-    assert sum(counts) == FRAMES and counts[-1] == FRAMES - len(DARK), counts
+    assert sum(counts) == FRAMES and max(counts) == FRAMES - len(DARK) - 1, counts
     shown = lambda: [int(thumb.get_attribute("data-frame")) for thumb in browser.find_elements(By.CLASS_NAME, "thumb")]
     rows[0].find_element(By.TAG_NAME, "button").send_keys(Keys.ENTER)
     assert shown() and set(shown()) <= set(DARK), shown()
     browser.execute_script("arguments[0].click()", rows[0])
     assert len(shown()) == FRAMES, "a second click shows all frames"
     assert browser.find_elements(By.CSS_SELECTOR, "#parameter-rows tr"), "no parameters"
+    wrong = [row.text for row in rows if row.text.startswith("wrong by its label")]
+    assert len(wrong) == 1 and "px from its label" in wrong[0] and "frame 0" in wrong[0], wrong
 
 
 def check_losses(browser):

@@ -4,7 +4,7 @@
 let chosenFilter = "all"; // "all", a state, or a reason
 
 function showSummary() {
-  const { frames, found, held, lost, longestLoss, medianMs, p95Ms } = report.summary;
+  const { frames, found, held, lost, wrong, longestLoss, medianMs, p95Ms } = report.summary;
   const share = frames > 0 ? (100 * found) / frames : 0;
   byId("subject").textContent = `${inWords(report.joint)}, seam point: ${report.position}`;
   byId("maker").textContent = `zelweld ${report.version}`;
@@ -12,6 +12,7 @@ function showSummary() {
     card(`${number(share, 1)} %`, `found: ${found} of ${frames} frames`, found === frames ? "found" : found === 0 ? "lost" : ""),
     card(held, "held: last seam repeated", held > 0 ? "held" : ""),
     card(lost, "lost", lost > 0 ? "lost" : ""),
+    ...(wrong > 0 ? [card(wrong, "found, but wrong by their labels", "lost")] : []),
     card(longestLoss, "longest run not found, frames"),
     card(`${number(medianMs, 2)} ms`, "per frame, median"),
     card(`${number(p95Ms, 2)} ms`, "95 % of frames within"));
