@@ -37,20 +37,21 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
     "${own_library}, python3 (>= 3.${python_minor}), python3 (<< 3.${next_python_minor}), python3-numpy")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS zelweld)
 
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each has its own
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
     "weld seam detection in laser stripe images - library
- Finds the weld seam in the camera image of a laser stripe, follows it from
- frame to frame, measures the joint, and tells why a frame shows no seam.")
+Finds the weld seam in the camera image of a laser stripe, follows it from
+frame to frame, measures the joint, and tells why a frame shows no seam.")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "weld seam detection in laser stripe images - development files
- Headers, CMake package, pkg-config file, documents and examples.")
+Headers, CMake package, pkg-config file, documents and examples.")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
     "weld seam detection in laser stripe images - program
- Tracks seams in folders of frames and in videos, explains lost ones in a
- report, tries parameters, and simulates frames with known seams.")
+Tracks seams in folders of frames and in videos, explains lost ones in a
+report, tries parameters, and simulates frames with known seams.")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
     "weld seam detection in laser stripe images - Python module
- Trackers, the plain call, measures and simulated frames on numpy arrays.")
+Trackers, the plain call, measures and simulated frames on numpy arrays.")
 
 # The module, into the folder of Debian's packages; any other prefix has its own, so only a package holds it.
 set(module_dir lib/python3/dist-packages/zelweld)

@@ -8,7 +8,7 @@ begin() { echo "=== $* (${SECONDS} s)"; }
 
 # All that a program may leave behind, without what apt and dpkg keep themselves and the caches of the system.
 list_files() {
-  find / -xdev \( -path /proc -o -path /sys -o -path /tmp -o -path /packages -o -path /var/log -o -path /var/cache \
+  find / \( -path /dev -o -path /proc -o -path /sys -o -path /tmp -o -path /packages -o -path /var/log -o -path /var/cache \
     -o -path /var/lib/apt -o -path /var/lib/dpkg \) -prune -o -print | sort
 }
 
