@@ -83,7 +83,7 @@ python3  python3
 LIST
       ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, python, test, arm, bench, clang, fuzz, format, valgrind, lint, coverage, packages, bare or pages" >&2
+      echo "setup.sh: unknown step '$1'; the first lines of this file name them" >&2
       exit 2
       ;;
   esac

@@ -12,7 +12,7 @@ scripts/pages/check_links.py README.md SECURITY.md CHANGELOG.md docs/*.md
 rm -rf "$pages"
 mkdir -p "$pages"
 PROJECT_VERSION=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt") \
-  VERSION_HEADER=$build/include/zelWeldDetectVersion.h PAGES=$pages doxygen scripts/pages/Doxyfile
+  BUILD=$build PAGES=$pages doxygen scripts/pages/Doxyfile
 scripts/pages/check_comments.py "$pages/xml"
 rm -r "$pages/xml"
 
