@@ -164,7 +164,7 @@ install: build ## install to PREFIX (default /usr/local), so that programs find 
 	  *) echo "Programs find the library with: export LD_LIBRARY_PATH=$(PREFIX)/$$($(libdir))" ;; \
 	esac
 
-# A first configuration leaves out what no package holds. The time of the last commit makes the files repeatable.
+# A first configuration leaves out what no package holds.
 packages_alone = $(if $(wildcard $(PACKAGE_BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF \
   -DZELWELD_BUILD_EXAMPLES=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
 

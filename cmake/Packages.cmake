@@ -1,6 +1,7 @@
 # Debian packages, one for each component of the installation: `make packages`. The folder of the libraries follows from
-# the prefix, so this wants a build that was configured with CMAKE_INSTALL_PREFIX=/usr.
-if(NOT ZELWELD_BUILD_PYTHON OR NOT ZELWELD_BUILD_TOOLS OR NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+# the prefix, so this wants a build that was configured with CMAKE_INSTALL_PREFIX=/usr, on Debian.
+find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
+if(NOT ZELWELD_BUILD_PYTHON OR NOT ZELWELD_BUILD_TOOLS OR NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" OR NOT DPKG_SHLIBDEPS)
   return()
 endif()
 

@@ -15,10 +15,10 @@
 // The plug-ins of the application, and the grey levels of contrast.
 namespace zel {
 
-// Take one text; without a line break at its end.
+// They take one text.
 using TDebugStringSink = std::function<void(const std::string& text)>;
 using TMessageSink = std::function<void(const std::string& text, std::uint32_t colour)>;  // 0x00RRGGBB
-// Says whether the switch of that name is on; false for names that it does not know.
+// Says whether the switch of that name is on; has to give false for names that it does not know.
 using TParamBoolSource = std::function<bool(const std::string& name)>;
 
 // Receives debugging text, one call per line. An empty function: nobody does.

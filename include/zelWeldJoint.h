@@ -88,7 +88,7 @@ ZELWELDDETECT_EXPORT std::vector<TJointCandidate> recogniseJoint(const cv::Mat& 
 
 // A seam measured once, before tracking.
 struct TWeldFeatures {
-  float leftVal = 0.0F;             // carried along, as everything here without a meaning of its own
+  float leftVal = 0.0F;             // carried along
   float leftAg = 0.0F;              // angle of the left flank, degrees
   std::int64_t leftReserved1 = 0;   // carried along
   std::int64_t leftReserved2 = 0;   // carried along

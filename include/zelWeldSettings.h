@@ -68,8 +68,8 @@ struct TCornerPreset {
   const char* meaning = "";  // how its flanks run
   TCornerSettings settings;  // its angles, the rest at the defaults
 
-  // The parameters of a corner, standing so; a corner also where they are of another joint and not
-  // checked.
+  // The parameters of a corner, standing so; a corner also where they are of another joint;
+  // values are not checked.
   ZELWELDDETECT_EXPORT TWeldParams applyTo(const TWeldParams& params) const;
 };
 

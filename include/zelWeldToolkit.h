@@ -88,8 +88,8 @@ public:
   TLinePara findALineRansac(double angleFrom, double angleTo, double distTolerance, double minFitRatio,
                             std::vector<cv::Point2f> points) const;
 
-  // The points farther than distTolerance (strictly) from y = k * x + b, in order; none for numbers
-  // that are not finite.
+  // The points farther than distTolerance (strictly) from y = k * x + b, in order; none where a
+  // number of the line is NaN.
   void filterOutLinePts(double k, double b, double distTolerance, std::vector<cv::Point2f> points,
                         std::vector<cv::Point2f>& outliers) const;
 
@@ -104,8 +104,8 @@ public:
   // The same share alone; 0 for an empty list.
   double calcFitLinePercent(double k, double b, double distTolerance, std::vector<cv::Point> points) const;
 
-  // Foot of the perpendicular from point to line; slopes below 1e-5 count as 1e-5 with their sign. Not
-  // finite when the line or the point is not.
+  // Foot of the perpendicular from point to line; slopes below 1e-5 count as 1e-5 with their sign. Any
+  // point for a line or a point that is not finite.
   cv::Point2f calcDropFeet(TLinePara line, cv::Point2f point) const;
 
   // Cuts the stripe into straight pieces, left to right: drops steep jumps, smooths, cuts at the vertices of a

@@ -23,7 +23,7 @@ enum class TWeldType : std::int32_t {
 
 // Which point of the joint is the seam point. A detector that does not know a value uses `centre`.
 enum class TWeldPosType : std::int32_t {
-  centre = 0,  // the middle of what left and right, upper and lower are the ends of; corner: the corner
+  centre = 0,  // midway between the ends below; of a corner the corner, of a groove its root
   left = 1,    // buttGap: left edge of the gap;  plate: left end
   right = 2,   // buttGap: right edge of the gap; plate: right end
   upper = 3,   // lap: upper corner in the image

@@ -7,6 +7,7 @@ build=$1
 packages=$2
 
 rm -rf "$packages"
+# The same files from the same commit.
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null || date +%s)
 export SOURCE_DATE_EPOCH
 cpack --config "$build/CPackConfig.cmake" -B "$packages"
