@@ -3,6 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
+unset PYTHONDONTWRITEBYTECODE  # what Python writes has to go again, too
 
 begin() { echo "=== $* (${SECONDS} s)"; }
 
