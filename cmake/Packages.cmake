@@ -5,12 +5,12 @@ if(NOT ZELWELD_BUILD_PYTHON OR NOT ZELWELD_BUILD_TOOLS OR NOT CMAKE_INSTALL_PREF
   return()
 endif()
 
-# component, package, section, package whose compiled-in headers ask for their notice
+# component, package, section, packages of which it may hold compiled parts, for their notices
 set(packages
     "library     libzelwelddetect0    libs     nlohmann-json3-dev"
     "development libzelwelddetect-dev libdevel"
     "program     zelweld              science  nlohmann-json3-dev libcli11-dev libjs-dygraphs"
-    "python      python3-zelweld      python   pybind11-dev")
+    "python      python3-zelweld      python   pybind11-dev nlohmann-json3-dev libcli11-dev libjs-dygraphs")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -36,7 +36,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${own_library}, libopencv-core-dev
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${own_library}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
     "${own_library}, python3 (>= 3.${python_minor}), python3 (<< 3.${next_python_minor}), python3-numpy")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS zelweld)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "zelweld, python3-tqdm, python3-fsspec, python3-distributed")
 
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each has its own
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION

@@ -17,9 +17,10 @@ scripts/pages/check_comments.py "$pages/xml"
 rm -r "$pages/xml"
 
 # What the documents link to and is no page.
-mkdir "$pages/docs" "$pages/examples"
+mkdir "$pages/docs"
 cp -r docs/images docs/exported-symbols.txt "$pages/docs"
-cp examples/*.cpp "$pages/examples"
-(cd "$pages/examples" && printf '<p><a href="%s">%s</a></p>\n' $(printf '%s\n' *.cpp | sed p) >index.html)
-scripts/pages/check_links.py "$pages"/*.html
+cp -r examples "$pages"
+(cd examples && find . -name '*.cpp' -o -name '*.py') | sort |
+  sed 's,^\./\(.*\),<p><a href="\1">\1</a></p>,' >"$pages/examples/index.html"
+scripts/pages/check_links.py "$pages"/*.html "$pages/examples/index.html"
 echo "Look at $pages/index.html"
