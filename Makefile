@@ -27,7 +27,7 @@ configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 libdir = sed -n "s/^CMAKE_INSTALL_LIBDIR:[A-Z]*=//p" $(BUILD)/CMakeCache.txt
 
 .PHONY: build demo python test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
-  faults bench-compare accuracy docs pages picture install packages test-packages format clean help
+  faults bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
 	$(setup) build
@@ -163,6 +163,8 @@ install: build ## install to PREFIX (default /usr/local), so that programs find 
 	  :/usr:0 | :/usr/local:0) ldconfig && echo "Programs find the library now (ldconfig was run)." ;; \
 	  *) echo "Programs find the library with: export LD_LIBRARY_PATH=$(PREFIX)/$$($(libdir))" ;; \
 	esac
+
+.PHONY: pages packages test-packages
 
 # A first configuration leaves out what no package holds.
 packages_alone = $(if $(wildcard $(PACKAGE_BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF \
