@@ -9,6 +9,7 @@ FAULTS ?=
 # Builds of their own; one folder may serve for both.
 ASAN_BUILD ?= $(BUILD)-asan
 FUZZ_BUILD ?= $(BUILD)-fuzz
+PACKAGE_BUILD ?= $(BUILD)-packages
 
 # cmake starts a make of its own with its own -j, which is not to take itself for a part of this one.
 standalone = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL
@@ -148,6 +149,11 @@ docs: ## write docs/parameters.md and its drawings anew
 	$(call compile,$(BUILD)) --target parameter_page
 	$(BUILD)/tools/parameter_page docs
 
+pages: ## write the API pages to build/pages; fails on a public name without a comment and on a broken link
+	$(setup) build pages
+	$(configure)
+	scripts/pages/make.sh $(BUILD) $(BUILD)/pages
+
 picture: build ## draw the picture of README.md anew
 	scripts/readme_picture.sh $(BUILD)/tools/zelweld docs/images/seam.png
 
@@ -158,12 +164,28 @@ install: build ## install to PREFIX (default /usr/local), so that programs find 
 	  *) echo "Programs find the library with: export LD_LIBRARY_PATH=$(PREFIX)/$$($(libdir))" ;; \
 	esac
 
+.PHONY: pages packages test-packages
+
+# A first configuration leaves out what no package holds.
+packages_alone = $(if $(wildcard $(PACKAGE_BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF \
+  -DZELWELD_BUILD_EXAMPLES=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
+
+packages: ## make Debian packages in build/packages and look them over with lintian
+	$(setup) build python packages
+	cmake -S . -B $(PACKAGE_BUILD) -DCMAKE_INSTALL_PREFIX=/usr -DZELWELD_BUILD_PYTHON=ON $(packages_alone) $(CMAKE_FLAGS)
+	$(call compile,$(PACKAGE_BUILD))
+	$(standalone) scripts/packages.sh $(PACKAGE_BUILD) $(BUILD)/packages
+
+test-packages: packages ## install, use and remove the packages in a bare Debian 12
+	$(setup) bare
+	tests/packages/in_bare_debian.sh $(BUILD)/packages
+
 format: ## format the sources
 	$(setup) format
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean: ## remove what the targets above made
-	rm -rf $(BUILD) $(BUILD)-faults $(ASAN_BUILD) $(FUZZ_BUILD) $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
+	rm -rf $(BUILD) $(BUILD)-faults $(ASAN_BUILD) $(FUZZ_BUILD) $(PACKAGE_BUILD) $(BUILD)-tsan $(BUILD)-arm $(BUILD)-clang $(BUILD)-coverage demo-out
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-13s %s\n", $$1, $$2 }' Makefile

@@ -12,19 +12,22 @@
 #include <functional>
 #include <string>
 
+// The plug-ins of the application, and the grey levels of contrast.
 namespace zel {
 
+// They take one text.
 using TDebugStringSink = std::function<void(const std::string& text)>;
 using TMessageSink = std::function<void(const std::string& text, std::uint32_t colour)>;  // 0x00RRGGBB
+// Says whether the switch of that name is on; has to give false for names that it does not know.
 using TParamBoolSource = std::function<bool(const std::string& name)>;
 
-// Receives debugging text, one call per line.
+// Receives debugging text, one call per line. An empty function: nobody does.
 ZELWELDDETECT_EXPORT void setDebugStringSink(TDebugStringSink sink);
 
-// Receives messages meant for the operator.
+// Receives messages meant for the operator; empty: nobody does.
 ZELWELDDETECT_EXPORT void setMessageSink(TMessageSink sink);
 
-// Answers application switches, for example "NeedPrintPlateWeldInfo".
+// Answers application switches, for example "NeedPrintPlateWeldInfo"; empty: all are false.
 ZELWELDDETECT_EXPORT void setParamBoolSource(TParamBoolSource source);
 
 }  // namespace zel

@@ -59,13 +59,15 @@ ZELWELDDETECT_EXPORT double adviseExposureFactor(int meanGray, double brightShar
 
 // The light of the stripe itself, a hundredth of the image that its mean hardly knows of.
 struct TStripeLight {
-  int columns = 0;                  // that have a centre; 0: no stripe
+  int columns = 0;                  // count of those that have a centre; 0: no stripe
   double saturatedShare = 0.0;      // of them, with a peak of 250 grey levels or more, 0..1
   double peakOverBackground = 0.0;  // median over them: peak near the centre less the median of the column, 0..255
 };
 
+// The light of a stripe in its image.
 //   image      8-bit, 1, 3 (BGR) or 4 (BGRA) channels; other types raise cv::Exception, an empty image gives no
-//   column. stripePts  centres in the image, as in TWeldLineRes; those outside the image are left out.
+//              column.
+//   stripePts  centres in the image, as in TWeldLineRes, px; those outside the image are left out.
 ZELWELDDETECT_EXPORT TStripeLight measureStripeLight(const cv::Mat& image,
                                                      const std::vector<cv::Point2f>& stripePts);
 
@@ -73,12 +75,11 @@ ZELWELDDETECT_EXPORT TStripeLight measureStripeLight(const cv::Mat& image,
 struct TStripeTarget {
   double saturatedShare = 0.25;  // largest share of columns that may be saturated, 0..1
   double leastPeak = 40.0;       // peak over background that suits, grey levels
-  double wantedPeak = 120.0;     // to raise a lower one to
+  double wantedPeak = 120.0;     // to raise a lower one to, grey levels
 };
 
 // The factor for the exposure as above, from the stripe: above the share of saturated columns lower, at most to a
-// half, below the least peak higher, at most by 4, else 1. Without a stripe, and for figures that are not
-// numbers, 1.
+// half, below the least peak higher, at most by 4, else 1. Without a stripe, and for a light that holds NaN, 1.
 ZELWELDDETECT_EXPORT double adviseExposureFactor(const TStripeLight& light, const TStripeTarget& target);
 
 }  // namespace LightingAdaptation

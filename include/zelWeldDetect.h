@@ -24,7 +24,8 @@
 
 #include <opencv2/core.hpp>
 
-// Marks params as initialised for a joint: sets isInit, weldType and weldPosType and nothing else.
+// Marks params as initialised for a joint: sets isInit, weldType and weldPosType and nothing else. Any
+// values are safe: a type without a detector finds nothing, an unknown position counts as centre.
 ZELWELDDETECT_EXPORT void initWeldParameters(TWeldType type, TWeldParams& params, TWeldPosType pos);
 
 // Finds the seam in one frame.

@@ -12,24 +12,25 @@
 
 // The points of a joint that have a name.
 enum class TFeature : std::int32_t {
-  root,
-  leftRoot,
-  rightRoot,
-  leftShoulder,
-  rightShoulder,
-  leftEdge,
-  rightEdge,
-  upperCorner,
-  lowerCorner,
-  corner,
-  leftEnd,
-  rightEnd
+  root,           // deepest point of a groove
+  leftRoot,       // left edge of the root gap
+  rightRoot,      // right edge of the root gap
+  leftShoulder,   // where the left plate ends and the flank begins
+  rightShoulder,  // the same on the right
+  leftEdge,       // left edge of a butt gap
+  rightEdge,      // right edge of a butt gap
+  upperCorner,    // of a lap, in the image
+  lowerCorner,    // of a lap, in the image
+  corner,         // where two flanks meet
+  leftEnd,        // of a plate
+  rightEnd        // of a plate
 };
 
+// A named point of the joint.
 struct TFeaturePoint {
-  TFeature feature = TFeature::root;
-  cv::Point2f pos;       // px
-  float sigmaPx = 0.0F;  // standard deviation of the position
+  TFeature feature = TFeature::root;  // which one
+  cv::Point2f pos;                    // px
+  float sigmaPx = 0.0F;               // standard deviation of the position
 };
 
 // One frame's measures of the joint, in pixels and degrees of the image. NaN: the joint has no such measure, or it
@@ -49,23 +50,23 @@ struct TFeaturePoint {
 // angles of the outermost flanks left and right of the seam, its first gap, the radii of its first and last arc or
 // rounded corner.
 struct TJointMeasurement {
-  static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();  // no such measure: NaN
 
-  bool isValid = false;
-  TWeldType weldType = TWeldType::none;
-  float confidence = 0.0F;  // 0..1
-  std::vector<TFeaturePoint> points;
-  double widthPx = kNone;
-  double depthPx = kNone;
-  double gapPx = kNone;
-  double mismatchPx = kNone;
-  double areaPx2 = kNone;
-  double leftAngleDeg = kNone;
-  double rightAngleDeg = kNone;
-  double includedAngleDeg = kNone;
-  double baseAngleDeg = kNone;
-  double leftRadiusPx = kNone;
-  double rightRadiusPx = kNone;
+  bool isValid = false;                  // false: nothing was measured, every measure is NaN
+  TWeldType weldType = TWeldType::none;  // measured as this joint
+  float confidence = 0.0F;               // 0..1
+  std::vector<TFeaturePoint> points;     // that were seen
+  double widthPx = kNone;                // px, as the table says, here and below
+  double depthPx = kNone;                // px
+  double gapPx = kNone;                  // px
+  double mismatchPx = kNone;             // px
+  double areaPx2 = kNone;           // px^2, of a groove: between the stripe and the line through the shoulders
+  double leftAngleDeg = kNone;      // degrees, -90..90
+  double rightAngleDeg = kNone;     // degrees, -90..90
+  double includedAngleDeg = kNone;  // degrees, 0..180
+  double baseAngleDeg = kNone;      // degrees, -90..90
+  double leftRadiusPx = kNone;      // px
+  double rightRadiusPx = kNone;     // px
 };
 
 // Measures the joint that a result shows: on its stripe points, with its seam. Garbage (no seam, unsorted points,
@@ -74,8 +75,9 @@ struct TJointMeasurement {
 //   params  that it was found with
 ZELWELDDETECT_EXPORT TJointMeasurement measureJoint(const TWeldLineRes& result, const TWeldParams& params);
 
+// A joint that the stripe may show.
 struct TJointCandidate {
-  TWeldType weldType = TWeldType::none;
+  TWeldType weldType = TWeldType::none;  // which joint
   double score = 0.0;  // by how much the joint explains the stripe better than a plate or a curve does, > 0; of a
                        // butt gap, which stands alone, its width in px
 };
@@ -86,21 +88,21 @@ ZELWELDDETECT_EXPORT std::vector<TJointCandidate> recogniseJoint(const cv::Mat& 
 
 // A seam measured once, before tracking.
 struct TWeldFeatures {
-  float leftVal = 0.0F;
-  float leftAg = 0.0F;  // angle of the left flank, degrees
-  std::int64_t leftReserved1 = 0;
-  std::int64_t leftReserved2 = 0;
-  float rightVal = 0.0F;
-  float rightAg = 0.0F;  // angle of the right flank, degrees
-  std::int64_t rightReserved1 = 0;
-  std::int64_t rightReserved2 = 0;
-  float intersecAg = 0.0F;  // angle between the flanks, degrees
-  cv::Point2f center{0.0F, 0.0F};
-  std::int64_t centerReserved = 0;
-  bool haveGap = false;
-  float score = 0.0F;  // confidence
-  bool featFlag1 = false;
-  bool featFlag2 = false;
+  float leftVal = 0.0F;             // carried along
+  float leftAg = 0.0F;              // angle of the left flank, degrees
+  std::int64_t leftReserved1 = 0;   // carried along
+  std::int64_t leftReserved2 = 0;   // carried along
+  float rightVal = 0.0F;            // carried along
+  float rightAg = 0.0F;             // angle of the right flank, degrees
+  std::int64_t rightReserved1 = 0;  // carried along
+  std::int64_t rightReserved2 = 0;  // carried along
+  float intersecAg = 0.0F;          // angle between the flanks, degrees
+  cv::Point2f center{0.0F, 0.0F};   // px
+  std::int64_t centerReserved = 0;  // carried along
+  bool haveGap = false;             // there is a gap at the seam
+  float score = 0.0F;               // confidence
+  bool featFlag1 = false;           // carried along
+  bool featFlag2 = false;           // carried along
 };
 
 // Measures a seam once, before tracking, and reports the measurement as one line of debugging text in the GBK

@@ -26,18 +26,19 @@
 
 // A closed interval. The default admits any value.
 struct TJointRange {
-  static constexpr double kAny = std::numeric_limits<double>::infinity();
+  static constexpr double kAny = std::numeric_limits<double>::infinity();  // no limit: infinity
 
-  double min = -kAny;
-  double max = kAny;
+  double min = -kAny;  // in the unit of what it limits
+  double max = kAny;   // in the same unit; below min: empty, a problem
 };
 
+// What an element of a joint looks like in the stripe.
 enum class TElementShape : std::int32_t {
   plate,  // straight, at an end of the joint, at most 32 degrees from level and 14 from the other plate
   flank,  // straight, at any angle
   flat,   // straight, at most 20 degrees from the plates
-  arc,
-  gap  // a stretch without a stripe, between two others
+  arc,    // a piece of a circle
+  gap     // a stretch without a stripe, between two others
 };
 
 // How an element meets the one before it; without a meaning at the start of the joint and behind a gap.
@@ -49,33 +50,39 @@ enum class TElementMeeting : std::int32_t {
 
 // One element. Ranges that its shape does not read have to be left alone.
 struct TJointElement {
-  TElementShape shape = TElementShape::plate;
-  TElementMeeting meeting = TElementMeeting::corner;
-  bool isOptional = false;  // the joint may lack it; two elements at most
-  bool isHollow = true;     // arc: open upwards, as the bottom of a groove is; false: a bulge, as a tube
-  TJointRange angleDeg;     // plate, flank, flat
-  TJointRange lengthPx;     // all but gaps; along the element, of a plate as far as it is seen
-  TJointRange radiusPx;     // arc
-  TJointRange turnDeg;      // all but gaps; angle at its start less that at the end of the element before
-  TJointRange widthPx;      // gap, along the plates
+  TElementShape shape = TElementShape::plate;         // what it looks like
+  TElementMeeting meeting = TElementMeeting::corner;  // with the element before
+  bool isOptional = false;                            // the joint may lack it; two elements at most
+  bool isHollow = true;  // arc: open upwards, as the bottom of a groove is; false: a bulge, as a tube
+  TJointRange angleDeg;  // plate, flank, flat
+  TJointRange lengthPx;  // all but gaps; along the element, of a plate as far as it is seen
+  TJointRange radiusPx;  // arc
+  TJointRange turnDeg;   // all but gaps; angle at its start less that at the end of the element before
+  TJointRange widthPx;   // gap, along the plates
   // gap: by how much its right side lies deeper. All above 0 or all below: a wall without stripe. Any: a root gap,
   // the elements beside it point at each other. Else: a hole in a surface.
   TJointRange stepPx;
 
+  // A straight piece at an end of the joint.
   static TJointElement plate() { return {}; }
+  // A straight piece with an angle from minDeg to maxDeg, degrees; an empty range is a problem.
   static TJointElement flank(double minDeg, double maxDeg) {
     TJointElement e = of(TElementShape::flank);
     e.angleDeg = {minDeg, maxDeg};
     return e;
   }
+  // A straight piece level with the plates.
   static TJointElement flat() { return of(TElementShape::flat); }
+  // A hollow arc with a radius from minRadiusPx to maxRadiusPx, px; an empty range is a problem.
   static TJointElement arc(double minRadiusPx, double maxRadiusPx) {
     TJointElement e = of(TElementShape::arc);
     e.radiusPx = {minRadiusPx, maxRadiusPx};
     return e;
   }
+  // A stretch without a stripe.
   static TJointElement gap() { return of(TElementShape::gap); }
-  // Upright walls that show no stripe: the right side lies at least so much (> 0) higher, or deeper.
+  // Upright walls that show no stripe: the right side lies at least leastPx (> 0) higher, or deeper.
+  // Others give a problem or another kind of gap.
   static TJointElement stepUp(double leastPx) {
     TJointElement e = gap();
     e.stepPx.max = -leastPx;
@@ -119,16 +126,16 @@ enum class TJointPlace : std::int32_t {
 // A point that gets a name. Names are the library's, so that measurements and programs know them; "root" lies
 // deeper than the shoulders.
 struct TJointPoint {
-  TFeature feature = TFeature::root;
-  TJointPlace place = TJointPlace::start;
-  std::int32_t element = 0;  // index
+  TFeature feature = TFeature::root;       // its name
+  TJointPlace place = TJointPlace::start;  // where on the element
+  std::int32_t element = 0;                // index
 };
 
 // A joint: a plain record of plain values. Of the result's values auxVal1 is the width, px, auxVal2 the depth, px,
 // auxVal3 the included angle, degrees, auxVal4 the gap, px, trackVal the mismatch, px; 0 for what it does not
 // have.
 struct TJointTemplate {
-  std::string name;
+  std::string name;                     // for people; may be empty
   std::vector<TJointElement> elements;  // 2 to 7, and the gaps between them
   std::vector<TJointPoint> points;      // of several with one name the first counts whose element is there
   TFeature tracked = TFeature::root;    // the seam point

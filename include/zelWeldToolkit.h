@@ -13,47 +13,47 @@
 
 // The line y = k * x + b through stripe points.
 struct TLinePara {
-  double k = 0.0;            // slope
-  double b = 0.0;            // intercept, px
-  bool isValid = false;      // the fit succeeded
-  double inlierRatio = 0.0;  // inliers / points handed in
-  std::vector<cv::Point2f> inlierPts;
+  double k = 0.0;                      // slope
+  double b = 0.0;                      // intercept, px
+  bool isValid = false;                // the fit succeeded
+  double inlierRatio = 0.0;            // inliers / points handed in
+  std::vector<cv::Point2f> inlierPts;  // that the line was fitted to, px
 };
 
 // Why an image column gave a stripe centre or none.
 struct TWeldPointStatus {
-  std::int32_t pos = 0;     // image column
-  std::int32_t status = 0;  // 0 centre found, 1 no rising or no falling edge, 2 edges but no pair
+  std::int32_t pos = 0;     // index of the image column
+  std::int32_t status = 0;  // status: 0 centre found, 1 no rising or no falling edge, 2 edges but no pair
 };
 
 // One straight piece of the stripe from splitting and merging.
 struct TSplitAtom {
   std::vector<cv::Point2f> pts;  // stripe points strictly between startX and endX
-  std::int32_t startX = 0;       // first column
-  std::int32_t endX = 0;         // last column
-  TLinePara line;
+  std::int32_t startX = 0;       // first column, index
+  std::int32_t endX = 0;         // last column, index
+  TLinePara line;                // through them; invalid before a fit
 };
 
 // One straight piece of the stripe from segmentation.
 struct TStripePiece {
-  static constexpr float kUnset = 1e11F;  // not measured yet
+  static constexpr float kUnset = 1e11F;  // not measured yet, px
 
   std::vector<cv::Point2f> pts;     // stripe points of the piece, in stripe order
-  std::vector<cv::Point2f> fitPts;  // those nearer to the line than the fit tolerance
-  cv::Point startPt;                // first end
-  cv::Point endPt;                  // second end
-  std::int32_t lineState = 0;       // 0 not fitted, 1 the line below is there
+  std::vector<cv::Point2f> fitPts;  // those nearer to the line than the fit tolerance, px
+  cv::Point startPt;                // first end, px
+  cv::Point endPt;                  // second end, px
+  std::int32_t lineState = 0;       // status: 0 not fitted, 1 the line below is there
   float k = 0.0F;                   // slope
   float b = 0.0F;                   // intercept, px
   float maxDist = kUnset;   // largest distance of a point from the line, or from the chord before a fit, px
   float meanDist = kUnset;  // mean distance of the points from the line, px
   float aux1 = 0.0F;        // carried along
-  float aux2 = 0.0F;
-  float aux3 = 0.0F;
-  float auxDist1 = kUnset;
-  float auxDist2 = kUnset;
-  bool isFitted = false;  // the robust fit succeeded
-  bool auxFlag = false;   // carried along
+  float aux2 = 0.0F;        // carried along
+  float aux3 = 0.0F;        // carried along
+  float auxDist1 = kUnset;  // carried along
+  float auxDist2 = kUnset;  // carried along
+  bool isFitted = false;    // the robust fit succeeded
+  bool auxFlag = false;     // carried along
 };
 
 // The detector object: the parameters of a call, the column status of its frame, and the geometry
@@ -71,7 +71,9 @@ public:
   TBaseWeld& operator=(TBaseWeld&& other) noexcept;
   ~TBaseWeld();
 
+  // The parameters that the members below read; any values are safe.
   void setWeldParameters(TWeldParams params);
+  // The parameters as they were set.
   TWeldParams getWeldParameters() const;
 
   // Robust line through stripe points; scale and inlier distance are dPara4.
@@ -86,12 +88,14 @@ public:
   TLinePara findALineRansac(double angleFrom, double angleTo, double distTolerance, double minFitRatio,
                             std::vector<cv::Point2f> points) const;
 
-  // The points farther than distTolerance (strictly) from y = k * x + b, in order.
+  // The points farther than distTolerance (strictly) from y = k * x + b, in order; none where a
+  // number of the line is NaN.
   void filterOutLinePts(double k, double b, double distTolerance, std::vector<cv::Point2f> points,
                         std::vector<cv::Point2f>& outliers) const;
 
   // Share of points nearer than distTolerance (strictly), and those points in order. An empty list gives
-  // false and leaves percent untouched. The float form truncates the points to integers first.
+  // false and leaves percent untouched. distTolerance in px. The float form truncates the points to integers
+  // first.
   bool calcFitPercent(std::vector<cv::Point> points, std::vector<cv::Point>& inliers, double k, double b,
                       double distTolerance, double& percent) const;
   bool calcFitPercent(std::vector<cv::Point2f> points, std::vector<cv::Point>& inliers, double k, double b,
@@ -100,7 +104,8 @@ public:
   // The same share alone; 0 for an empty list.
   double calcFitLinePercent(double k, double b, double distTolerance, std::vector<cv::Point> points) const;
 
-  // Foot of the perpendicular from point to line; slopes below 1e-5 count as 1e-5 with their sign.
+  // Foot of the perpendicular from point to line; slopes below 1e-5 count as 1e-5 with their sign. Any
+  // point for a line or a point that is not finite.
   cv::Point2f calcDropFeet(TLinePara line, cv::Point2f point) const;
 
   // Cuts the stripe into straight pieces, left to right: drops steep jumps, smooths, cuts at the vertices of a
@@ -126,7 +131,7 @@ public:
                            cv::Mat image) const;
 
   // Fits a line to every atom, drops atoms without points, and merges neighbours that combine2Lines joins, the
-  // leftmost first, at most 10 times.
+  // leftmost first, at most 10 times. An empty list stays so.
   void fusePolyLines2LinesSegment(std::vector<TSplitAtom>& atoms, cv::Mat image) const;
 
   // One line through the points of both when the lines meet less than 6 px from the chord between the first inlier
@@ -140,25 +145,30 @@ public:
   void removeDiscontinuousPts(std::vector<cv::Point2f>& points, int maxJump) const;
 
   // Seams without a stripe, see findSeamByContrast: the points of the dark line in the whole image, and of the
-  // surest line of any kind.
+  // surest line of any kind; empty without one.
   std::vector<cv::Point2f> getWeldPts(cv::Mat image) const;
   std::vector<cv::Point2f> getWeldPtsNew2(cv::Mat image) const;
 
-  // findSeamByContrast itself; and the dark line within 15 degrees of a direction and bandPx of a point.
+  // findSeamByContrast itself; and the dark line within 15 degrees of a direction and bandPx of a
+  // point. Not found for images that findSeamByContrast finds nothing in; what is out of range counts as there.
   TContourCenterLine getWeldPtsByContrast(cv::Mat image, TContrastSearch search) const;
   TContourCenterLine getWeldPtsByContrastAndRoughPos(cv::Mat image, cv::Point2f roughPos, float directionDeg,
                                                      float bandPx) const;
 
-  // True when the image has data, dimensions and elements.
+  // True when the image has data, dimensions and elements; false for an empty one.
   bool checkImgLegality(cv::Mat image) const;
 
 protected:
+  // The status of the columns, which the two questions below look at; columns twice or in any order, and any
+  // other content, are safe.
   void setSamplinePointsStatus(std::vector<TWeldPointStatus> status);
+  // The status as it was set; empty before.
   std::vector<TWeldPointStatus> getSamplinePointsStatus() const;
 
-  // At least minCount missing columns strictly between lo and hi. pos is not read.
+  // At least minCount missing columns strictly between lo and hi; an empty stretch has none. pos is not read.
   bool isWeldPosMissingPts(cv::Point2f pos, int lo, int hi, int minCount) const;
-  // A run of more than maxRun missing columns strictly between lo and hi. pos is not read.
+  // A run of more than maxRun missing columns strictly between lo and hi; an empty stretch has none. pos is not
+  // read.
   bool isWeldPosContinueMissingPts(cv::Point2f pos, int lo, int hi, int maxRun) const;
 
 private:

@@ -30,6 +30,7 @@ struct TTrackerOptions {
   // back at both ends and short stripes are not lost; px, >= 0. 0 hands over the previous stripe as it is. With
   // automatic extraction a corner found along an extended guide is fitted as on a first detection.
   std::int32_t guideMarginPx = 40;
+  // How the stripe is taken from the image.
   TStripeExtraction extraction = TStripeExtraction::automatic;
   // true: marker corners, points that are not finite and points outside the image count as not found.
   bool rejectImpossiblePoints = true;
@@ -49,7 +50,9 @@ struct TTrackerOptions {
   // result, stripePts is the line, auxVal1 and auxVal2 its slope and intercept there (y over x; of a steep line x
   // over y), auxVal3 its width in px, auxVal4 its contrast, trackVal its confidence.
   TSeamSource source = TSeamSource::stripe;
+  // What is looked for by contrast.
   TContrastSearch contrast;
+  // The row or column at which a line by contrast is the seam, px; not a number: the middle of the image.
   float lookAtPx = std::numeric_limits<float>::quiet_NaN();
   // true, with keepTrace: the trace of a frame without a seam says what may be done; costs several detections.
   bool giveAdvice = false;
@@ -70,12 +73,18 @@ struct TTrackerOptions {
 
 // What a frame means to the controller: weld along a found seam, go on along a held one for as long as the process
 // bears it, stop on a lost one.
-enum class TSeamState : std::int32_t { lost = 0, found = 1, held = 2 };
+enum class TSeamState : std::int32_t {
+  lost = 0,   // none, and none to repeat
+  found = 1,  // in this frame
+  held = 2    // none; the last good one is repeated
+};
 
+// What a frame gives a controller.
 struct TTrackedSeam {
-  TSeamState state = TSeamState::lost;
-  cv::Point2f weldPos;  // to steer by: this frame's seam when found, the last good one when held, (0, 0) when lost
-  TWeldLineRes line;    // what this frame itself gave: isFound only in the state found
+  TSeamState state = TSeamState::lost;  // found, held or lost
+  cv::Point2f
+      weldPos;  // to steer by, px: this frame's seam when found, the last good one when held, (0, 0) when lost
+  TWeldLineRes line;              // what this frame itself gave: isFound only in the state found
   TJointMeasurement measurement;  // of this frame; invalid unless found
 };
 
@@ -83,6 +92,7 @@ struct TTrackedSeam {
 // allocates nothing beyond the stripe points of its result; by contrast a few such lists.
 class ZELWELDDETECT_EXPORT TWeldTracker {
 public:
+  // Of a joint of the library; one without a detector is never found.
   explicit TWeldTracker(const TWeldParams& params, const TTrackerOptions& options = TTrackerOptions());
   // Of a joint of one's own; one that has a problem (findTemplateProblem) is never found.
   explicit TWeldTracker(const TJointTemplate& joint, const TTrackerOptions& options = TTrackerOptions());
@@ -99,7 +109,7 @@ public:
   void reset();
 
   // Takes effect with the next frame. The last seam is kept; reset() as well when the joint is another one, as it
-  // always is after one's own.
+  // always is after one's own. Any parameters are safe; those out of range find nothing.
   void setParams(const TWeldParams& params);
 
   // What happened in the last frame; empty unless the options ask for it and before the first frame.

@@ -8,32 +8,32 @@
 
 // Joint kind; selects the detector. Any other value is safe and behaves like `none`.
 enum class TWeldType : std::int32_t {
-  buttGap = 0,  // one straight stripe broken by a gap
-  lap = 1,      // two pieces displaced in height (a step)
-  corner = 2,   // two flanks that meet in one corner
-  none = 3,     // no detector: every call gives the empty result
-  plate = 4,    // one plate: the highest straight piece and its two ends
-  uGroove = 5,
-  vGroove = 6,
-  singleBevel = 7,
-  flareV = 8,
-  flareBevel = 9,
+  buttGap = 0,         // one straight stripe broken by a gap
+  lap = 1,             // two pieces displaced in height (a step)
+  corner = 2,          // two flanks that meet in one corner
+  none = 3,            // no detector: every call gives the empty result
+  plate = 4,           // one plate: the highest straight piece and its two ends
+  uGroove = 5,         // steep walls and a round bottom
+  vGroove = 6,         // two sloping flanks
+  singleBevel = 7,     // one sloping flank beside an upright wall
+  flareV = 8,          // two rounded plates or tubes
+  flareBevel = 9,      // a rounded plate or tube beside a flat one
   stripePresence = 10  // is the stripe there, compared with the previous frame
 };
 
 // Which point of the joint is the seam point. A detector that does not know a value uses `centre`.
 enum class TWeldPosType : std::int32_t {
-  centre = 0,
-  left = 1,   // buttGap: left edge of the gap;  plate: left end
-  right = 2,  // buttGap: right edge of the gap; plate: right end
-  upper = 3,  // lap: upper corner in the image
-  lower = 4   // lap: lower corner in the image
+  centre = 0,  // midway between the ends below; of a corner the corner, of a groove its root
+  left = 1,    // buttGap: left edge of the gap;  plate: left end
+  right = 2,   // buttGap: right edge of the gap; plate: right end
+  upper = 3,   // lap: upper corner in the image
+  lower = 4    // lap: lower corner in the image
 };
 
 // A closed interval of angles in degrees.
 struct TAngleRange {
-  double min = 0.0;
-  double max = 0.0;
+  double min = 0.0;  // degrees
+  double max = 0.0;  // degrees
 };
 
 // Tuning of one joint. Every field has a usable default; out-of-range values never crash, they only
@@ -102,8 +102,8 @@ struct TWeldParams {
 // What a frame gave. Feed it back as the previous result of the next frame.
 struct TWeldLineRes {
   bool isFound = false;                // a seam point was found (stripePresence: the stripe is there)
-  cv::Point2f weldPos{0.0F, 0.0F};     // the seam point; (0, 0) when not found
-  std::vector<cv::Point2f> stripePts;  // stripe centres of this frame, left to right
+  cv::Point2f weldPos{0.0F, 0.0F};     // the seam point, px; (0, 0) when not found
+  std::vector<cv::Point2f> stripePts;  // stripe centres of this frame, px, left to right
   // corner: slope and intercept of the left flank, then of the right one.
   // plate: slope and intercept of the line through the two ends, twice. Others: 0.
   double auxVal1 = 0.0;

@@ -2,7 +2,7 @@
 # Installs what the named steps need and this machine lacks, through apt-get. Says so first; prints nothing
 # and does nothing when all is there.
 #
-#   scripts/setup.sh build|python|test|arm|bench|clang|fuzz|format|valgrind|lint|coverage ...
+#   scripts/setup.sh build|python|test|arm|bench|clang|fuzz|format|valgrind|lint|coverage|packages|bare|pages ...
 set -euo pipefail
 
 # Prints "package probe" lines for a step; the probe is a command, with a slash or dot a header, with a slash in front
@@ -68,8 +68,22 @@ cppcheck                 cppcheck
 LIST
       ;;
     coverage) echo "gcovr gcovr" ;;
+    packages)
+      cat <<'LIST'
+dpkg-dev  dpkg-shlibdeps
+file      file
+lintian   lintian
+LIST
+      ;;
+    bare) echo "mmdebstrap mmdebstrap" ;;
+    pages)
+      cat <<'LIST'
+doxygen  doxygen
+python3  python3
+LIST
+      ;;
     *)
-      echo "setup.sh: unknown step '$1'; use build, python, test, arm, bench, clang, fuzz, format, valgrind, lint or coverage" >&2
+      echo "setup.sh: unknown step '$1'; the first lines of this file name them" >&2
       exit 2
       ;;
   esac
