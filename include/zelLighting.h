@@ -79,7 +79,7 @@ struct TStripeTarget {
 };
 
 // The factor for the exposure as above, from the stripe: above the share of saturated columns lower, at most to a
-// half, below the least peak higher, at most by 4, else 1. Without a stripe, and for a light that holds NaN, 1.
+// half, below the least peak higher, at most by 4, else 1. Without a stripe, and for figures that hold NaN, 1.
 ZELWELDDETECT_EXPORT double adviseExposureFactor(const TStripeLight& light, const TStripeTarget& target);
 
 }  // namespace LightingAdaptation

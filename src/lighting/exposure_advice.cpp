@@ -2,6 +2,7 @@
 #include "zelLighting.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 
@@ -27,7 +28,7 @@ double adviseExposureFactor(const TStripeLight& light, const TStripeTarget& targ
   if (light.columns <= 0) return kLeave;
   if (light.saturatedShare > target.saturatedShare)
     return std::clamp(1.0 - light.saturatedShare, kTooBrightFactor, kLeave);
-  if (!(light.peakOverBackground < target.leastPeak)) return kLeave;
+  if (!(light.peakOverBackground < target.leastPeak) || std::isnan(target.wantedPeak)) return kLeave;
   return std::clamp(target.wantedPeak / std::max(light.peakOverBackground, 1.0), kLeave, kLargestFactor);
 }
 

@@ -239,6 +239,11 @@ TEST(AdviseExposureFactor, leavesWithinToleranceStepsByFourAtMostAndNeverRaisesA
         << row.meanGray << " " << row.brightShare;
   }
   EXPECT_EQ(adviseExposureFactor(INT_MAX, 0.0, {INT_MIN, 10, 0.1}), 0.25);
+  const TStripeLight dim{100, 0.0, 20.0};
+  EXPECT_EQ(adviseExposureFactor(dim, TStripeTarget{}), 4.0);
+  EXPECT_EQ(adviseExposureFactor(dim, {0.25, 40.0, std::nan("")}), 1.0);
+  EXPECT_EQ(adviseExposureFactor({100, 0.0, std::nan("")}, TStripeTarget{}), 1.0);
+  EXPECT_EQ(adviseExposureFactor({100, 0.9, 20.0}, TStripeTarget{}), 0.5);
 }
 
 }  // namespace
