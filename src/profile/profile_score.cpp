@@ -57,9 +57,10 @@ public:
   TElementScore(const TOrientedCentres& c, const TFittedElement& e, const TElementRange& r)
       : centres(c), element(e), range(r), surface(e, r), step(std::max(1, e.span.count() / kMostScored)) {}
 
-  // A line counts as the straight or the bent one, whichever explains more.
-  double cost(double noise2) const {
-    const double inv = 1.0 / noise2;
+  // A line counts as the straight or the bent one, whichever explains more. A flank of a joint may bow.
+  double cost(double noise2, bool isOfJoint) const {
+    const bool mayBow = isOfJoint && range.role == TElementRole::flank;
+    const double inv = 1.0 / (noise2 + (mayBow ? bow2() : 0.0));
     double bent = 0.0;
     double straight = 0.0;
     int scored = 0;
@@ -146,7 +147,7 @@ TLayoutScore scoreLayout(const TOrientedCentres& centres, const TProfileLayout& 
     const bool hasLeft = e > 0;
     const bool hasRight = e + 1 < n;
     TElementScore of(centres, element, layout.range(e));
-    points += of.cost(noise2);
+    points += of.cost(noise2, n > 1);
     const TEndShares share = of.shares();
     score.shares[e] = std::min(hasLeft ? share.left : 1.0, hasRight ? share.right : 1.0);
     score.worstShare = std::min(score.worstShare, score.shares[e]);
