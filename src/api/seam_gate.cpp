@@ -41,22 +41,47 @@ double seamDistance(cv::Point2f a, cv::Point2f b) {
   return std::sqrt(d.dot(d));
 }
 
+namespace {
+
+constexpr double kRootShare = 0.67;  // of a jump of the root alone
+
+TShoulders shouldersOf(const TSeam& seam) {
+  if (!seam.profile) return {};
+  const TMeasuredPoint& left = seam.profile->feature(TFeature::leftShoulder);
+  const TMeasuredPoint& right = seam.profile->feature(TFeature::rightShoulder);
+  return {left.isFound && right.isFound, cv::Point2f(left.pos), cv::Point2f(right.pos)};
+}
+
+double jumpOf(const TSeam& seam, const TJumpMemory& memory) {
+  if (!memory.hasSeam) return 0.0;
+  const double seamPx = seamDistance(seam.pos, memory.seam);
+  const TShoulders now = shouldersOf(seam);
+  const TShoulders& before = memory.shoulders;
+  if (!now.areFound || !before.areFound || seam.profile->profile->measuring != TMeasuring::groove) return seamPx;
+  const double shouldersPx = std::max(seamDistance(now.left, before.left), seamDistance(now.right, before.right));
+  return std::max(shouldersPx, kRootShare * seamPx);
+}
+
+}  // namespace
+
 bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace) {
   if (!found.isFound) memory.pendingFrames = 0;
   if (!found.isFound || std::isinf(options.maxJumpPx)) return true;
   const cv::Point2f seam = found.pos;
-  const double jumpPx = memory.hasSeam ? seamDistance(seam, memory.seam) : 0.0;
+  const double jumpPx = jumpOf(found, memory);
   const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;
   const int frames = repeats ? memory.pendingFrames + 1 : 1;
   if (found.isUnsure && !memory.hasSeam) {
     const bool isSeenAgain = repeats && seamDistance(seam, memory.pending) <= kSamePlacePx;
-    memory = isSeenAgain ? TJumpMemory{true, seam, 0, {}} : TJumpMemory{false, {}, 1, seam};
+    memory =
+        isSeenAgain ? TJumpMemory{true, seam, 0, {}, shouldersOf(found)} : TJumpMemory{false, {}, 1, seam, {}};
     return trace.holds(kUnsure, isSeenAgain);
   }
   const bool isConfirmed = jumpPx > options.maxJumpPx && frames >= options.acceptAfterFrames;
   const bool passes = isConfirmed ? trace.passes(kRepeats, frames, options.acceptAfterFrames)
                                   : trace.passes(kJump, jumpPx, options.maxJumpPx);
-  memory = passes ? TJumpMemory{true, seam, 0, {}} : TJumpMemory{true, memory.seam, frames, seam};
+  memory = passes ? TJumpMemory{true, seam, 0, {}, shouldersOf(found)}
+                  : TJumpMemory{true, memory.seam, frames, seam, memory.shoulders};
   return passes;
 }
 

@@ -15,15 +15,24 @@ bool isSeamPointPossible(const TFrame& frame, const TSeam& seam, const TJointRul
 // px.
 double seamDistance(cv::Point2f a, cv::Point2f b);
 
+// The shoulders of a groove.
+struct TShoulders {
+  bool areFound = false;
+  cv::Point2f left;
+  cv::Point2f right;
+};
+
 // What the test for jumps remembers.
 struct TJumpMemory {
   bool hasSeam = false;
   cv::Point2f seam;       // the last one that was let through
   int pendingFrames = 0;  // frames in a row that showed a seam at another place
   cv::Point2f pending;    // that place in the last of them
+  TShoulders shoulders;   // of the last seam that was let through
 };
 
-// Takes note of what a frame found. False for a seam that may not be reported: one farther than maxJumpPx from the
+// Takes note of what a frame found. A groove has moved by as much as its shoulders, whatever its root does: a bead
+// fills it, or it opens. False for a seam that may not be reported: one farther than maxJumpPx from the
 // last one, until acceptAfterFrames frames in a row showed it at its new place, each within maxJumpPx of the one
 // before.
 bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace);

@@ -81,6 +81,34 @@ TEST(SeamGate, letsAJumpPassOnceItHasRepeated) {
   }
 }
 
+TEST(SeamGate, takesTheMoveOfAGroovesShouldersForThatOfTheGroove) {
+  const struct {
+    const char* name;
+    TMeasuring measuring;
+    cv::Point2d root;  // from 300, 200 on, between shoulders at 100 and 500
+    double shoulderX;  // of the left one
+    bool passes;
+  } rows[] = {{"a bead fills it", TMeasuring::groove, {300, 258}, 120, true},
+              {"farther than a bead does", TMeasuring::groove, {300, 262}, 120, false},
+              {"elsewhere", TMeasuring::groove, {350, 200}, 150, false},
+              {"one with a wall", TMeasuring::bevel, {300, 258}, 120, false}};
+  for (const auto& row : rows) {
+    const TProfileTemplate form{"", row.measuring};
+    const auto grooveAt = [&](cv::Point2d root, double shoulderX) {
+      TSeam seam = seamAt(cv::Point2f(root));
+      seam.isFound = true;
+      seam.profile.emplace().profile = &form;
+      seam.profile->features[static_cast<std::size_t>(TFeature::leftShoulder)] = {true, {shoulderX, 100.0}, 1.0};
+      seam.profile->features[static_cast<std::size_t>(TFeature::rightShoulder)] = {true, {500.0, 100.0}, 1.0};
+      return seam;
+    };
+    TJumpMemory memory;
+    EXPECT_TRUE(passesJumpTest(grooveAt({300, 200}, 100), TTrackerOptions(), memory, {}));
+    EXPECT_EQ(passesJumpTest(grooveAt(row.root, row.shoulderX), TTrackerOptions(), memory, {}), row.passes)
+        << row.name;
+  }
+}
+
 TEST(SeamGate, letsAnUnsureFirstSeamPassOnceItHasRepeated) {
   const struct {
     const char* name;
