@@ -21,7 +21,10 @@ constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
 constexpr double kRunPerHole = 3.0;  // columns of a run, over those of the hole before it
 constexpr double kTailPx = 60.0;     // columns before an end in which a run of something else may begin
-constexpr double kFootPx = 40.0;     // of a flank, before the corner that its light must reach
+constexpr int kMostBent = 60;        // centres of a bent end
+constexpr int kLeastBent = 6;
+constexpr double kBendNoisePx = 1.0;  // by which it may turn back
+constexpr double kFootPx = 40.0;      // of a flank, before the corner that its light must reach
 
 // An end of a flank, and the centres about it.
 class TFlankEnd {
@@ -47,6 +50,22 @@ public:
     last = kept;
     return std::abs(centres.at(kept).x - endX);
   }
+
+  // Moves on to the last centre of a bent end, which goes on without a break, but steeper. Whether there is one.
+  bool followBend() {
+    int end = last;
+    double deepest = 0.0;
+    while (has(end + side) && std::abs(end + side - last) <= kMostBent && !isBreak(end + side)) {
+      const double off = offsetOf(end + side);
+      if (off < deepest - kBendNoisePx) break;
+      deepest = std::max(deepest, off);
+      end += side;
+    }
+    if (deepest < offPx || std::abs(end - last) < kLeastBent) return false;
+    last = end;
+    return true;
+  }
+  cv::Point2d lastCentre() const { return centres.at(last); }
 
   // Along the line, up to the centres of something else: the light there is theirs.
   double freePx(cv::Point2d end) const {
@@ -123,7 +142,12 @@ private:
 void settle(const TFrame& frame, int sense, TFlankEnd flank, cv::Point2d& end) {
   const cv::Point2d direction = flank.direction();
   const double foreignPx = flank.dropForeign();
-  if (foreignPx > 0.0) end -= direction * (foreignPx / std::max(std::abs(direction.x), 0.02));
+  if (foreignPx > 0.0) {
+    end -= direction * (foreignPx / std::max(std::abs(direction.x), 0.02));
+  } else if (flank.followBend()) {
+    end = flank.lastCentre();
+    return;
+  }
   const TLightRay ray(frame.image, {end.x, sense * end.y}, {direction.x, sense * direction.y});
   end += ray.litPx(flank.freePx(end)) * direction;
 }

@@ -13,7 +13,8 @@ bool areFeetLit(const TFrame& frame, const TProfileLayout& layout);
 
 // Moves the ends of flanks at a root or a wall on along their lines for as long as the image is at least half as
 // bright there as on the flank itself, and no centres tell that the light is another surface's. An end that lies
-// on such a surface, which crosses the line behind a hole, goes back to the hole.
+// on such a surface, which crosses the line behind a hole, goes back to the hole; one that bends steeper without a
+// break ends with its last centre.
 //   centres  in the sense of the layout
 void extendToLight(const TFrame& frame, const TOrientedCentres& centres, TProfileLayout& layout);
 
