@@ -1,6 +1,7 @@
 #include "api/own_rules.h"
 
 #include "detectors/plate.h"
+#include "profile/flares.h"
 #include "stripe/flush_edges.h"
 #include "support/arc_tangent.h"
 #include "support/line_math.h"
@@ -29,6 +30,8 @@ constexpr double kMostOffPx = 8.0;        // of that centre
 constexpr float kReachPx = 60.0F;         // columns that tell how it goes on
 constexpr std::size_t kLeastBeyond = 15;  // centres among them
 constexpr double kLeastTurnDeg = 12.0;
+
+constexpr float kHaloPerRadius = 0.5F;  // of a flare, about its white part
 
 constexpr float kLineReachPx = 100.0F;
 constexpr double kOnLinePx = 5.0;
@@ -155,9 +158,20 @@ bool hasEnds(const TFrame& frame, const TStripe& stripe, const TSeam& seam) {
          (pos == TWeldPosType::left || isEnd(frame, stripe, seam, true));
 }
 
-}  // namespace
+// Moves an end that a flare hides into the middle of it: an edge shines to both sides. Whether one does.
+bool moveIntoFlare(TPointView stripe, TView<TFlare> flares, bool isRight, TPoints& plate) {
+  const float endX = isRight ? plate.back().x : plate.front().x;
+  const TFlare* const flare = flareAt(flares, static_cast<double>(endX));
+  if (flare == nullptr) return false;
+  const auto middle = static_cast<float>(flare->middleX);
+  const auto isOut = [&](cv::Point2f p) { return isRight ? p.x > middle : p.x < middle; };
+  const auto isNew = [&](cv::Point2f p) { return !isOut(p) && (isRight ? p.x > endX : p.x < endX); };
+  plate.erase(std::remove_if(plate.begin(), plate.end(), isOut), plate.end());
+  std::copy_if(stripe.begin(), stripe.end(), std::inserter(plate, isRight ? plate.end() : plate.begin()), isNew);
+  return true;
+}
 
-TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   // Along a raised plate the stripe is straight too, and its light may change near the ends.
   const bool isRaised = previous.isFound && !previous.isFlush;
   const TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
@@ -174,6 +188,29 @@ TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& 
     return std::abs(step.change) > kLeastRival * ends->change;
   });
   seam.isUnsure = ends->change > 0.0 && rivals > 2;
+  return seam;
+}
+
+}  // namespace
+
+TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TList<TFlare> flares = findFlares(frame, stripe.points);
+  for (TFlare& flare : flares) {
+    flare.firstX -= kHaloPerRadius * static_cast<float>(flare.radiusPx);
+    flare.lastX += kHaloPerRadius * static_cast<float>(flare.radiusPx);
+  }
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
+  if (!rest) return findPlateWithEnds(frame, stripe, previous);
+  TSeam seam = findPlateWithEnds(frame, *rest, previous);
+  if (!seam.isFound || seam.stripePts.size() < kLeastBeyond) return seam;
+  const bool isLeftHidden = moveIntoFlare(stripe.points, flares, false, seam.stripePts);
+  const bool isRightHidden = moveIntoFlare(stripe.points, flares, true, seam.stripePts);
+  if (seam.stripePts.empty()) return TSeam(TPoints(stripe.points, frame.memory));
+  const float left = seam.stripePts.front().x;
+  const float right = seam.stripePts.back().x;
+  const TWeldPosType pos = frame.params.weldPosType;
+  const float x = pos == TWeldPosType::left ? left : pos == TWeldPosType::right ? right : 0.5F * (left + right);
+  if (isLeftHidden || isRightHidden) seam.pos.x = x;
   return seam;
 }
 

@@ -68,10 +68,11 @@ bool isOf(TTemplateView forms, const TProfileFit* fit) {
   return fit != nullptr && fit->profile >= forms.begin() && fit->profile < forms.end();
 }
 
-TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, TTemplateView forms,
-                const TPrevious& previous) {
+TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, TTemplateView forms, const TPrevious& previous,
+                TView<TFlare> flares) {
   TProfileOptions options;
   options.frame = &frame;
+  options.flares = flares;
   if (previous.isFound && isOf(forms, previous.profile)) {
     const TStageTimer timer(frame.trace, "profile followed");
     TProfileFit fit = trackProfile(stripe, *previous.profile, options, frame.memory);
@@ -94,8 +95,11 @@ double lengthOf(const TProfileElement& element) {
 
 std::optional<TProfileFit> layProfile(const TFrame& frame, const TStripe& stripe, TTemplateView forms,
                                       const TPrevious& previous) {
-  const TStripeProfile profile(stripe.points, stripe.sources, stripe.widthPx, frame.memory);
-  const TProfileFit fit = lay(frame, profile, forms, previous);
+  const TList<TFlare> flares = findFlares(frame, stripe.points);
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
+  const TStripe& seen = rest ? *rest : stripe;
+  const TStripeProfile profile(seen.points, seen.sources, seen.widthPx, frame.memory);
+  const TProfileFit fit = lay(frame, profile, forms, previous, flares);
   reportGroove(fit, frame.trace);
   if (!isLaid(fit, profile, frame.trace)) return std::nullopt;
   return fit;

@@ -193,7 +193,8 @@ TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeStat
   const TLine wallLine = surfaceAt(layout, high, !isLeft);
   const cv::Point2d wallTop = isLeft ? upper.left : upper.right;
   const cv::Point2d end = isLeft ? bottom.right : bottom.left;
-  const double topSigma = endSigma(state, wallLine, upper.noise2, wallTop);
+  const double seenSigma = endSigma(state, wallLine, upper.noise2, wallTop);
+  const double topSigma = std::sqrt(seenSigma * seenSigma + upper.hiddenPx * upper.hiddenPx);
   const double deep = wallLine.offsetOf(end.x, end.y) - wallLine.offsetOf(wallTop.x, wallTop.y);
   cv::Point2d foot(wallTop.x - deep * wallLine.dy, wallTop.y + deep * wallLine.dx);
   cv::Point2d edge = end;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kConfidenceScale = 20.0;  // gain over a plate
 constexpr double kRightPx = 3.0;
+constexpr double kHiddenPerRadius = 0.3;  // standard deviation of an edge under its flare
 // Of the joints found, however unclear, and what clarity adds; both from made joints of every level.
 constexpr double kRightAtLeast = 0.3;
 constexpr double kRightByClarity = 0.65;
@@ -51,6 +52,25 @@ double confidenceOf(const TProfileFit& fit, double worstShare) {
   const double isExact = seam.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
   const double clarity = (1.0 - exactExp(-fit.score / kConfidenceScale)) * isExact * worstShare;
   return kRightAtLeast + kRightByClarity * clarity;
+}
+
+// The wall's edge flares to both sides of it.
+void endInFlares(TView<TFlare> flares, TProfileLayout& layout) {
+  for (std::size_t j = 0; j + 1 < layout.count(); ++j) {
+    if (layout.profile->junctions[j].kind != TJunctionKind::jump) continue;
+    for (const bool isRightEnd : {true, false}) {
+      const std::size_t e = isRightEnd ? j : j + 1;
+      TFittedElement& plate = layout.elements[e];
+      if (layout.range(e).role != TElementRole::plate) continue;
+      cv::Point2d& end = isRightEnd ? plate.right : plate.left;
+      const TFlare* const flare = flareAt(flares, end.x);
+      if (flare == nullptr) continue;
+      const TLine& line = isRightEnd ? plate.lines.right : plate.lines.left;
+      end.y += (flare->middleX - end.x) * line.dy / std::max(line.dx, 0.02);
+      end.x = flare->middleX;
+      plate.hiddenPx = kHiddenPerRadius * flare->radiusPx;
+    }
+  }
 }
 
 // Nothing where an end is no plate.
@@ -95,6 +115,7 @@ bool TLayoutJudge::isLit(const TProfileLayout& layout) const {
 TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
   TProfileLayout layout = refined;
   if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
+  endInFlares(options.flares, layout);
   TProfileFit fit;
   fit.profile = layout.profile;
   fit.sense = layout.sense;

@@ -8,6 +8,7 @@
 
 #include "profile/builtin_profiles.h"
 #include "profile/clean_runs.h"
+#include "profile/flares.h"
 #include "profile/profile_fit.h"
 #include "profile/stripe_noise.h"
 #include "stripe/stripe.h"
@@ -56,6 +57,7 @@ struct TProfileOptions {
   double leastGain = 12.0;        // by which the profile must be cheaper than a plate or a curve
   int senses = 0;                 // 1: only grooves that open upwards in the image; -1: only downwards; 0: both
   const TFrame* frame = nullptr;  // asked where flanks end; null: geometry alone
+  TView<TFlare> flares;           // that the stripe leaves out; an end beside one lies in its middle
 };
 
 // The form that explains the stripe best, in either sense, where it beats a plate and a curve.

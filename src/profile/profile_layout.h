@@ -11,12 +11,13 @@
 namespace weld {
 
 struct TFittedElement {
-  TSpan span;         // its centres
-  TSpan searched;     // the same before the refinement
-  double noise2 = 0;  // variance of the centres about a smooth course, px^2
-  TLocalLines lines;  // of a line
-  TCircleFit arc;     // of an arc
-  cv::Point2d left;   // ends: corners, tangent points, or the last stripe seen
+  TSpan span;             // its centres
+  TSpan searched;         // the same before the refinement
+  double noise2 = 0;      // variance of the centres about a smooth course, px^2
+  TLocalLines lines;      // of a line
+  TCircleFit arc;         // of an arc
+  double hiddenPx = 0.0;  // standard deviation of an end that a flare hides
+  cv::Point2d left;       // ends: corners, tangent points, or the last stripe seen
   cv::Point2d right;
 };
 

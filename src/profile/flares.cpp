@@ -1,0 +1,170 @@
+#include "profile/flares.h"
+
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kStride = 3;   // centres from one that is looked at to the next
+constexpr int kSlopeReach = 5;       // of those, on either side
+constexpr float kMostSlope = 4.0F;   // of what is no break
+constexpr int kMostHalfPx = 48;      // rows from a centre to the edge of the light
+constexpr int kWhite = 200;          // grey level of a flare
+constexpr double kWhiteShare = 0.5;  // of its rows: speckle is not as solid
+constexpr double kEdgeShare = 0.5;   // of that of the centre, at the edge of its light
+constexpr double kApartPx = 45.0;    // from the middle of a flare to the stripe beside it ...
+constexpr double kBesidePx = 60.0;   // ... of which so much tells how thick it is
+constexpr int kLeastBeside = 6;      // centres looked at
+constexpr double kLeastSwell = 1.6;
+constexpr double kLeastSwellPx = 8.0;
+constexpr double kBorderSwell = 1.25;  // at the border of a flare
+constexpr double kLeastRound = 0.6;    // thickness over columns
+constexpr float kLeastColumns = 12.0F;
+constexpr float kMostColumns = 100.0F;
+constexpr double kEndPx = 12.0;
+
+// The brightest channel: a flare is white in that of the laser at least.
+int levelOf(const cv::Mat& image, int y, int x) {
+  const unsigned char* const pixel = image.ptr(y, x);
+  return *std::max_element(pixel, pixel + std::min(image.channels(), 3));
+}
+
+struct TSample {
+  float x;
+  float y;
+  double thicknessPx;  // across the stripe
+  bool isWhite;
+};
+
+int litRows(const cv::Mat& image, cv::Point at, int way, int least) {
+  int rows = 0;
+  for (int y = at.y + way; rows < kMostHalfPx && y >= 0 && y < image.rows && levelOf(image, y, at.x) >= least;
+       y += way)
+    ++rows;
+  return rows;
+}
+
+int rowsAbout(const cv::Mat& image, cv::Point at, int least) {
+  return 1 + litRows(image, at, -1, least) + litRows(image, at, 1, least);
+}
+
+TList<TSample> sample(const cv::Mat& image, TPointView points, TMemory* memory) {
+  TList<TSample> samples(memory);
+  samples.reserve(points.size() / kStride + 1);
+  for (std::size_t i = 0; i < points.size(); i += kStride) {
+    const cv::Point at(truncToInt(points[i].x), std::clamp(roundToInt(points[i].y), 0, image.rows - 1));
+    const int level = levelOf(image, at.y, at.x);
+    const int least = roundToInt(kEdgeShare * level);
+    const int rows = least > 0 ? rowsAbout(image, at, least) : 0;
+    const bool isWhite = level >= kWhite && rowsAbout(image, at, kWhite) >= kWhiteShare * rows;
+    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), isWhite});
+  }
+  return samples;
+}
+
+// Cosine of the stripe's slope on one side of a sample; 1 where it is broken.
+double cosineBeside(TView<TSample> samples, std::size_t i, int way) {
+  const TSample* const from = samples.begin() + i;
+  const TSample* to = from;
+  for (int step = 0; step < kSlopeReach; ++step) {
+    const TSample* const next = to + way;
+    if (next < samples.begin() || next >= samples.end()) break;
+    if (std::abs(next->y - to->y) > kMostSlope * std::abs(next->x - to->x)) return 1.0;
+    to = next;
+  }
+  const double dx = std::abs(static_cast<double>(to->x - from->x));
+  const double dy = static_cast<double>(to->y - from->y);
+  return dx > 0.0 ? dx / std::sqrt(dx * dx + dy * dy) : 1.0;
+}
+
+// From rows to px across the stripe; at a bend across the steeper side.
+void takeSlopes(TList<TSample>& samples) {
+  for (std::size_t i = 0; i < samples.size(); ++i)
+    samples[i].thicknessPx *= std::min(cosineBeside(samples, i, -1), cosineBeside(samples, i, 1));
+}
+
+// Mean thickness of some columns; none of a few.
+std::optional<double> thicknessBetween(TView<TSample> samples, double fromX, double toX) {
+  const auto isBefore = [](const TSample& s, double x) { return static_cast<double>(s.x) < x; };
+  const auto* const first = std::lower_bound(samples.begin(), samples.end(), fromX, isBefore);
+  const auto* const last = std::lower_bound(first, samples.end(), toX, isBefore);
+  if (last - first < kLeastBeside) return std::nullopt;
+  double sum = 0.0;
+  for (const auto* s = first; s != last; ++s) sum += s->thicknessPx;
+  return sum / static_cast<double>(last - first);
+}
+
+// Of the stripe on either side of a column, the thicker one.
+std::optional<double> thicknessBeside(TView<TSample> samples, double x) {
+  const auto left = thicknessBetween(samples, x - kApartPx - kBesidePx, x - kApartPx);
+  const auto right = thicknessBetween(samples, x + kApartPx, x + kApartPx + kBesidePx);
+  return left && right ? std::max(*left, *right) : left ? left : right;
+}
+
+// The flare about one of its columns; without a radius where it is not round.
+TFlare flareAbout(TView<TSample> samples, const TSample* thickest, double besidePx) {
+  const auto isThick = [&](const TSample& s) { return s.thicknessPx > kBorderSwell * besidePx; };
+  const TSample* first = thickest;
+  const TSample* last = thickest;
+  while (first != samples.begin() && isThick(first[-1])) --first;
+  while (last + 1 != samples.end() && isThick(last[1])) ++last;
+  double peakPx = 0.0;
+  double weight = 0.0;
+  double moment = 0.0;
+  for (const TSample* s = first; s <= last; ++s) {
+    peakPx = std::max(peakPx, s->thicknessPx);
+    if (!s->isWhite) continue;
+    weight += s->thicknessPx - besidePx;
+    moment += (s->thicknessPx - besidePx) * static_cast<double>(s->x);
+  }
+  const float columns = last->x - first->x;
+  const bool isRound =
+      columns >= kLeastColumns && columns <= kMostColumns && peakPx >= kLeastRound * static_cast<double>(columns);
+  const float radiusPx = isRound ? 0.5F * columns : 0.0F;
+  return {first->x, last->x, moment / weight, static_cast<double>(radiusPx)};
+}
+
+}  // namespace
+
+TList<TFlare> findFlares(const TFrame& frame, TPointView points) {
+  TList<TFlare> flares(frame.memory);
+  TList<TSample> samples = sample(frame.image, points, frame.memory);
+  takeSlopes(samples);
+  const TView<TSample> all = samples;
+  for (const TSample* s = all.begin(); s < all.end(); ++s) {
+    if (!s->isWhite || s->thicknessPx < kLeastSwellPx) continue;
+    const std::optional<double> beside = thicknessBeside(all, static_cast<double>(s->x));
+    if (!beside || s->thicknessPx < std::max(kLeastSwell * *beside, *beside + kLeastSwellPx)) continue;
+    const TFlare flare = flareAbout(all, s, *beside);
+    while (s + 1 < all.end() && s[1].x <= flare.lastX) ++s;
+    if (flare.radiusPx > 0.0) flares.push_back(flare);
+  }
+  return flares;
+}
+
+std::optional<TStripe> withoutFlares(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares) {
+  if (flares.empty()) return std::nullopt;
+  TStripe rest(frame.memory);
+  rest.status.assign(stripe.status.begin(), stripe.status.end());
+  rest.widthPx = stripe.widthPx;
+  for (std::size_t i = 0; i < stripe.points.size(); ++i) {
+    const auto hides = [&](const TFlare& flare) { return flare.covers(stripe.points[i].x); };
+    if (std::any_of(flares.begin(), flares.end(), hides)) continue;
+    rest.points.push_back(stripe.points[i]);
+    rest.sources.push_back(stripe.sources[i]);
+  }
+  return rest;
+}
+
+const TFlare* flareAt(TView<TFlare> flares, double endX) {
+  const auto* const flare = std::find_if(flares.begin(), flares.end(), [&](const TFlare& f) {
+    return endX >= static_cast<double>(f.firstX) - kEndPx && endX <= static_cast<double>(f.lastX) + kEndPx;
+  });
+  return flare != flares.end() ? flare : nullptr;
+}
+
+}  // namespace weld
