@@ -83,10 +83,10 @@ const std::vector<TPointRow>& pointRows() {
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kFilletRight, kBox}, {"inner_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::lap, TPos::lower, "", kBox}, {"step", "step_upper"}, 0, 0},
-      grooveRow(TFeature::leftShoulder, {"toe_left"}, 2, 0),
-      grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 0),
-      grooveRow(TFeature::leftRoot, {"flank_left_end", "root_left"}, 2, 0),
-      grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 1, 1),
+      grooveRow(TFeature::leftShoulder, {"toe_left"}, 3, 0),
+      grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 1),
+      grooveRow(TFeature::leftRoot, {"flank_left_end", "root_left"}, 3, 0),
+      grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 2, 1),
       withEmptyFrames({"hanhiver-groove", {TWeldType::buttGap}, {}, 0, 0}),
   };
   return rows;
@@ -94,8 +94,8 @@ const std::vector<TPointRow>& pointRows() {
 
 const std::vector<TRunRow>& runRows() {
   static const std::vector<TRunRow> rows = {
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 15, kAny, 95.5},
-      {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 8, kAny, 99.0},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 19, kAny, 95.5},
+      {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 9, kAny, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 13, kAny, 99.5},
       {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 0, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 0, 99.0},
