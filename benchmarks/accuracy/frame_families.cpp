@@ -84,7 +84,7 @@ const std::vector<TPointRow>& pointRows() {
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 0, 0},
       {"hoffsupes-objects", {TWeldType::lap, TPos::lower, "", kBox}, {"step", "step_upper"}, 0, 0},
       grooveRow(TFeature::leftShoulder, {"toe_left"}, 3, 0),
-      grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 1),
+      grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 0),
       grooveRow(TFeature::leftRoot, {"flank_left_end", "root_left"}, 3, 0),
       grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 2, 1),
       withEmptyFrames({"hanhiver-groove", {TWeldType::buttGap}, {}, 0, 0}),

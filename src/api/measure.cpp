@@ -123,10 +123,23 @@ void setBase(TJointMeasurement& m, const TSide& left, const TSide& right) {
   m.baseAngleDeg = 0.5 * (m.leftAngleDeg + m.rightAngleDeg);
 }
 
+// Where the stripe goes on right of a seam: of one on the end of a piece, beyond the wider gap beside it.
+const cv::Point2f* beyondBreak(TPointView points, float seamX) {
+  const cv::Point2f* next =
+      std::upper_bound(points.begin(), points.end(), seamX, [](float x, cv::Point2f p) { return x < p.x; });
+  if (next - points.begin() < 2 || next == points.end()) return next;
+  const cv::Point2f* const last = next - 1;
+  const bool isRightEnd = last->x == seamX && last->x - (last - 1)->x > next->x - last->x;
+  return isRightEnd ? last : next;
+}
+
 // A break of the stripe: the surfaces end on either side of the seam's column.
 bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
-  const auto left = sideOf(leftOf(seam.stripePts, seam.pos.x));
-  const auto right = sideOf(rightOf(seam.stripePts, seam.pos.x));
+  const TPointView points = seam.stripePts;
+  const cv::Point2f* const beyond = beyondBreak(points, seam.pos.x);
+  if (beyond == points.begin() || beyond == points.end()) return false;
+  const auto left = sideOf(leftOf(points, (beyond - 1)->x));
+  const auto right = sideOf(rightOf(points, beyond->x));
   if (!left || !right) return false;
   setBase(m, *left, *right);
   const double leftX = static_cast<double>(left->points.back().x);
@@ -155,11 +168,11 @@ bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
 }
 
 bool takeProfile(const TProfileFit& fit, TJointMeasurement& m) {
-  const auto isFound = [](const TMeasuredPoint& p) { return p.isFound; };
+  const auto isFound = [](const TMeasuredPoint& p) { return p.isFound && p.sigmaPx <= kMostPointSigmaPx; };
   m.points.reserve(static_cast<std::size_t>(std::count_if(fit.features.begin(), fit.features.end(), isFound)));
   for (std::size_t i = 0; i < fit.features.size(); ++i) {
     const TMeasuredPoint& p = fit.features[i];
-    if (p.isFound) addPoint(m, static_cast<TFeature>(i), p.pos, p.sigmaPx);
+    if (isFound(p)) addPoint(m, static_cast<TFeature>(i), p.pos, p.sigmaPx);
   }
   m.confidence = static_cast<float>(fit.confidence);
   const TJointMeasures& from = fit.measures;

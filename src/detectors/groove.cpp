@@ -34,6 +34,12 @@ constexpr TCheck kGap{{34, TWeldOutcome::gapOutOfRange, "root gap", "root gap wh
                       "px",
                       "maxClosedGapPx"};
 
+// Flares hide shoulders.
+constexpr TCheck kKnown{{41, TWeldOutcome::fitTooWeak, "shoulder", "the shoulder to weld at is hidden"},
+                        "standard deviation of the shoulder",
+                        TRule::atMost,
+                        "px"};
+
 // The two tests of an angle.
 struct TAngleCheck {
   TCheck least;
@@ -144,20 +150,31 @@ bool isGroove(const TProfileFit& fit, const TGrooveSettings& settings, const TTr
          areAnglesAdmissible(fit, settings, trace);
 }
 
-cv::Point2d pointAt(const TProfileFit& fit, TWeldPosType pos) {
+// What is welded at, and the standard deviation of the shoulders that it rests on, px; 0 for the root.
+struct TWeldPoint {
+  cv::Point2f pos;
+  double shoulderSigmaPx = 0.0;
+};
+
+TWeldPoint pointAt(const TProfileFit& fit, TWeldPosType pos) {
   const TMeasuredPoint& root = fit.feature(TFeature::root);
   const TMeasuredPoint& left = fit.feature(TFeature::leftShoulder);
   const TMeasuredPoint& right = fit.feature(TFeature::rightShoulder);
   switch (pos) {
     case TWeldPosType::left:
-      return left.isFound ? left.pos : root.pos;
+      if (left.isFound) return {cv::Point2f(left.pos), left.sigmaPx};
+      break;
     case TWeldPosType::right:
-      return right.isFound ? right.pos : root.pos;
+      if (right.isFound) return {cv::Point2f(right.pos), right.sigmaPx};
+      break;
     case TWeldPosType::upper:
-      return left.isFound && right.isFound ? (left.pos + right.pos) * 0.5 : root.pos;
+      if (left.isFound && right.isFound)
+        return {cv::Point2f((left.pos + right.pos) * 0.5), std::max(left.sigmaPx, right.sigmaPx)};
+      break;
     default:
-      return root.pos;
+      break;
   }
+  return {cv::Point2f(root.pos), 0.0};
 }
 
 }  // namespace
@@ -167,9 +184,11 @@ TSeam findGroove(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
   const std::optional<TProfileFit> fit = layProfile(frame, stripe, forms, previous);
   TSeam seam(TPoints(stripe.points, frame.memory));
   if (!fit) return seam;
-  const auto pos = cv::Point2f(pointAt(*fit, frame.params.weldPosType));
-  frame.trace.addTestedPoint(pos);
-  if (isGroove(*fit, TGrooveSettings::of(frame.params), frame.trace)) takeSeam(*fit, pos, seam);
+  const TWeldPoint point = pointAt(*fit, frame.params.weldPosType);
+  frame.trace.addTestedPoint(point.pos);
+  if (isGroove(*fit, TGrooveSettings::of(frame.params), frame.trace) &&
+      frame.trace.passes(kKnown, point.shoulderSigmaPx, kMostPointSigmaPx))
+    takeSeam(*fit, point.pos, seam);
   return seam;
 }
 

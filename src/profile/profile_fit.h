@@ -19,6 +19,9 @@ struct TMeasuredPoint {
   double sigmaPx = 0.0;       // root mean square of the distance from the true point
 };
 
+// A point that is known less well counts as hidden, as a shoulder under a flare.
+inline constexpr double kMostPointSigmaPx = 5.0;
+
 inline constexpr double kNoMeasure = std::numeric_limits<double>::quiet_NaN();
 
 // NaN: the joint has no such measure, or it cannot be seen.
