@@ -26,7 +26,7 @@ configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 # Where below PREFIX the configured build puts the library.
 libdir = sed -n "s/^CMAKE_INSTALL_LIBDIR:[A-Z]*=//p" $(BUILD)/CMakeCache.txt
 
-.PHONY: build demo python test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
+.PHONY: build demo python wheel test test-asan test-tsan test-valgrind test-arm fuzz fuzz-replay soak coverage lint build-clang bench \
   faults bench-compare accuracy docs picture install format clean help
 
 build: ## build the library, the program zelweld and the examples (the default)
@@ -49,6 +49,9 @@ python: ## build the Python module zelweld in build/python
 	$(configure) -DZELWELD_BUILD_PYTHON=ON
 	$(call compile,$(BUILD)) --target zelweld_core zelweld
 	@echo "Try: PYTHONPATH=$(BUILD)/python /usr/bin/python3 -c 'import zelweld; help(zelweld)'"
+
+wheel: python ## build the Python package as build/wheel/*.whl
+	$(standalone) ZELWELD_BUILD=$(BUILD) /usr/bin/python3 -m pip wheel . --no-build-isolation --no-deps -w $(BUILD)/wheel
 
 test: ## build and run all tests
 	$(setup) build python test

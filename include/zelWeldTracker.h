@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <string>
+#include <string_view>
 
 // What a tracker finds its seam by.
 enum class TSeamSource : std::int32_t {
@@ -114,6 +116,13 @@ public:
 
   // What happened in the last frame; empty unless the options ask for it and before the first frame.
   const TFrameTrace& lastTrace() const;
+
+  // What the frames so far leave to the next one, as bytes for a tracker of the same job and version: a long run
+  // may be handed on, or split where a tracker that began a little earlier has come to the same bytes.
+  std::string memory() const;
+  // Goes on from there. False for other bytes, which change nothing. A joint of another kind takes them, too:
+  // reset() is for that.
+  bool setMemory(std::string_view bytes);
 
 private:
   struct ZELWELDDETECT_NO_EXPORT TState;

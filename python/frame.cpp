@@ -1,6 +1,7 @@
 #include "frame.h"
 
 #include <string>
+#include <vector>
 
 namespace py = pybind11;
 
@@ -49,6 +50,14 @@ cv::Mat pixelsOf(const py::object& given) {
       rows == 1 ? static_cast<std::size_t>(columns * channels) : static_cast<std::size_t>(frame.strides(0));
   // Only read from.
   return {rows, columns, CV_8UC(static_cast<int>(channels)), const_cast<void*>(frame.data()), step};
+}
+
+py::array pixelsTo(const cv::Mat& image) {
+  std::vector<py::ssize_t> shape = {image.rows, image.cols};
+  if (image.channels() > 1) shape.push_back(image.channels());
+  py::array_t<unsigned char> pixels(shape);
+  image.copyTo(cv::Mat(image.rows, image.cols, image.type(), pixels.mutable_data()));
+  return std::move(pixels);
 }
 
 }  // namespace python

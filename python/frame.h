@@ -12,4 +12,7 @@ namespace python {
 // ValueError for other arrays, in one line that says what was expected.
 cv::Mat pixelsOf(const pybind11::object& frame);
 
+// A copy of the pixels as an array of shape (H, W) or (H, W, C).
+pybind11::array pixelsTo(const cv::Mat& image);
+
 }  // namespace python

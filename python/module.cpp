@@ -1,59 +1,26 @@
-// The Python module: trackers, the plain call, measuring and drawing frames.
+// The Python module, and its plain calls.
 #include "frame.h"
+#include "job.h"
+#include "light.h"
 #include "results.h"
+#include "runs.h"
+#include "search.h"
 #include "settings.h"
 
 #include "scenes/joints.h"
 #include "scenes/scene.h"
+#include "tools/cli_error.h"
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
 #include <memory>
-#include <mutex>
 
 namespace py = pybind11;
 using py::literals::operator""_a;
 
 namespace python {
 namespace {
-
-// A tracker behind a lock: Python's threads may share it, and none holds the interpreter while a frame is worked
-// on.
-class TPyTracker {
-public:
-  TPyTracker(const TJointParams& joint, const TTrackerOptions& options)
-      : tracker(joint.params, options), keepsTrace(options.keepTrace) {}
-
-  TSeam track(const py::object& frame) {
-    const cv::Mat image = pixelsOf(frame);
-    const py::gil_scoped_release release;
-    const std::lock_guard<std::mutex> lock(mutex);
-    TTrackedSeam seam = tracker.track(image);
-    TSeam result{seam.state, seam.weldPos, std::make_shared<TWeldLineRes>(std::move(seam.line)),
-                 std::move(seam.measurement), nullptr};
-    if (keepsTrace) result.trace = std::make_shared<TFrameTrace>(tracker.lastTrace());
-    return result;
-  }
-
-  void reset() {
-    const py::gil_scoped_release release;
-    const std::lock_guard<std::mutex> lock(mutex);
-    tracker.reset();
-  }
-
-private:
-  std::mutex mutex;
-  TWeldTracker tracker;
-  bool keepsTrace;
-};
-
-std::unique_ptr<TPyTracker> makeTracker(const py::object& joint, const py::object& position, py::dict settings) {
-  const TJointParams params = takeParams(joint, position, settings);
-  const TTrackerOptions options = takeOptions(*params.joint, settings);
-  requireEmpty(settings, *params.joint);
-  return std::make_unique<TPyTracker>(params, options);
-}
 
 TJointParams makeParams(const py::object& joint, const py::object& position, py::dict settings) {
   TJointParams params = takeParams(joint, position, settings);
@@ -110,8 +77,7 @@ py::tuple drawFrame(const py::object& joint, const std::string& level, std::uint
     const py::gil_scoped_release release;
     scene = scenes::renderScene(scenes::frameOf(scenes::randomScene(drawn, difficulty, seed), {}, n));
   }
-  py::array_t<unsigned char> pixels({scene.image.rows, scene.image.cols});
-  scene.image.copyTo(cv::Mat(scene.image.rows, scene.image.cols, CV_8UC1, pixels.mutable_data()));
+  const py::array pixels = pixelsTo(scene.image);
   if (!scene.truth.hasSeam) return py::make_tuple(pixels, py::none());
   const cv::Point2d seam = scenes::seamPoint(drawn, scene.truth, TWeldPosType::centre);
   return py::make_tuple(pixels, py::make_tuple(seam.x, seam.y));
@@ -134,14 +100,6 @@ void addCalls(py::module_& module) {
             return values;
           },
           "Every setting of the joint by its name.");
-  py::class_<TPyTracker>(module, "Tracker", "Follows one seam from frame to frame.")
-      .def(py::init([](const py::object& joint, const py::object& position, const py::kwargs& settings) {
-             return makeTracker(joint, position, settings);
-           }),
-           "joint"_a, "position"_a = "centre")
-      .def("track", &TPyTracker::track, "frame"_a,
-           "The seam in the next frame: uint8 of shape (H, W), (H, W, 3) (BGR) or (H, W, 4) (BGRA), not copied.")
-      .def("reset", &TPyTracker::reset, "Forgets the frames so far.");
   module.def("detect", detect, "frame"_a, "params"_a, "previous"_a = nullptr,
              "The plain call, one frame at a time.");
   module.def("measure", measure, "line"_a, "params"_a, "Measures the joint that a result shows.");
@@ -156,7 +114,19 @@ void addCalls(py::module_& module) {
 
 PYBIND11_MODULE(_core, module) {
   module.doc() = "Finds weld seams in images of a laser stripe.";
+  // One line that says what is wrong and what would be right.
+  pybind11::register_local_exception_translator([](std::exception_ptr raised) {
+    try {
+      if (raised) std::rethrow_exception(raised);
+    } catch (const tool::TCliError& error) {
+      PyErr_SetString(PyExc_ValueError, error.what());
+    }
+  });
   python::addSettings(module);
   python::addResults(module);
   python::addCalls(module);
+  python::addJob(module);
+  python::addLight(module);
+  python::addRuns(module);
+  python::addSearch(module);
 }

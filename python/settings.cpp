@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
+#include <functional>
 #include <vector>
 
 namespace py = pybind11;
@@ -58,9 +60,62 @@ bool setByName(const TWeldJoint& joint, const std::string& name, const py::handl
   return setRange(joint, name, value, params);
 }
 
-// The tracker's options as a job holds them: a dictionary of all with their defaults.
-py::dict optionsOfAJob() {
-  return py::module_::import("json").attr("loads")(writeWeldJob(TWeldJob())).attr("get")("tracker");
+// All that a job holds beside joint and parameters, with its usual values.
+py::dict usualJob() {
+  TWeldJob job;
+  job.preparation.region = cv::Rect(0, 0, 1, 1);
+  return py::module_::import("json").attr("loads")(writeWeldJob(job));
+}
+
+// As a job writes it: names of enumerators, null for never, numpy's numbers as plain ones.
+py::object jobValue(const py::object& given) {
+  if (py::hasattr(given, "name") && py::hasattr(given, "value")) return given.attr("name").attr("lower")();
+  const py::object value = py::hasattr(given, "item") ? given.attr("item")() : given;
+  return py::isinstance<py::float_>(value) && std::isinf(value.cast<double>()) ? py::none() : value;
+}
+
+// A group of settings that is given as a pair, a region or the like.
+py::dict byOrder(const std::string& name, const py::object& given, const py::dict& usual) {
+  if (py::isinstance<py::dict>(given)) return given.attr("copy")();
+  std::vector<std::string> names;
+  for (const auto& [key, value] : usual) names.push_back(snakeCase(py::str(key).cast<std::string>()));
+  if (!py::isinstance<py::sequence>(given) || py::len(given) != names.size()) {
+    throw py::value_error(name + ": must be (" + joined(names) + "), not " + py::repr(given).cast<std::string>());
+  }
+  py::dict group;
+  for (std::size_t i = 0; i < names.size(); ++i) group[py::str(names[i])] = given[py::int_(i)];
+  return group;
+}
+
+// Takes the settings that the job knows out of those given and puts them under its names.
+py::dict takeKnown(py::dict& given, const py::dict& usual) {
+  py::dict taken;
+  for (const auto& [key, value] : usual) {
+    const std::string name = snakeCase(py::str(key).cast<std::string>());
+    if (!given.contains(name)) continue;
+    const py::object own = given.attr("pop")(name);
+    if (!py::isinstance<py::dict>(value)) {
+      taken[key] = jobValue(own);
+      continue;
+    }
+    const auto group = py::reinterpret_borrow<py::dict>(value);
+    py::dict rest = byOrder(name, own, group);
+    taken[key] = takeKnown(rest, group);
+    if (!rest.empty()) {
+      throw py::type_error(name + ": no setting " + py::repr(rest.begin()->first).cast<std::string>());
+    }
+  }
+  return taken;
+}
+
+// The problem of a text that Python never saw begins with the setting, not with its line.
+TWeldJob parsed(const py::dict& text) {
+  const TJobReading reading = parseWeldJob(py::module_::import("json").attr("dumps")(text).cast<std::string>());
+  const std::size_t place = std::min(reading.problem.find("tracker."), reading.problem.find("image."));
+  if (!reading.problem.empty()) {
+    throw py::value_error(place < reading.problem.size() ? reading.problem.substr(place) : reading.problem);
+  }
+  return reading.job;
 }
 
 py::list describeJoints() {
@@ -128,25 +183,44 @@ TJointParams takeParams(const py::object& joint, const py::object& position, py:
   return made;
 }
 
-TTrackerOptions takeOptions(const TWeldJoint& joint, py::dict& settings) {
-  py::dict tracker;
-  for (const auto& [name, usual] : optionsOfAJob()) {
-    const std::string given = snakeCase(py::str(name).cast<std::string>());
-    if (settings.contains(given)) tracker[name] = settings.attr("pop")(given);
+TWeldJob takeJob(const py::object& joint, const py::object& position, py::dict settings) {
+  const TJointParams params = takeParams(joint, position, settings);
+  const py::dict usual = usualJob();
+  const py::dict text(py::arg("zelWeldJob") = 1, py::arg("joint") = params.joint->name,
+                      py::arg("tracker") = takeKnown(settings, usual["tracker"]),
+                      py::arg("image") = takeKnown(settings, usual["image"]));
+  requireEmpty(settings, *params.joint);
+  TWeldJob job = parsed(text);
+  job.params = params.params;
+  return job;
+}
+
+TContrastSearch takeContrast(py::dict settings) {
+  py::dict tracker(py::arg("contrast") = settings);
+  const py::dict text(py::arg("zelWeldJob") = 1, py::arg("joint") = "gap",
+                      py::arg("tracker") = takeKnown(tracker, usualJob()["tracker"]));
+  return parsed(text).tracker.contrast;
+}
+
+tool::TSweepRange rangeOf(const TWeldJob& job, const std::string& parameter, const std::vector<double>& values) {
+  const bool ascends = std::adjacent_find(values.begin(), values.end(), std::greater_equal<>()) == values.end();
+  if (values.empty() || !ascends) throw py::value_error("values: must be numbers in ascending order");
+  const TWeldJoint* const joint = findWeldJoint(job.params.weldType);
+  for (const TWeldParameter& known : joint != nullptr ? joint->parameters : std::vector<TWeldParameter>()) {
+    if (isNamed(known, parameter)) return {known.name, values};
   }
-  const py::dict job(py::arg("zelWeldJob") = 1, py::arg("joint") = joint.name, py::arg("tracker") = tracker);
-  const TJobReading reading = parseWeldJob(py::module_::import("json").attr("dumps")(job).cast<std::string>());
-  const std::size_t place = std::min(reading.problem.find("tracker."), reading.problem.size());
-  if (place < reading.problem.size()) throw py::value_error(reading.problem.substr(place));
-  if (!reading.problem.empty()) throw py::value_error(reading.problem);
-  return reading.job.tracker;
+  return {parameter, values};
 }
 
 void requireEmpty(const py::dict& settings, const TWeldJoint& joint) {
   if (settings.empty()) return;
   std::vector<std::string> names;
   for (const TWeldParameter& parameter : joint.parameters) names.push_back(snakeCase(parameter.name));
-  for (const auto& [name, usual] : optionsOfAJob()) names.push_back(snakeCase(py::str(name).cast<std::string>()));
+  const py::dict usual = usualJob();
+  for (const char* const group : {"tracker", "image"}) {
+    for (const auto& [name, value] : usual[group].cast<py::dict>())
+      names.push_back(snakeCase(py::str(name).cast<std::string>()));
+  }
   throw py::type_error(py::str(settings.begin()->first).cast<std::string>() + ": no setting of a " +
                        joint.shortName + "; there are " + joined(names));
 }

@@ -1,11 +1,13 @@
 // Joints and their parameters by name.
 #pragma once
 
+#include "tools/sweep.h"
 #include "zelWeldDetect.h"
 
 #include <pybind11/pybind11.h>
 
 #include <string>
+#include <vector>
 
 namespace python {
 
@@ -25,8 +27,15 @@ struct TJointParams {
 // that it knows out of the settings. ValueError for a position or value that the joint does not take.
 TJointParams takeParams(const pybind11::object& joint, const pybind11::object& position, pybind11::dict& settings);
 
-// The same for what a tracker does, by the names of a job's "tracker".
-TTrackerOptions takeOptions(const TWeldJoint& joint, pybind11::dict& settings);
+// A job of these settings and those of a job's "tracker" and "image", by their Python names. TypeError that names
+// a setting that nothing takes, and those that there are; ValueError for a value that the job refuses.
+TWeldJob takeJob(const pybind11::object& joint, const pybind11::object& position, pybind11::dict settings);
+
+// The same of the search by contrast alone.
+TContrastSearch takeContrast(pybind11::dict settings);
+
+// The values of a swept parameter, by its Python name or its field. ValueError unless they ascend.
+tool::TSweepRange rangeOf(const TWeldJob& job, const std::string& parameter, const std::vector<double>& values);
 
 // TypeError that names a setting that nothing took, and those that there are.
 void requireEmpty(const pybind11::dict& settings, const TWeldJoint& joint);

@@ -39,6 +39,12 @@ LIST
 pybind11-dev             pybind11/pybind11.h
 python3-dev              /usr/include/python3*/Python.h
 python3-numpy            /usr/lib/python3/dist-packages/numpy
+python3-tqdm             /usr/lib/python3/dist-packages/tqdm
+python3-fsspec           /usr/lib/python3/dist-packages/fsspec
+python3-matplotlib       /usr/lib/python3/dist-packages/matplotlib
+python3-distributed      /usr/lib/python3/dist-packages/distributed
+python3-pip              /usr/lib/python3/dist-packages/pip
+python3-wheel            /usr/lib/python3/dist-packages/wheel
 python3-pytest           /usr/lib/python3/dist-packages/pytest
 mypy                     mypy
 LIST

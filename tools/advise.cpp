@@ -114,17 +114,17 @@ std::string doubtAbout(const TTrial& given, const TTrial& tried) {
   if (tried.setting.isLoosest) {
     return "lets a test pass everything";
   }
-  const double jitterPx = tried.run->jitter().medianPx().value_or(0.0);
-  if (jitterPx > std::max(kMostJitterPx, given.run->jitter().medianPx().value_or(0.0))) {
+  const double jitterPx = tried.figures.jitter().medianPx().value_or(0.0);
+  if (jitterPx > std::max(kMostJitterPx, given.figures.jitter().medianPx().value_or(0.0))) {
     return "gives seams that jump by " + fixed(jitterPx, 1) + " px";
   }
-  if (tried.run->stripeEndShare() > 0.5) {
+  if (tried.figures.stripeEndShare() > 0.5) {
     return "finds the end of the stripe";
   }
   const auto frames = static_cast<double>(tried.seams.size());
   const bool wasHardlyFound = countFound(given) < kHardlyFound * frames;
   if (wasHardlyFound ? countFound(tried) < kLeastFound * frames
-                     : tried.run->confidence() < kSureShare * given.run->confidence()) {
+                     : tried.figures.confidence() < kSureShare * given.figures.confidence()) {
     return wasHardlyFound ? "finds too few frames to be sure" : "finds seams that are less sure";
   }
   return "";

@@ -10,14 +10,6 @@ void note(TDifference& difference, int frame, const TSeamFrame& lost) {
   difference.reasons.add(frame, lost);
 }
 
-// The sides may cut and turn the stored image in different ways: the seam of a side there, judged.
-std::optional<cv::Point2d> judge(TComparedSide& side, const TTruth& truth, const TSeamFrame& seen,
-                                 const TFrame& frame) {
-  const auto seam = storedSeam(seen, frame, side.run.tracking().preparation);
-  truth.judge(frame.name, seam, side.truth);
-  return seam;
-}
-
 }  // namespace
 
 TComparedFrame compareFrame(TComparison& both, const TFrame& frame) {
@@ -31,8 +23,11 @@ TComparedFrame compareFrame(TComparison& both, const TFrame& frame) {
   if (compared.b.isFound && !compared.a.isFound) {
     note(both.onlyB, frame.index, compared.a);
   }
-  const auto a = judge(both.a, both.truth, compared.a, frame);
-  const auto b = judge(both.b, both.truth, compared.b, frame);
+  // The sides may cut and turn the stored image in different ways.
+  const auto& a = compared.a.storedSeam;
+  const auto& b = compared.b.storedSeam;
+  both.truth.judge(frame.name, a, both.a.truth);
+  both.truth.judge(frame.name, b, both.b.truth);
   if (a && b) {
     compared.distancePx = cv::norm(*a - *b);
     both.distancesPx.push_back(*compared.distancePx);

@@ -1,10 +1,10 @@
 // zelweld exposure: what the exposure figures of each frame are, and what to do about them.
 #include "tools/commands.h"
+#include "tools/exposure.h"
 #include "tools/frame_source.h"
 #include "tools/output.h"
 #include "tools/shared_options.h"
 #include "tools/text.h"
-#include "zelWeldDetect.h"
 
 #include <iomanip>
 #include <memory>
@@ -13,39 +13,11 @@
 namespace tool {
 namespace {
 
-constexpr double kLeastStripeShare = 0.125;  // of the columns: less is taken for no stripe
-
 struct TOptions {
   TFrameOptions frames;
   LightingAdaptation::TExposureTarget target;
   LightingAdaptation::TStripeTarget stripe;
 };
-
-struct TExposure {
-  int meanGray = 0;
-  int brightPixelNum = 0;
-  LightingAdaptation::TStripeLight light;  // no column where no stripe is found
-  double factor = 1.0;                     // to multiply the exposure with
-};
-
-// The stripe as a tracker sees it, whatever the joint.
-std::vector<cv::Point2f> stripeOf(const cv::Mat& image) {
-  TWeldTracker tracker(TPresenceSettings().params());
-  std::vector<cv::Point2f> points = tracker.track(image).line.stripePts;
-  return static_cast<double>(points.size()) < kLeastStripeShare * image.cols ? std::vector<cv::Point2f>() : points;
-}
-
-TExposure exposureOf(const cv::Mat& image, const TOptions& options) {
-  using namespace LightingAdaptation;
-  TExposure exposure;
-  calcExposureParam(image, exposure.meanGray, exposure.brightPixelNum);
-  exposure.light = measureStripeLight(image, stripeOf(image));
-  const double brightShare = exposure.brightPixelNum / static_cast<double>(image.total());
-  exposure.factor = exposure.light.columns > 0
-                        ? adviseExposureFactor(exposure.light, options.stripe)
-                        : adviseExposureFactor(exposure.meanGray, brightShare, options.target);
-  return exposure;
-}
 
 // "leave", "raise x 1.82", "lower x 0.50".
 std::string adviceOf(double factor) {
@@ -72,7 +44,7 @@ void run(const TOptions& options) {
   printLine(" frame  mean   bright  saturated  peak  advice        file");
   while (const auto frame = source.nextReadable()) {
     const cv::Mat image = prepareImage(frame->image, preparation, frame->name);
-    printLine(tableLine(*frame, exposureOf(image, options)));
+    printLine(tableLine(*frame, exposureOf(image, options.target, options.stripe)));
   }
   source.reading().check();
 }

@@ -3,6 +3,8 @@
 #include "tools/overlay.h"
 #include "tools/text.h"
 
+#include <cstdio>
+
 namespace tool {
 
 void addTrackingOptions(CLI::App& command, TTrackingOptions& options) {
@@ -66,6 +68,21 @@ TTrackedFrame TFrameTracker::track(const TFrame& frame) {
     record.trace = isReadable ? &tracker.lastTrace() : &unreadable;
   }
   return tracked;
+}
+
+// The places of a frame that cannot be read are those in an image as large as the last one.
+std::string TFrameTracker::memory() const {
+  return std::to_string(storedSize.width) + "x" + std::to_string(storedSize.height) + " " + tracker.memory();
+}
+
+bool TFrameTracker::setMemory(const std::string& bytes) {
+  int width = 0;
+  int height = 0;
+  const std::size_t cut = bytes.find(' ');
+  const bool isGood = cut != std::string::npos && std::sscanf(bytes.c_str(), "%9dx%9d", &width, &height) == 2 &&
+                      tracker.setMemory(bytes.substr(cut + 1));
+  storedSize = isGood ? cv::Size(width, height) : storedSize;
+  return isGood;
 }
 
 }  // namespace tool

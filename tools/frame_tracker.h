@@ -9,6 +9,8 @@
 
 #include "zelWeldDetect.h"
 
+#include <string>
+
 namespace tool {
 
 // As typed.
@@ -44,6 +46,10 @@ public:
   // shows no seam, with its problem as the sentence of the trace. Throws a usage error when the
   // preparation does not fit the image.
   TTrackedFrame track(const TFrame& frame);
+
+  // As those of TWeldTracker, with what else the next record depends on.
+  std::string memory() const;
+  bool setMemory(const std::string& bytes);
 
 private:
   TTracking how;

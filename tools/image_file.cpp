@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -75,6 +76,11 @@ void checkSize(const fs::path& path, const std::string& bytes, double maxMegapix
   checkPixels(path, *size, maxMegapixels);
 }
 
+// Standard error is one for all threads: the first silence puts it away, the last one brings it back.
+std::mutex silenceMutex;
+int silences = 0;
+int savedStderr = -1;
+
 // A decoder fills the rest of a cut-off JPEG picture with grey and calls it read. In a whole file the
 // end-of-image marker comes after the last start of scan.
 bool isCutOffJpeg(const std::string& bytes) {
@@ -107,8 +113,7 @@ std::string imageEndings() {
   return join(kImageEndings, " ");
 }
 
-cv::Mat readImage(const fs::path& path, double maxMegapixels) {
-  const std::string bytes = readBytes(path, maxMegapixels);
+cv::Mat decodeImage(const std::string& bytes, const fs::path& path, double maxMegapixels) {
   if (bytes.empty()) {
     throw inputError(path.string() + ": the file is empty; an image file is needed (" + imageEndings() + ")");
   }
@@ -123,13 +128,22 @@ cv::Mat readImage(const fs::path& path, double maxMegapixels) {
   return image;
 }
 
+cv::Mat readImage(const fs::path& path, double maxMegapixels) {
+  return decodeImage(readBytes(path, maxMegapixels), path, maxMegapixels);
+}
+
 void writeImage(const fs::path& path, const cv::Mat& image) {
   std::vector<unsigned char> bytes;
   cv::imencode(".png", image, bytes);
   writeWholeFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
-TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {
+TDecoderSilence::TDecoderSilence() {
+  const std::lock_guard<std::mutex> lock(silenceMutex);
+  if (silences++ > 0) {
+    return;
+  }
+  savedStderr = dup(STDERR_FILENO);
   static_cast<void>(std::fflush(stderr));
   const int nowhere = open("/dev/null", O_WRONLY);
   if (nowhere >= 0) {
@@ -139,6 +153,10 @@ TDecoderSilence::TDecoderSilence() : savedStderr(dup(STDERR_FILENO)) {
 }
 
 TDecoderSilence::~TDecoderSilence() {
+  const std::lock_guard<std::mutex> lock(silenceMutex);
+  if (--silences > 0) {
+    return;
+  }
   static_cast<void>(std::fflush(stderr));
   if (savedStderr >= 0) {
     dup2(savedStderr, STDERR_FILENO);

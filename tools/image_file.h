@@ -23,22 +23,23 @@ constexpr double kMaxMegapixels = 200.0;  // unless the user sets another limit
 // is missing, no plain file, empty, truncated, no image, or has more pixels or bytes than the limit allows.
 cv::Mat readImage(const std::filesystem::path& path, double maxMegapixels = kMaxMegapixels);
 
+// The same of bytes that were read elsewhere, under a name for messages.
+cv::Mat decodeImage(const std::string& bytes, const std::filesystem::path& name,
+                    double maxMegapixels = kMaxMegapixels);
+
 // Throws an input error for more pixels than the limit allows.
 void checkPixels(const std::filesystem::path& path, TImageSize size, double maxMegapixels);
 
 // Writes a PNG file, whole or not at all, as writeWholeFile does.
 void writeImage(const std::filesystem::path& path, const cv::Mat& image);
 
-// Keeps what image and video decoders print away from standard error while it lives.
+// Keeps what image and video decoders print away from standard error while any lives, on whatever thread.
 class TDecoderSilence {
 public:
   TDecoderSilence();
   ~TDecoderSilence();
   TDecoderSilence(const TDecoderSilence&) = delete;
   TDecoderSilence& operator=(const TDecoderSilence&) = delete;
-
-private:
-  int savedStderr;
 };
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 #include "tools/record_writer.h"
 
 #include "tools/cli_error.h"
+#include "tools/record_columns.h"
 #include "tools/text.h"
 #include "tools/trace_json.h"
 
@@ -16,15 +17,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int kFileWidth = 32;  // characters of the file column of a table
-const char* const kCsvHeading =
-    "frame,file,found,held,x,y,storedX,storedY,points,auxVal1,auxVal2,auxVal3,auxVal4,trackVal,ms,state";
-
 const char* const kCsvTraceHeading = ",tests,reason,sentence,advice";
-
-// Slopes keep six decimals.
-double roundedAux(double value) {
-  return rounded(value, 1e6);
-}
 
 std::string tableHeading() {
   std::ostringstream line;
@@ -53,8 +46,11 @@ std::string tableLine(const TFrameRecord& record, bool hasTrace) {
   return line.str();
 }
 
-ordered_json numberOrNull(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
-  return point ? ordered_json(rounded((*point).*coordinate)) : ordered_json(nullptr);
+// What is not a number becomes null.
+ordered_json valueOf(const TColumn& column, const TFrameRecord& record) {
+  const double value = column.get(record);
+  return column.digits == 0 ? ordered_json(static_cast<std::int64_t>(value))
+                            : ordered_json(rounded(value, std::pow(10.0, column.digits)));
 }
 
 template <typename TPoint>
@@ -66,8 +62,8 @@ ordered_json pointList(const std::vector<TPoint>& points) {
   return list;
 }
 
-std::string csvNumber(const std::optional<cv::Point2d>& point, double cv::Point2d::*coordinate) {
-  return point ? fixed((*point).*coordinate, 3) : "";
+std::string csvNumber(double value, int digits) {
+  return std::isfinite(value) ? fixed(value, digits) : "";
 }
 
 // "gap:2.5;jump of the seam:39.2": every test with its margin.
@@ -139,16 +135,9 @@ std::string TRecordWriter::jsonLine(const TFrameRecord& record) const {
   line["state"] = nameOf(record.tracked.state);
   line["found"] = record.tracked.state == TSeamState::found;
   line["held"] = record.tracked.state == TSeamState::held;
-  line["x"] = numberOrNull(record.seam, &cv::Point2d::x);
-  line["y"] = numberOrNull(record.seam, &cv::Point2d::y);
-  line["storedX"] = numberOrNull(record.storedSeam, &cv::Point2d::x);
-  line["storedY"] = numberOrNull(record.storedSeam, &cv::Point2d::y);
-  line["points"] = result.stripePts.size();
-  line["auxVal1"] = roundedAux(result.auxVal1);
-  line["auxVal2"] = roundedAux(result.auxVal2);
-  line["auxVal3"] = roundedAux(result.auxVal3);
-  line["auxVal4"] = roundedAux(result.auxVal4);
-  line["trackVal"] = roundedAux(result.trackVal);
+  for (const TColumn& column : recordColumns()) {
+    line[column.name] = valueOf(column, record);
+  }
   line["measured"] = ordered_json::object();
   for (const TMeasure& measure : measures) {
     line["measured"][measure.name] = rounded(measure.get(record.tracked.measurement));
@@ -167,35 +156,27 @@ std::string TRecordWriter::jsonLine(const TFrameRecord& record) const {
 }
 
 std::string TRecordWriter::csvHeading() const {
-  std::string heading = kCsvHeading;
-  for (const TMeasure& measure : measures) {
-    heading += "," + measure.name;
+  std::vector<std::string> names = {"frame", "file", "found", "held"};
+  for (const TColumn& column : recordColumns()) {
+    names.push_back(column.name);
   }
-  return heading + (hasTrace ? kCsvTraceHeading : "");
+  names.insert(names.end(), {"ms", "state"});
+  for (const TMeasure& measure : measures) {
+    names.push_back(measure.name);
+  }
+  return join(names, ",") + (hasTrace ? kCsvTraceHeading : "");
 }
 
 std::string TRecordWriter::csvLine(const TFrameRecord& record) const {
-  const TWeldLineRes& result = record.tracked.line;
   const auto flag = [&](TSeamState state) { return record.tracked.state == state ? "1" : "0"; };
-  std::vector<std::string> cells = {std::to_string(record.frame),
-                                    csvText(record.file),
-                                    flag(TSeamState::found),
-                                    flag(TSeamState::held),
-                                    csvNumber(record.seam, &cv::Point2d::x),
-                                    csvNumber(record.seam, &cv::Point2d::y),
-                                    csvNumber(record.storedSeam, &cv::Point2d::x),
-                                    csvNumber(record.storedSeam, &cv::Point2d::y),
-                                    std::to_string(result.stripePts.size()),
-                                    fixed(result.auxVal1, 6),
-                                    fixed(result.auxVal2, 6),
-                                    fixed(result.auxVal3, 6),
-                                    fixed(result.auxVal4, 6),
-                                    fixed(result.trackVal, 6),
-                                    fixed(record.ms, 3),
-                                    nameOf(record.tracked.state)};
+  std::vector<std::string> cells = {std::to_string(record.frame), csvText(record.file), flag(TSeamState::found),
+                                    flag(TSeamState::held)};
+  for (const TColumn& column : recordColumns()) {
+    cells.push_back(csvNumber(column.get(record), column.digits));
+  }
+  cells.insert(cells.end(), {fixed(record.ms, 3), nameOf(record.tracked.state)});
   for (const TMeasure& measure : measures) {
-    const double value = measure.get(record.tracked.measurement);
-    cells.push_back(std::isfinite(value) ? fixed(value, measure.digits) : "");
+    cells.push_back(csvNumber(measure.get(record.tracked.measurement), measure.digits));
   }
   return join(cells, ",") + (hasTrace ? csvTrace(*record.trace) : "");
 }

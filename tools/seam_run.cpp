@@ -42,41 +42,20 @@ std::optional<cv::Point2d> steadyPlace(const std::optional<TMeasure>& objective,
   return std::isfinite(value) ? std::make_optional(cv::Point2d(value, 0.0)) : std::nullopt;
 }
 
+// What would have found the frame, where anything would.
+std::vector<TTraceNeed> needsOf(const TFrameTrace& trace) {
+  const auto suffices = [](const TTraceAttempt& attempt) { return attempt.needsSuffice; };
+  const auto attempt = std::find_if(trace.attempts.begin(), trace.attempts.end(), suffices);
+  return attempt == trace.attempts.end() ? std::vector<TTraceNeed>() : attempt->needs;
+}
+
 }  // namespace
 
-void TJitter::add(const std::optional<cv::Point2d>& seam) {
-  if (seam && before[0] && before[1]) {
-    lengthsPx.push_back(cv::norm(*before[0] - 2.0 * *before[1] + *seam));
-  }
-  before = {before[1], seam};
-}
-
-void TJitter::startSequence() {
-  before = {};
-}
-
-std::optional<double> TJitter::medianPx() const {
-  return lengthsPx.empty() ? std::nullopt : std::make_optional(percentile(lengthsPx, 0.5));
-}
-
-void TReasonTally::add(int frame, const TSeamFrame& seen) {
-  auto row = std::find_if(counts.begin(), counts.end(), [&](const TRow& r) { return r.reason == seen.reason; });
-  if (row == counts.end()) {
-    row = counts.insert(row, {seen.reason, 0, frame, seen.sentence});
-  }
-  ++row->frames;
-}
-
-std::vector<TReasonTally::TRow> TReasonTally::rows() const {
-  std::vector<TRow> sorted = counts;
-  std::stable_sort(sorted.begin(), sorted.end(), [](const TRow& a, const TRow& b) { return a.frames > b.frames; });
-  return sorted;
-}
-
-TSeamRun::TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied)
+TSeamRun::TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied, std::string swept)
     : how(traced(tracking)),
       tracker(makeWeldTracker(how)),
       objective(std::move(steadied)),
+      parameter(std::move(swept)),
       measures(measuresOf(how.params.weldType)),
       measured(measures.size()) {}
 
@@ -84,26 +63,28 @@ TSeamFrame TSeamRun::next(const TFrame& frame) {
   if (frame.startsSequence || how.isFirstOnly) {
     tracker.reset();
   }
-  if (frame.startsSequence) {
-    seamJitter.startSequence();
-    lossRun = 0;
-  }
   lastSeam = tracker.track(frame.image);
-  const TTrackedSeam& seam = lastSeam;
+  const TSeamFrame seen = seenIn(frame);
+  measure(lastSeam);
+  add(frame.index, frame.startsSequence, seen);
+  return seen;
+}
+
+TSeamFrame TSeamRun::seenIn(const TFrame& frame) const {
   const TFrameTrace& trace = tracker.lastTrace();
   TSeamFrame seen;
-  seen.isFound = seam.state == TSeamState::found;
-  seen.seam = seen.isFound ? seamOf(how.params, seam) : std::nullopt;
+  seen.isFound = lastSeam.state == TSeamState::found;
+  seen.seam = seen.isFound ? seamOf(how.params, lastSeam) : std::nullopt;
+  if (seen.seam) {
+    seen.storedSeam = toStored(*seen.seam, how.preparation, frame.storedSize);
+  }
+  seen.steady = steadyPlace(objective, lastSeam, seen.seam);
   seen.reason = trace.reason;
   seen.sentence = frame.problem.empty() ? explanationOf(trace) : onOneLine(frame.problem);
-  seen.confidence = static_cast<double>(seam.measurement.confidence);
-  seen.isAtStripeEnd = seen.seam && isAtStripeEnd(how.params.weldType, seam);
-  seamJitter.add(steadyPlace(objective, seam, seen.seam));
-  measure(seam);
-  count(seen);
-  if (!seen.isFound) {
-    lostReasons.add(frame.index, seen);
-  }
+  seen.confidence = static_cast<double>(lastSeam.measurement.confidence);
+  seen.isAtStripeEnd = seen.seam && isAtStripeEnd(how.params.weldType, lastSeam);
+  seen.limit = parameter.empty() ? std::nullopt : limitOf(parameter);
+  seen.needs = seen.isFound ? std::vector<TTraceNeed>() : needsOf(trace);
   return seen;
 }
 
@@ -125,36 +106,15 @@ double TSeamRun::medianOf(const std::string& name) const {
   return TJointMeasurement::kNone;
 }
 
-void TSeamRun::count(const TSeamFrame& seen) {
-  const bool isFound = seen.isFound;
-  ++frameCount;
-  foundCount += isFound ? 1 : 0;
-  stripeEndCount += seen.isAtStripeEnd ? 1 : 0;
-  if (isFound) {
-    confidences.push_back(seen.confidence);
-  }
-  lossRun = isFound ? 0 : lossRun + 1;
-  lossCount += lossRun == 1 ? 1 : 0;
-  longestLossFrames = std::max(longestLossFrames, lossRun);
-}
-
-double TSeamRun::foundShare() const {
-  return frameCount == 0 ? 0.0 : static_cast<double>(foundCount) / frameCount;
-}
-
-std::optional<TLimitKind> TSeamRun::limitOf(const std::string& parameter) const {
+std::optional<TLimitKind> TSeamRun::limitOf(const std::string& name) const {
   for (const TTraceAttempt& attempt : tracker.lastTrace().attempts) {
     for (const TTraceCheck& check : attempt.checks) {
-      if (parameter == check.parameter) {
+      if (name == check.parameter) {
         return check.kind;
       }
     }
   }
   return std::nullopt;
-}
-
-double TSeamRun::stripeEndShare() const {
-  return foundCount == 0 ? 0.0 : static_cast<double>(stripeEndCount) / foundCount;
 }
 
 void addSeamRunOptions(CLI::App& command, TSeamRunOptions& options) {
@@ -176,11 +136,6 @@ TFrame prepared(TFrame frame, const TPreparation& preparation) {
     frame.image = prepareImage(frame.image, preparation, frame.name);
   }
   return frame;
-}
-
-std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
-                                      const TPreparation& preparation) {
-  return seen.seam ? std::make_optional(toStored(*seen.seam, preparation, frame.storedSize)) : std::nullopt;
 }
 
 TReading followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow) {

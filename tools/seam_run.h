@@ -5,14 +5,11 @@
 #include "tools/frame_tracker.h"
 #include "tools/measures.h"
 #include "tools/overlay.h"
-#include "tools/stats.h"
+#include "tools/seam_figures.h"
 #include "tools/truth.h"
 
 #include "zelWeldDetect.h"
 
-#include <opencv2/core.hpp>
-
-#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -20,55 +17,12 @@
 
 namespace tool {
 
-// How steady a seam point is: the median length of the second difference |p[n-1] - 2 p[n] + p[n+1]| over all three
-// consecutive frames of a sequence that found it, px. A seam that moves evenly has none.
-class TJitter {
-public:
-  // The next frame of the sequence; nothing where no seam was found.
-  void add(const std::optional<cv::Point2d>& seam);
-  void startSequence();
-
-  // Nothing where the seam was never found three times in a row.
-  std::optional<double> medianPx() const;
-
-private:
-  std::array<std::optional<cv::Point2d>, 2> before;  // the last two frames, the older one first
-  std::vector<double> lengthsPx;
-};
-
-// What a frame gave.
-struct TSeamFrame {
-  bool isFound = false;             // in this very frame; a repeated seam does not count
-  std::optional<cv::Point2d> seam;  // none when not found or the joint has no seam point
-  std::string reason;
-  std::string sentence;        // with the advice
-  double confidence = 0.0;     // of the measurement, 0..1
-  bool isAtStripeEnd = false;  // the seam lies where the stripe ends
-};
-
-// Reasons with the number of frames that ended with them, and the first of these as an example.
-class TReasonTally {
-public:
-  struct TRow {
-    std::string reason;
-    int frames = 0;
-    int firstFrame = 0;
-    std::string sentence;  // of the first frame
-  };
-
-  void add(int frame, const TSeamFrame& seen);
-
-  // The most frequent first; of equally frequent ones the one that came first.
-  std::vector<TRow> rows() const;
-
-private:
-  std::vector<TRow> counts;
-};
-
-class TSeamRun {
+// A tracker whose figures grow with every frame.
+class TSeamRun : public TSeamFigures {
 public:
   //   steadied  the measure whose jitter is taken; none: the seam point's
-  explicit TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied = {});
+  //   swept     the parameter whose limit the frames are asked for; empty: none
+  explicit TSeamRun(const TTracking& tracking, std::optional<TMeasure> steadied = {}, std::string swept = {});
 
   // The next frame, its image as searched, or none.
   TSeamFrame next(const TFrame& frame);
@@ -82,39 +36,24 @@ public:
 
   const TTracking& tracking() const { return how; }
   TWeldType type() const { return how.params.weldType; }
-  int frames() const { return frameCount; }
-  int found() const { return foundCount; }
-  int losses() const { return lossCount; }               // stretches of frames not found
-  int longestLoss() const { return longestLossFrames; }  // frames
-  double foundShare() const;                             // 0 without frames
-  const TJitter& jitter() const { return seamJitter; }
   // Median of each measure of the joint over the frames found; not a number where it is never measured.
   double medianOf(const std::string& measure) const;
-  double confidence() const { return percentile(confidences, 0.5); }  // median of the frames found; 0 without
-  double stripeEndShare() const;                                      // of the frames found; 0 without
-  // The limit that a parameter sets, where the last frame tested it.
-  std::optional<TLimitKind> limitOf(const std::string& parameter) const;
-  const TReasonTally& reasons() const { return lostReasons; }  // of the frames not found
+  // As those of TWeldTracker; the figures begin anew all the same.
+  std::string memory() const { return tracker.memory(); }
+  bool setMemory(const std::string& bytes) { return tracker.setMemory(bytes); }
 
 private:
-  void count(const TSeamFrame& seen);
+  TSeamFrame seenIn(const TFrame& frame) const;
+  std::optional<TLimitKind> limitOf(const std::string& name) const;
   void measure(const TTrackedSeam& seam);
 
   TTracking how;
   TWeldTracker tracker;
   TTrackedSeam lastSeam;
   std::optional<TMeasure> objective;
+  std::string parameter;
   std::vector<TMeasure> measures;
   std::vector<std::vector<double>> measured;  // of each measure
-  TJitter seamJitter;
-  TReasonTally lostReasons;
-  int frameCount = 0;
-  int foundCount = 0;
-  int lossCount = 0;
-  int lossRun = 0;
-  int longestLossFrames = 0;
-  int stripeEndCount = 0;
-  std::vector<double> confidences;
 };
 
 // As typed: which frames, how they are followed, and what is known about them.
@@ -132,10 +71,6 @@ TTruth truthOf(const TSeamRunOptions& options);
 
 // The frame with its image as searched.
 TFrame prepared(TFrame frame, const TPreparation& preparation);
-
-// Where the seam of a frame lies in the stored image; none where it has none.
-std::optional<cv::Point2d> storedSeam(const TSeamFrame& seen, const TFrame& frame,
-                                      const TPreparation& preparation);
 
 // Hands every frame on, its image as stored, or none. Throws the error of a stop signal: figures need all frames.
 TReading followFrames(const TFrameOptions& options, const std::function<void(const TFrame&)>& follow);

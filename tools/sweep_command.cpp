@@ -3,11 +3,9 @@
 #include "tools/commands.h"
 #include "tools/output.h"
 #include "tools/output_file.h"
-#include "tools/parameter.h"
 #include "tools/seam_run.h"
-#include "tools/stats.h"
-#include "tools/sweep.h"
 #include "tools/sweep_page.h"
+#include "tools/sweep_table.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -26,20 +24,11 @@ struct TOptions {
   std::string objective;  // empty: the seam point
 };
 
-// A value, and what it has found so far.
-struct TTrial {
-  double value = 0.0;
-  TSeamRun run;
-  TTruthFigures truth = {};
-  std::vector<double> apartPx = {};  // from the seams of the value before
-};
-
+// As understood.
 struct TSweep {
-  TWeldType type = TWeldType::none;
   TPreparation preparation;
-  std::string parameter;
-  std::vector<TTrial> trials;
-  std::optional<TLimitKind> limit = {};  // of the test that the parameter sets, once it has run
+  std::vector<TSeamRun> runs;  // one a value
+  TSweepTable table;
 };
 
 // Parts the range from the single values of --set.
@@ -59,75 +48,18 @@ TSweepRange takeRange(TParamSource& source) {
 TSweep sweepOf(const TOptions& options) {
   TTrackingOptions typed = options.run.tracking;
   const TSweepRange range = takeRange(typed.source);
-  TTracking tracking = trackingOf(typed);
-  TWeldParams& params = tracking.params;
-  const TWeldParameter& parameter = findParameter(params.weldType, range.name);
-  if (isFlag(parameter)) {
-    throw usageError("--set: " + weldParameterLabel(parameter) +
-                     " is true or false and has no range; use zelweld compare");
-  }
-  TSweep sweep{params.weldType, tracking.preparation, parameter.name, {}};
-  const auto objective = options.objective.empty()
-                             ? std::nullopt
-                             : std::make_optional(findMeasure(params.weldType, options.objective));
-  for (const double value : range.values) {
-    setValue(params, parameter, value);
-    sweep.trials.push_back({value, TSeamRun(tracking, objective)});
-  }
-  return sweep;
+  const TTracking tracking = trackingOf(typed);
+  return {tracking.preparation, sweptRuns(tracking, range, options.objective),
+          TSweepTable(tracking.params.weldType, range)};
 }
 
 // Tracks the frame under every value.
 void addFrame(TSweep& sweep, const TFrame& frame, const TTruth& truth) {
-  std::optional<cv::Point2d> before;
-  for (TTrial& trial : sweep.trials) {
-    const TSeamFrame seen = trial.run.next(frame);
-    truth.judge(frame.name, storedSeam(seen, frame, sweep.preparation), trial.truth);
-    if (seen.seam && before) {
-      trial.apartPx.push_back(cv::norm(*seen.seam - *before));
-    }
-    before = seen.seam;
-    if (!sweep.limit) {
-      sweep.limit = trial.run.limitOf(sweep.parameter);
-    }
+  std::vector<TSeamFrame> seen;
+  for (TSeamRun& run : sweep.runs) {
+    seen.push_back(run.next(frame));
   }
-}
-
-// At the loosest value of its range a test refuses nothing any more.
-bool canFail(const TSweep& sweep, double value) {
-  const TParameterLimits& limits = findParameter(sweep.type, sweep.parameter).limits;
-  return !sweep.limit || (isLowerLimit(*sweep.limit) ? value > limits.min : value < limits.max);
-}
-
-TSweepRow rowOf(const TSweep& sweep, const TTrial& trial) {
-  const TSeamRun& run = trial.run;
-  const auto reasons = run.reasons().rows();
-  const bool isJudged = trial.truth.judged > 0;
-  return {{trial.value, run.foundShare(), run.jitter().medianPx(), run.confidence(), run.stripeEndShare(),
-           percentile(trial.apartPx, 0.5), canFail(sweep, trial.value),
-           isJudged ? std::make_optional(trial.truth) : std::nullopt},
-          false,
-          run.longestLoss(),
-          reasons.empty() ? "-" : reasons.front().reason};
-}
-
-TSweepResult judge(const TSweep& sweep) {
-  TSweepResult result;
-  result.type = sweep.type;
-  result.parameter = sweep.parameter;
-  result.frames = sweep.trials.front().run.frames();
-  std::vector<TSweepPoint> points;
-  for (const TTrial& trial : sweep.trials) {
-    result.rows.push_back(rowOf(sweep, trial));
-    points.push_back(result.rows.back().point);
-  }
-  const std::vector<bool> isGood = goodPoints(points);
-  for (std::size_t i = 0; i < isGood.size(); ++i) {
-    result.rows[i].isGood = isGood[i];
-  }
-  result.good = widestGoodRange(isGood);
-  result.objection = objectionTo(points, result.good);
-  return result;
+  sweep.table.add(frame, seen, truth);
 }
 
 std::string barOf(double share) {
@@ -192,10 +124,10 @@ void run(const TOptions& options) {
   const TReading reading = followFrames(options.run.tracking.frames, [&](const TFrame& stored) {
     addFrame(sweep, prepared(stored, sweep.preparation), truth);
   });
-  if (!truth.isEmpty() && sweep.trials.front().truth.judged == 0) {
+  const TSweepResult result = sweep.table.result();
+  if (!truth.isEmpty() && !result.rows.front().point.truth) {
     throw inputError("--truth: " + options.run.truthFile + " labels none of the frames");
   }
-  const TSweepResult result = judge(sweep);
   printTable(result);
   printSuggestion(result);
   if (!options.page.empty()) {

@@ -12,44 +12,46 @@ namespace {
 
 constexpr unsigned kMostThreads = 8;
 
-// What would have found the frame, where anything would.
-std::vector<TTraceNeed> needsOf(const TFrameTrace& trace) {
-  const auto suffices = [](const TTraceAttempt& attempt) { return attempt.needsSuffice; };
-  const auto attempt = std::find_if(trace.attempts.begin(), trace.attempts.end(), suffices);
-  return attempt == trace.attempts.end() ? std::vector<TTraceNeed>() : attempt->needs;
-}
-
-void addFrame(TTrial& trial, const TScene& scene, int place, bool startsStretch) {
+void addFrame(TTrial& trial, TSeamRun& run, const TScene& scene, int place, bool startsStretch) {
   TFrame frame = scene.frames[static_cast<std::size_t>(place)];
   frame.startsSequence = frame.startsSequence || startsStretch;
-  TPreparation preparation = scene.preparation;
   if (trial.setting.turnDeg == 90 && !frame.image.empty()) {
     frame.image = cv::Mat();  // of its own: the scene keeps its image
     cv::rotate(scene.frames[static_cast<std::size_t>(place)].image, frame.image, cv::ROTATE_90_CLOCKWISE);
-    preparation.rotationDeg = (preparation.rotationDeg + 90) % 360;
   }
-  const TSeamFrame seen = trial.run->next(frame);
-  trial.frames.push_back(place);
-  const int wrongBefore = trial.truth.wrong;
-  const std::optional<cv::Point2d> seam = storedSeam(seen, frame, preparation);
-  scene.truth.judge(frame.name, seam, trial.truth);
-  trial.seams.push_back(trial.truth.wrong == wrongBefore ? seam : std::nullopt);
-  std::vector<TTraceNeed> needs = seen.isFound ? std::vector<TTraceNeed>() : needsOf(trial.run->trace());
-  if (!needs.empty()) {
-    trial.needs.push_back(std::move(needs));
-  }
+  addSeen(trial, scene, place, startsStretch, run.next(frame));
 }
 
 }  // namespace
+
+TPreparation preparationOf(const TScene& scene, const TSetting& setting) {
+  TPreparation preparation = scene.preparation;
+  preparation.rotationDeg = (preparation.rotationDeg + setting.turnDeg) % 360;
+  return preparation;
+}
+
+void addSeen(TTrial& trial, const TScene& scene, int place, bool startsStretch, const TSeamFrame& seen) {
+  const TFrame& frame = scene.frames[static_cast<std::size_t>(place)];
+  trial.figures.add(frame.index, frame.startsSequence || startsStretch, seen);
+  trial.frames.push_back(place);
+  const int wrongBefore = trial.truth.wrong;
+  scene.truth.judge(frame.name, seen.storedSeam, trial.truth);
+  trial.seams.push_back(trial.truth.wrong == wrongBefore ? seen.storedSeam : std::nullopt);
+  if (!seen.needs.empty()) {
+    trial.needs.push_back(seen.needs);
+  }
+}
 
 TTrial tryOn(const TScene& scene, const std::vector<TStretch>& stretches, const TSetting& setting) {
   TTracking tracking;
   tracking.params = setting.params;
   tracking.tracker = setting.tracker;
-  TTrial trial{setting, std::make_shared<TSeamRun>(tracking), {}, {}, {}, {}};
+  tracking.preparation = preparationOf(scene, setting);
+  TSeamRun run(tracking);
+  TTrial trial{setting, {}, {}, {}, {}, {}};
   for (const TStretch& stretch : stretches) {
     for (int place = stretch.first; place <= stretch.last && !isStopRequested(); ++place) {
-      addFrame(trial, scene, place, place == stretch.first);
+      addFrame(trial, run, scene, place, place == stretch.first);
     }
   }
   return trial;

@@ -4,7 +4,6 @@
 #include "tools/seam_run.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,7 +18,8 @@ struct TSetting {
   bool isLoosest = false;            // one of them lets a test pass everything
 };
 
-// The frames of a run as prepared, how they were prepared, and what is known about them.
+// The frames of a run as prepared, how they were prepared, and what is known about them. Where they are tried
+// elsewhere, by name alone.
 struct TScene {
   std::vector<TFrame> frames;
   TPreparation preparation;
@@ -34,12 +34,21 @@ struct TStretch {
 
 struct TTrial {
   TSetting setting;
-  std::shared_ptr<TSeamRun> run;                  // its figures
+  TSeamFigures figures;
   std::vector<int> frames;                        // places in the scene
   std::vector<std::optional<cv::Point2d>> seams;  // in the stored image, one per frame; none: not found, or wrong
   std::vector<std::vector<TTraceNeed>> needs;     // of lost frames that they would suffice
   TTruthFigures truth;
 };
+
+// A frame's place in the scene, and what the setting of the trial saw there.
+void addSeen(TTrial& trial, const TScene& scene, int place, bool startsStretch, const TSeamFrame& seen);
+
+// Where the setting looks, in the stored image.
+TPreparation preparationOf(const TScene& scene, const TSetting& setting);
+
+// The trials of settings on stretches, one each.
+using TTryAll = std::function<std::vector<TTrial>(const std::vector<TStretch>&, const std::vector<TSetting>&)>;
 
 // Tracks the stretches, each from its beginning. Ends early once a stop is requested. The needs of lost frames
 // only where the tracker of the setting gives advice.

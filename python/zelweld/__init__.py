@@ -4,6 +4,8 @@
     seam = tracker.track(frame)          # uint8, (H, W), (H, W, 3) or (H, W, 4)
     if seam.state is zelweld.SeamState.FOUND:
         x, y = seam.pos                  # px
+
+    table = zelweld.track("frames", zelweld.Job.load("gap.json"))   # one row a frame
 """
 
 from collections.abc import Iterator
@@ -13,7 +15,10 @@ import numpy.typing as npt
 
 from ._core import (
     Check,
+    Contour,
+    Exposure,
     FeaturePoint,
+    Job,
     Line,
     Measurement,
     Params,
@@ -22,30 +27,44 @@ from ._core import (
     Tracker,
     detect,
     draw_frame,
+    exposure_advice,
+    find_seam_by_contrast,
     joints,
     measure,
     recognise,
 )
-from ._enums import Feature, SeamState, WeldType
+from ._enums import Feature, Polarity, SeamState, WeldType
+from ._runs import Advice, Sweep, advise, sweep, track
 
 __all__ = [
+    "Advice",
     "Check",
+    "Contour",
+    "Exposure",
     "Feature",
     "FeaturePoint",
+    "Job",
     "Line",
     "Measurement",
     "Params",
+    "Polarity",
     "Seam",
     "SeamState",
+    "Sweep",
     "Trace",
     "Tracker",
     "WeldType",
+    "advise",
     "detect",
     "draw_frame",
+    "exposure_advice",
+    "find_seam_by_contrast",
     "joints",
     "measure",
     "recognise",
     "simulate",
+    "sweep",
+    "track",
 ]
 
 

@@ -42,3 +42,12 @@ class Feature(IntEnum):
     CORNER = 9
     LEFT_END = 10
     RIGHT_END = 11
+
+
+class Polarity(IntEnum):
+    """How a seam without a stripe differs from the plates beside it."""
+
+    DARK = 0
+    BRIGHT = 1
+    EDGE = 2
+    AUTOMATIC = 3

@@ -6,6 +6,7 @@
 #include "api/own_joint.h"
 #include "api/seam_gate.h"
 #include "api/seam_search.h"
+#include "api/tracker_memory.h"
 #include "contrast/find_line.h"
 #include "support/arena.h"
 #include "support/grey_image.h"
@@ -72,6 +73,7 @@ struct TWeldTracker::TState {
     if (options.source == TSeamSource::contrast) return nullptr;
     return own ? own->detected() : weld::findJoint(params.weldType);
   }
+  weld::TTemplateView forms() const { return own ? own->profiles.view() : weld::profilesOf(params.weldType); }
   weld::TMemory* beginFrame(const cv::Mat& image, const weld::TJoint* joint);
   weld::TFound search(const weld::TFrame& frame, const weld::TJoint* joint) const;
   weld::TFound searchByContrast(const weld::TFrame& frame) const;
@@ -230,4 +232,25 @@ void TWeldTracker::setParams(const TWeldParams& params) {
 
 const TFrameTrace& TWeldTracker::lastTrace() const {
   return state->trace;
+}
+
+// All that reset() forgets and a seam depends on.
+std::string TWeldTracker::memory() const {
+  const TState& s = *state;
+  return weld::memoryBytes(
+      {s.last, s.lastProfile, s.wasFlush, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames}, s.forms());
+}
+
+bool TWeldTracker::setMemory(std::string_view bytes) {
+  std::optional<weld::TTrackerMemory> memory = weld::memoryOf(bytes, state->forms());
+  if (!memory) return false;
+  reset();
+  state->last = std::move(memory->last);
+  state->lastProfile = memory->profile;
+  state->wasFlush = memory->wasFlush;
+  state->bestColumns = memory->bestColumns;
+  state->edgePairColumns = memory->edgePairColumns;
+  state->jumps = memory->jumps;
+  state->heldFrames = memory->heldFrames;
+  return true;
 }

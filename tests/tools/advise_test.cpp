@@ -10,15 +10,7 @@ namespace {
 using TSeams = std::vector<std::optional<cv::Point2d>>;
 
 tool::TTrial trialOf(const TSeams& seams) {
-  tool::TTracking tracking;
-  tracking.params = TGapSettings().params();
-  tool::TTrial trial{{tracking.params, {}, 0, {"--set a=1"}, false},
-                     std::make_shared<tool::TSeamRun>(tracking),
-                     {},
-                     seams,
-                     {},
-                     {}};
-  return trial;
+  return {{TGapSettings().params(), {}, 0, {"--set a=1"}, false}, {}, {}, seams, {}, {}};
 }
 
 }  // namespace
