@@ -8,6 +8,7 @@ namespace {
 
 constexpr int kNever = 0x7fffffff;
 constexpr int kClusterRows = 128;  // in which pairs are weighed together
+constexpr int kRankedRows = 64;    // collected before they are ranked
 constexpr int kLongAgo = 200;      // rows since a rising edge that can no longer be paired
 
 // The edges of one kind in every column. An edge is its strength + 1; 0 is none.
@@ -84,32 +85,61 @@ struct TRows {
   int end;
 };
 
-// Collects the edges of the rows; rise is the box difference in the first row, and in row `end` afterwards. Rows
-// without an edge that can be among the strongest are left out.
-inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
-                      TGroupEdges& found) {
+// Writes the rows that have an edge into the buffer and returns how many; rise is the box difference in the first
+// row, and in row `end` afterwards.
+inline int collectEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer) {
   const TScanArea& area = group.area;
   const v_int16 threshold = lanesOf(area.threshold);
   const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
+  const v_int16 zero = lanesOf(0);
   const v_int16 one = lanesOf(1);
   const unsigned char* here = group.column + rows.first * area.step;
+  v_int16 change = rise;
+  int count = 0;
   for (int row = rows.first; row < rows.end; ++row, here += area.step) {
     const v_int16 grey = loadRow(here);
-    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
-    if (cv::v_check_any(isEdge)) {
-      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
-      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
-      const v_int16 edges = rising - falling;
-      if (cv::v_check_any(edges != lanesOf(0))) {
-        found.rising.insert(rising);
-        found.falling.insert(falling);
-        TEdgeRow& edgeRow = buffer[found.rows++];
-        edgeRow.row = row;
-        cv::v_store(edgeRow.edges, edges);
-      }
-    }
-    rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
+    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(change, zero - change) > edgeLimit);
+    // Written in any case: a branch per row would be guessed wrong.
+    const v_int16 isFalling = change <= zero;
+    buffer[count].row = row;
+    cv::v_store(buffer[count].edges, (change + ((one + isFalling) | isFalling)) & isEdge);
+    count += cv::v_check_any(isEdge) ? 1 : 0;
+    change = change + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
   }
+  rise = change;
+  return count;
+}
+
+// Ranks the edges of one kind in rows that were collected, top to bottom.
+// sign: 1 for rising edges, -1 for falling ones.
+template <int sign>
+inline void rankEdges(TEdgeRow* rows, int count, TEdgesOfKind& found) {
+  const v_int16 zero = lanesOf(0);
+  TEdgesOfKind kind = found;
+  for (int i = 0; i < count; ++i) {
+    const v_int16 both = cv::vx_load(rows[i].edges);
+    const v_int16 own = cv::v_max(sign > 0 ? both : zero - both, zero);
+    if (!cv::v_check_any(own > zero)) continue;
+    const v_int16 kept = kind.count(own);
+    const v_int16 other = sign > 0 ? cv::v_min(both, zero) : cv::v_max(both, zero);
+    cv::v_store(rows[i].edges, sign > 0 ? other + kept : other - kept);
+    kind.insert(kept);
+  }
+  found = kind;
+}
+
+// Ranks the last rows of the buffer, and drops those without an edge that can be among the strongest.
+inline void rankRows(TEdgeRow* buffer, int end, TGroupEdges& found) {
+  rankEdges<1>(buffer + found.rows, end - found.rows, found.rising);
+  rankEdges<-1>(buffer + found.rows, end - found.rows, found.falling);
+  int kept = found.rows;
+  for (int i = found.rows; i < end; ++i) {
+    const v_int16 edges = cv::vx_load(buffer[i].edges);
+    buffer[kept].row = buffer[i].row;
+    cv::v_store(buffer[kept].edges, edges);
+    kept += cv::v_check_any(edges != lanesOf(0)) ? 1 : 0;
+  }
+  found.rows = kept;
 }
 
 inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* marks, int words, TEdgeRow* buffer) {
@@ -117,21 +147,47 @@ inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* mar
   TGroupEdges found;
   v_int16 rise = lanesOf(0);
   int reached = 0;
+  int collected = 0;
   for (int word = 0; word < words; ++word) {
     for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
       const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
       const int end = smaller(first + kBlockRows, area.rows - kBoxPx);
       if (first != reached) rise = boxDifference(group.column + first * area.step, area.step);
-      findEdges(group, {first, end}, rise, buffer, found);
+      collected += collectEdges(group, {first, end}, rise, buffer + collected);
       reached = end;
+      if (collected - found.rows < kRankedRows) continue;
+      rankRows(buffer, collected, found);
+      collected = found.rows;
       if (found.rising.isFull() && found.falling.isFull()) return found;
     }
   }
+  rankRows(buffer, collected, found);
   return found;
 }
 
-// Returns the largest number of pairs that a column has by then.
-inline int recordPairs(int row, const v_int16& isPair, const v_int16& age, int firstColumn, TStripPairs& pairs) {
+// The pairs of a group. The first one of every column is kept in lanes: as a rule it is the only one.
+struct TGroupPairs {
+  v_int16 hasFirst = lanesOf(0);
+  v_int32 low[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
+  v_int32 high[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
+};
+
+// A column's first pair.
+inline void recordFirst(int row, const v_int16& isFirst, const v_int16& age, TGroupPairs& group) {
+  v_int32 mask[2];
+  v_int32 ages[2];
+  cv::v_expand(isFirst, mask[0], mask[1]);
+  cv::v_expand(age, ages[0], ages[1]);
+  const v_int32 high = cv::vx_setall_s32(row);
+  for (int half = 0; half < 2; ++half) {
+    group.low[half] = cv::v_select(mask[half], high - ages[half], group.low[half]);
+    group.high[half] = cv::v_select(mask[half], high, group.high[half]);
+  }
+  group.hasFirst = group.hasFirst | isFirst;
+}
+
+// Pairs of columns that have one. Returns the largest number of pairs that a column has by then.
+inline int recordMore(int row, const v_int16& isPair, const v_int16& age, int firstColumn, TStripPairs& pairs) {
   std::int16_t ages[kLanes];
   cv::v_store(ages, age);
   int most = 0;
@@ -152,9 +208,12 @@ inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int first
   TStrongestFilter risingFilter(found.rising);
   TStrongestFilter fallingFilter(found.falling);
   const v_int16 longAgo = lanesOf(kLongAgo);
+  TGroupPairs group;
   v_int16 age = longAgo;  // rows since the last edge when that was a rising one
   int previousRow = 0;
-  int most = 0;
+  int most = 1;
+  for (int half = 0; half < 2; ++half)
+    cv::v_store(pairs.count + firstColumn + half * v_int32::nlanes, cv::vx_setall_s32(1));
   for (int i = 0; i < found.rows; ++i) {
     const int row = buffer[i].row;
     age = cv::v_min(age + lanesOf(smaller(row - previousRow, kLongAgo)), longAgo);
@@ -163,10 +222,22 @@ inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int first
     const v_int16 isRising = risingFilter.keep(edges);
     const v_int16 isFalling = fallingFilter.keep(lanesOf(0) - edges);
     const v_int16 isPair = isFalling & (age > lanesOf(kMinPairPx)) & (age < lanesOf(kMaxPairPx));
-    if (cv::v_check_any(isPair)) most = larger(most, recordPairs(row, isPair, age, firstColumn, pairs));
+    if (cv::v_check_any(isPair)) {
+      const v_int16 isLater = isPair & group.hasFirst;
+      if (cv::v_check_any(isLater)) most = larger(most, recordMore(row, isLater, age, firstColumn, pairs));
+      recordFirst(row, isPair & ~group.hasFirst, age, group);
+    }
     age = cv::v_select(isRising, lanesOf(0), cv::v_select(isFalling, longAgo, age));
   }
-  return most;
+  v_int32 hasPair[2];
+  cv::v_expand(group.hasFirst, hasPair[0], hasPair[1]);
+  for (int half = 0; half < 2; ++half) {
+    const int lanes = firstColumn + half * v_int32::nlanes;
+    cv::v_store(pairs.low[0] + lanes, group.low[half]);
+    cv::v_store(pairs.high[0] + lanes, group.high[half]);
+    cv::v_store(pairs.count + lanes, cv::vx_load(pairs.count + lanes) & hasPair[half]);
+  }
+  return cv::v_check_any(group.hasFirst) ? most : 0;
 }
 
 // Sums of grey values and their moments about the first row, of one pair per column.
@@ -211,8 +282,19 @@ inline void weighCluster(const TPixels& pixels, int rows, const v_int16& low, co
   }
 }
 
-// Sums and moments of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and
-// are weighed together.
+// Exact up to the rounding: a row times a sum is far below 2^53.
+inline v_int32 centroid(const v_int32& low, const v_int32& sum, const v_int32& moment) {
+  using cv::v_cvt_f64;
+  using cv::v_cvt_f64_high;
+  const cv::v_float64 first = (v_cvt_f64(low) * v_cvt_f64(sum) + v_cvt_f64(moment)) / v_cvt_f64(sum);
+  const cv::v_float64 second =
+      (v_cvt_f64_high(low) * v_cvt_f64_high(sum) + v_cvt_f64_high(moment)) / v_cvt_f64_high(sum);
+  const v_int32 isBlack = sum == cv::vx_setzero_s32();
+  return cv::v_select(isBlack, cv::vx_setall_s32(-1), cv::v_round(first, second));
+}
+
+// Centres of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and are weighed
+// together.
 inline void weighPairs(const unsigned char* column, std::size_t step, int x, int index, TStripPairs& pairs) {
   v_int32 low[2];
   v_int32 high[2];
@@ -242,8 +324,8 @@ inline void weighPairs(const unsigned char* column, std::size_t step, int x, int
   }
   for (int half = 0; half < 2; ++half) {
     const int lanes = x + half * v_int32::nlanes;
-    cv::v_store(pairs.sum[index] + lanes, weights.sum[half]);
-    cv::v_store(pairs.moment[index] + lanes, weights.moment[half]);
+    cv::v_store(pairs.centre[index] + lanes,
+                centroid(cv::vx_load(pairs.low[index] + lanes), weights.sum[half], weights.moment[half]));
   }
 }
 
@@ -255,8 +337,10 @@ void pairStripeEdges(const TScanArea& area, const TBlockMarks& marks, int strip,
     const TGroupEdges found = findMarkedEdges({area, column}, ofStrip, marks.wordsPerStrip, buffer);
     const v_int16 hasBoth = (found.rising.counts > lanesOf(0)) & (found.falling.counts > lanesOf(0));
     cv::v_store(pairs.hasBothEdges + x, hasBoth);
-    for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
-    if (!cv::v_check_any(hasBoth)) continue;
+    if (!cv::v_check_any(hasBoth)) {
+      for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
+      continue;
+    }
     const int most = pairGroup(buffer, found, x, pairs);
     for (int index = 0; index < most; ++index) weighPairs(column, area.step, x, index, pairs);
   }
