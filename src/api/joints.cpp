@@ -46,7 +46,6 @@ TJointRules lapRules() {
   TJointRules rules = rulesOf(findLap, measureLap);
   rules.rivalOf = rivalOfLap;
   rules.looksLike = "the stripe looks like a lap";
-  rules.isLocal = true;
   return rules;
 }
 
