@@ -111,7 +111,9 @@ public:
   // Cuts the stripe into straight pieces, left to right: drops steep jumps, smooths, cuts at the vertices of a
   // polygon within polyEpsilon (px) of the stripe, fits every piece, and joins neighbours whose ends are nearer
   // than maxMergeGapX and maxMergeGapY (px) and whose joint is flatter than maxMergeHeight (px). Fewer than 20
-  // points, one that is not finite or farther than 1e9 px away, or a polyEpsilon outside 0 .. 1e9 give no pieces.
+  // points, one that is not finite or farther than 1e9 px away, or a polyEpsilon outside 0 .. 1e9 give no pieces;
+  // nor does a list so out of column order that its pieces would hold 10,000,000 points, each counted as 512 at
+  // least.
   void segmentStripe(std::vector<cv::Point2f> stripePts, std::vector<TStripePiece>& pieces, float maxMergeHeight,
                      float maxMergeGapX, float maxMergeGapY, float polyEpsilon) const;
 
@@ -125,8 +127,8 @@ public:
 
   // Cuts the stripe into straight atoms with a polygon within 10 px, fits each (dPara4), merges neighbours that
   // meet flat and keeps those with a line of at least 21 inliers. One straight line gives no atoms, as does a
-  // point that is not finite or farther than 1e9 px away. No result depends on the image, here and in
-  // fusePolyLines2LinesSegment; it may be empty.
+  // point that is not finite or farther than 1e9 px away, or a list as out of order as above. No result depends on
+  // the image, here and in fusePolyLines2LinesSegment; it may be empty.
   void splitWeldLine2lines(std::vector<cv::Point2f> stripePts, std::vector<TSplitAtom>& atoms,
                            cv::Mat image) const;
 

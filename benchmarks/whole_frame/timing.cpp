@@ -3,17 +3,24 @@
 #include <algorithm>
 #include <ctime>
 
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
 namespace bench {
 
 namespace {
 
 constexpr int kRounds = 25;
-constexpr int kPairsPerBlock = 20;        // of a copy and a run of the work
-constexpr double kLongestBlockUs = 15e3;  // a slow work gets fewer pairs
+constexpr int kRunsPerBlock = 20;
+constexpr double kLongestBlockUs = 15e3;  // a slow work gets fewer runs
 
 struct TSamples {
   std::vector<double> workUs;
   std::vector<double> copyUs;
+
+  double spentUs() const { return workUs.back() + copyUs.back(); }
+  TTimes medians() const { return {median(workUs), median(copyUs)}; }
 };
 
 double cpuMicroseconds() {
@@ -22,15 +29,38 @@ double cpuMicroseconds() {
   return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) * 1e-3;
 }
 
-// The first pair of a block is not counted: what ran before it has left other things in the caches.
-void runBlock(const TWork& copy, const TWork& work, TSamples& samples) {
-  copy();
-  work();
+void flush(const cv::Mat& frame) {
+#ifdef __x86_64__
+  constexpr std::size_t kCacheLine = 64;
+  for (int row = 0; row < frame.rows; ++row) {
+    for (std::size_t at = 0; at < frame.cols * frame.elemSize(); at += kCacheLine)
+      _mm_clflush(frame.ptr(row) + at);
+  }
+  _mm_mfence();
+#else
+  static_cast<void>(frame);
+#endif
+}
+
+// The first copy of a block is not counted: what ran before it has left other things in the caches.
+void runWarm(const TWork& copy, const TWork& work, TSamples& samples) {
   double spentUs = 0.0;
-  for (int pair = 0; pair < kPairsPerBlock && spentUs < kLongestBlockUs; ++pair) {
+  for (int run = 0; run < kRunsPerBlock && spentUs < kLongestBlockUs; ++run) {
+    copy();
     samples.copyUs.push_back(microsecondsOf(copy));
     samples.workUs.push_back(microsecondsOf(work));
-    spentUs += samples.copyUs.back() + samples.workUs.back();
+    spentUs += samples.spentUs();
+  }
+}
+
+void runCold(const cv::Mat& frame, const TWork& copy, const TWork& work, TSamples& samples) {
+  double spentUs = 0.0;
+  for (int run = 0; run < kRunsPerBlock && spentUs < kLongestBlockUs; ++run) {
+    flush(frame);
+    samples.copyUs.push_back(microsecondsOf(copy));
+    flush(frame);
+    samples.workUs.push_back(microsecondsOf(work));
+    spentUs += samples.spentUs();
   }
 }
 
@@ -39,12 +69,16 @@ void runBlock(const TWork& copy, const TWork& work, TSamples& samples) {
 std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works) {
   cv::Mat target;
   const TWork copy = [&] { frame.copyTo(target); };
-  std::vector<TSamples> samples(works.size());
+  std::vector<TSamples> warm(works.size());
+  std::vector<TSamples> cold(works.size());
   for (int round = 0; round < kRounds; ++round) {
-    for (std::size_t i = 0; i < works.size(); ++i) runBlock(copy, works[i], samples[i]);
+    for (std::size_t i = 0; i < works.size(); ++i) {
+      runWarm(copy, works[i], warm[i]);
+      runCold(frame, copy, works[i], cold[i]);
+    }
   }
   std::vector<TTiming> timings;
-  for (const TSamples& s : samples) timings.push_back({median(s.workUs), median(s.copyUs)});
+  for (std::size_t i = 0; i < works.size(); ++i) timings.push_back({warm[i].medians(), cold[i].medians()});
   return timings;
 }
 

@@ -1,4 +1,8 @@
 // Times measured beside copying the frame, so that whatever else the machine does meets both.
+//
+// Warm: call and copy each come right after a copy of the frame, so that both find the caches alike. A copy after
+// a call is a fifth quicker where frame and copy just fill a cache, and would move the unit. Cold: the frame is
+// flushed out of the caches before each, as a camera's memory controller delivers it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,14 +15,18 @@ namespace bench {
 using TWork = std::function<void()>;
 
 // Medians, in microseconds.
-struct TTiming {
+struct TTimes {
   double workUs = 0.0;
-  double copyUs = 0.0;  // cv::Mat::copyTo of the frame, timed right before each run of the work
+  double copyUs = 0.0;  // cv::Mat::copyTo of the frame
 
   double timesCopy() const { return workUs / copyUs; }
 };
 
-// The works take turns in short blocks; every run of a work follows a timed copy. One timing per work.
+struct TTiming : TTimes {  // warm
+  TTimes cold;             // on other processors than x86-64 as the caches happen to be
+};
+
+// The works take turns in short blocks. One timing per work.
 std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works);
 
 // Processor time of the thread.

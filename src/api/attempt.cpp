@@ -3,7 +3,6 @@
 #include "api/advice.h"
 #include "api/seam_gate.h"
 #include "stripe/edge_pairs/edge_pairs.h"
-#include "stripe/fused.h"
 #include "stripe/whole_stripe.h"
 #include "support/column_status.h"
 #include "trace/trace_conclusion.h"
@@ -47,7 +46,7 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   TStripe edgePairs = extractEdgePairs(frame, look.regions);
   const int columns = static_cast<int>(edgePairs.points.size());
   const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
-                          leavesStripeUnexplained(edgePairs, extraction.minColumns);
+                          leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }

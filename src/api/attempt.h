@@ -3,6 +3,7 @@
 
 #include "api/joints.h"
 #include "api/look.h"
+#include "stripe/fused.h"
 #include "stripe/ridge/ridge_stripe.h"
 
 #include <utility>
@@ -23,8 +24,9 @@ struct TFound {
 // How an attempt extracts the stripe.
 struct TExtraction {
   TStripeExtraction kind = TStripeExtraction::edgePairs;
-  int minColumns = 0;    // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
-  int leastColumns = 0;  // but not where they do so through fewer than these: it is elsewhere
+  int minColumns = 0;     // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
+  int leastColumns = 0;   // but not where they do so through fewer than these: it is elsewhere
+  TColumnSpan near = {};  // and where they leave stripe behind in these
 };
 
 // A frame, the joint that is looked for in it, and what it may ask of the ridges.

@@ -38,6 +38,7 @@ TJointRules gapRules() {
   rules.findOwn = findOwnGap;
   rules.rivalOf = rivalOfGap;
   rules.looksLike = "the stripe looks like a butt joint";
+  rules.isLocal = true;
   return rules;
 }
 
@@ -55,6 +56,7 @@ TJointRules cornerRules() {
   rules.looksLike = "the stripe looks like a corner";
   rules.hasSecondChance = true;
   rules.findsAnewOnGuide = true;
+  rules.isLocal = true;
   return rules;
 }
 

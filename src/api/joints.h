@@ -24,6 +24,7 @@ struct TJointRules {
   std::size_t bytesPerColumn = 1024;  // of the lists that a frame works with
   TBand band;
   bool hasSeamPoint = true;
+  bool isLocal = false;          // measured beside the seam point alone
   bool hasSecondChance = false;  // on ridges, where edge pairs give no seam
   // The tracking rules are coarser than those of a first detection: along an extended guide the latter are used.
   bool findsAnewOnGuide = false;

@@ -12,6 +12,7 @@ namespace weld {
 namespace {
 
 constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
+constexpr float kNearPx = 120.0F;       // beside a seam that is local
 constexpr double kPresentShare = 0.25;  // of those that edge pairs saw: on less the stripe has gone elsewhere
 
 constexpr TCheck kExtent = countCheck({4, TWeldOutcome::noStripe, "stripe", "too few stripe points"},
@@ -38,12 +39,18 @@ TLook lookAround(const TSearch& search, const TPrevious& stripe) {
   return lookAlong(frame, extendGuide(frame, stripe.stripePts, search.options.guideMarginPx), band);
 }
 
-// Along the stripe of a seam.
-TFound searchNear(const TSearch& search, const TSearchMemory& known) {
+// In which missing stripe harms what is measured.
+TColumnSpan columnsNear(const TSearch& search) {
+  const float x = search.memory.last.pos.x;
+  return search.quest.joint.rules.isLocal ? TColumnSpan{x - kNearPx, x + kNearPx} : TColumnSpan();
+}
+
+// Along the stripe of a seam. Missing stripe counts in the columns of the span.
+TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColumnSpan& span) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
   const TExtraction extraction{search.options.extraction, shareOf(known.columns, kWholeShare),
-                               shareOf(known.edgePairColumns, kPresentShare)};
+                               shareOf(known.edgePairColumns, kPresentShare), span};
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
@@ -72,7 +79,7 @@ TFound searchFirst(const TSearch& search) {
   if (!search.isAutomatic() || !found.seam.isFound) return found;
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
-  TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())});
+  TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())}, {});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }
 
@@ -99,7 +106,7 @@ TFound searchSeam(const TQuest& quest, const TTrackerOptions& options, const TSe
   const TSearch search{quest, options, memory};
   if (!quest.joint.rules.hasSeamPoint) return checkPresence(search);
   if (memory.last.isFound) {
-    TFound near = searchNear(search, memory);
+    TFound near = searchNear(search, memory, columnsNear(search));
     if (isTrusted(search, near) || !options.searchWholeOnLoss) return near;
   }
   TFound found = memory.last.isFound ? searchWhole(search, {}) : searchFirst(search);

@@ -44,15 +44,24 @@ int widthOf(const TGap& gap) {
 
 // The widest step between neighbouring points of the line, in whole pixels; the first of equally wide ones.
 std::optional<TGap> findWidestGap(const zelFit::TLineFitResult& line, double inlierTolPx, TPointView stripePts) {
-  std::optional<TGap> widest;
-  std::optional<int> previousX;
+  const TNearLine isNear(line.slope, line.intercept, inlierTolPx);
+  TGap widest{line.slope, line.intercept, 0, 0};
+  int widestPx = -1;
+  bool hasPrevious = false;
+  int previousX = 0;
   for (const cv::Point2f stripePt : stripePts) {
     const cv::Point p = truncPoint(stripePt);
-    if (!(pointLineDistance(line.slope, line.intercept, p.x, p.y) < inlierTolPx)) continue;
-    const TGap gap{line.slope, line.intercept, previousX.value_or(p.x), p.x};
-    if (previousX && (!widest || widthOf(gap) > widthOf(*widest))) widest = gap;
+    if (!isNear(p.x, p.y)) continue;
+    const int stepPx = std::abs(previousX - p.x);
+    if (hasPrevious && stepPx > widestPx) {
+      widestPx = stepPx;
+      widest.leftX = previousX;
+      widest.rightX = p.x;
+    }
+    hasPrevious = true;
     previousX = p.x;
   }
+  if (widestPx < 0) return std::nullopt;
   return widest;
 }
 

@@ -25,9 +25,13 @@ double distanceTo(double k, double b, const TPoint& p) {
 
 template <typename TPoint>
 void appendNear(double k, double b, double distTolPx, TView<TPoint> points, TList<TPoint>& inliers) {
-  inliers.reserve(points.size());
-  std::copy_if(points.begin(), points.end(), std::back_inserter(inliers),
-               [&](const TPoint& p) { return distanceTo(k, b, p) < distTolPx; });
+  const TNearLine isNear(k, b, distTolPx);
+  inliers.resize(points.size());
+  auto next = inliers.begin();
+  for (const TPoint& p : points) {
+    if (isNear(static_cast<double>(p.x), static_cast<double>(p.y))) *next++ = p;
+  }
+  inliers.erase(next, inliers.end());
 }
 
 double ratioOf(TPointView part, TPointView whole) {
@@ -90,9 +94,11 @@ TPoints thinPointsByX(TPointView points, TMemory* memory) {
   }
   const auto step = static_cast<float>(truncToInt(std::abs(points.front().x - points.back().x) / kThinParts));
   thinned.push_back(points.front());
+  auto lastX = static_cast<float>(truncToInt(points.front().x));
   for (std::size_t i = 1; i < points.size() && thinned.size() <= kMaxThinnedPoints; ++i) {
-    const auto lastX = static_cast<float>(truncToInt(thinned.back().x));
-    if (std::abs(points[i].x - lastX) >= step) thinned.push_back(points[i]);
+    if (!(std::abs(points[i].x - lastX) >= step)) continue;
+    thinned.push_back(points[i]);
+    lastX = static_cast<float>(truncToInt(points[i].x));
   }
   return thinned;
 }

@@ -1,5 +1,6 @@
 #include "geometry/polygon.h"
 
+#include "geometry/point_boxes.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -14,10 +15,7 @@ namespace {
 constexpr std::size_t kUsualVertices = 64;
 constexpr double kLargestEpsilonPx = 1e9;
 
-// Twice the area of the triangle with the chord over the chord's squared length tells how far the point is off.
-double doubleArea(cv::Point2f from, cv::Point2f p, double dx, double dy) {
-  return std::abs(static_cast<double>(p.y - from.y) * dx - static_cast<double>(p.x - from.x) * dy);
-}
+constexpr std::size_t kMostLooks = std::size_t{1} << 27U;  // a fraction of a second
 
 // The points of the stripe. Index n stands for the first point again, which closes a stripe that ends where it
 // began.
@@ -34,21 +32,18 @@ private:
 
 // The point between the two that is farthest from their chord, the first of equally far ones; none when it is
 // within the tolerance.
-std::optional<int> farthestFromChord(const TRing& ring, int first, int last, double squaredTol) {
-  const cv::Point2f from = ring[first];
-  const cv::Point2f chord = ring[last] - from;
-  const auto dx = static_cast<double>(chord.x);
-  const auto dy = static_cast<double>(chord.y);
-  double most = 0.0;
-  int farthest = first;
-  for (int i = first + 1; i < last; ++i) {
-    const double area = doubleArea(from, ring[i], dx, dy);
-    if (area <= most) continue;
-    most = area;
-    farthest = i;
-  }
-  if (most * most <= squaredTol * (dx * dx + dy * dy)) return std::nullopt;
-  return farthest;
+std::optional<int> farthestFromChord(const TRing& ring, int first, int last, double squaredTol,
+                                     TPointBoxes& boxes) {
+  constexpr double kSurely = 1.0 - 1e-12;
+  const TChord chord(ring[first], ring[last]);
+  const double limit = squaredTol * chord.squaredLength();
+  const auto farthest = boxes.farthest(chord, static_cast<std::size_t>(first) + 1, static_cast<std::size_t>(last),
+                                       kSurely * std::sqrt(limit));
+  if (!farthest) return std::nullopt;
+  const int found = static_cast<int>(*farthest);
+  const double most = chord.doubleArea(ring[found]);
+  if (most * most <= limit) return std::nullopt;
+  return found;
 }
 
 // The point farthest from the first one, the first of equally far ones; none when it is within the tolerance.
@@ -68,12 +63,14 @@ std::optional<int> farthestFromStart(const TRing& ring, double squaredTol) {
 }
 
 // Splits stretches at their farthest points, left to right. Ends holds where the stretches to come end, the next
-// one last.
-void splitStretches(const TRing& ring, double squaredTol, TList<int>& ends, TPoints& vertices) {
+// one last. False where that takes too long.
+bool splitStretches(const TRing& ring, double squaredTol, TList<int>& ends, TPointBoxes& boxes,
+                    TPoints& vertices) {
   int first = 0;
   while (!ends.empty()) {
     const int last = ends.back();
-    if (const std::optional<int> farthest = farthestFromChord(ring, first, last, squaredTol)) {
+    if (const std::optional<int> farthest = farthestFromChord(ring, first, last, squaredTol, boxes)) {
+      if (boxes.looks() > kMostLooks) return false;
       ends.push_back(*farthest);
       continue;
     }
@@ -81,17 +78,16 @@ void splitStretches(const TRing& ring, double squaredTol, TList<int>& ends, TPoi
     first = last;
     ends.pop_back();
   }
+  return true;
 }
 
 bool isNearlyStraight(cv::Point2f before, cv::Point2f p, cv::Point2f after, double squaredTol) {
-  const cv::Point2f chord = after - before;
-  const auto dx = static_cast<double>(chord.x);
-  const auto dy = static_cast<double>(chord.y);
-  const double area = doubleArea(before, p, dx, dy);
+  const TChord chord(before, after);
+  const double area = chord.doubleArea(p);
   const cv::Point2f in = p - before;
   const cv::Point2f out = after - p;
   // Deliberate: level and upright chords keep their vertices.
-  return area * area <= 0.5 * squaredTol * (dx * dx + dy * dy) && dx != 0.0 && dy != 0.0 &&
+  return area * area <= 0.5 * squaredTol * chord.squaredLength() && chord.dx != 0.0 && chord.dy != 0.0 &&
          in.x * out.x + in.y * out.y >= 0.0F;
 }
 
@@ -116,18 +112,19 @@ TList<cv::Point> approximatePolygon(TPointView points, double epsilonPx, TMemory
   if (points.empty() || !isUsableEpsilon) return rounded;
   const TRing ring(points);
   const double squaredTol = epsilonPx * epsilonPx;
+  TPointBoxes boxes(points, memory);
   TList<int> ends(memory);
   TPoints vertices(memory);
   ends.reserve(kUsualVertices);
   vertices.reserve(kUsualVertices);
   if (ring[0] != ring[ring.count() - 1]) {
     ends.push_back(ring.count() - 1);
-    splitStretches(ring, squaredTol, ends, vertices);
+    if (!splitStretches(ring, squaredTol, ends, boxes, vertices)) return rounded;
     vertices.push_back(points.back());
   } else if (const std::optional<int> farthest = farthestFromStart(ring, squaredTol)) {
     // Deliberate: the last point, which is the first again, is no vertex.
     ends.assign({ring.count(), *farthest});
-    splitStretches(ring, squaredTol, ends, vertices);
+    if (!splitStretches(ring, squaredTol, ends, boxes, vertices)) return rounded;
   } else {
     vertices.push_back(points.front());
   }

@@ -25,12 +25,13 @@ constexpr TCheck kEnoughPoints = countCheck({4, TWeldOutcome::noStripe, "stripe"
 TPieces fitBetweenPolygonVertices(TPointView points, float polyEpsilonPx, TMemory* memory) {
   const TList<cv::Point> vertices = approximatePolygon(points, static_cast<double>(polyEpsilonPx), memory);
   TPieces pieces(memory);
+  const TPointsByColumn byColumn(points, memory);
+  TList<int> columns(vertices.size(), memory);
+  std::transform(vertices.begin(), vertices.end(), columns.begin(), [](cv::Point v) { return v.x; });
+  if (!byColumn.canCut(columns)) return pieces;
   pieces.reserve(std::max<std::size_t>(vertices.size(), 1) - 1);
-  const bool doColumnsAscend =
-      std::is_sorted(points.begin(), points.end(), [](auto a, auto b) { return a.x < b.x; });
-  for (std::size_t j = 0; j + 1 < vertices.size(); ++j) {
-    const TColumnRange columns{vertices[j].x, vertices[j + 1].x};
-    TPiece piece = fitPiece(pointsBetween(points, columns, doColumnsAscend, memory), kPieceFitTolPx, memory);
+  for (std::size_t j = 0; j + 1 < columns.size(); ++j) {
+    TPiece piece = fitPiece(byColumn.between({columns[j], columns[j + 1]}), kPieceFitTolPx, memory);
     if (piece.isFitted && piece.fitPts.size() > kMinPieceInliers) pieces.push_back(std::move(piece));
   }
   return pieces;

@@ -76,9 +76,10 @@ std::vector<TSplitAtom> cutIntoSplitAtoms(const TFrame& frame, TPointView stripe
   const TList<cv::Point> vertices = approximatePolygon(smoothed, kPolygonEpsilonPx, frame.memory);
   if (vertices.size() < kMinVertices) return atoms;
   const std::vector<int> columns = selectVertexColumns(vertices);
-  if (columns.size() < kMinVertices) return atoms;
+  const TPointsByColumn byColumn(smoothed, frame.memory);
+  if (columns.size() < kMinVertices || !byColumn.canCut(columns)) return atoms;
   for (std::size_t i = 0; i + 1 < columns.size(); ++i) {
-    const TPoints pts = pointsBetween(smoothed, {columns[i], columns[i + 1]}, false, frame.memory);
+    const TPoints pts = byColumn.between({columns[i], columns[i + 1]});
     atoms.push_back({toVector(pts), columns[i], columns[i + 1], TLinePara()});
   }
   return atoms;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+#include <numeric>
 
 namespace weld {
 
@@ -15,6 +15,9 @@ constexpr std::size_t kMinAveraged = 7;
 constexpr std::size_t kMinSmoothed = 4;
 constexpr float kJumpSlopeFactor = 4.0F;
 constexpr float kFarthestPx = 1e9F;
+constexpr std::size_t kLeastHeld = 512;
+constexpr std::size_t kMostHeld = 10000000;
+constexpr std::size_t kSortedShare = 16;  // a piece with more of the points is picked from all, not sorted
 
 bool isUsable(cv::Point2f p) {
   return std::abs(p.x) < kFarthestPx && std::abs(p.y) < kFarthestPx;
@@ -56,18 +59,50 @@ TPoints cleanStripe(const TFrame& frame, TPointView points) {
   return smoothed;
 }
 
-TPoints pointsBetween(TPointView points, const TColumnRange& columns, bool doColumnsAscend, TMemory* memory) {
+TPointsByColumn::TPointsByColumn(TPointView stripePoints, TMemory* memory)
+    : points(stripePoints), byColumn(points.size(), memory) {
+  std::iota(byColumn.begin(), byColumn.end(), 0);
+  const auto isLeftOf = [&](int a, int b) { return points[a].x < points[b].x; };
+  doColumnsAscend = std::is_sorted(byColumn.begin(), byColumn.end(), isLeftOf);
+  if (!doColumnsAscend) std::sort(byColumn.begin(), byColumn.end(), isLeftOf);
+}
+
+TView<int> TPointsByColumn::find(const TColumnRange& columns) const {
   const auto from = static_cast<float>(columns.from);
   const auto to = static_cast<float>(columns.to);
-  TPoints between(memory);
-  const cv::Point2f* begin = points.begin();
-  const cv::Point2f* end = points.end();
+  const auto begin =
+      std::partition_point(byColumn.begin(), byColumn.end(), [&](int i) { return points[i].x <= from; });
+  const auto end = std::partition_point(begin, byColumn.end(), [&](int i) { return points[i].x < to; });
+  return TView<int>(byColumn).part(static_cast<std::size_t>(begin - byColumn.begin()),
+                                   static_cast<std::size_t>(end - begin));
+}
+
+bool TPointsByColumn::canCut(TView<int> columns) const {
+  if (doColumnsAscend) return true;
+  std::size_t held = 0;
+  for (std::size_t i = 0; i + 1 < columns.size() && held <= kMostHeld; ++i)
+    held += std::max(kLeastHeld, find({columns[i], columns[i + 1]}).size());
+  return held <= kMostHeld;
+}
+
+TPoints TPointsByColumn::between(const TColumnRange& columns) const {
+  TMemory* const memory = byColumn.get_allocator().resource();
+  const TView<int> found = find(columns);
+  TPoints between(found.size(), memory);
   if (doColumnsAscend) {
-    begin = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x <= from; });
-    end = std::partition_point(begin, end, [&](cv::Point2f p) { return p.x < to; });
+    if (!found.empty()) std::copy_n(points.begin() + found.front(), found.size(), between.begin());
+    return between;
   }
-  between.reserve(static_cast<std::size_t>(end - begin));
-  std::copy_if(begin, end, std::back_inserter(between), [&](cv::Point2f p) { return from < p.x && p.x < to; });
+  if (found.size() * kSortedShare > points.size()) {
+    const auto from = static_cast<float>(columns.from);
+    const auto to = static_cast<float>(columns.to);
+    std::copy_if(points.begin(), points.end(), between.begin(),
+                 [&](cv::Point2f p) { return from < p.x && p.x < to; });
+    return between;
+  }
+  TList<int> inOrder(found.begin(), found.end(), memory);
+  std::sort(inOrder.begin(), inOrder.end());
+  std::transform(inOrder.begin(), inOrder.end(), between.begin(), [&](int i) { return points[i]; });
   return between;
 }
 

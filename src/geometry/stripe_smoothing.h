@@ -22,7 +22,25 @@ struct TColumnRange {
   int to = 0;
 };
 
-// The points with from < x < to, in order. Faster with points that are known to be sorted by column.
-TPoints pointsBetween(TPointView points, const TColumnRange& columns, bool doColumnsAscend, TMemory* memory);
+// The points of a stripe by their columns.
+class TPointsByColumn {
+public:
+  // The points must outlive it.
+  TPointsByColumn(TPointView stripePoints, TMemory* memory);
+
+  // Whether the stripe is cut at these columns within a usual time. Pieces of points that are out of order
+  // overlap: with at least 128 for each piece they may hold 2,000,000 points.
+  bool canCut(TView<int> columns) const;
+
+  // The points with from < x < to, in order.
+  TPoints between(const TColumnRange& columns) const;
+
+private:
+  TView<int> find(const TColumnRange& columns) const;
+
+  TPointView points;
+  TList<int> byColumn;
+  bool doColumnsAscend;
+};
 
 }  // namespace weld

@@ -3,7 +3,6 @@
 #include "support/exact_log.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
-#include "support/median.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,10 +28,19 @@ constexpr double kLeastStep = 0.5877866649021191;  // logarithm of 1.8
 
 using TValues = TList<double>;
 
-double medianBetween(const TValues& values, int first, int last, TValues& work) {
-  work.assign(values.begin() + first, values.begin() + last);
-  return medianOf(work);
-}
+// The values of a window that moves on, in order.
+class TSortedWindow {
+public:
+  explicit TSortedWindow(TMemory* memory) : values(memory) { values.reserve(kLongWindow + 1); }
+
+  void add(double value) { values.insert(std::upper_bound(values.begin(), values.end(), value), value); }
+  void drop(double value) { values.erase(std::lower_bound(values.begin(), values.end(), value)); }
+  // Of an even number the upper one of the middle two.
+  double median() const { return values[values.size() / 2]; }
+
+private:
+  TValues values;
+};
 
 double offLine(const TSlopeLine& line, cv::Point2f p) {
   return std::abs(static_cast<double>(p.y) - line.k * static_cast<double>(p.x) - line.b);
@@ -98,14 +106,24 @@ TValues lightAlong(const cv::Mat& grey, TPointView points, const TSlopeLine& lin
   return light;
 }
 
-// Median right of each column less that left of it.
+// Median right of each column less that left of it. A window is on the left of the column behind it and on the
+// right of its first one.
 TValues stepsOf(const TValues& light, TMemory* memory) {
   const int columns = static_cast<int>(light.size());
   TValues steps(light.size(), 0.0, memory);
-  TValues work(memory);
-  for (int i = kShortWindow; i + kShortWindow < columns; ++i) {
-    const double left = medianBetween(light, std::max(i - kLongWindow, 0), i, work);
-    steps[static_cast<std::size_t>(i)] = medianBetween(light, i, std::min(i + kLongWindow, columns), work) - left;
+  TSortedWindow window(memory);
+  const auto at = [&](int i) { return light[static_cast<std::size_t>(i)]; };
+  const auto step = [&](int i) -> double& { return steps[static_cast<std::size_t>(i)]; };
+  const auto hasRoom = [&](int i) { return i >= kShortWindow && i + kShortWindow < columns; };
+  for (int end = 1; end <= columns; ++end) {
+    window.add(at(end - 1));
+    if (end > kLongWindow) window.drop(at(end - 1 - kLongWindow));
+    if (hasRoom(end)) step(end) -= window.median();
+    if (end >= kLongWindow && hasRoom(end - kLongWindow)) step(end - kLongWindow) += window.median();
+  }
+  for (int first = std::max(columns - kLongWindow, 0) + 1; first < columns; ++first) {
+    window.drop(at(first - 1));
+    if (hasRoom(first)) step(first) += window.median();
   }
   return steps;
 }

@@ -18,11 +18,6 @@ constexpr double kLeastLight = 0.2;        // of a bridge over that of the strip
 constexpr int kLightColumns = 8;           // beside a hole
 constexpr int kLeastTail = 60;             // columns by which ridges go on beyond the edge pairs' ends
 
-int columnsWithPair(const TStripe& stripe) {
-  return static_cast<int>(std::count_if(stripe.status.begin(), stripe.status.end(),
-                                        [](const TWeldPointStatus& s) { return s.status == kCentreFound; }));
-}
-
 // One scanned column as both see it.
 struct TBoth {
   const cv::Point2f* pair = nullptr;
@@ -149,9 +144,15 @@ TStripe stripeOf(const TList<TBoth>& columns, TMemory* memory) {
 
 }  // namespace
 
-bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns) {
-  const int centres = static_cast<int>(edgePairs.points.size());
-  return columnsWithPair(edgePairs) - centres > kMaxDroppedColumns || centres < minColumns;
+bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TColumnSpan& span) {
+  if (static_cast<int>(edgePairs.points.size()) < minColumns) return true;
+  const auto hasPair = [&](const TWeldPointStatus& s) {
+    return s.status == kCentreFound && span.holds(static_cast<float>(s.pos));
+  };
+  const auto isCentre = [&](cv::Point2f p) { return span.holds(p.x); };
+  const auto pairs = std::count_if(edgePairs.status.begin(), edgePairs.status.end(), hasPair);
+  const auto centres = std::count_if(edgePairs.points.begin(), edgePairs.points.end(), isCentre);
+  return pairs - centres > kMaxDroppedColumns;
 }
 
 TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges) {

@@ -5,12 +5,22 @@
 #include "stripe/stripe.h"
 #include "trace/frame.h"
 
+#include <limits>
+
 namespace weld {
 
-// True when edge pairs leave stripe behind that ridges may follow: columns with a pair that is no centre (flare
-// thicker than the rest, a short rest between two breaks), or fewer than minColumns centres (thin, thick, soft or
-// dim).
-bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns);
+// Image columns from <= x <= to.
+struct TColumnSpan {
+  float from = -std::numeric_limits<float>::infinity();
+  float to = std::numeric_limits<float>::infinity();
+
+  bool holds(float x) const { return x >= from && x <= to; }
+};
+
+// True when edge pairs leave stripe behind that ridges may follow: columns of the span with a pair that is no
+// centre (flare thicker than the rest, a short rest between two breaks), or fewer than minColumns centres in all
+// (thin, thick, soft or dim).
+bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TColumnSpan& span = {});
 
 // Both extractions of the same regions in one. Where they see the stripe apart, the one that goes on from the
 // columns beside. Holes of the edge pairs are filled where the ridge bridges them from side to side, and where

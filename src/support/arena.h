@@ -76,7 +76,8 @@ public:
 
 private:
   struct TChunk {
-    alignas(64) std::array<std::byte, std::size_t{96} * 1024> bytes;  // not filled
+    alignas(64) std::array<std::byte,
+                           std::size_t{120} * 1024> bytes;  // not filled; below what the heap maps anew every time
     TByteRow row{bytes.data(), bytes.size()};
     std::unique_ptr<TChunk> earlier;
   };

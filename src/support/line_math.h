@@ -22,6 +22,34 @@ inline double pointLineDistance(double k, double b, double x, double y) {
   return std::abs(k * x - y + b) / std::sqrt(k * k + 1.0);
 }
 
+// Tells for one point after the other whether pointLineDistance is below a tolerance, to the bit, without a root
+// and a division for each: the largest offset that still counts is found once.
+class TNearLine {
+public:
+  TNearLine(double slope, double intercept, double tolerancePx)
+      : k(slope),
+        b(intercept),
+        tolPx(tolerancePx),
+        isUsual(tolPx > 1e-100 && tolPx < 1e100 && std::abs(k) < 1e100) {
+    if (!isUsual) return;
+    const double perPx = std::sqrt(k * k + 1.0);
+    most = tolPx * perPx;
+    while (most / perPx < tolPx) most = std::nextafter(most, HUGE_VAL);
+    while (!(most / perPx < tolPx)) most = std::nextafter(most, 0.0);
+  }
+
+  bool operator()(double x, double y) const {
+    return isUsual ? std::abs(k * x - y + b) <= most : pointLineDistance(k, b, x, y) < tolPx;
+  }
+
+private:
+  double k;
+  double b;
+  double tolPx;
+  double most = 0.0;
+  bool isUsual;
+};
+
 // True when the value has a 32-bit integer next to it; false for NaN.
 inline bool fitsInt(double value) {
   return value > -2147483649.0 && value < 2147483648.0;

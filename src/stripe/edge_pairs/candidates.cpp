@@ -29,6 +29,10 @@ constexpr TCheck kEnoughWidths =
 struct TWidthBand {
   double low = 0.0;
   double high = 0.0;
+
+  // For whole widths alone.
+  int lowPx() const { return static_cast<int>(std::ceil(low)); }
+  int highPx() const { return static_cast<int>(high); }
 };
 
 // Regions come left to right, so that there is seldom anything to sort.
@@ -58,20 +62,24 @@ bool hasEnoughColumns(TView<TStripeCandidate> candidates, const TTrace& trace, c
 // The most frequent width of the columns with exactly one candidate, of all candidates when there is no such
 // column; the smallest of equally frequent ones. The candidates must be in column order, at least one.
 int modalWidth(TView<TStripeCandidate> candidates) {
-  std::array<int, kMaxPairPx> counts{};
-  bool hasSingles = false;
+  // In turn in four counts: one alone would wait for itself, as neighbours are equally wide.
+  std::array<std::array<int, kMaxPairPx>, 4> counts{};
+  int singles = 0;
   int before = -1;
+  std::size_t turn = 0;
   for (auto candidate = candidates.begin(); candidate != candidates.end(); ++candidate) {
     const auto next = candidate + 1;
     const bool isSingle = candidate->x != before && (next == candidates.end() || candidate->x != next->x);
     before = candidate->x;
-    counts[candidate->widthPx] += isSingle ? 1 : 0;
-    hasSingles = hasSingles || isSingle;
+    counts[turn++ % counts.size()][candidate->widthPx] += isSingle ? 1 : 0;
+    singles += isSingle ? 1 : 0;
   }
-  if (!hasSingles) {
-    for (const TStripeCandidate& candidate : candidates) ++counts[candidate.widthPx];
+  if (singles == 0) {
+    for (const TStripeCandidate& candidate : candidates) ++counts[0][candidate.widthPx];
   }
-  return static_cast<int>(std::max_element(counts.begin(), counts.end()) - counts.begin());
+  for (std::size_t width = 0; width < counts[0].size(); ++width)
+    counts[0][width] += counts[1][width] + counts[2][width] + counts[3][width];
+  return static_cast<int>(std::max_element(counts[0].begin(), counts[0].end()) - counts[0].begin());
 }
 
 TWidthBand widthBand(int mode) {
@@ -84,7 +92,9 @@ cv::Point pointOf(const TStripeCandidate& candidate) {
 }
 
 void keepWidths(TList<TStripeCandidate>& candidates, const TWidthBand& band, const TTrace& trace) {
-  const auto isOutside = [&](const TStripeCandidate& c) { return c.widthPx < band.low || c.widthPx > band.high; };
+  const int low = band.lowPx();
+  const int high = band.highPx();
+  const auto isOutside = [&](const TStripeCandidate& c) { return c.widthPx < low || c.widthPx > high; };
   const std::size_t before = candidates.size();
   if (trace) {
     for (const TStripeCandidate& c : candidates) {

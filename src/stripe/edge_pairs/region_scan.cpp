@@ -19,12 +19,6 @@ cv::Rect scannedPart(const cv::Rect& region, cv::Size imageSize) {
   return {region.x, region.y, width, height};
 }
 
-// Grey-weighted centre between two edges to the nearest row of the region, ties to even. -1 when all is black.
-int stripeCentroid(int low, int sum, int moment) {
-  if (sum == 0) return -1;
-  return cvRound((static_cast<double>(low) * sum + moment) / sum);
-}
-
 cv::Mat padToStrip(const cv::Mat& image) {
   if (image.cols >= kStripColumns) return image;
   cv::Mat padded = cv::Mat::zeros(image.rows, kStripColumns, image.type());
@@ -85,9 +79,8 @@ void TRegionScanner::appendColumns(const cv::Rect& region, int first, int lane, 
     const int count = pairs.count[lane];
     status[nextStatus++] = {column, count > 0 ? kCentreFound : pairs.hasBothEdges[lane] ? kNoPair : kEdgeMissing};
     for (int i = 0; i < count; ++i) {
-      const int low = pairs.low[i][lane];
-      const int centre = stripeCentroid(low, pairs.sum[i][lane], pairs.moment[i][lane]);
-      candidates[nextCandidate++] = {column, region.y + centre, pairs.high[i][lane] - low};
+      candidates[nextCandidate++] = {column, region.y + pairs.centre[i][lane],
+                                     pairs.high[i][lane] - pairs.low[i][lane]};
     }
   }
 }

@@ -34,20 +34,20 @@ TRidgeGuess interpolate(const TRidgeNode& left, const TRidgeNode& right, int x) 
   return guess;
 }
 
-void refinePiece(const TRidgePiece& piece, int imageColumns, TRidgeRefiner& refiner, TRidgePoints& points) {
+void refinePiece(const TRidgePiece& piece, int imageColumns, TRidgeRefiner& refiner) {
   std::size_t right = 0;
   const int last = std::min(piece.back().column * kRidgeColumnStep + 1, imageColumns - 1);
   for (int x = piece.front().column * kRidgeColumnStep; x <= last; ++x) {
     while (right + 1 < piece.size() && piece[right].column * kRidgeColumnStep < x) ++right;
     const TRidgeNode& left = piece[right == 0 ? 0 : right - 1];
-    if (const auto ridge = refiner.refine(interpolate(left, piece[right], x))) points.push_back(*ridge);
+    refiner.refine(interpolate(left, piece[right], x));
   }
 }
 
-void refinePath(const cv::Mat& grey, const std::pmr::vector<TRidgePiece>& path, TMemory* memory,
-                TRidgePoints& points) {
-  TRidgeRefiner refiner(grey, memory);
-  for (const TRidgePiece& piece : path) refinePiece(piece, grey.cols, refiner, points);
+void refinePath(const cv::Mat& grey, const std::pmr::vector<TRidgePiece>& path, TRidgePoints& points) {
+  TRidgeRefiner refiner(grey, points);
+  for (const TRidgePiece& piece : path) refinePiece(piece, grey.cols, refiner);
+  refiner.finish();
 }
 
 }  // namespace
@@ -74,7 +74,7 @@ void extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TR
   const auto levels = buildRidgeLevels(grey, scales.back().level + 1, memory);
   const auto candidates = findRidgeCandidates(levels, scales, settings.minContrast, memory);
   const auto path = findRidgePath(candidates, memory);
-  refinePath(grey, path, memory, points);
+  refinePath(grey, path, points);
   smoothRidge(points, memory);
 }
 

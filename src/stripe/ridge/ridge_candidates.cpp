@@ -6,6 +6,7 @@
 #include <opencv2/core/hal/intrin.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -43,20 +44,50 @@ struct alignas(16) TColumnMaxima {
   }
 };
 
-class TScaleScan;
-
-// A candidate among those of all scales of a column.
-struct TRanked {
-  std::uint64_t order = 0;  // the strongest has the greatest; the upper one of equally strong ones
-  int y = 0;
-  int widthPx = 0;
-  const TScaleScan* scan = nullptr;
-  int slot = 0;
+// The candidates of all scales of a column: narrow ones first.
+class TPool {
+public:
+  void clear() { count = 0; }
+  bool isEmpty() const { return count == 0; }
 
   // rank: contrast times the root of the width, how far it stands out of white noise.
-  static std::uint64_t orderOf(int rank, int y) {
-    return static_cast<std::uint64_t>(static_cast<std::uint32_t>(rank)) << 32 | ~static_cast<std::uint32_t>(y + 1);
+  void add(int rank, int y, int widthPx, int origin) {
+    order[count] =
+        static_cast<std::uint64_t>(static_cast<std::uint32_t>(rank)) << 32U | ~static_cast<std::uint32_t>(y + 1);
+    ys[count] = y;
+    widths[count] = widthPx;
+    origins[count++] = origin;
   }
+
+  // Takes the strongest, the upper one of equally strong ones, and drops those inside its reach. Returns its
+  // origin.
+  int takeStrongest() {
+    const std::size_t strongest =
+        static_cast<std::size_t>(std::max_element(order.begin(), order.begin() + count) - order.begin());
+    const int y = ys[strongest];
+    const int widthPx = widths[strongest];
+    const int origin = origins[strongest];
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      const bool isKept = std::abs(y - ys[i]) >= widthPx + widths[i];
+      order[kept] = order[i];
+      ys[kept] = ys[i];
+      widths[kept] = widths[i];
+      origins[kept] = origins[i];
+      kept += isKept ? 1 : 0;
+    }
+    count = kept;
+    return origin;
+  }
+
+private:
+  static constexpr std::size_t kMost = std::size_t{kMostRidgeScales} * TRidgeCandidates::kMax;
+
+  std::size_t count = 0;
+  std::array<std::uint64_t, kMost> order{};
+  std::array<int, kMost> ys{};
+  std::array<int, kMost> widths{};
+  std::array<int, kMost> origins{};  // number of the scale and slot there
 };
 
 // Columns of one scale, with three rows of response kept at a time.
@@ -89,13 +120,13 @@ public:
   }
 
   // Puts what the column found into the pool.
-  void addTo(std::pmr::vector<TRanked>& pool, int column) const {
-    const std::size_t x = levelColumn(column);
+  void addTo(TPool& pool, int column, int scale) const {
+    const TColumnMaxima& own = maxima[levelColumn(column)];
     for (int slot = 0; slot < TRidgeCandidates::kMax; ++slot) {
-      const int contrast = maxima[x].contrast[slot];
+      const int contrast = own.contrast[slot];
       if (contrast == TColumnMaxima::kFree) continue;
-      const int y = rowOf(x, slot);
-      pool.push_back({TRanked::orderOf(contrast * rootOfWidth, y), y, widthPx, this, slot});
+      const int y = 2 * own.row[slot] * level.stepY - 1;
+      pool.add(contrast * rootOfWidth, y, widthPx, scale * TRidgeCandidates::kMax + slot);
     }
   }
 
@@ -139,18 +170,17 @@ private:
   std::pmr::vector<int> found;  // columns with a maximum in the row at hand
 };
 
-// Candidates of several scales, strongest first, without those inside the reach of a stronger one. Uses up the
-// pool, in which narrow ones come first.
-TRidgeCandidates mergeColumn(int column, std::pmr::vector<TRanked>& pool) {
+// Candidates of several scales, strongest first, without those inside the reach of a stronger one.
+TRidgeCandidates mergeColumn(int column, const std::pmr::vector<TScaleScan>& scans, TPool& pool) {
   TRidgeCandidates merged;
-  while (!pool.empty() && merged.count < TRidgeCandidates::kMax) {
-    const TRanked strongest = *std::max_element(
-        pool.begin(), pool.end(), [](const TRanked& a, const TRanked& b) { return a.order < b.order; });
-    merged.items[static_cast<std::size_t>(merged.count++)] = strongest.scan->candidate(column, strongest.slot);
-    const auto isCovered = [&](const TRanked& other) {
-      return std::abs(strongest.y - other.y) < strongest.widthPx + other.widthPx;
-    };
-    pool.erase(std::remove_if(pool.begin(), pool.end(), isCovered), pool.end());
+  pool.clear();
+  for (std::size_t scale = 0; scale < scans.size(); ++scale)
+    scans[scale].addTo(pool, column, static_cast<int>(scale));
+  while (!pool.isEmpty() && merged.count < TRidgeCandidates::kMax) {
+    const int origin = pool.takeStrongest();
+    const TScaleScan& scan = scans[static_cast<std::size_t>(origin / TRidgeCandidates::kMax)];
+    merged.items[static_cast<std::size_t>(merged.count++)] =
+        scan.candidate(column, origin % TRidgeCandidates::kMax);
   }
   return merged;
 }
@@ -168,13 +198,8 @@ std::pmr::vector<TRidgeCandidates> findRidgeCandidates(const std::pmr::vector<TR
   const int count = levels.front().cols;
   std::pmr::vector<TRidgeCandidates> columns(memory);
   columns.reserve(static_cast<std::size_t>(count));
-  std::pmr::vector<TRanked> pool(memory);
-  pool.reserve(scales.size() * TRidgeCandidates::kMax);
-  for (int column = 0; column < count; ++column) {
-    pool.clear();
-    for (const TScaleScan& scan : scans) scan.addTo(pool, column);
-    columns.push_back(mergeColumn(column, pool));
-  }
+  TPool pool;
+  for (int column = 0; column < count; ++column) columns.push_back(mergeColumn(column, scans, pool));
   return columns;
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <optional>
 
 namespace weld {
@@ -34,10 +35,14 @@ struct TLinkColumn {
 // Scores over some base; exact as far as links can bridge the difference.
 struct TLeads {
   float of[TLinkColumn::kLanes] = {};
+  float most = -std::numeric_limits<float>::max();
 
   TLeads() = default;
   TLeads(const TLinkColumn& column, std::int64_t base) {
-    for (int i = 0; i < column.count; ++i) of[i] = static_cast<float>(column.score[i] - base);
+    for (int i = 0; i < column.count; ++i) {
+      of[i] = static_cast<float>(column.score[i] - base);
+      most = std::max(most, of[i]);
+    }
   }
 };
 
@@ -46,6 +51,7 @@ struct TLeads {
 inline unsigned findPromising(const TLinkColumn& from, const TLeads& leads, const TRidgeCandidate& to, int columns,
                               float leastLead) {
   using cv::v_float32x4;
+  if (!(leads.most - static_cast<float>(kCostPerGapColumn * (columns - 1)) > leastLead)) return 0;
   const v_float32x4 zero = cv::v_setzero_f32();
   const v_float32x4 y = cv::v_setall_f32(static_cast<float>(to.y));
   const v_float32x4 widthPx = cv::v_setall_f32(static_cast<float>(to.widthPx));

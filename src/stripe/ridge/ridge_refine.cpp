@@ -1,5 +1,7 @@
 #include "stripe/ridge/ridge_refine.h"
 
+#include "support/kernels/kernels.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -9,6 +11,7 @@ namespace {
 
 constexpr double kTrustedWidth = 1.2;  // wider than this over the guess, the stripe is measured again
 constexpr double kMostWidening = 3.0;
+constexpr std::size_t kUsualRows = 768;  // of a column that is read
 constexpr int kMinPeakReachPx = 2;       // search for the peak: half the width, at least this, either way
 constexpr int kMinBackDistancePx = 3;    // the background begins a width off the centre, at least this
 constexpr double kWalkWidths = 1.5;      // an edge is sought so many widths off the peak
@@ -16,19 +19,26 @@ constexpr int kSmoothingShare = 8;       // wide profiles are read as means over
 constexpr double kKernelPerFwhm = 1.27;  // half support of the kernel, so that its sigma is the stripe's own
 constexpr double kMinKernelPx = 2.5;
 constexpr int kKernelBins = 8;  // rows of wide profiles are read in bins, so many to the half support
-constexpr int kNewtonSteps = 2;
 
 }  // namespace
 
+TRidgeRefiner::TRidgeRefiner(const cv::Mat& grey, TRidgePoints& measured)
+    : image(grey),
+      points(measured),
+      sumsOf{{TSums(points.get_allocator()), TSums(points.get_allocator()), TSums(points.get_allocator()),
+              TSums(points.get_allocator())}} {
+  // Lists that grew in turn would leave holes in the memory of a frame.
+  for (TSums& one : sumsOf) one.reserve(kUsualRows);
+}
+
 void TRidgeRefiner::load(int x, int first, int last) {
   firstRow = first;
-  sums.resize(static_cast<std::size_t>(last - first + 2));
-  sums[0] = 0;
+  sums().resize(static_cast<std::size_t>(last - first + 2));
   const int bottom = image.rows - 1;
   const uchar* const column = image.ptr<uchar>(0) + x;
   const std::size_t step = image.step[0];
   int sum = 0;
-  int* next = sums.data();
+  int* next = sums().data();
   *next++ = sum;
   const auto add = [&](int row) {
     sum += column[step * static_cast<std::size_t>(row)];
@@ -41,7 +51,8 @@ void TRidgeRefiner::load(int x, int first, int last) {
 }
 
 int TRidgeRefiner::sumOf(int first, int last) const {
-  return sums[static_cast<std::size_t>(last - firstRow + 1)] - sums[static_cast<std::size_t>(first - firstRow)];
+  const TSums& rows = sums();
+  return rows[static_cast<std::size_t>(last - firstRow + 1)] - rows[static_cast<std::size_t>(first - firstRow)];
 }
 
 double TRidgeRefiner::mean(int first, int last) const {
@@ -101,31 +112,7 @@ TRidgeRefiner::TExtent TRidgeRefiner::measureExtent(int x, double y, double widt
   return {(top + bottom) / 2, bottom - top, peak.level - std::max(above, below), (above + below) / 2};
 }
 
-// Maximum of the correlation with the kernel (1 - u^2)^3, which comes close to a Gaussian of the stripe's
-// own sigma: the best linear estimate of position in white noise.
-double TRidgeRefiner::correlatePosition(double start, double back, double halfSupport) const {
-  const int lastRow = firstRow + static_cast<int>(sums.size()) - 2;
-  const int binRows = std::max(1, static_cast<int>(halfSupport) / kKernelBins);
-  double centre = start;
-  for (int i = 0; i < kNewtonSteps; ++i) {
-    double slope = 0.0;
-    double curvature = 0.0;
-    const int first = std::max(static_cast<int>(std::ceil(centre - halfSupport)), firstRow);
-    const int last = std::min(static_cast<int>(std::floor(centre + halfSupport)), lastRow);
-    for (int y = first; y + binRows - 1 <= last; y += binRows) {
-      const double u = (y + (binRows - 1) / 2.0 - centre) / halfSupport;
-      const double rest = 1.0 - u * u;
-      const double height = sumOf(y, y + binRows - 1) - binRows * back;
-      slope += height * u * rest * rest;
-      curvature += height * rest * (1.0 - 5.0 * u * u);
-    }
-    if (!(curvature > 0.0)) return start;
-    centre += std::clamp(halfSupport * slope / curvature, -halfSupport / 4, halfSupport / 4);
-  }
-  return std::abs(centre - start) < halfSupport / 2 ? centre : start;
-}
-
-std::optional<TRidgePoint> TRidgeRefiner::refine(const TRidgeGuess& guess) {
+void TRidgeRefiner::refine(const TRidgeGuess& guess) {
   TExtent extent = measureExtent(guess.x, guess.y, guess.widthPx);
   // Much wider than the guess, the background was read on the stripe's own shoulders.
   if (extent.fwhm > kTrustedWidth * guess.widthPx) {
@@ -133,19 +120,43 @@ std::optional<TRidgePoint> TRidgeRefiner::refine(const TRidgeGuess& guess) {
   }
   const double top = extent.middle - extent.fwhm / 2;
   const double bottom = extent.middle + extent.fwhm / 2;
-  if (!(top >= 0.0 && bottom <= image.rows - 1) || extent.fwhm <= 0.0)
-    return std::nullopt;  // cut off by the image's border
-  if (!(extent.contrast >= guess.leastContrast)) return std::nullopt;
+  if (!(top >= 0.0 && bottom <= image.rows - 1) || extent.fwhm <= 0.0) return;  // cut off by the image's border
+  if (!(extent.contrast >= guess.leastContrast)) return;
+  await(guess, extent);
+}
+
+void TRidgeRefiner::await(const TRidgeGuess& guess, const TExtent& extent) {
   // The kernel keeps off the border's repeated rows.
   const double inside = std::min(extent.middle, image.rows - 1 - extent.middle) + 0.5;
   const double support = std::min(std::max(kMinKernelPx, kKernelPerFwhm * extent.fwhm), inside);
-  const double centre = correlatePosition(extent.middle, extent.back, support);
-  if (!(centre >= 0.0 && centre <= image.rows - 1)) return std::nullopt;
-  TRidgePoint ridge;
-  ridge.point = cv::Point2f(static_cast<float>(guess.x), static_cast<float>(centre));
-  ridge.widthPx = static_cast<float>(extent.fwhm);
-  ridge.contrast = static_cast<float>(extent.contrast);
-  return ridge;
+  const auto lane = static_cast<std::size_t>(waiting);
+  profiles.sums[lane] = sums().data();
+  profiles.firstRow[lane] = firstRow;
+  profiles.lastRow[lane] = firstRow + static_cast<int>(sums().size()) - 2;
+  profiles.binRows[lane] = std::max(1, static_cast<int>(support) / kKernelBins);
+  profiles.start[lane] = extent.middle;
+  profiles.back[lane] = extent.back;
+  profiles.halfSupport[lane] = support;
+  found[lane].point.x = static_cast<float>(guess.x);
+  found[lane].widthPx = static_cast<float>(extent.fwhm);
+  found[lane].contrast = static_cast<float>(extent.contrast);
+  if (++waiting == kCorrelated) finish();
+}
+
+void TRidgeRefiner::finish() {
+  for (int lane = waiting; lane < kCorrelated; ++lane) {
+    profiles.binRows[lane] = 0;
+    profiles.halfSupport[lane] = 1.0;
+  }
+  double centres[kCorrelated];
+  kernels().ridgeRows.correlate(profiles, centres);
+  for (int lane = 0; lane < waiting; ++lane) {
+    if (!(centres[lane] >= 0.0 && centres[lane] <= image.rows - 1)) continue;
+    TRidgePoint& ridge = found[static_cast<std::size_t>(lane)];
+    ridge.point.y = static_cast<float>(centres[lane]);
+    points.push_back(ridge);
+  }
+  waiting = 0;
 }
 
 }  // namespace weld

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "stripe/ridge/ridge.h"
+#include "support/kernels/ridge_rows.h"
 
 #include <opencv2/core.hpp>
 
+#include <array>
 #include <memory_resource>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -20,14 +21,18 @@ struct TRidgeGuess {
   double leastContrast = 0.0;  // grey levels
 };
 
-// Measures stripes on the raw grey levels; keeps its working memory from column to column.
+// Measures stripes on the raw grey levels, a few columns at a time; keeps its working memory from column to
+// column.
 class TRidgeRefiner {
 public:
-  TRidgeRefiner(const cv::Mat& grey, std::pmr::memory_resource* memory) : image(grey), sums(memory) {}
+  // What it measures goes to the end of `measured`.
+  TRidgeRefiner(const cv::Mat& grey, TRidgePoints& measured);
 
   // The stripe near the guess: half-height extent, contrast over the brighter side, and centre. None when the
   // contrast is too low. Confidence is left at 0.
-  std::optional<TRidgePoint> refine(const TRidgeGuess& guess);
+  void refine(const TRidgeGuess& guess);
+  // Measures the last columns.
+  void finish();
 
 private:
   struct TExtent {
@@ -40,7 +45,10 @@ private:
     int row = 0;
     double level = 0.0;
   };
+  using TSums = std::pmr::vector<int>;
 
+  TSums& sums() { return sumsOf[static_cast<std::size_t>(waiting)]; }
+  const TSums& sums() const { return sumsOf[static_cast<std::size_t>(waiting)]; }
   void load(int x, int first, int last);
   int sumOf(int first, int last) const;
   double mean(int first, int last) const;
@@ -48,12 +56,16 @@ private:
   double findHalfHeight(const TPeak& peak, double back, int step, int limit, int smoothRows) const;
   std::pair<double, double> measureBackground(int middle, int near, int far) const;
   TExtent measureExtent(int x, double y, double widthPx);
-  double correlatePosition(double start, double back, double halfSupport) const;
+  void await(const TRidgeGuess& guess, const TExtent& extent);
 
   const cv::Mat& image;
-  std::pmr::vector<int>
-      sums;  // running sums of a column from firstRow on; rows outside the image repeat its border
-  int firstRow = 0;
+  TRidgePoints& points;
+  std::array<TSums, kCorrelated>
+      sumsOf;        // running sums of a column each; rows outside the image repeat its border
+  int firstRow = 0;  // of the column at hand
+  int waiting = 0;   // columns whose centres are still to be found
+  std::array<TRidgePoint, kCorrelated> found;
+  TRidgeProfiles profiles;
 };
 
 }  // namespace weld

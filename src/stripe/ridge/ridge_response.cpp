@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kFwhmPerSigma = 2.355;  // of a Gaussian profile
 constexpr double kWidestFactor = 4.0;    // widest centre box over the FWHM at the largest sigma
-constexpr int kMaxLevels = 8;
+constexpr int kMaxLevels = kMostRidgeScales - 1;
 constexpr int kSideRows = 2;  // height of the boxes beside the ridge, rows of the level
 
 TRidgeGrid makeGrid(int rows, int cols, std::pmr::memory_resource* memory) {

@@ -14,6 +14,8 @@ namespace weld {
 // Responses and thresholds are grey levels times this.
 inline constexpr int kRidgeUnit = 32;
 
+inline constexpr int kMostRidgeScales = 9;
+
 // Image columns that share one set of candidates.
 inline constexpr int kRidgeColumnStep = 2;
 

@@ -13,8 +13,8 @@ namespace {
 
 constexpr TKernels kAllKernels{
     {markBlocks, pairStripeEdges},
-    {rows::pairColumns, rows::addRows, rows::halveSums, rows::halveSumsAndColumns, rows::respond,
-     rows::findMaxima},
+    {rows::pairColumns, rows::addRows, rows::halveSums, rows::halveSumsAndColumns, rows::respond, rows::findMaxima,
+     rows::correlate},
     {zelFit::sumTruncatedQuadratics},
     {contrast::sumEight, contrast::meanOfTwo, contrast::respondDark, contrast::respondBright,
      contrast::respondEdge, contrast::highest, contrast::sumMagnitudes, contrast::rate, contrast::advance}};

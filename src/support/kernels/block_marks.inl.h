@@ -8,13 +8,15 @@ namespace {
 
 constexpr int kSampledRowPx = 64;  // distance of the rows that tell the brightness of the background
 
-// Any pixel of the block at or above the threshold.
+constexpr int kPairColumns = 2 * kStripColumns;  // two strips fill the lines of a cache
+static_assert(kPairColumns == 64, "a step through a row takes whole lines");
+
+// Any pixel of the rows at or above the threshold.
+template <int columns>
 inline bool isBright(const unsigned char* block, std::size_t step, int rows, const v_uint8& threshold) {
   v_uint8 brightest = cv::vx_setzero_u8();
-  for (int row = 0; row < rows; ++row) {
-    for (int x = 0; x < kStripColumns; x += kBytes) {
-      brightest = cv::v_max(brightest, cv::vx_load(block + row * step + x));
-    }
+  for (int row = 0; row < rows; ++row, block += step) {
+    for (int x = 0; x < columns; x += kBytes) brightest = cv::v_max(brightest, cv::vx_load(block + x));
   }
   return cv::v_check_any(brightest >= threshold);
 }
@@ -32,6 +34,11 @@ inline bool hasStep(const unsigned char* block, std::size_t step, int rows, cons
   return cv::v_check_any(largest >= leastStep);
 }
 
+// Asks for a block: no prefetcher of the processor guesses those below on a walk along the rows.
+inline void prefetch(const unsigned char* block, std::size_t step, int rows) {
+  for (int row = 0; row < rows; ++row, block += step) __builtin_prefetch(block);
+}
+
 // What an edge needs, of which markBlocks tells the blocks that have it.
 struct TEdgeNeeds {
   v_uint8 threshold;
@@ -45,31 +52,38 @@ inline bool isBackgroundBright(const TScanArea& area, const v_uint8& threshold) 
   int all = 0;
   for (int row = kBoxPx; row < area.rows - kBoxPx; row += kSampledRowPx) {
     for (int strip = 0; strip < area.strips; ++strip, ++all) {
-      bright += isBright(area.pixels + row * area.step + columnOf(area, strip), area.step, 1, threshold) ? 1 : 0;
+      const unsigned char* const at = area.pixels + row * area.step + columnOf(area, strip);
+      bright += isBright<kStripColumns>(at, area.step, 1, threshold) ? 1 : 0;
     }
   }
   return 2 * bright > all;
 }
 
-// The strips of one row of blocks.
-inline void markBlockRow(const TScanArea& area, int row, int rows, const TEdgeNeeds& needs,
+// The strips of one row of blocks, two at a time. As a template argument the number of rows unrolls the loops; 0
+// is as many as there are.
+template <int usualRows>
+inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNeeds& needs,
                          const TBlockMarks& marks) {
-  const auto hasLight = [&](const unsigned char* block) {
-    return isBright(block, area.step, rows, needs.threshold);
-  };
-  const auto hasRise = [&](const unsigned char* block) {
-    return hasStep(block, area.step, rows, needs.leastStep);
-  };
+  const int rows = usualRows > 0 ? usualRows : end - row;
   const int index = (row - kBoxPx) / kBlockRows;
-  std::uint64_t* word = marks.words + index / kMarkBits;
   const std::uint64_t bit = std::uint64_t{1} << (index % kMarkBits);
+  std::uint64_t* word = marks.words + index / kMarkBits;
   const unsigned char* line = area.pixels + row * area.step;
-  for (int strip = 0; strip < area.strips; ++strip, word += marks.wordsPerStrip) {
-    const unsigned char* block = line + columnOf(area, strip);
-    const bool mayHoldEdge =
-        needs.isBackgroundBright ? hasRise(block) && hasLight(block) : hasLight(block) && hasRise(block);
-    if (mayHoldEdge) *word |= bit;
+  const auto markEdges = [&](int strip) {
+    const unsigned char* const block = line + columnOf(area, strip);
+    if (!hasStep(block, area.step, rows, needs.leastStep)) return;
+    if (isBright<kStripColumns>(block, area.step, rows, needs.threshold))
+      word[static_cast<std::ptrdiff_t>(strip) * marks.wordsPerStrip] |= bit;
+  };
+  int strip = 0;
+  for (; strip + 2 < area.strips; strip += 2) {
+    const unsigned char* const pair = line + columnOf(area, strip);
+    prefetch(pair + (rows + kBoxPx - 1) * area.step, area.step, rows);
+    if (!needs.isBackgroundBright && !isBright<kPairColumns>(pair, area.step, rows, needs.threshold)) continue;
+    markEdges(strip);
+    markEdges(strip + 1);
   }
+  for (; strip < area.strips; ++strip) markEdges(strip);
 }
 
 void markBlocks(const TScanArea& area, const TBlockMarks& marks) {
@@ -78,9 +92,8 @@ void markBlocks(const TScanArea& area, const TBlockMarks& marks) {
   const TEdgeNeeds needs{threshold, leastStep, isBackgroundBright(area, threshold)};
   int row = kBoxPx;
   const int end = area.rows - kBoxPx;
-  // Called with a constant number of rows, whose loops get unrolled, and once with the rest.
-  for (; row + kBlockRows <= end; row += kBlockRows) markBlockRow(area, row, kBlockRows, needs, marks);
-  if (row < end) markBlockRow(area, row, end - row, needs, marks);
+  for (; row + kBlockRows <= end; row += kBlockRows) markBlockRow<kBlockRows>(area, row, end, needs, marks);
+  if (row < end) markBlockRow<0>(area, row, end, needs, marks);
 }
 
 }  // namespace

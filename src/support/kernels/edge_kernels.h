@@ -35,8 +35,8 @@ struct TStripPairs {
   std::int32_t count[kStripColumns];
   std::int32_t low[kPairedEdges][kStripColumns];  // rows of the rising and falling edges
   std::int32_t high[kPairedEdges][kStripColumns];
-  std::int32_t sum[kPairedEdges][kStripColumns];     // of the grey values from low to high - 1
-  std::int32_t moment[kPairedEdges][kStripColumns];  // of these values about low
+  std::int32_t centre[kPairedEdges][kStripColumns];  // grey-weighted row from low to high - 1, rounded, ties to
+                                                     // even; -1 where all is black
 };
 
 // The edges in one row of neighbouring columns: strength + 1, negative for falling edges, 0 for none.

@@ -1,7 +1,7 @@
 // Kernel that finds the edges of a strip and pairs them.
 #pragma once
 
-#include "support/kernels/kernel_lanes.inl.h"
+#include "support/kernels/edge_ranking.inl.h"
 
 namespace weld {
 namespace {
@@ -9,34 +9,6 @@ namespace {
 constexpr int kNever = 0x7fffffff;
 constexpr int kClusterRows = 128;  // in which pairs are weighed together
 constexpr int kLongAgo = 200;      // rows since a rising edge that can no longer be paired
-
-// The edges of one kind in every column. An edge is its strength + 1; 0 is none.
-struct TEdgesOfKind {
-  v_int16 strongest[kPairedEdges];  // strongest first
-  v_int16 counts;
-
-  TEdgesOfKind() : counts(lanesOf(0)) {
-    for (v_int16& edge : strongest) edge = lanesOf(0);
-  }
-
-  // Counts the edges, and returns those within the limit that five before them have not already beaten.
-  v_int16 count(const v_int16& edges) {
-    const v_int16 isEdge = (edges > lanesOf(0)) & (counts < lanesOf(kMaxEdges));
-    counts = counts - isEdge;
-    return edges & isEdge & (edges > strongest[kPairedEdges - 1]);
-  }
-
-  void insert(v_int16 edges) {
-    for (v_int16& edge : strongest) {
-      const v_int16 stronger = cv::v_max(edge, edges);
-      edges = cv::v_min(edge, edges);
-      edge = stronger;
-    }
-  }
-
-  // No column takes another edge.
-  bool isFull() const { return cv::v_check_all(counts >= lanesOf(kMaxEdges)); }
-};
 
 // Decides which edges of one kind are among the strongest, the earlier ones of equal strength.
 class TStrongestFilter {
@@ -59,79 +31,29 @@ private:
   v_int16 placesForWeakest;
 };
 
-struct TGroupEdges {
-  int rows = 0;  // rows in the buffer
-  TEdgesOfKind rising;
-  TEdgesOfKind falling;
+// The pairs of a group. The first one of every column is kept in lanes: as a rule it is the only one.
+struct TGroupPairs {
+  v_int16 hasFirst = lanesOf(0);
+  v_int32 low[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
+  v_int32 high[2] = {cv::vx_setzero_s32(), cv::vx_setzero_s32()};
 };
 
-// Sum of the 5 rows from here on less the sum of the 5 rows before.
-inline v_int16 boxDifference(const unsigned char* here, std::size_t step) {
-  v_int16 rise = lanesOf(0);
-  for (int row = 0; row < kBoxPx; ++row, here += step) rise = rise + loadRow(here) - loadRow(here - kBoxPx * step);
-  return rise;
-}
-
-// Neighbouring columns of an area, one per lane.
-struct TGroup {
-  const TScanArea& area;
-  const unsigned char* column;  // the first one
-};
-
-// Rows first .. end - 1.
-struct TRows {
-  int first;
-  int end;
-};
-
-// Collects the edges of the rows; rise is the box difference in the first row, and in row `end` afterwards. Rows
-// without an edge that can be among the strongest are left out.
-inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
-                      TGroupEdges& found) {
-  const TScanArea& area = group.area;
-  const v_int16 threshold = lanesOf(area.threshold);
-  const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
-  const v_int16 one = lanesOf(1);
-  const unsigned char* here = group.column + rows.first * area.step;
-  for (int row = rows.first; row < rows.end; ++row, here += area.step) {
-    const v_int16 grey = loadRow(here);
-    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
-    if (cv::v_check_any(isEdge)) {
-      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
-      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
-      const v_int16 edges = rising - falling;
-      if (cv::v_check_any(edges != lanesOf(0))) {
-        found.rising.insert(rising);
-        found.falling.insert(falling);
-        TEdgeRow& edgeRow = buffer[found.rows++];
-        edgeRow.row = row;
-        cv::v_store(edgeRow.edges, edges);
-      }
-    }
-    rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
+// A column's first pair.
+inline void recordFirst(int row, const v_int16& isFirst, const v_int16& age, TGroupPairs& group) {
+  v_int32 mask[2];
+  v_int32 ages[2];
+  cv::v_expand(isFirst, mask[0], mask[1]);
+  cv::v_expand(age, ages[0], ages[1]);
+  const v_int32 high = cv::vx_setall_s32(row);
+  for (int half = 0; half < 2; ++half) {
+    group.low[half] = cv::v_select(mask[half], high - ages[half], group.low[half]);
+    group.high[half] = cv::v_select(mask[half], high, group.high[half]);
   }
+  group.hasFirst = group.hasFirst | isFirst;
 }
 
-inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* marks, int words, TEdgeRow* buffer) {
-  const TScanArea& area = group.area;
-  TGroupEdges found;
-  v_int16 rise = lanesOf(0);
-  int reached = 0;
-  for (int word = 0; word < words; ++word) {
-    for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
-      const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
-      const int end = smaller(first + kBlockRows, area.rows - kBoxPx);
-      if (first != reached) rise = boxDifference(group.column + first * area.step, area.step);
-      findEdges(group, {first, end}, rise, buffer, found);
-      reached = end;
-      if (found.rising.isFull() && found.falling.isFull()) return found;
-    }
-  }
-  return found;
-}
-
-// Returns the largest number of pairs that a column has by then.
-inline int recordPairs(int row, const v_int16& isPair, const v_int16& age, int firstColumn, TStripPairs& pairs) {
+// Pairs of columns that have one. Returns the largest number of pairs that a column has by then.
+inline int recordMore(int row, const v_int16& isPair, const v_int16& age, int firstColumn, TStripPairs& pairs) {
   std::int16_t ages[kLanes];
   cv::v_store(ages, age);
   int most = 0;
@@ -152,9 +74,12 @@ inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int first
   TStrongestFilter risingFilter(found.rising);
   TStrongestFilter fallingFilter(found.falling);
   const v_int16 longAgo = lanesOf(kLongAgo);
+  TGroupPairs group;
   v_int16 age = longAgo;  // rows since the last edge when that was a rising one
   int previousRow = 0;
-  int most = 0;
+  int most = 1;
+  for (int half = 0; half < 2; ++half)
+    cv::v_store(pairs.count + firstColumn + half * v_int32::nlanes, cv::vx_setall_s32(1));
   for (int i = 0; i < found.rows; ++i) {
     const int row = buffer[i].row;
     age = cv::v_min(age + lanesOf(smaller(row - previousRow, kLongAgo)), longAgo);
@@ -163,10 +88,22 @@ inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int first
     const v_int16 isRising = risingFilter.keep(edges);
     const v_int16 isFalling = fallingFilter.keep(lanesOf(0) - edges);
     const v_int16 isPair = isFalling & (age > lanesOf(kMinPairPx)) & (age < lanesOf(kMaxPairPx));
-    if (cv::v_check_any(isPair)) most = larger(most, recordPairs(row, isPair, age, firstColumn, pairs));
+    if (cv::v_check_any(isPair)) {
+      const v_int16 isLater = isPair & group.hasFirst;
+      if (cv::v_check_any(isLater)) most = larger(most, recordMore(row, isLater, age, firstColumn, pairs));
+      recordFirst(row, isPair & ~group.hasFirst, age, group);
+    }
     age = cv::v_select(isRising, lanesOf(0), cv::v_select(isFalling, longAgo, age));
   }
-  return most;
+  v_int32 hasPair[2];
+  cv::v_expand(group.hasFirst, hasPair[0], hasPair[1]);
+  for (int half = 0; half < 2; ++half) {
+    const int lanes = firstColumn + half * v_int32::nlanes;
+    cv::v_store(pairs.low[0] + lanes, group.low[half]);
+    cv::v_store(pairs.high[0] + lanes, group.high[half]);
+    cv::v_store(pairs.count + lanes, cv::vx_load(pairs.count + lanes) & hasPair[half]);
+  }
+  return cv::v_check_any(group.hasFirst) ? most : 0;
 }
 
 // Sums of grey values and their moments about the first row, of one pair per column.
@@ -211,8 +148,19 @@ inline void weighCluster(const TPixels& pixels, int rows, const v_int16& low, co
   }
 }
 
-// Sums and moments of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and
-// are weighed together.
+// Exact up to the rounding: a row times a sum is far below 2^53.
+inline v_int32 centroid(const v_int32& low, const v_int32& sum, const v_int32& moment) {
+  using cv::v_cvt_f64;
+  using cv::v_cvt_f64_high;
+  const cv::v_float64 first = (v_cvt_f64(low) * v_cvt_f64(sum) + v_cvt_f64(moment)) / v_cvt_f64(sum);
+  const cv::v_float64 second =
+      (v_cvt_f64_high(low) * v_cvt_f64_high(sum) + v_cvt_f64_high(moment)) / v_cvt_f64_high(sum);
+  const v_int32 isBlack = sum == cv::vx_setzero_s32();
+  return cv::v_select(isBlack, cv::vx_setall_s32(-1), cv::v_round(first, second));
+}
+
+// Centres of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and are weighed
+// together.
 inline void weighPairs(const unsigned char* column, std::size_t step, int x, int index, TStripPairs& pairs) {
   v_int32 low[2];
   v_int32 high[2];
@@ -242,8 +190,8 @@ inline void weighPairs(const unsigned char* column, std::size_t step, int x, int
   }
   for (int half = 0; half < 2; ++half) {
     const int lanes = x + half * v_int32::nlanes;
-    cv::v_store(pairs.sum[index] + lanes, weights.sum[half]);
-    cv::v_store(pairs.moment[index] + lanes, weights.moment[half]);
+    cv::v_store(pairs.centre[index] + lanes,
+                centroid(cv::vx_load(pairs.low[index] + lanes), weights.sum[half], weights.moment[half]));
   }
 }
 
@@ -255,8 +203,10 @@ void pairStripeEdges(const TScanArea& area, const TBlockMarks& marks, int strip,
     const TGroupEdges found = findMarkedEdges({area, column}, ofStrip, marks.wordsPerStrip, buffer);
     const v_int16 hasBoth = (found.rising.counts > lanesOf(0)) & (found.falling.counts > lanesOf(0));
     cv::v_store(pairs.hasBothEdges + x, hasBoth);
-    for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
-    if (!cv::v_check_any(hasBoth)) continue;
+    if (!cv::v_check_any(hasBoth)) {
+      for (int lane = 0; lane < kLanes; ++lane) pairs.count[x + lane] = 0;
+      continue;
+    }
     const int most = pairGroup(buffer, found, x, pairs);
     for (int index = 0; index < most; ++index) weighPairs(column, area.step, x, index, pairs);
   }

@@ -23,6 +23,20 @@ struct TRidgeRowTriple {
   const short* least;
 };
 
+inline constexpr int kCorrelated = 4;
+
+// Profiles of columns, as running sums: sums[i] holds the rows firstRow .. firstRow + i - 1. A lane without a
+// profile has bins of no rows.
+struct TRidgeProfiles {
+  const int* sums[kCorrelated] = {};
+  int firstRow[kCorrelated] = {};
+  int lastRow[kCorrelated] = {};
+  int binRows[kCorrelated] = {};  // read together
+  double start[kCorrelated] = {};
+  double back[kCorrelated] = {};  // grey levels
+  double halfSupport[kCorrelated] = {};
+};
+
 struct TRidgeRows {
   // Sums of neighbouring pixels in units of the averaged images; an odd last pixel counts twice.
   void (*pairColumns)(const unsigned char* source, int columns, short* target);
@@ -35,6 +49,9 @@ struct TRidgeRows {
   // The columns in which the middle row counts and neither neighbour exceeds it, the upper one not even reaches
   // it. Returns how many. The list has room for kFoundMargin more than there are columns.
   int (*findMaxima)(const TRidgeRowTriple& rows, int columns, int* found);
+  // Maximum of the correlation of each profile with the kernel (1 - u^2)^3, which comes close to a Gaussian of the
+  // stripe's own sigma: the best linear estimate of position in white noise.
+  void (*correlate)(const TRidgeProfiles& profiles, double* centres);
 };
 
 }  // namespace weld

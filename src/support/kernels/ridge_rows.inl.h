@@ -71,6 +71,10 @@ void respond(const TRidgeBoxes& boxes, int columns, short* response) {
   }
 }
 
+inline v_int16 counts(const TRidgeRowTriple& rows, int x) {
+  return cv::vx_load(rows.here + x) >= cv::vx_load(rows.least + x);
+}
+
 // Bit i of the mask is set where column x + i holds a maximum.
 inline v_int16 isMaximum(const TRidgeRowTriple& rows, int x) {
   const v_int16 here = cv::vx_load(rows.here + x);
@@ -84,13 +88,14 @@ int findMaxima(const TRidgeRowTriple& rows, int columns, int* found) {
   int count = 0;
   int x = 0;
   for (; x + 2 * kLanes <= columns; x += 2 * kLanes) {
+    if (!cv::v_check_any(counts(rows, x) | counts(rows, x + kLanes))) continue;
     auto bits = static_cast<unsigned>(cv::v_signmask(cv::v_pack(isMaximum(rows, x), isMaximum(rows, x + kLanes))));
-    if (bits == 0) continue;
     // Four at a time without asking whether there are as many: a branch per maximum would be guessed wrong.
     const int end = count + __builtin_popcount(bits);
-    for (; count < end; count += kFoundMargin) {
+    do {
       for (int i = 0; i < kFoundMargin; ++i, bits &= bits - 1) found[count + i] = x + __builtin_ctz(bits | kStop);
-    }
+      count += kFoundMargin;
+    } while (count < end);
     count = end;
   }
   for (; x < columns; ++x) {
@@ -98,6 +103,104 @@ int findMaxima(const TRidgeRowTriple& rows, int columns, int* found) {
     if (here > rows.before[x] && here >= rows.after[x] && here >= rows.least[x]) found[count++] = x;
   }
   return count;
+}
+
+constexpr int kNewtonSteps = 2;
+constexpr int kDoubles = cv::v_float64::nlanes;
+static_assert(kCorrelated % kDoubles == 0, "profiles fill whole vectors");
+
+// The bins of one profile that a step reads.
+struct TBins {
+  const int* sums;  // at the first row
+  int first;
+  int rows;
+  int count;
+
+  TBins() = default;
+  TBins(const TRidgeProfiles& p, int lane, double centre)
+      : sums(nullptr), first(0), rows(p.binRows[lane]), count(0) {
+    if (rows == 0) return;
+    const double top = __builtin_ceil(centre - p.halfSupport[lane]);
+    const double bottom = __builtin_floor(centre + p.halfSupport[lane]);
+    first = static_cast<int>(top) > p.firstRow[lane] ? static_cast<int>(top) : p.firstRow[lane];
+    const int last = static_cast<int>(bottom) < p.lastRow[lane] ? static_cast<int>(bottom) : p.lastRow[lane];
+    if (last < first) return;
+    sums = p.sums[lane] + (first - p.firstRow[lane]);
+    count = (last - first + 1) / rows;
+  }
+};
+
+// In registers: a vector cannot be loaded soon after its lanes were stored.
+template <int lanes, typename TValueOf>
+inline cv::v_float64 gather(const TValueOf& valueOf) {
+  if constexpr (lanes == 4) {
+    return cv::v_float64(valueOf(0), valueOf(1), valueOf(2), valueOf(3));
+  } else {
+    return cv::v_float64(valueOf(0), valueOf(1));
+  }
+}
+
+// Slope and curvature of the correlation of as many profiles as a vector has lanes, from `lane` on.
+inline void slopesOf(const TRidgeProfiles& p, int lane, const double* centres, double* slopes,
+                     double* curvatures) {
+  TBins bins[kDoubles];
+  int most = 0;
+  for (int i = 0; i < kDoubles; ++i) {
+    bins[i] = TBins(p, lane + i, centres[i]);
+    most = bins[i].count > most ? bins[i].count : most;
+  }
+  const cv::v_float64 one = cv::vx_setall_f64(1.0);
+  const cv::v_float64 five = cv::vx_setall_f64(5.0);
+  const cv::v_float64 centre = cv::vx_load(centres);
+  const cv::v_float64 support = cv::vx_load(p.halfSupport + lane);
+  const cv::v_float64 half = gather<kDoubles>([&](int i) { return (bins[i].rows - 1) / 2.0; });
+  const cv::v_float64 back = gather<kDoubles>([&](int i) { return bins[i].rows * p.back[lane + i]; });
+  const cv::v_float64 step = gather<kDoubles>([&](int i) { return static_cast<double>(bins[i].rows); });
+  const cv::v_float64 count = gather<kDoubles>([&](int i) { return static_cast<double>(bins[i].count); });
+  cv::v_float64 row = gather<kDoubles>([&](int i) { return static_cast<double>(bins[i].first); });
+  cv::v_float64 done = cv::vx_setzero_f64();
+  cv::v_float64 slope = cv::vx_setzero_f64();
+  cv::v_float64 curvature = cv::vx_setzero_f64();
+  for (int bin = 0; bin < most; ++bin, row = row + step, done = done + one) {
+    const cv::v_float64 sum = gather<kDoubles>([&](int i) {
+      const TBins& b = bins[i];
+      return bin < b.count ? static_cast<double>(b.sums[(bin + 1) * b.rows] - b.sums[bin * b.rows]) : 0.0;
+    });
+    const cv::v_float64 isIn = done < count;
+    const cv::v_float64 u = (row + half - centre) / support;
+    const cv::v_float64 rest = one - u * u;
+    const cv::v_float64 height = sum - back;
+    slope = slope + (height * u * rest * rest & isIn);
+    curvature = curvature + (height * rest * (one - five * u * u) & isIn);
+  }
+  cv::v_store(slopes, slope);
+  cv::v_store(curvatures, curvature);
+}
+
+void correlate(const TRidgeProfiles& p, double* centres) {
+  for (int lane = 0; lane < kCorrelated; lane += kDoubles) {
+    double* const own = centres + lane;
+    bool isLost[kDoubles] = {};
+    for (int i = 0; i < kDoubles; ++i) own[i] = p.start[lane + i];
+    for (int step = 0; step < kNewtonSteps; ++step) {
+      double slopes[kDoubles];
+      double curvatures[kDoubles];
+      slopesOf(p, lane, own, slopes, curvatures);
+      for (int i = 0; i < kDoubles; ++i) {
+        isLost[i] = isLost[i] || !(curvatures[i] > 0.0);
+        if (isLost[i]) continue;
+        const double support = p.halfSupport[lane + i];
+        const double shift = support * slopes[i] / curvatures[i];
+        const double most = support / 4;
+        own[i] += shift < -most ? -most : (most < shift ? most : shift);
+      }
+    }
+    for (int i = 0; i < kDoubles; ++i) {
+      const double start = p.start[lane + i];
+      const double off = own[i] < start ? start - own[i] : own[i] - start;
+      if (isLost[i] || !(off < p.halfSupport[lane + i] / 2)) own[i] = start;
+    }
+  }
 }
 
 }  // namespace rows

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 namespace {
@@ -57,6 +58,17 @@ TEST(ApproximatePolygon, givesTheVerticesOfOpenCv) {
     }
   }
   EXPECT_GT(compared, 15000);
+}
+
+// Many points as far from a chord as others, and boxes of every size.
+TEST(ApproximatePolygon, longZigZagsAreCutAsOpenCvDoes) {
+  for (const int half : {6, 7, 50}) {
+    TPoints points;
+    for (int x = 0; x < 20000; ++x) points.emplace_back(x, 2.5 * std::abs(x % (2 * half) - half) + x % 3 * 0.1);
+    std::vector<cv::Point> expected;
+    cv::approxPolyDP(points, expected, 3.0, false);
+    EXPECT_EQ(polygonOf(points, 3.0), expected) << half;
+  }
 }
 
 TEST(ApproximatePolygon, aStretchWhoseEndsCoincideIsStraight) {

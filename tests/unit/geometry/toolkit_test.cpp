@@ -73,6 +73,19 @@ TEST(Toolkit, pointsThatAreNotFiniteOrAbsurdlyFarGiveNothing) {
   EXPECT_TRUE(near.empty() && share == 0.125) << "an empty list leaves the share alone";
 }
 
+// Column and row that jump about.
+TPoints shuffledPoints(int count) {
+  TPoints points;
+  for (int i = 0; i < count; ++i) points.emplace_back(i * 7919LL % 1277, i * 104729LL % 1021);
+  return points;
+}
+
+TEST(Toolkit, listsOutOfOrderAreCutAsLongAsTheirPiecesHoldNotTooMuch) {
+  EXPECT_GT(TCounts(shuffledPoints(2000)).pieces.size(), 100U);
+  const TCounts many(shuffledPoints(100000));
+  EXPECT_TRUE(many.pieces.empty() && many.atoms.empty());
+}
+
 TEST(Toolkit, numbersWithoutMeaningGiveTheFailedResult) {
   for (const double bad : {static_cast<double>(kNaN), HUGE_VAL, -HUGE_VAL, -1.0}) {
     EXPECT_TRUE(TCounts(kV, static_cast<float>(bad)).pieces.empty()) << bad;

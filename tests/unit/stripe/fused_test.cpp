@@ -31,6 +31,8 @@ TEST(FusedStripe, asksTheRidgesWhenPairsAreDroppedOrColumnsMissing) {
   EXPECT_TRUE(leavesStripeUnexplained(edgePairs(91, 100), 0));
   EXPECT_FALSE(leavesStripeUnexplained(edgePairs(80, 80), 80));
   EXPECT_TRUE(leavesStripeUnexplained(edgePairs(79, 79), 80));
+  EXPECT_TRUE(leavesStripeUnexplained(edgePairs(80, 100), 0, {0.0F, 88.0F}));
+  EXPECT_FALSE(leavesStripeUnexplained(edgePairs(80, 100), 0, {0.0F, 87.0F}));
 }
 
 TEST(FusedStripe, fillsDroppedColumnsUnlessRidgesSeeClearlyMore) {

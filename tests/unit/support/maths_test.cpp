@@ -23,6 +23,20 @@ std::int64_t placeOf(double number) {
   return bits;
 }
 
+// The offset of a point is taken to the last place that counts, and beyond it.
+TEST(NearLine, saysWhatTheDistanceSays) {
+  for (const double k : {0.0, 0.3, -7.25, 1e5, 1e120}) {
+    for (const double tolPx : {2.0, 5.3, 1e-9, 0.0, -1.0, 1e-310, HUGE_VAL, std::nan("")}) {
+      const weld::TNearLine isNear(k, 3.0, tolPx);
+      double y = 3.0 - tolPx * std::sqrt(k * k + 1.0);
+      for (int ulp = 0; ulp < 8; ++ulp) y = std::nextafter(y, -HUGE_VAL);
+      for (int ulp = 0; ulp < 16; ++ulp, y = std::nextafter(y, HUGE_VAL))
+        EXPECT_EQ(isNear(0.0, y), weld::pointLineDistance(k, 3.0, 0.0, y) < tolPx)
+            << k << ' ' << tolPx << ' ' << y;
+    }
+  }
+}
+
 TEST(ArcTangent, isWithinOneUnitOfTheMathsLibraryAndOdd) {
   std::vector<double> xs{0.0,
                          kInf};  // every order of magnitude, and both sides of the breakpoints of the reduction
