@@ -111,14 +111,13 @@ static_assert(kCorrelated % kDoubles == 0, "profiles fill whole vectors");
 
 // The bins of one profile that a step reads.
 struct TBins {
-  const int* sums;  // at the first row
-  int first;
-  int rows;
-  int count;
+  const int* sums = nullptr;  // at the first row
+  int first = 0;
+  int rows = 0;
+  int count = 0;
 
   TBins() = default;
-  TBins(const TRidgeProfiles& p, int lane, double centre)
-      : sums(nullptr), first(0), rows(p.binRows[lane]), count(0) {
+  TBins(const TRidgeProfiles& p, int lane, double centre) : rows(p.binRows[lane]) {
     if (rows == 0) return;
     const double top = __builtin_ceil(centre - p.halfSupport[lane]);
     const double bottom = __builtin_floor(centre + p.halfSupport[lane]);
