@@ -87,9 +87,9 @@ float compare(const float* profile, const TShape& shape, float* likeness) {
   for (int k = 0; k < kVectors; ++k) products[k] = sums[k] = spreads[k] = cv::v_setzero_f32();
   for (int u = -kShapeReach; u <= kShapeReach; ++u) {
     const cv::v_float32x4 q = cv::v_setall_f32(shape.values[kProfileReach + u]);
-    const float* const p = profile + kProfileReach + u - kMostShift;
-    for (int k = 0; k < kVectors; ++k) {
-      const cv::v_float32x4 v = cv::v_load(p + 4 * k);
+    const float* values = profile + kProfileReach + u - kMostShift;
+    for (int k = 0; k < kVectors; ++k, values += 4) {
+      const cv::v_float32x4 v = cv::v_load(values);
       products[k] += v * q;
       sums[k] += v;
       spreads[k] += v * v;
@@ -98,10 +98,10 @@ float compare(const float* profile, const TShape& shape, float* likeness) {
   float product[4 * kVectors];
   float sum[4 * kVectors];
   float squares[4 * kVectors];
-  for (int k = 0; k < kVectors; ++k) {
-    cv::v_store(product + 4 * k, products[k]);
-    cv::v_store(sum + 4 * k, sums[k]);
-    cv::v_store(squares + 4 * k, spreads[k]);
+  for (int k = 0, s = 0; k < kVectors; ++k, s += 4) {
+    cv::v_store(product + s, products[k]);
+    cv::v_store(sum + s, sums[k]);
+    cv::v_store(squares + s, spreads[k]);
   }
   float norm[kShifts] = {};
   for (int s = 0; s < kShifts; ++s) {
