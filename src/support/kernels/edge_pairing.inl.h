@@ -78,8 +78,8 @@ inline int pairGroup(const TEdgeRow* buffer, const TGroupEdges& found, int first
   v_int16 age = longAgo;  // rows since the last edge when that was a rising one
   int previousRow = 0;
   int most = 1;
-  for (int half = 0; half < 2; ++half)
-    cv::v_store(pairs.count + firstColumn + half * v_int32::nlanes, cv::vx_setall_s32(1));
+  cv::v_store(pairs.count + firstColumn, cv::vx_setall_s32(1));
+  cv::v_store(pairs.count + firstColumn + v_int32::nlanes, cv::vx_setall_s32(1));
   for (int i = 0; i < found.rows; ++i) {
     const int row = buffer[i].row;
     age = cv::v_min(age + lanesOf(smaller(row - previousRow, kLongAgo)), longAgo);

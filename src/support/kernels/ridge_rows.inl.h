@@ -6,6 +6,8 @@
 
 #include <opencv2/core/hal/intrin.hpp>
 
+#include <cstddef>
+
 namespace weld {
 namespace {
 namespace rows {
@@ -163,7 +165,9 @@ inline void slopesOf(const TRidgeProfiles& p, int lane, const double* centres, d
   for (int bin = 0; bin < most; ++bin, row = row + step, done = done + one) {
     const cv::v_float64 sum = gather<kDoubles>([&](int i) {
       const TBins& b = bins[i];
-      return bin < b.count ? static_cast<double>(b.sums[(bin + 1) * b.rows] - b.sums[bin * b.rows]) : 0.0;
+      if (bin >= b.count) return 0.0;
+      const int* const at = b.sums + static_cast<std::ptrdiff_t>(bin) * b.rows;
+      return static_cast<double>(at[b.rows] - at[0]);
     });
     const cv::v_float64 isIn = done < count;
     const cv::v_float64 u = (row + half - centre) / support;
