@@ -95,9 +95,9 @@ float compare(const float* profile, const TShape& shape, float* likeness) {
       spreads[k] += v * v;
     }
   }
-  float product[4 * kVectors];
-  float sum[4 * kVectors];
-  float squares[4 * kVectors];
+  float product[4 * kVectors] = {};
+  float sum[4 * kVectors] = {};
+  float squares[4 * kVectors] = {};
   for (int k = 0, s = 0; k < kVectors; ++k, s += 4) {
     cv::v_store(product + s, products[k]);
     cv::v_store(sum + s, sums[k]);
