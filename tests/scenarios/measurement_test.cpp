@@ -60,6 +60,19 @@ TEST(Measurement, ofAPlainResultIsThatOfTheTrackerAndGarbageIsNotValid) {
   EXPECT_FALSE(measureJoint(line, scenes::weldParamsFor(TJoint::buttGap)).isValid) << "unsorted";
 }
 
+// Both sides of a gap are told apart wherever the seam is: at an edge, too, which is a point of the stripe.
+TEST(Measurement, aGapIsAsWideFromEveryPosition) {
+  TWeldLineRes line;
+  line.isFound = true;
+  for (int x = 0; x < 230; ++x) {
+    if (x < 100 || x >= 130) line.stripePts.emplace_back(static_cast<float>(x), 50.0F);
+  }
+  for (const float x : {99.0F, 114.5F, 130.0F}) {
+    line.weldPos = {x, 50.0F};
+    EXPECT_NEAR(measureJoint(line, scenes::weldParamsFor(TJoint::buttGap)).gapPx, 31.0, 1e-6) << x;
+  }
+}
+
 TEST(Measurement, theDrawnJointIsTheFirstCandidateAndAStraightStripeHasNone) {
   for (const TJoint joint : {TJoint::vGroove, TJoint::flareV, TJoint::corner, TJoint::buttGap}) {
     const auto found = recogniseJoint(renderScene(randomScene(joint, scenes::TLevel::clean, 3)).image);
