@@ -41,30 +41,4 @@ for run in 1 2 3; do
   "$benchmark" >"$folder/own.$run"
 done
 
-# Joins the tables by heading and first column. The second column is the figure: the middle one of the runs.
-awk -F ' *[|] *' -v commit="$(git rev-parse --short "$commit")" '
-  function middle(values, list, low, high, i) {
-    if (split(values, list, " ") != 3 || values ~ /-/) return values == "" ? "-" : list[1]
-    low = high = list[1] + 0
-    for (i = 2; i <= 3; ++i) {
-      if (list[i] + 0 < low) low = list[i] + 0
-      if (list[i] + 0 > high) high = list[i] + 0
-    }
-    return sprintf("%.2f", list[1] + list[2] + list[3] - low - high)
-  }
-  /^## / { heading = $0; next }
-  !/^[|]/ || /^[|]-/ { next }
-  FILENAME ~ /other/ { other[heading, $2] = other[heading, $2] " " $3; next }
-  !((heading, $2) in own) { order[++rows] = heading SUBSEP $2; isHead[rows] = heading != last; last = heading; named[rows] = $3 }
-  { own[heading, $2] = own[heading, $2] " " $3 }
-  END {
-    for (row = 1; row <= rows; ++row) {
-      split(order[row], key, SUBSEP)
-      if (isHead[row]) {
-        printf "\n%s\n\n| %s | %s at %s | %s here |\n|---|---|---|\n", key[1], key[2], named[row], commit, named[row]
-      } else {
-        printf "| %s | %s | %s |\n", key[2], middle(other[order[row]]), middle(own[order[row]])
-      }
-    }
-  }
-' "$folder"/other.? "$folder"/own.?
+python3 "$(dirname "$0")/compare_tables.py" "$(git rev-parse --short "$commit")" "$folder"/other.? -- "$folder"/own.?

@@ -57,7 +57,7 @@ cmake                  cmake
 make                   make
 LIST
       ;;
-    bench) echo "libbenchmark-dev benchmark/benchmark.h" ;;
+    bench) printf "%s\n" "libbenchmark-dev benchmark/benchmark.h" "python3 python3" ;;
     clang) echo "clang clang++" ;;
     fuzz)
       cat <<'LIST'
