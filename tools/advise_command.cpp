@@ -7,6 +7,8 @@
 #include "tools/progress.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <memory>
 

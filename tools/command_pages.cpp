@@ -2,6 +2,8 @@
 
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <sstream>
 
 namespace tool {

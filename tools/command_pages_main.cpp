@@ -3,6 +3,8 @@
 #include "tools/commands.h"
 #include "tools/output_file.h"
 
+#include <CLI/CLI.hpp>
+
 #include <exception>
 #include <iostream>
 

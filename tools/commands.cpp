@@ -1,5 +1,7 @@
 #include "tools/commands.h"
 
+#include <CLI/CLI.hpp>
+
 namespace tool {
 
 void addCommands(CLI::App& program) {

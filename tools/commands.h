@@ -1,7 +1,9 @@
 // The subcommands. Each one adds itself, its options and what it does to the program.
 #pragma once
 
-#include <CLI/CLI.hpp>
+namespace CLI {
+class App;
+}
 
 namespace tool {
 

@@ -2,6 +2,8 @@
 
 #include "tools/cli_error.h"
 
+#include <CLI/CLI.hpp>
+
 namespace tool {
 
 const char* nameOf(TSeamPolarity polarity) {

@@ -3,10 +3,12 @@
 
 #include "zelWeldDetect.h"
 
-#include <CLI/CLI.hpp>
-
 #include <optional>
 #include <string>
+
+namespace CLI {
+class App;
+}
 
 namespace tool {
 

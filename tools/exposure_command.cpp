@@ -6,6 +6,8 @@
 #include "tools/shared_options.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <iomanip>
 #include <memory>
 #include <sstream>

@@ -5,6 +5,8 @@
 #include "tools/output.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cmath>
 #include <iomanip>
 #include <memory>

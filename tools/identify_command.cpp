@@ -10,6 +10,7 @@
 #include "tools/text.h"
 #include "zelWeldDetect.h"
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

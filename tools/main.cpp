@@ -5,6 +5,7 @@
 #include "tools/terminal_filter.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 

@@ -5,6 +5,8 @@
 #include "tools/names.h"
 #include "tools/parameter.h"
 
+#include <nlohmann/json.hpp>
+
 #include <optional>
 #include <utility>
 

@@ -2,6 +2,8 @@
 
 #include "tools/cli_error.h"
 
+#include <nlohmann/json.hpp>
+
 namespace tool {
 
 using nlohmann::ordered_json;

@@ -7,6 +7,9 @@
 #include "tools/shared_options.h"
 #include "tools/tracker_options.h"
 
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
 #include <iomanip>
 #include <iostream>
 #include <memory>

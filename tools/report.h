@@ -6,7 +6,7 @@
 #include "tools/picture_shelf.h"
 #include "tools/stats.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <opencv2/core.hpp>
 
 #include <filesystem>

@@ -8,6 +8,8 @@
 #include "tools/report.h"
 #include "tools/seam_run.h"
 
+#include <CLI/CLI.hpp>
+
 #include <iostream>
 #include <memory>
 

@@ -11,6 +11,7 @@
 #include "tools/shared_options.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 

@@ -7,6 +7,8 @@
 #include "tools/text.h"
 #include "tools/trace_json.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>

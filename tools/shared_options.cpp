@@ -6,6 +6,8 @@
 #include "tools/number_checks.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cmath>
 
 namespace tool {

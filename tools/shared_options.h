@@ -5,10 +5,12 @@
 #include "tools/image_prep.h"
 #include "tools/param_json.h"
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace tool {
 

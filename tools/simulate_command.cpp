@@ -12,6 +12,9 @@
 #include "scenes/plate.h"
 #include "scenes/scene.h"
 
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <cstdio>
 #include <functional>

@@ -8,6 +8,8 @@
 #include "tools/sweep_table.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <memory>

@@ -3,6 +3,8 @@
 #include "tools/cli_error.h"
 #include "tools/parameter.h"
 
+#include <nlohmann/json.hpp>
+
 namespace tool {
 
 std::vector<TSeamRun> sweptRuns(TTracking tracking, const TSweepRange& range, const std::string& objective) {

@@ -3,6 +3,8 @@
 #include "tools/text.h"
 #include "tools/tracker_options.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 namespace tool {

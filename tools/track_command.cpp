@@ -14,6 +14,8 @@
 #include "tools/text.h"
 #include "tools/trace_json.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <iostream>
 #include <memory>

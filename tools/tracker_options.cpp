@@ -4,6 +4,9 @@
 #include "tools/number_checks.h"
 #include "tools/text.h"
 
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 
 namespace tool {

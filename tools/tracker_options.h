@@ -5,12 +5,15 @@
 
 #include "zelWeldDetect.h"
 
-#include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <optional>
 #include <string>
+
+namespace CLI {
+class App;
+}
 
 namespace tool {
 
