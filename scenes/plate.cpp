@@ -57,8 +57,7 @@ double coverage(double distance, double halfPx) {
 double seamFactor(const TPlateParams& params, const TBeside& at, const TLattice& jitter) {
   const TSeamCourse& course = params.course;
   if (at.along < course.beginPx || at.along > course.endPx) return 1.0;
-  if (params.seam == TPlateSeam::step)
-    return at.across > 0.0 ? 1.0 : 1.0 - course.depth * clampUnit(0.5 - at.across);
+  if (params.seam == TPlateSeam::step) return 1.0 - course.depth * clampUnit(0.5 - at.across);
   const double half = 0.5 * course.widthPx;
   const auto s = static_cast<float>(at.along) / kJitterPx;
   const double left = half + course.edgeJitterPx * jitter.at(s + 90.0F, 3.5F);

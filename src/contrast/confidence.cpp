@@ -86,9 +86,10 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.27, -3.77, -0.01, 4.72, -0.92, -4.34, 0.77, 0.90, 0.49, 0.00, 2.09, 0.00, 4.40};
-constexpr TWeights kEdgeWeights{1.96, -2.79, -2.23, 2.04, -0.01, -1.29, 0.56,
-                                1.18, -0.46, -5.15, 0.78, -0.80, 0.84};
+constexpr TWeights kLineWeights{0.34, -4.75, -0.01, 5.95, -1.16, -5.47, 0.97,
+                                1.13, 0.62,  0.00,  2.63, 0.00,  0.00,  5.90};
+constexpr TWeights kEdgeWeights{2.61, -3.71, -2.97, 2.71, -0.01, -1.72, 0.74,
+                                1.57, -0.61, -6.85, 1.04, -1.80, -10.0, 1.35};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
@@ -116,7 +117,8 @@ constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{{{"contrast agai
                                                                  {"contrast against the noise", false},
                                                                  {"rise against a sharp edge", true},
                                                                  {"nearness to a rough position", false},
-                                                                 {"edge that was not asked for", false}}};
+                                                                 {"edge that was not asked for", false},
+                                                                 {"its rise against a sharp edge", true}}};
 
 }  // namespace
 
@@ -140,6 +142,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
       isEdge(context.trait) ? std::max(lnOf(static_cast<double>(line.edges.risePx) / kSharpPx), 0.0) : 0.0);
   set(TF::rough, context.isRough ? 1.0 : 0.0);
   set(TF::unasked, context.isUnasked ? 1.0 : 0.0);
+  set(TF::unaskedRise, context.isUnasked ? f[static_cast<int>(TF::rise)] : 0.0);
   return f;
 }
 

@@ -9,18 +9,19 @@ namespace weld {
 
 // What the confidence is made of, each with what it says of a line.
 enum class TFeatureOfLine {
-  standsOut,  // ln of the contrast against that of parallel copies
-  parallel,   // the best parallel copy's contrast, share of the line's
-  measured,   // share of the stations that show the line
-  length,     // ln of the chord against 1000 px, or what there is room for
-  span,       // chord, share of the longest possible one
-  second,     // score of the second best path, share of the best one's
-  turns,      // per strip
-  contrast,   // ln of the magnitude
-  strength,   // evidence per strip, in units of the noise
-  rise,       // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
-  rough,      // 1: near a rough position
-  unasked,    // 1: an edge where anything was asked for: shadows have edges too
+  standsOut,    // ln of the contrast against that of parallel copies
+  parallel,     // the best parallel copy's contrast, share of the line's
+  measured,     // share of the stations that show the line
+  length,       // ln of the chord against 1000 px, or what there is room for
+  span,         // chord, share of the longest possible one
+  second,       // score of the second best path, share of the best one's
+  turns,        // per strip
+  contrast,     // ln of the magnitude
+  strength,     // evidence per strip, in units of the noise
+  rise,         // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
+  rough,        // 1: near a rough position
+  unasked,      // 1: an edge where anything was asked for: shadows have edges too ...
+  unaskedRise,  // ... of which the softer ones are told by their rise, once more
   count
 };
 inline constexpr int kLineFeatures = static_cast<int>(TFeatureOfLine::count);

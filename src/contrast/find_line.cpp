@@ -166,7 +166,26 @@ TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, const T
   return found;
 }
 
-// The surest of the best paths.
+bool isWorthReporting(const TFoundLine& found) {
+  return found.line.confidence >= TContrastSearch().minConfidence;
+}
+
+// Whether a line lies, at its middle, on a longer one.
+bool isPartOf(const TContourCenterLine& line, const TContourCenterLine& longer) {
+  if (line.pts.empty() || line.pts.size() >= longer.pts.size()) return false;
+  const cv::Point2f middle = line.pts[line.pts.size() / 2];
+  return std::any_of(longer.pts.begin(), longer.pts.end(),
+                     [&](cv::Point2f p) { return cv::norm(middle - p) < kSameLinePx; });
+}
+
+// The surer one, but not for a part of the other.
+bool isBetterLine(const TFoundLine& a, const TFoundLine& b) {
+  if (isWorthReporting(a) && isPartOf(b.line, a.line)) return true;
+  if (isWorthReporting(b) && isPartOf(a.line, b.line)) return false;
+  return a.line.confidence > b.line.confidence;
+}
+
+// The best line of the best paths.
 TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, const TContrastSearch& search,
                      TMemory* memory) {
   const TList<TCandidate> paths = findPaths(searched, trait, memory);
@@ -174,7 +193,7 @@ TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, const TCont
   for (std::size_t i = 0; i < std::min<std::size_t>(paths.size(), kRefined); ++i) {
     if (paths[i].path.score < kWorthRefining * paths[0].path.score) break;
     TFoundLine found = refine(paths[i], trait, rivalScore(paths, paths[i]), search, memory);
-    if (found.line.confidence > best.line.confidence) best = std::move(found);
+    if (isBetterLine(found, best)) best = std::move(found);
   }
   return best;
 }

@@ -19,6 +19,8 @@ static_assert(kShapeReach - kMostShift + 4 * kVectors <= kProfileReach, "a profi
 constexpr int kRounds = 3;
 constexpr float kStepPrice = 0.06F;  // of likeness, per squared px between neighbours
 constexpr float kAlike = 0.4F;       // likeness of profiles that take part in the mean
+constexpr float kClear = 0.5F;       // of a profile that tells its place alone
+constexpr int kTogether = 2;         // neighbours on either side of one that does not
 
 struct TShape {
   std::array<float, kProfileSize> values{};
@@ -160,6 +162,27 @@ private:
   int count;
 };
 
+void alignTo(const TShape& shape, const TProfiles& profiles, TShiftChain& chain, TAlignment& alignment) {
+  for (int i = 0; i < profiles.count(); ++i)
+    alignment.depth[i] = compare(profiles.of(i), shape, chain.likenessOf(i));
+  chain.solve(alignment);
+}
+
+// A faint seam shows where several stations are looked at together.
+void alignFaintOnes(const TShape& shape, const TProfiles& profiles, TShiftChain& chain, TMemory* memory,
+                    TAlignment& alignment) {
+  const auto isFaint = [](float likeness) { return likeness < kClear; };
+  if (std::none_of(alignment.likeness.begin(), alignment.likeness.end(), isFaint)) return;
+  TAlignment together(profiles.count(), memory);
+  alignTo(shape, TProfiles(profiles, kTogether, memory), chain, together);
+  for (int i = 0; i < profiles.count(); ++i) {
+    if (!isFaint(alignment.likeness[i]) || isFaint(together.likeness[i])) continue;
+    alignment.likeness[i] = together.likeness[i];
+    alignment.shift[i] = together.shift[i];
+    alignment.depth[i] = together.depth[i];
+  }
+}
+
 }  // namespace
 
 TProfiles::TProfiles(const TGreyView& view, const TCourse& course, TMemory* memory)
@@ -167,6 +190,20 @@ TProfiles::TProfiles(const TGreyView& view, const TCourse& course, TMemory* memo
   for (int i = 0; i < stations; ++i)
     sampleProfile(view, course.alongOf(i), course.across[i], course.slope[i],
                   values.data() + static_cast<std::ptrdiff_t>(i) * kProfileSize);
+}
+
+TProfiles::TProfiles(const TProfiles& single, int reach, TMemory* memory)
+    : stations(single.stations), values(memory, static_cast<std::size_t>(stations) * kProfileSize) {
+  for (int i = 0; i < stations; ++i) {
+    float* const sum = values.data() + static_cast<std::ptrdiff_t>(i) * kProfileSize;
+    std::fill(sum, sum + kProfileSize, 0.0F);
+    const int begin = std::max(0, i - reach);
+    const int end = std::min(stations, i + reach + 1);
+    for (int k = begin; k < end; ++k) {
+      for (int u = 0; u < kProfileSize; ++u) sum[u] += single.of(k)[u];
+    }
+    for (int u = 0; u < kProfileSize; ++u) sum[u] /= static_cast<float>(end - begin);
+  }
 }
 
 void TProfiles::addShifted(int station, float shift, float* sums) const {
@@ -185,19 +222,11 @@ void TProfiles::addShifted(int station, float shift, float* sums) const {
 }
 
 TAlignment alignProfiles(const TProfiles& profiles, TMemory* memory) {
-  TAlignment alignment(memory);
-  const auto count = static_cast<std::size_t>(profiles.count());
-  alignment.shift.assign(count, 0.0F);
-  alignment.likeness.assign(count, 1.0F);
-  alignment.depth.assign(count, 1.0F);
+  TAlignment alignment(profiles.count(), memory);
   TShiftChain chain(profiles.count(), memory);
-  for (int round = 0; round < kRounds; ++round) {
-    const TShape shape = meanOf(profiles, alignment);
-    for (int i = 0; i < profiles.count(); ++i)
-      alignment.depth[i] = compare(profiles.of(i), shape, chain.likenessOf(i));
-    chain.solve(alignment);
-  }
-  for (std::size_t i = 0; i < count; ++i) alignment.depth[i] *= alignment.likeness[i];
+  for (int round = 0; round < kRounds; ++round) alignTo(meanOf(profiles, alignment), profiles, chain, alignment);
+  alignFaintOnes(meanOf(profiles, alignment), profiles, chain, memory, alignment);
+  for (int i = 0; i < profiles.count(); ++i) alignment.depth[i] *= alignment.likeness[i];
   const TShape shape = meanOf(profiles, alignment);
   alignment.shape.assign(shape.values.begin(), shape.values.end());
   return alignment;

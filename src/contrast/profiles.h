@@ -12,6 +12,8 @@ inline constexpr int kProfileSize = 2 * kProfileReach + 1;
 class TProfiles {
 public:
   TProfiles(const TGreyView& view, const TCourse& course, TMemory* memory);
+  // Each with its neighbours, so many on either side: less noise, and less detail along the course.
+  TProfiles(const TProfiles& single, int reach, TMemory* memory);
 
   int count() const { return stations; }
   const float* of(int station) const {
@@ -28,7 +30,11 @@ private:
 
 // How far every station's seam lies from the course, and how much its profile is like the others.
 struct TAlignment {
-  explicit TAlignment(TMemory* memory) : shift(memory), likeness(memory), depth(memory), shape(memory) {}
+  TAlignment(int stations, TMemory* memory)
+      : shift(static_cast<std::size_t>(stations), 0.0F, memory),
+        likeness(static_cast<std::size_t>(stations), 1.0F, memory),
+        depth(static_cast<std::size_t>(stations), 1.0F, memory),
+        shape(memory) {}
   TList<float> shift;     // px
   TList<float> likeness;  // -1..1
   TList<float> depth;     // of the seam against the mean profile's: 1 as deep
