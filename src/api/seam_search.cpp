@@ -54,10 +54,11 @@ TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColu
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
-// What is found along the last stripe stands where it is near the last seam, and on as much stripe as before.
+// What is found along the last stripe stands where it is near the last seam, on as much stripe as before, and needs
+// nothing that lies farther from it.
 bool isTrusted(const TSearch& search, const TFound& found) {
   if (!found.seam.isFound || !search.isAutomatic()) return found.seam.isFound;
-  return static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
+  return !found.seam.isVague && static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
          !(seamDistance(found.seam.pos, search.memory.last.pos) > search.options.maxJumpPx);
 }
 
@@ -67,8 +68,9 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
 }
 
-// Of two profiles, the one that stands out more from a plate.
+// Of two seams the one whose ends are seen; of two profiles, the one that stands out more from a plate.
 bool isClearer(const TSeam& seam, const TSeam& other) {
+  if (seam.isVague != other.isVague) return other.isVague;
   return seam.profile && other.profile && seam.profile->score > other.profile->score;
 }
 

@@ -32,6 +32,12 @@ struct TLineMeasure {
   float confidence = 0.0F;
 };
 
+// The two ends that a seam lies between, read to a fraction of a column.
+struct TSeamEnds {
+  cv::Point2d left;
+  cv::Point2d right;
+};
+
 struct TSeam : TSeamValues {
   explicit TSeam(TMemory* memory) : stripePts(memory) {}
   explicit TSeam(TPoints points) : stripePts(std::move(points)) {}
@@ -39,7 +45,9 @@ struct TSeam : TSeamValues {
   TPoints stripePts;
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
   std::optional<TLineMeasure> line;    // where no stripe tells the seam
+  std::optional<TSeamEnds> ends;       // of lap and plate, where they are read so
   bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
+  bool isVague = false;   // a flare hides an end, and no stripe near it tells where it is
   bool isUnsure = false;  // another place may be it as well: counts once it repeats
 };
 
