@@ -168,13 +168,15 @@ struct TToldColumns {
 
 // Carries a plate on to its end under a flare, or cuts it off there: next to the table, else in the middle of it, for
 // an edge shines to both sides. The column; NaN where no flare hides the end.
-double moveIntoFlare(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares, bool isRight, TSeam& seam) {
+double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, TSeam& seam) {
   TPoints& plate = seam.stripePts;
   const float endX = isRight ? plate.back().x : plate.front().x;
-  const TFlare* const flare = flareAt(flares, static_cast<double>(endX));
-  if (flare == nullptr) return NAN;
-  const auto told = endUnderFlare(frame, *flare, stripe.points, {plate, isRight, stripe.widthPx});
-  seam.isVague = seam.isVague || !told;
+  const TEndOfPiece end{plate, isRight, stripe.widthPx};
+  const std::optional<TFlare> flare = flareBeyond(frame, end);
+  if (!flare) return NAN;
+  std::optional<double> told;
+  if (!seam.isFlush) told = endUnderFlare(frame, *flare, stripe.points, end);
+  seam.isVague = seam.isVague || (!seam.isFlush && !told);
   const double x = told.value_or(flare->middleX);
   const auto isOut = [&](cv::Point2f p) {
     return isRight ? static_cast<double>(p.x) > x : static_cast<double>(p.x) < x;
@@ -237,8 +239,8 @@ TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& 
   if (!seam.isFound || seam.stripePts.size() < kLeastBeyond || !havePlateEndsSupport(seam)) return seam;
   TToldColumns told = seam.ends ? TToldColumns{seam.ends->left.x, seam.ends->right.x} : TToldColumns();
   const TPoints seen(seam.stripePts, frame.memory);
-  const double inLeftFlare = moveIntoFlare(frame, stripe, flares, false, seam);
-  const double inRightFlare = moveIntoFlare(frame, stripe, flares, true, seam);
+  const double inLeftFlare = moveIntoFlare(frame, stripe, false, seam);
+  const double inRightFlare = moveIntoFlare(frame, stripe, true, seam);
   if (!std::isnan(inLeftFlare)) told.left = inLeftFlare;
   if (!std::isnan(inRightFlare)) told.right = inRightFlare;
   if (seam.stripePts.size() < kLeastBeyond) return TSeam(TPoints(stripe.points, frame.memory));

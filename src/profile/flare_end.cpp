@@ -14,7 +14,8 @@ constexpr float kBeyondPx = 100.0F;  // columns behind a flare that tell the str
 constexpr double kBesidePx = 6.0;    // rows from the line of the piece
 constexpr std::size_t kLeastBeside = 25;
 constexpr int kFarthestPx = 100;  // that a line is carried on
-constexpr int kMostDarkPx = 12;   // over what is not white
+constexpr int kMostDarkPx = 26;   // over what is not white
+constexpr double kReachPx = 12.0;  // that an end may lie beyond its flare
 
 // The stripe behind the flare, beside the line of the piece.
 TPoints neighbourOf(const TFrame& frame, const TFlare& flare, TPointView points, const TEndOfPiece& end) {
@@ -49,10 +50,16 @@ TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
 }  // namespace
 
 std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end) {
-  const TList<TFlare> flares = findFlares(frame, carriedOn(frame, end));
-  const TFlare* const flare =
-      flareAt(flares, static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x));
-  return flare != nullptr ? std::make_optional(*flare) : std::nullopt;
+  const auto endX = static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x);
+  std::optional<TFlare> nearest;
+  for (const TFlare& flare : findFlares(frame, carriedOn(frame, end))) {
+    const bool isBeyond = end.isRight ? static_cast<double>(flare.lastX) + kReachPx > endX
+                                      : static_cast<double>(flare.firstX) - kReachPx < endX;
+    const bool isNearer = !nearest || (end.isRight && flare.middleX < nearest->middleX) ||
+                          (!end.isRight && flare.middleX > nearest->middleX);
+    if (isBeyond && isNearer) nearest = flare;
+  }
+  return nearest;
 }
 
 std::optional<double> endUnderFlare(const TFrame& frame, const TFlare& flare, TPointView points, const TEndOfPiece& end) {
