@@ -1,6 +1,7 @@
 #include "api/own_rules.h"
 
 #include "detectors/gap.h"
+#include "stripe/break_path.h"
 #include "stripe/dark_break.h"
 #include "stripe/turn.h"
 #include "support/grey_image.h"
@@ -63,6 +64,16 @@ constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe 
                          "share of stripe points on one line",
                          TRule::atLeast};
 
+constexpr double kLeastPathLine = 1.0;   // of a break's line, in scatters, to be followed over frames
+constexpr double kMostOfBreak = 10.0;
+constexpr float kScoreOfHole = 6.0F;
+constexpr double kSurePath = 14.0;   // score of a place that many frames showed
+constexpr double kSureMargin = 1.3;  // over that of any other
+constexpr float kFollowPx = 12.0F;   // from the last seam
+constexpr double kLeastPath = 5.0;   // there,
+constexpr double kLeastShare = 0.5;  // over any other place
+constexpr double kNearFirst = 1e3;
+
 constexpr double kMostRival = 0.8;  // width of the next hole over that of the widest: more may be a lost stretch
 constexpr double kLeastRivalPx = 4.0;  // columns step by one, and by two or three in speckle
 constexpr double kSamePlacePx = 20.0;
@@ -91,6 +102,20 @@ int columnsGoingOn(TPointView points, const TLineHole& hole, const cv::Point2f* 
     last = p;
   }
   return last != nullptr ? static_cast<int>(std::abs(last->x - edge)) : 0;
+}
+
+// The steps between neighbouring centres of the line that are wider than from column to column.
+TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
+  const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;
+  TList<TLineHole> holes(frame.memory);
+  const cv::Point2f* last = nullptr;
+  for (const cv::Point2f& p : points) {
+    if (!(offLine(line, p) < tolerancePx)) continue;
+    if (last != nullptr && p.x - last->x > kTightHolePx)
+      holes.push_back({line.slope, line.intercept, truncToInt(last->x), truncToInt(p.x)});
+    last = &p;
+  }
+  return holes;
 }
 
 // Columns of the widest step between neighbouring centres of the line, but that of the hole.
@@ -237,23 +262,45 @@ TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found
                    : pos == TWeldPosType::right ? found.x + half
                                                 : found.x;
   seam.isFound = seam.isFlush = true;
-  seam.isUnsure = !found.isClear;
   seam.pos = cv::Point2f(static_cast<float>(x), 0.5F * ((next - 1)->y + next->y));
   return seam;
 }
 
-}  // namespace
+TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
+  TSeam seam(TPoints(stripe.points, frame.memory));
+  const TWeldPosType pos = frame.params.weldPosType;
+  const double x = pos == TWeldPosType::left    ? hole.leftX
+                   : pos == TWeldPosType::right ? hole.rightX
+                                                : 0.5 * (hole.leftX + hole.rightX);
+  seam.isFound = true;
+  seam.pos = cv::Point2f(cv::Point2d(x, hole.slope * hole.leftX + hole.intercept));
+  return seam;
+}
 
-TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  TLineHole hole;
+bool isTightAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& place) {
+  return !isInHole(stripe.points, place) && isStraightAcross(frame, stripe.points, place.x);
+}
+
+// What a frame shows of a gap.
+struct TGapSight {
+  TList<TDarkBreak> breaks;
+  TLineHole line;  // with the widest hole
+  TList<TLineHole> holes;
+};
+
+// By its breaks, else by its widest hole.
+TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TGapSight& sight) {
   const TGapSettings settings = TGapSettings::of(frame.params);
   const bool isTight = settings.minGapPx <= kTightGapPx;
   if (isTight) {
-    const auto found = findDarkBreak(frame, stripe);
-    const bool isGap =
-        found && !isInHole(stripe.points, *found) && isStraightAcross(frame, stripe.points, found->x);
-    if (isGap) return seamAt(frame, stripe, *found);
+    sight.breaks = findDarkBreaks(frame, stripe);
+    if (isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, stripe, sight.breaks[0])) {
+      TSeam seam = seamAt(frame, stripe, sight.breaks[0]);
+      seam.isUnsure = !isClearBreak(sight.breaks);
+      return seam;
+    }
   }
+  TLineHole& hole = sight.line;
   TSeam seam = findGapAt(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
   const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
@@ -262,6 +309,76 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
       isWide && isHole(frame, stripe, hole) && (isNearLast(seam, previous) || isUnique(frame, hole, next));
   if (!isGap) return TSeam(std::move(seam.stripePts));
   seam.isUnsure = next >= std::max(settings.minGapPx, kLeastRivalPx);
+  return seam;
+}
+
+// A place of this frame, and the seam that it would be.
+struct TPlace {
+  TBreakPlace place;
+  const TDarkBreak* dark = nullptr;
+  const TLineHole* hole = nullptr;
+};
+
+TList<TPlace> placesOf(const TFrame& frame, const TStripe& stripe, const TGapSight& sight) {
+  const TFrame quiet{frame.image, frame.params, frame.memory, {}};
+  TList<TPlace> places(frame.memory);
+  places.reserve(sight.breaks.size() + sight.holes.size());
+  for (const TDarkBreak& dark : sight.breaks) {
+    const bool isGap = dark.line >= kLeastPathLine && isTightAt(quiet, stripe, dark);
+    if (!isGap) continue;
+    const double score = std::min(dark.score, kMostOfBreak);
+    places.push_back(
+        {{static_cast<float>(dark.x), static_cast<float>(dark.columns), static_cast<float>(score)}, &dark});
+  }
+  for (const TLineHole& hole : sight.holes) {
+    const auto width = static_cast<float>(hole.rightX - hole.leftX);
+    const bool isGap = width >= TGapSettings::of(frame.params).minGapPx && isHole(quiet, stripe, hole);
+    if (!isGap) continue;
+    places.push_back({{0.5F * static_cast<float>(hole.leftX + hole.rightX), width, kScoreOfHole}, nullptr, &hole});
+  }
+  return places;
+}
+
+struct TKnownPlace {
+  const TPlace* place;
+  bool isUnsure;
+};
+
+// The place where the frames before had the seam, else that which many of them showed.
+std::optional<TKnownPlace> knownPlace(TView<TPlace> places, const TBreakPlaces& path, const TPrevious& previous) {
+  std::optional<TKnownPlace> best;
+  double highest = 0.0;
+  for (const TPlace& place : places) {
+    const TBreakScore score = scoreAt(path, place.place.x);
+    const bool isNear = previous.isFound && std::abs(place.place.x - previous.pos.x) <= kFollowPx &&
+                        (place.dark != nullptr) == previous.isFlush && score.here >= kLeastPath &&
+                        score.here >= kLeastShare * score.elsewhere;
+    const bool isRepeated = score.here >= kSurePath && score.here >= kSureMargin * score.elsewhere;
+    const double rank = score.here + (isNear ? kNearFirst : 0.0);
+    if (!(isNear || isRepeated) || rank <= highest) continue;
+    highest = rank;
+    best = TKnownPlace{&place, !isRepeated && previous.isUnsure};
+  }
+  return best;
+}
+
+}  // namespace
+
+TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TGapSight sight{TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
+  TSeam seam = findAlone(frame, stripe, previous, sight);
+  if (sight.line.rightX == 0) findGapAt({frame.image, frame.params, frame.memory, {}}, stripe, previous, sight.line);
+  if (sight.line.rightX > 0) sight.holes = holesOf(frame, stripe.points, sight.line);
+  const TList<TPlace> places = placesOf(frame, stripe, sight);
+  TList<TBreakPlace> seen(frame.memory);
+  std::transform(places.begin(), places.end(), std::back_inserter(seen), [](const TPlace& p) { return p.place; });
+  const TBreakPlaces path = follow(previous.places != nullptr ? *previous.places : TBreakPlaces(), seen);
+  if (const auto known = knownPlace(places, path, previous)) {
+    const TPlace& at = *known->place;
+    seam = at.dark != nullptr ? seamAt(frame, stripe, *at.dark) : seamAt(frame, stripe, *at.hole);
+    seam.isUnsure = known->isUnsure;
+  }
+  seam.places = path;
   return seam;
 }
 

@@ -64,8 +64,10 @@ bool isTrusted(const TSearch& search, const TFound& found) {
 
 TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
+  TPrevious unfound;
+  unfound.places = search.memory.last.places;
   const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
-  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
+  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, unfound);
 }
 
 // Of two seams the one whose ends are seen; of two profiles, the one that stands out more from a plate.
@@ -81,6 +83,7 @@ TFound searchFirst(const TSearch& search) {
   if (!search.isAutomatic() || !found.seam.isFound) return found;
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
+  stripe.places = search.memory.last.places;
   TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())}, {});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }
