@@ -65,7 +65,8 @@ constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe 
                          TRule::atLeast};
 
 constexpr double kLeastPathLine = 1.0;   // of a break's line, in scatters, to be followed over frames
-constexpr double kMostOfBreak = 10.0;
+constexpr double kLeastLine = 2.0;      // to be reported
+constexpr double kMostOfBreak = 6.0;
 constexpr float kScoreOfHole = 6.0F;
 constexpr double kSurePath = 14.0;   // score of a place that many frames showed
 constexpr double kSureMargin = 1.3;  // over that of any other
@@ -77,6 +78,9 @@ constexpr double kNearFirst = 1e3;
 constexpr double kMostRival = 0.8;  // width of the next hole over that of the widest: more may be a lost stretch
 constexpr double kLeastRivalPx = 4.0;  // columns step by one, and by two or three in speckle
 constexpr double kSamePlacePx = 20.0;
+
+constexpr TCheck kOtherKind{{17, TWeldOutcome::elementMissing, "gap", "a hole and a dark break take turns"},
+                            "gap of the same kind as in the last frame"};
 
 constexpr TCheck kUnique{{17, TWeldOutcome::elementMissing, "gap", "several gaps in the stripe"},
                          "width of the next gap over that of the widest",
@@ -294,11 +298,8 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   const bool isTight = settings.minGapPx <= kTightGapPx;
   if (isTight) {
     sight.breaks = findDarkBreaks(frame, stripe);
-    if (isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, stripe, sight.breaks[0])) {
-      TSeam seam = seamAt(frame, stripe, sight.breaks[0]);
-      seam.isUnsure = !isClearBreak(sight.breaks);
-      return seam;
-    }
+    const bool isGap = isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, stripe, sight.breaks[0]);
+    if (isGap) return seamAt(frame, stripe, sight.breaks[0]);
   }
   TLineHole& hole = sight.line;
   TSeam seam = findGapAt(frame, stripe, previous, hole);
@@ -339,6 +340,10 @@ TList<TPlace> placesOf(const TFrame& frame, const TStripe& stripe, const TGapSig
   return places;
 }
 
+bool isKnown(const TPrevious& previous) {
+  return previous.isFound || previous.isSearchedAnew;
+}
+
 struct TKnownPlace {
   const TPlace* place;
   bool isUnsure;
@@ -350,10 +355,12 @@ std::optional<TKnownPlace> knownPlace(TView<TPlace> places, const TBreakPlaces& 
   double highest = 0.0;
   for (const TPlace& place : places) {
     const TBreakScore score = scoreAt(path, place.place.x);
-    const bool isNear = previous.isFound && std::abs(place.place.x - previous.pos.x) <= kFollowPx &&
+    const bool isNear = isKnown(previous) && std::abs(place.place.x - previous.pos.x) <= kFollowPx &&
                         (place.dark != nullptr) == previous.isFlush && score.here >= kLeastPath &&
                         score.here >= kLeastShare * score.elsewhere;
     const bool isRepeated = score.here >= kSurePath && score.here >= kSureMargin * score.elsewhere;
+    const bool hasLine = place.dark == nullptr || place.dark->line >= kLeastLine;
+    if (!hasLine) continue;
     const double rank = score.here + (isNear ? kNearFirst : 0.0);
     if (!(isNear || isRepeated) || rank <= highest) continue;
     highest = rank;
@@ -377,6 +384,9 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
     const TPlace& at = *known->place;
     seam = at.dark != nullptr ? seamAt(frame, stripe, *at.dark) : seamAt(frame, stripe, *at.hole);
     seam.isUnsure = known->isUnsure;
+  } else if (seam.isFound && isKnown(previous) && seam.isFlush != previous.isFlush) {
+    frame.trace.holds(kOtherKind, false);
+    seam = TSeam(std::move(seam.stripePts));
   }
   seam.places = path;
   return seam;

@@ -66,6 +66,9 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
   TPrevious unfound;
   unfound.places = search.memory.last.places;
+  unfound.pos = search.memory.last.pos;
+  unfound.isFlush = search.memory.last.isFlush;
+  unfound.isSearchedAnew = search.memory.last.isFound;
   const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
   return attempt(search.quest, lookEverywhere(search.quest.frame), everything, unfound);
 }

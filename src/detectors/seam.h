@@ -73,6 +73,7 @@ struct TPrevious : TSeamValues {
   const TBreakPlaces* places = nullptr;
   bool isFlush = false;
   bool isUnsure = false;
+  bool isSearchedAnew = false;  // it was found, and the image is searched for it as if not
 };
 
 inline TWeldLineRes toLineRes(const TSeam& seam) {

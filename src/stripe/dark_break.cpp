@@ -41,8 +41,7 @@ constexpr double kMostOfLine = 8.0;
 constexpr std::size_t kMostPlaces = 6;
 
 constexpr double kLeastScore = 5.0;
-constexpr double kLeastMargin = 1.25;
-constexpr double kClearMargin = 1.5;
+constexpr double kLeastMargin = 1.5;  // of a single frame
 constexpr double kLeastLine = 2.5;
 
 constexpr TFailure kNoBreak{17, TWeldOutcome::elementMissing, "gap", "no dark break in the stripe"};
@@ -279,10 +278,6 @@ bool isDarkBreak(const TTrace& trace, TView<TDarkBreak> places) {
   return !places.empty() && trace.passes(kScore, places[0].score, kLeastScore) &&
          trace.passes(kLine, places[0].line, kLeastLine) &&
          trace.passes(kMarginCheck, marginOf(places), kLeastMargin);
-}
-
-bool isClearBreak(TView<TDarkBreak> places) {
-  return !places.empty() && marginOf(places) >= kClearMargin;
 }
 
 }  // namespace weld

@@ -24,7 +24,4 @@ TList<TDarkBreak> findDarkBreaks(const TFrame& frame, const TStripe& stripe);
 // it, or where the line is missing.
 bool isDarkBreak(const TTrace& trace, TView<TDarkBreak> places);
 
-// Whether it is ahead of any other place by far.
-bool isClearBreak(TView<TDarkBreak> places);
-
 }  // namespace weld
