@@ -68,10 +68,11 @@ constexpr double kLeastPathLine = 1.0;   // of a break's line, in scatters, to b
 constexpr double kLeastLine = 2.0;      // to be reported
 constexpr double kMostOfBreak = 6.0;
 constexpr float kScoreOfHole = 6.0F;
-constexpr double kSurePath = 14.0;   // score of a place that many frames showed
+constexpr double kSureBreak = 14.0;  // score of a place that many frames showed,
+constexpr double kSureHole = 18.0;   // as lost stretches may do for a few
 constexpr double kSureMargin = 1.3;  // over that of any other
 constexpr float kFollowPx = 12.0F;   // from the last seam
-constexpr double kLeastPath = 5.0;   // there,
+constexpr double kLeastPath = 8.0;   // there,
 constexpr double kLeastShare = 0.5;  // over any other place
 constexpr double kNearFirst = 1e3;
 
@@ -341,30 +342,25 @@ TList<TPlace> placesOf(const TFrame& frame, const TStripe& stripe, const TGapSig
 }
 
 bool isKnown(const TPrevious& previous) {
-  return previous.isFound || previous.isSearchedAnew;
+  return (previous.isFound && !previous.isOfThisFrame) || previous.isSearchedAnew;
 }
 
-struct TKnownPlace {
-  const TPlace* place;
-  bool isUnsure;
-};
-
 // The place where the frames before had the seam, else that which many of them showed.
-std::optional<TKnownPlace> knownPlace(TView<TPlace> places, const TBreakPlaces& path, const TPrevious& previous) {
-  std::optional<TKnownPlace> best;
+const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const TPrevious& previous) {
+  const TPlace* best = nullptr;
   double highest = 0.0;
   for (const TPlace& place : places) {
     const TBreakScore score = scoreAt(path, place.place.x);
     const bool isNear = isKnown(previous) && std::abs(place.place.x - previous.pos.x) <= kFollowPx &&
                         (place.dark != nullptr) == previous.isFlush && score.here >= kLeastPath &&
                         score.here >= kLeastShare * score.elsewhere;
-    const bool isRepeated = score.here >= kSurePath && score.here >= kSureMargin * score.elsewhere;
+    const bool isRepeated = score.here >= (place.dark != nullptr ? kSureBreak : kSureHole) && score.here >= kSureMargin * score.elsewhere;
     const bool hasLine = place.dark == nullptr || place.dark->line >= kLeastLine;
     if (!hasLine) continue;
     const double rank = score.here + (isNear ? kNearFirst : 0.0);
     if (!(isNear || isRepeated) || rank <= highest) continue;
     highest = rank;
-    best = TKnownPlace{&place, !isRepeated && previous.isUnsure};
+    best = &place;
   }
   return best;
 }
@@ -380,10 +376,8 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& pr
   TList<TBreakPlace> seen(frame.memory);
   std::transform(places.begin(), places.end(), std::back_inserter(seen), [](const TPlace& p) { return p.place; });
   const TBreakPlaces path = follow(previous.places != nullptr ? *previous.places : TBreakPlaces(), seen);
-  if (const auto known = knownPlace(places, path, previous)) {
-    const TPlace& at = *known->place;
-    seam = at.dark != nullptr ? seamAt(frame, stripe, *at.dark) : seamAt(frame, stripe, *at.hole);
-    seam.isUnsure = known->isUnsure;
+  if (const TPlace* const at = knownPlace(places, path, previous)) {
+    seam = at->dark != nullptr ? seamAt(frame, stripe, *at->dark) : seamAt(frame, stripe, *at->hole);
   } else if (seam.isFound && isKnown(previous) && seam.isFlush != previous.isFlush) {
     frame.trace.holds(kOtherKind, false);
     seam = TSeam(std::move(seam.stripePts));

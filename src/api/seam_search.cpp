@@ -87,6 +87,7 @@ TFound searchFirst(const TSearch& search) {
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
   stripe.places = search.memory.last.places;
+  stripe.isOfThisFrame = true;
   TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())}, {});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }

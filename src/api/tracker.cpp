@@ -200,7 +200,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   const bool isHeld = seam.state == TSeamState::held;
   std::swap(state->trace, trace);
   state->jumps = jumps;
-  if (found.seam.places.count > 0) state->places = found.seam.places;
+  state->places = found.seam.places;
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) {

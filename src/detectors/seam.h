@@ -61,8 +61,7 @@ struct TPrevious : TSeamValues {
         stripePts(seam.stripePts),
         profile(seam.profile ? &*seam.profile : nullptr),
         places(&seam.places),
-        isFlush(seam.isFlush),
-        isUnsure(seam.isUnsure) {}
+        isFlush(seam.isFlush) {}
   explicit TPrevious(const TWeldLineRes& line)
       : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
                     line.auxVal3, line.auxVal4, line.trackVal},
@@ -72,8 +71,8 @@ struct TPrevious : TSeamValues {
   const TProfileFit* profile = nullptr;
   const TBreakPlaces* places = nullptr;
   bool isFlush = false;
-  bool isUnsure = false;
   bool isSearchedAnew = false;  // it was found, and the image is searched for it as if not
+  bool isOfThisFrame = false;   // found in a first look at it
 };
 
 inline TWeldLineRes toLineRes(const TSeam& seam) {

@@ -56,7 +56,7 @@ TEST(EndOfLight, isReadBetweenColumnsPastHolesAndGrains) {
               cv::saturate_cast<unsigned char>(20.0 + light);
         }
         if (x > row.lastCentre) continue;
-        const cv::Point2d centre(isRight ? x : 280 - x, rowAt(x) + (x % 7 == 0 ? 2.0 : 0.0));
+        const cv::Point2d centre(isRight ? x : 280 - x, rowAt(x) + (x % 20 == 0 ? 5.0 : 0.0));
         centres.insert(isRight ? centres.end() : centres.begin(), cv::Point2f(centre));
       }
       const TWeldParams params;
@@ -75,14 +75,14 @@ TEST(StripeCurve, bendsOnlyWhereTheCentresShowABow) {
       const double row = 50.0 + 0.2 * x + bowPx * (1.0 - share * share) + grain(x, 1) - 0.5 + (x % 20 == 0 ? 9 : 0);
       points.emplace_back(static_cast<float>(x), static_cast<float>(row));
     }
-    const auto curve = fitStripeCurve(points, 300.0);
+    const auto curve = fitStripeCurve(points, 300.0, heapMemory());
     ASSERT_TRUE(curve);
     EXPECT_EQ(curve->c != 0.0, bowPx != 0.0);
     EXPECT_NEAR(curve->rowAt(300.0), 110.0, 0.3);
     EXPECT_NEAR(curve->slopeAt(300.0), 0.2 - bowPx / 75.0, 0.005);
   }
-  EXPECT_FALSE(fitStripeLine(TPoints(9, {1.0F, 2.0F}, heapMemory()), 0.0));
-  EXPECT_FALSE(fitStripeLine(TPoints(90, {1.0F, 2.0F}, heapMemory()), 0.0)) << "one column";
+  EXPECT_FALSE(fitStripeLine(TPoints(9, {1.0F, 2.0F}, heapMemory()), 0.0, heapMemory()));
+  EXPECT_FALSE(fitStripeLine(TPoints(90, {1.0F, 2.0F}, heapMemory()), 0.0, heapMemory())) << "one column";
 }
 
 }  // namespace
