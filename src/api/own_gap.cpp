@@ -64,7 +64,7 @@ constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe 
                          "share of stripe points on one line",
                          TRule::atLeast};
 
-constexpr double kLeastPathLine = 1.0;   // of a break's line, in scatters, to be followed over frames
+constexpr double kLeastPathLine = 1.0;  // of a break's line, in scatters, to be followed over frames
 constexpr double kLeastLine = 2.0;      // to be reported
 constexpr double kMostOfBreak = 6.0;
 constexpr float kScoreOfHole = 6.0F;
@@ -354,7 +354,8 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
     const bool isNear = isKnown(previous) && std::abs(place.place.x - previous.pos.x) <= kFollowPx &&
                         (place.dark != nullptr) == previous.isFlush && score.here >= kLeastPath &&
                         score.here >= kLeastShare * score.elsewhere;
-    const bool isRepeated = score.here >= (place.dark != nullptr ? kSureBreak : kSureHole) && score.here >= kSureMargin * score.elsewhere;
+    const bool isRepeated = score.here >= (place.dark != nullptr ? kSureBreak : kSureHole) &&
+                            score.here >= kSureMargin * score.elsewhere;
     const bool hasLine = place.dark == nullptr || place.dark->line >= kLeastLine;
     if (!hasLine) continue;
     const double rank = score.here + (isNear ? kNearFirst : 0.0);
@@ -370,7 +371,8 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
 TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   TGapSight sight{TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
   TSeam seam = findAlone(frame, stripe, previous, sight);
-  if (sight.line.rightX == 0) findGapAt({frame.image, frame.params, frame.memory, {}}, stripe, previous, sight.line);
+  if (sight.line.rightX == 0)
+    findGapAt({frame.image, frame.params, frame.memory, {}}, stripe, previous, sight.line);
   if (sight.line.rightX > 0) sight.holes = holesOf(frame, stripe.points, sight.line);
   const TList<TPlace> places = placesOf(frame, stripe, sight);
   TList<TBreakPlace> seen(frame.memory);

@@ -22,7 +22,7 @@ cv::Point2d seamPoint(const TSeamEnds& ends, TWeldPosType pos) {
 // By the light; under a flare next to the end of the other piece, or, where that is hidden too, in its middle.
 cv::Point2d endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece& end, TSeam& seam) {
   const std::optional<TFlare> flare = flareBeyond(frame, end);
-  if (!flare) return endOfLight(frame, end);
+  if (!flare) return endOfLight(frame, end).pos;
   const TSlopeLine line = lineAtEnd(frame, end);
   const auto told = endUnderFlare(frame, *flare, stripe.points, end);
   seam.isVague = seam.isVague || !told;

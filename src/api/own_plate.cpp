@@ -106,7 +106,8 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   seam.pos = {static_cast<float>(x), 0.5F * (start.y + end.y)};
   frame.trace.addTestedPoint(seam.pos);
   // Steps lie between two columns.
-  seam.ends = TSeamEnds{{ends.left + 0.5, static_cast<double>(start.y)}, {ends.right - 0.5, static_cast<double>(end.y)}};
+  seam.ends =
+      TSeamEnds{{ends.left + 0.5, static_cast<double>(start.y)}, {ends.right - 0.5, static_cast<double>(end.y)}};
   seam.isFlush = true;
   seam.isFound = frame.trace.passes(kWidth, std::sqrt(static_cast<double>(d.dot(d))), settings.minWidthPx);
   return seam;
@@ -166,8 +167,8 @@ struct TToldColumns {
   double right = NAN;
 };
 
-// Carries a plate on to its end under a flare, or cuts it off there: next to the table, else in the middle of it, for
-// an edge shines to both sides. The column; NaN where no flare hides the end.
+// Carries a plate on to its end under a flare, or cuts it off there: next to the table, else in the middle of it,
+// for an edge shines to both sides. The column; NaN where no flare hides the end.
 double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, TSeam& seam) {
   TPoints& plate = seam.stripePts;
   const float endX = isRight ? plate.back().x : plate.front().x;
@@ -212,7 +213,7 @@ TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevi
 //   plate  its left end, without what a flare hides
 void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TToldColumns& told, TSeam& seam) {
   const auto read = [&](const TEndOfPiece& end, double x) {
-    if (std::isnan(x)) return endOfLight(frame, end);
+    if (std::isnan(x)) return endOfLight(frame, end).pos;
     const TSlopeLine line = lineAtEnd(frame, end);
     return cv::Point2d(x, line.k * x + line.b);
   };

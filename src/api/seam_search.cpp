@@ -54,11 +54,12 @@ TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColu
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
-// What is found along the last stripe stands where it is near the last seam, on as much stripe as before, and needs
-// nothing that lies farther from it.
+// What is found along the last stripe stands where it is near the last seam, on as much stripe as before, and
+// needs nothing that lies farther from it.
 bool isTrusted(const TSearch& search, const TFound& found) {
   if (!found.seam.isFound || !search.isAutomatic()) return found.seam.isFound;
-  return !found.seam.isVague && static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
+  return !found.seam.isVague &&
+         static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
          !(seamDistance(found.seam.pos, search.memory.last.pos) > search.options.maxJumpPx);
 }
 

@@ -242,7 +242,8 @@ const TFrameTrace& TWeldTracker::lastTrace() const {
 std::string TWeldTracker::memory() const {
   const TState& s = *state;
   return weld::memoryBytes(
-      {s.last, s.lastProfile, s.wasFlush, s.places, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames}, s.forms());
+      {s.last, s.lastProfile, s.wasFlush, s.places, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames},
+      s.forms());
 }
 
 bool TWeldTracker::setMemory(std::string_view bytes) {

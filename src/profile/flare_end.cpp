@@ -13,8 +13,8 @@ namespace {
 constexpr float kBeyondPx = 100.0F;  // columns behind a flare that tell the stripe beside it
 constexpr double kBesidePx = 6.0;    // rows from the line of the piece
 constexpr std::size_t kLeastBeside = 25;
-constexpr int kFarthestPx = 100;  // that a line is carried on
-constexpr int kMostDarkPx = 26;   // over what is not white
+constexpr int kFarthestPx = 100;   // that a line is carried on
+constexpr int kMostDarkPx = 26;    // over what is not white
 constexpr double kReachPx = 12.0;  // that an end may lie beyond its flare
 
 // The stripe behind the flare, beside the line of the piece.
@@ -43,7 +43,8 @@ TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
     dark = isLit ? 0 : dark + 1;
     if (isLit) points.emplace_back(static_cast<float>(x), static_cast<float>(row));
   }
-  if (!end.isRight) std::sort(points.begin(), points.end(), [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
+  if (!end.isRight)
+    std::sort(points.begin(), points.end(), [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
   return points;
 }
 
@@ -62,13 +63,16 @@ std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end) {
   return nearest;
 }
 
-std::optional<double> endUnderFlare(const TFrame& frame, const TFlare& flare, TPointView points, const TEndOfPiece& end) {
+std::optional<double> endUnderFlare(const TFrame& frame, const TFlare& flare, TPointView points,
+                                    const TEndOfPiece& end) {
+  const int columns = roundToInt(static_cast<double>(flare.lastX - flare.firstX));
+  const TLitEnd own = endOfLight(frame, {end.piece, end.isRight, end.widthPx, end.reachPx + columns});
+  if (own.isSharp) return own.pos.x;
   const TPoints beside = neighbourOf(frame, flare, points, end);
   if (beside.size() < kLeastBeside) return std::nullopt;
-  const int columns = roundToInt(static_cast<double>(flare.lastX - flare.firstX));
   const TEndOfPiece other{beside, !end.isRight, end.widthPx, columns};
   if (drowns(flare, lineAtEnd(frame, other))) return std::nullopt;
-  const double x = endOfLight(frame, other).x + (end.isRight ? -1.0 : 1.0);
+  const double x = endOfLight(frame, other).pos.x + (end.isRight ? -1.0 : 1.0);
   const bool isUnder = x >= static_cast<double>(flare.firstX) && x <= static_cast<double>(flare.lastX);
   return isUnder ? std::make_optional(x) : std::nullopt;
 }

@@ -7,7 +7,7 @@ namespace weld {
 
 namespace {
 
-constexpr float kReachPx = 8.0F;      // from frame to frame
+constexpr float kReachPx = 8.0F;  // from frame to frame
 constexpr float kWidthReachPx = 4.0F;
 constexpr float kFading = 0.8F;
 constexpr float kForgotten = 2.0F;

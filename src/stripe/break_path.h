@@ -1,5 +1,5 @@
-// Places where a stripe may break, followed from frame to frame: speckle and lost stretches are new in every frame,
-// a gap is not.
+// Places where a stripe may break, followed from frame to frame: speckle and lost stretches are new in every
+// frame, a gap is not.
 #pragma once
 
 #include "support/view.h"
@@ -24,8 +24,8 @@ struct TBreakPlaces {
   TView<TBreakPlace> view() const { return {all.data(), static_cast<std::size_t>(count)}; }
 };
 
-// The places of a frame after those of the frames before: one of nearly the same place and width adds to the score,
-// which fades from frame to frame.
+// The places of a frame after those of the frames before: one of nearly the same place and width adds to the
+// score, which fades from frame to frame.
 TBreakPlaces follow(const TBreakPlaces& before, TView<TBreakPlace> seen);
 
 // Score of the place at that column, and the highest one elsewhere; 0 without any.

@@ -11,16 +11,16 @@ namespace weld {
 namespace {
 
 constexpr int kPasses = 4;
-constexpr double kFirstOffPx = 6.0;  // from the rough line
+constexpr double kFirstOffPx = 6.0;   // from the rough line
 constexpr double kLeastOffPx = 0.75;  // that a centre may lie off
 constexpr double kOffScatters = 2.5;
 constexpr double kLeastCentres = 10.0;
-constexpr double kUnitPx = 100.0;     // of dx in the equations
-constexpr double kAlike = 3.0;        // neighbours that scatter as one
-constexpr double kBowSigmas = 4.0;    // that show a bow
+constexpr double kUnitPx = 100.0;      // of dx in the equations
+constexpr double kAlike = 3.0;         // neighbours that scatter as one
+constexpr double kBowSigmas = 4.0;     // that show a bow
 constexpr double kLeastBowed = 100.0;  // px that tell a bow,
 constexpr double kMostBeyond = 0.25;   // which goes on so far, in lengths
-constexpr double kBowSpread = 3.354;  // of a bow of pure scatter, over that of a mean
+constexpr double kBowSpread = 3.354;   // of a bow of pure scatter, over that of a mean
 
 struct TExtent {
   double first = HUGE_VAL;

@@ -16,7 +16,7 @@ struct TStripeCurve {
   double noisePx = 0.0;  // root mean square of the centres about it
   double lengthPx = 0.0;
   double beyondPx = 0.0;  // from these to the origin
-  double count = 0.0;  // of these centres
+  double count = 0.0;     // of these centres
 
   double rowAt(double x) const {
     const double dx = x - originX;

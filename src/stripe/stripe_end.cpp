@@ -13,20 +13,26 @@ namespace {
 
 constexpr std::size_t kLineCentres = 300;
 
-constexpr int kInside = 30;  // columns that tell the brightness of the piece
-constexpr int kEdge = 6;     // of which the last may be the edge already
+constexpr int kInside = 30;           // columns that tell the brightness of the piece
+constexpr int kEdge = 6;              // of which the last may be the edge already
 constexpr double kLeastHalfPx = 2.0;  // rows of a column's light on either side of the line
 constexpr double kMostHalfPx = 12.0;
 constexpr int kClearPx = 3;  // from these to the surroundings
 constexpr int kAroundRows = 4;
-constexpr double kLeastLight = 4.0;    // mean grey level of a column over its surroundings
-constexpr double kFullShare = 0.5;     // of the light inside: what is lit
+constexpr double kLeastLight = 4.0;  // mean grey level of a column over its surroundings
+constexpr double kFullShare = 0.5;   // of the light inside: what is lit
+constexpr double kSharpShare = 0.7;
 constexpr double kDarkWeight = 0.6;     // of a dark column against a lit one: a rest behind a hole is stripe, too
-constexpr double kUsualScatters = 2.5; // speckle
+constexpr double kUsualScatters = 2.5;  // speckle
 
 TPointView centresNear(const TEndOfPiece& end) {
   const std::size_t count = std::min(end.piece.size(), kLineCentres);
   return end.piece.part(end.isRight ? end.piece.size() - count : 0, count);
+}
+
+// Of the last centre: smoothing moves it off the middle of its column.
+int lastColumn(const TEndOfPiece& end) {
+  return roundToInt(static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x));
 }
 
 // The light of the columns about an end, one after the other on the way out; the last centre is at kInside.
@@ -48,15 +54,14 @@ private:
 
 TColumnsOfLight::TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line)
     : light(frame.memory) {
-  const cv::Point2f last = end.isRight ? end.piece.back() : end.piece.front();
   const int way = end.isRight ? 1 : -1;
   const int half = roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx));
   const int far = half + kClearPx + kAroundRows;
-  const int middle = roundToInt(static_cast<double>(last.x));
+  const int middle = lastColumn(end);
   const int reach = kInside + end.reachPx;
   const double rise = std::abs(line.k) * reach;
-  const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far,
-                       2 * reach + 1, roundToInt(2.0 * rise) + 2 * far + 1);
+  const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far, 2 * reach + 1,
+                       roundToInt(2.0 * rise) + 2 * far + 1);
   const cv::Rect part = about & cv::Rect({0, 0}, frame.image.size());
   light.assign(static_cast<std::size_t>(reach + 1), 0.0);
   if (part.empty()) return;
@@ -116,17 +121,18 @@ TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end) {
   return {line->k, line->a - line->k * originX};
 }
 
-cv::Point2d endOfLight(const TFrame& frame, const TEndOfPiece& end) {
+TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end) {
   const TSlopeLine line = lineAtEnd(frame, end);
   const TColumnsOfLight light(frame, end, line);
-  const auto centreX = static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x);
   double beyond = 0.0;
+  bool isSharp = false;
   if (light.inside() >= kLeastLight) {
     const int last = lastLit(light);
     beyond = last - kInside + shareBeyond(light, last);
+    isSharp = last + 2 < light.count() && light.at(last) - light.at(last + 2) > kSharpShare * light.inside();
   }
-  const double x = centreX + (end.isRight ? beyond : -beyond);
-  return {x, line.k * x + line.b};
+  const double x = lastColumn(end) + (end.isRight ? beyond : -beyond);
+  return {{x, line.k * x + line.b}, isSharp};
 }
 
 }  // namespace weld

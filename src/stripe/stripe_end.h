@@ -22,6 +22,10 @@ TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end);
 // a column counts by its share of the light inside, so that an edge which falls within a
 // column, or which the lens has blurred, is read between two. The last centre where the piece is too dim or too
 // short to be measured.
-cv::Point2d endOfLight(const TFrame& frame, const TEndOfPiece& end);
+struct TLitEnd {
+  cv::Point2d pos;
+  bool isSharp = false;  // most of the light ends within two columns: no flare does
+};
+TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end);
 
 }  // namespace weld

@@ -60,7 +60,7 @@ TEST(EndOfLight, isReadBetweenColumnsPastHolesAndGrains) {
         centres.insert(isRight ? centres.end() : centres.begin(), cv::Point2f(centre));
       }
       const TWeldParams params;
-      const cv::Point2d end = endOfLight(heapFrame(image, params), {centres, isRight, 9.0});
+      const cv::Point2d end = endOfLight(heapFrame(image, params), {centres, isRight, 9.0}).pos;
       EXPECT_NEAR(isRight ? end.x : 280.0 - end.x, row.endX, row.tolerancePx) << row.name << isRight;
       EXPECT_NEAR(end.y, rowAt(row.endX), 0.3) << row.name << isRight;
     }
@@ -72,7 +72,8 @@ TEST(StripeCurve, bendsOnlyWhereTheCentresShowABow) {
     TPoints points(heapMemory());
     for (int x = 0; x < 300; ++x) {
       const double share = (x - 150) / 150.0;
-      const double row = 50.0 + 0.2 * x + bowPx * (1.0 - share * share) + grain(x, 1) - 0.5 + (x % 20 == 0 ? 9 : 0);
+      const double row =
+          50.0 + 0.2 * x + bowPx * (1.0 - share * share) + grain(x, 1) - 0.5 + (x % 20 == 0 ? 9 : 0);
       points.emplace_back(static_cast<float>(x), static_cast<float>(row));
     }
     const auto curve = fitStripeCurve(points, 300.0, heapMemory());
