@@ -17,11 +17,12 @@ constexpr int kInside = 30;           // columns that tell the brightness of the
 constexpr int kEdge = 6;              // of which the last may be the edge already
 constexpr double kLeastHalfPx = 2.0;  // rows of a column's light on either side of the line
 constexpr double kMostHalfPx = 12.0;
-constexpr int kClearPx = 3;  // from these to the surroundings
+constexpr int kClearPx =
+    3;  // from these to the surroundings: the darkest rows as far again, for flare widens a stripe
 constexpr int kAroundRows = 4;
 constexpr double kLeastLight = 4.0;  // mean grey level of a column over its surroundings
 constexpr double kFullShare = 0.5;   // of the light inside: what is lit
-constexpr double kSharpShare = 0.7;
+constexpr double kSharpShare = 0.5;
 constexpr double kDarkWeight = 0.6;     // of a dark column against a lit one: a rest behind a hole is stripe, too
 constexpr double kUsualScatters = 2.5;  // speckle
 
@@ -56,7 +57,7 @@ TColumnsOfLight::TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, co
     : light(frame.memory) {
   const int way = end.isRight ? 1 : -1;
   const int half = roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx));
-  const int far = half + kClearPx + kAroundRows;
+  const int far = 2 * half + kClearPx + 2 * kAroundRows;
   const int middle = lastColumn(end);
   const int reach = kInside + end.reachPx;
   const double rise = std::abs(line.k) * reach;
@@ -77,9 +78,11 @@ TColumnsOfLight::TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, co
       for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
       return sum / (to - from + 1);
     };
-    const double above = meanOf(row - far, row - far + kAroundRows - 1);
-    const double below = meanOf(row + far - kAroundRows + 1, row + far);
-    light[static_cast<std::size_t>(i)] = meanOf(row - half, row + half) - std::min(above, below);
+    double around = HUGE_VAL;
+    for (int d = half + kClearPx; d + kAroundRows <= far + 1; d += kAroundRows)
+      around = std::min(
+          {around, meanOf(row - d - kAroundRows + 1, row - d), meanOf(row + d, row + d + kAroundRows - 1)});
+    light[static_cast<std::size_t>(i)] = meanOf(row - half, row + half) - around;
   }
   TList<double> inner(light.begin(), light.begin() + kInside - kEdge, frame.memory);
   level = medianOf(inner);

@@ -24,7 +24,7 @@ TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end);
 // short to be measured.
 struct TLitEnd {
   cv::Point2d pos;
-  bool isSharp = false;  // most of the light ends within two columns: no flare does
+  bool isSharp = false;  // half of the light ends within two columns: no flare does
 };
 TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end);
 
