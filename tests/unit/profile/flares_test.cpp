@@ -63,7 +63,11 @@ TEST(FlareEnd, liesNextToWhereTheStripeBesideItBegins) {
     cv::Mat image(260, 600, CV_8UC1, cv::Scalar(10));
     cv::rectangle(image, {50, 96, 251, 9}, 150, cv::FILLED);
     cv::rectangle(image, {301, row.tableY - 4, 250, 9}, 150, cv::FILLED);
-    cv::ellipse(image, row.flare, {25, 25}, 0, 0, 360, 255, cv::FILLED);
+    cv::Mat light(image.size(), CV_32FC1, cv::Scalar(0));
+    cv::circle(light, row.flare, 27, 600.0, cv::FILLED);
+    cv::GaussianBlur(light, light, {}, 8.0);
+    light.convertTo(light, CV_8U);
+    image = cv::max(image, light);
     TPoints plate(heapMemory());
     for (int x = 50; x < 262; ++x) plate.emplace_back(static_cast<float>(x), 100.0F);
     TPoints all = plate;
