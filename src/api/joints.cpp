@@ -44,6 +44,7 @@ TJointRules gapRules() {
 
 TJointRules lapRules() {
   TJointRules rules = rulesOf(findLap, measureLap);
+  rules.findOwn = findOwnLap;
   rules.rivalOf = rivalOfLap;
   rules.looksLike = "the stripe looks like a lap";
   return rules;

@@ -135,10 +135,11 @@ bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
   const auto right = sideOf(rightOf(points, beyond->x));
   if (!left || !right) return false;
   setBase(m, *left, *right);
-  const double leftX = static_cast<double>(left->points.back().x);
-  const double rightX = static_cast<double>(right->points.front().x);
-  const cv::Point2d leftEnd(leftX, left->rowAt(leftX));
-  const cv::Point2d rightEnd(rightX, right->rowAt(rightX));
+  const auto endAt = [](const TSide& side, cv::Point2f p) {
+    return cv::Point2d(static_cast<double>(p.x), side.rowAt(static_cast<double>(p.x)));
+  };
+  const cv::Point2d leftEnd = seam.ends ? seam.ends->left : endAt(*left, left->points.back());
+  const cv::Point2d rightEnd = seam.ends ? seam.ends->right : endAt(*right, right->points.front());
   const cv::Point2d across = rightEnd - leftEnd;
   const cv::Point2d base(1.0, 0.5 * (left->k + right->k));
   const double length = std::sqrt(base.dot(base));
@@ -217,10 +218,11 @@ bool measureCorner(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m)
 bool measurePlate(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) {
   const auto all = sideOf(seam.stripePts);
   if (!all) return false;
-  const double leftX = static_cast<double>(seam.stripePts.front().x);
-  const double rightX = static_cast<double>(seam.stripePts.back().x);
-  const cv::Point2d left(leftX, all->rowAt(leftX));
-  const cv::Point2d right(rightX, all->rowAt(rightX));
+  const auto endAt = [&](cv::Point2f p) {
+    return cv::Point2d(static_cast<double>(p.x), all->rowAt(static_cast<double>(p.x)));
+  };
+  const cv::Point2d left = seam.ends ? seam.ends->left : endAt(seam.stripePts.front());
+  const cv::Point2d right = seam.ends ? seam.ends->right : endAt(seam.stripePts.back());
   m.widthPx = std::sqrt((right - left).dot(right - left));
   m.baseAngleDeg = all->angleDeg();
   m.points.reserve(2);

@@ -1,7 +1,9 @@
 #include "api/own_rules.h"
 
 #include "detectors/corner.h"
+#include "profile/flares.h"
 #include "stripe/longest_piece.h"
+#include "stripe/stripe_curve.h"
 #include "stripe/turn.h"
 #include "support/arc_tangent.h"
 #include "support/column_status.h"
@@ -21,6 +23,12 @@ constexpr float kFarPx = 260.0F;
 constexpr double kLeastTurnShare = 0.55;  // a curve bends between its flanks, a corner at their crossing
 constexpr double kLeastTurnDeg = 5.0;     // less is noise over so few columns
 constexpr int kMostBridged = 27;          // columns from a centre to the next
+
+constexpr double kFlankReachPx = 8.0;  // of a bowed flank's centres from its line
+constexpr float kBowReachPx = 640.0F;  // columns beside a corner that tell its flanks,
+constexpr float kRoundPx = 4.0F;       // but for these, where flare rounds it
+constexpr int kSteps = 4;
+constexpr double kMostMovePx = 12.0;
 
 constexpr TCheck kBend{{37, TWeldOutcome::fitTooWeak, "corner", "the flanks cross where the stripe does not bend"},
                        "bend of the stripe at the corner over that of its flanks",
@@ -73,6 +81,36 @@ bool bends(const TFrame& frame, TPointView points, float x) {
           frame.trace.passes(kTurn, std::min(*near, *far), kLeastTurnDeg));
 }
 
+// The centres of a flank between two columns.
+TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& flank, float fromX, float toX) {
+  TPoints on(frame.memory);
+  for (const cv::Point2f p : points) {
+    const double off = flank.k * static_cast<double>(p.x) + flank.b - static_cast<double>(p.y);
+    if (p.x >= fromX && p.x <= toX && std::abs(off) <= kFlankReachPx) on.push_back(p);
+  }
+  return on;
+}
+
+// The crossing of the flanks once more, by centres to a fraction of a row and with the bow of the flanks.
+void refineCrossing(const TFrame& frame, const TStripe& stripe, TSeam& seam) {
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
+  const TPointView points = rest ? rest->points : stripe.points;
+  const float x0 = seam.pos.x;
+  const TPoints leftPoints =
+      flankBetween(frame, points, {seam.auxVal1, seam.auxVal2}, x0 - kBowReachPx, x0 - kRoundPx);
+  const TPoints rightPoints =
+      flankBetween(frame, points, {seam.auxVal3, seam.auxVal4}, x0 + kRoundPx, x0 + kBowReachPx);
+  const auto originX = static_cast<double>(x0);
+  const auto left = fitStripeCurve(leftPoints, originX, frame.memory);
+  const auto right = fitStripeCurve(rightPoints, originX, frame.memory);
+  if (!left || !right) return;
+  double x = originX;
+  for (int step = 0; step < kSteps; ++step)
+    x -= (right->rowAt(x) - left->rowAt(x)) / guardDivisor(right->slopeAt(x) - left->slopeAt(x));
+  if (!(std::abs(x - originX) <= kMostMovePx)) return;
+  seam.pos = cv::Point2f(cv::Point2d(x, 0.5 * (left->rowAt(x) + right->rowAt(x))));
+}
+
 }  // namespace
 
 TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
@@ -83,8 +121,9 @@ TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious&
     if (whole) seam = findCorner(frame.inWay("over short holes"), *whole, previous);
   }
   if (!seam.isFound) return seam;
-  if (bends(frame, stripe.points, seam.pos.x)) return seam;
-  return TSeam(std::move(seam.stripePts));
+  if (!bends(frame, stripe.points, seam.pos.x)) return TSeam(std::move(seam.stripePts));
+  refineCrossing(frame, stripe, seam);
+  return seam;
 }
 
 }  // namespace weld

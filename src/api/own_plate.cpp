@@ -1,7 +1,7 @@
 #include "api/own_rules.h"
 
 #include "detectors/plate.h"
-#include "profile/flares.h"
+#include "profile/flare_end.h"
 #include "stripe/flush_edges.h"
 #include "support/arc_tangent.h"
 #include "support/line_math.h"
@@ -105,6 +105,9 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   const double x = pos == TWeldPosType::left ? ends.left : pos == TWeldPosType::right ? ends.right : middle;
   seam.pos = {static_cast<float>(x), 0.5F * (start.y + end.y)};
   frame.trace.addTestedPoint(seam.pos);
+  // Steps lie between two columns.
+  seam.ends =
+      TSeamEnds{{ends.left + 0.5, static_cast<double>(start.y)}, {ends.right - 0.5, static_cast<double>(end.y)}};
   seam.isFlush = true;
   seam.isFound = frame.trace.passes(kWidth, std::sqrt(static_cast<double>(d.dot(d))), settings.minWidthPx);
   return seam;
@@ -158,17 +161,32 @@ bool hasEnds(const TFrame& frame, const TStripe& stripe, const TSeam& seam) {
          (pos == TWeldPosType::left || isEnd(frame, stripe, seam, true));
 }
 
-// Moves an end that a flare hides into the middle of it: an edge shines to both sides. Whether one does.
-bool moveIntoFlare(TPointView stripe, TView<TFlare> flares, bool isRight, TPoints& plate) {
+// Columns of ends that something else than the last lit column tells; NaN: nothing does.
+struct TToldColumns {
+  double left = NAN;
+  double right = NAN;
+};
+
+// Carries a plate on to its end under a flare, or cuts it off there: next to the table, else in the middle of it,
+// for an edge shines to both sides. The column; NaN where no flare hides the end.
+double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, TSeam& seam) {
+  TPoints& plate = seam.stripePts;
   const float endX = isRight ? plate.back().x : plate.front().x;
-  const TFlare* const flare = flareAt(flares, static_cast<double>(endX));
-  if (flare == nullptr) return false;
-  const auto middle = static_cast<float>(flare->middleX);
-  const auto isOut = [&](cv::Point2f p) { return isRight ? p.x > middle : p.x < middle; };
+  const TEndOfPiece end{plate, isRight, stripe.widthPx};
+  const std::optional<TFlare> flare = flareBeyond(frame, end);
+  if (!flare) return NAN;
+  std::optional<double> told;
+  if (!seam.isFlush) told = endUnderFlare(frame, *flare, stripe.points, end);
+  seam.isVague = seam.isVague || (!seam.isFlush && !told);
+  const double x = told.value_or(flare->middleX);
+  const auto isOut = [&](cv::Point2f p) {
+    return isRight ? static_cast<double>(p.x) > x : static_cast<double>(p.x) < x;
+  };
   const auto isNew = [&](cv::Point2f p) { return !isOut(p) && (isRight ? p.x > endX : p.x < endX); };
   plate.erase(std::remove_if(plate.begin(), plate.end(), isOut), plate.end());
-  std::copy_if(stripe.begin(), stripe.end(), std::inserter(plate, isRight ? plate.end() : plate.begin()), isNew);
-  return true;
+  std::copy_if(stripe.points.begin(), stripe.points.end(),
+               std::inserter(plate, isRight ? plate.end() : plate.begin()), isNew);
+  return x;
 }
 
 TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
@@ -191,6 +209,24 @@ TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevi
   return seam;
 }
 
+// The ends by the light, but for those whose column a flare or a change of the light tells.
+//   plate  its left end, without what a flare hides
+void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TToldColumns& told, TSeam& seam) {
+  const auto read = [&](const TEndOfPiece& end, double x) {
+    if (std::isnan(x)) return endOfLight(frame, end).pos;
+    const TSlopeLine line = lineAtEnd(frame, end);
+    return cv::Point2d(x, line.k * x + line.b);
+  };
+  const TSeamEnds ends{read(plate, told.left), read({plate.piece, true, plate.widthPx}, told.right)};
+  const TWeldPosType pos = frame.params.weldPosType;
+  const cv::Point2d middle = 0.5 * (ends.left + ends.right);
+  const double x = pos == TWeldPosType::left ? ends.left.x : pos == TWeldPosType::right ? ends.right.x : middle.x;
+  seam.pos = cv::Point2f(cv::Point2d(x, middle.y));
+  seam.auxVal1 = seam.auxVal3 = (ends.right.y - ends.left.y) / guardDivisor(ends.right.x - ends.left.x);
+  seam.auxVal2 = seam.auxVal4 = ends.left.y - ends.left.x * seam.auxVal1;
+  seam.ends = ends;
+}
+
 }  // namespace
 
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
@@ -200,17 +236,16 @@ TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& 
     flare.lastX += kHaloPerRadius * static_cast<float>(flare.radiusPx);
   }
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
-  if (!rest) return findPlateWithEnds(frame, stripe, previous);
-  TSeam seam = findPlateWithEnds(frame, *rest, previous);
-  if (!seam.isFound || seam.stripePts.size() < kLeastBeyond) return seam;
-  const bool isLeftHidden = moveIntoFlare(stripe.points, flares, false, seam.stripePts);
-  const bool isRightHidden = moveIntoFlare(stripe.points, flares, true, seam.stripePts);
-  if (seam.stripePts.empty()) return TSeam(TPoints(stripe.points, frame.memory));
-  const float left = seam.stripePts.front().x;
-  const float right = seam.stripePts.back().x;
-  const TWeldPosType pos = frame.params.weldPosType;
-  const float x = pos == TWeldPosType::left ? left : pos == TWeldPosType::right ? right : 0.5F * (left + right);
-  if (isLeftHidden || isRightHidden) seam.pos.x = x;
+  TSeam seam = findPlateWithEnds(frame, rest ? *rest : stripe, previous);
+  if (!seam.isFound || seam.stripePts.size() < kLeastBeyond || !havePlateEndsSupport(seam)) return seam;
+  TToldColumns told = seam.ends ? TToldColumns{seam.ends->left.x, seam.ends->right.x} : TToldColumns();
+  const TPoints seen(seam.stripePts, frame.memory);
+  const double inLeftFlare = moveIntoFlare(frame, stripe, false, seam);
+  const double inRightFlare = moveIntoFlare(frame, stripe, true, seam);
+  if (!std::isnan(inLeftFlare)) told.left = inLeftFlare;
+  if (!std::isnan(inRightFlare)) told.right = inRightFlare;
+  if (seam.stripePts.size() < kLeastBeyond) return TSeam(TPoints(stripe.points, frame.memory));
+  readEnds(frame, {seen, false, stripe.widthPx}, told, seam);
   return seam;
 }
 

@@ -10,9 +10,12 @@ namespace weld {
 // and a hole of columns without a centre from 5 px on.
 TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
 
-// A plate. One that lies flush with its table, on a stripe that is one straight line, begins and ends where the
-// light of the stripe changes by a factor of 1.8 or more: between two opposite changes; of a single change the
-// position left takes it for the left end, right for the right one.
+// A lap, its ends read to a fraction of a column.
+TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
+
+// A plate, its ends read to a fraction of a column. One that lies flush with its table, on a stripe that is one
+// straight line, begins and ends where the light of the stripe changes by a factor of 1.8 or more: between two
+// opposite changes; of a single change the position left takes it for the left end, right for the right one.
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
 
 // A corner. Refused where the flanks cross, but the stripe beside the crossing does not bend as they do.

@@ -54,21 +54,29 @@ TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColu
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
-// What is found along the last stripe stands where it is near the last seam, and on as much stripe as before.
+// What is found along the last stripe stands where it is near the last seam, on as much stripe as before, and
+// needs nothing that lies farther from it.
 bool isTrusted(const TSearch& search, const TFound& found) {
   if (!found.seam.isFound || !search.isAutomatic()) return found.seam.isFound;
-  return static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
+  return !found.seam.isVague &&
+         static_cast<int>(found.seam.stripePts.size()) >= shareOf(search.memory.columns, kWholeShare) &&
          !(seamDistance(found.seam.pos, search.memory.last.pos) > search.options.maxJumpPx);
 }
 
 TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
+  TPrevious unfound;
+  unfound.places = search.memory.last.places;
+  unfound.pos = search.memory.last.pos;
+  unfound.isFlush = search.memory.last.isFlush;
+  unfound.isSearchedAnew = search.memory.last.isFound;
   const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
-  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, {});
+  return attempt(search.quest, lookEverywhere(search.quest.frame), everything, unfound);
 }
 
-// Of two profiles, the one that stands out more from a plate.
+// Of two seams the one whose ends are seen; of two profiles, the one that stands out more from a plate.
 bool isClearer(const TSeam& seam, const TSeam& other) {
+  if (seam.isVague != other.isVague) return other.isVague;
   return seam.profile && other.profile && seam.profile->score > other.profile->score;
 }
 
@@ -79,6 +87,8 @@ TFound searchFirst(const TSearch& search) {
   if (!search.isAutomatic() || !found.seam.isFound) return found;
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
+  stripe.places = search.memory.last.places;
+  stripe.isOfThisFrame = true;
   TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())}, {});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);
 }

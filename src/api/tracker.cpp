@@ -57,6 +57,7 @@ struct TWeldTracker::TState {
   TWeldLineRes last;  // the last good seam as long as it is held, else the last result
   std::optional<weld::TProfileFit> lastProfile;
   bool wasFlush = false;
+  weld::TBreakPlaces places;
   int bestColumns = 0;      // of the results of the recent frames
   int edgePairColumns = 0;  // of the last result
   weld::TJumpMemory jumps;
@@ -109,6 +110,7 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   const bool followsProfile = guides && options.extraction == TStripeExtraction::automatic;
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   previous.isFlush = guides && wasFlush;
+  previous.places = &places;
   weld::TFound found = searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
   const bool isAnother = quest.usesOwnRules && joint->rules.rivalOf != nullptr && isAtNewPlace(found.seam) &&
                          !isShownBy(frame, found.seam, found.stripe, joint->rules.rivalOf);
@@ -198,6 +200,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   const bool isHeld = seam.state == TSeamState::held;
   std::swap(state->trace, trace);
   state->jumps = jumps;
+  state->places = found.seam.places;
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) {
@@ -215,6 +218,7 @@ void TWeldTracker::reset() {
   state->last = {};
   state->lastProfile.reset();
   state->wasFlush = false;
+  state->places = {};
   state->bestColumns = 0;
   state->edgePairColumns = 0;
   state->jumps = {};
@@ -238,7 +242,8 @@ const TFrameTrace& TWeldTracker::lastTrace() const {
 std::string TWeldTracker::memory() const {
   const TState& s = *state;
   return weld::memoryBytes(
-      {s.last, s.lastProfile, s.wasFlush, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames}, s.forms());
+      {s.last, s.lastProfile, s.wasFlush, s.places, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames},
+      s.forms());
 }
 
 bool TWeldTracker::setMemory(std::string_view bytes) {
@@ -248,6 +253,7 @@ bool TWeldTracker::setMemory(std::string_view bytes) {
   state->last = std::move(memory->last);
   state->lastProfile = memory->profile;
   state->wasFlush = memory->wasFlush;
+  state->places = memory->places;
   state->bestColumns = memory->bestColumns;
   state->edgePairColumns = memory->edgePairColumns;
   state->jumps = memory->jumps;

@@ -8,7 +8,7 @@
 namespace weld {
 namespace {
 
-constexpr std::uint64_t kVersion = 1;  // of the order of the fields below
+constexpr std::uint64_t kVersion = 2;  // of the order of the fields below
 constexpr std::size_t kMostPoints = 1U << 20U;
 
 class TByteWriter {
@@ -70,6 +70,13 @@ void visit(TBytes& bytes, TJumpMemory& jumps) {
 }
 
 template <typename TBytes>
+void visit(TBytes& bytes, TBreakPlaces& places) {
+  bytes.value(places.count);
+  places.count = std::clamp(places.count, 0, static_cast<int>(TBreakPlaces::kMost));
+  for (TBreakPlace& place : places.all) visitAll(bytes, place.x, place.widthPx, place.score);
+}
+
+template <typename TBytes>
 void visit(TBytes& bytes, TProfileFit& fit) {
   visitAll(bytes, fit.outcome, fit.sense, fit.confidence, fit.score, fit.noisePx);
   for (TMeasuredPoint& point : fit.features) {
@@ -111,6 +118,7 @@ void visit(TBytes& bytes, TTrackerMemory& memory, TTemplateView forms) {
   visit(bytes, memory.last);
   visit(bytes, memory.profile, forms);
   visitAll(bytes, memory.wasFlush, memory.bestColumns, memory.edgePairColumns, memory.heldFrames);
+  visit(bytes, memory.places);
   visit(bytes, memory.jumps);
 }
 

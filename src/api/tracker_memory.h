@@ -4,6 +4,7 @@
 #include "api/seam_gate.h"
 #include "profile/builtin_profiles.h"
 #include "profile/profile_fit.h"
+#include "stripe/break_path.h"
 #include "zelWeldTypes.h"
 
 #include <optional>
@@ -16,6 +17,7 @@ struct TTrackerMemory {
   TWeldLineRes last;
   std::optional<TProfileFit> profile;
   bool wasFlush = false;
+  TBreakPlaces places;
   int bestColumns = 0;
   int edgePairColumns = 0;
   TJumpMemory jumps;

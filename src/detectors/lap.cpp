@@ -153,13 +153,20 @@ TSeam computeLapSeam(const TFrame& frame, const TPiece& left, const TPiece& righ
   return seam;
 }
 
-TSeam findLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*previous*/) {
+TSeam findLapBetween(const TFrame& frame, const TStripe& stripe, std::optional<TLapPieces>& pieces) {
   const TStageTimer timer(frame.trace, "seam");
   auto pair = selectLapPieces(frame, segmentStripe(frame, stripe.points, kPlateMergeLimits));
   if (!pair) return TSeam(frame.memory);
   auto& [left, right] = *pair;
   if (left.startPt.x > right.startPt.x) std::swap(left, right);
-  return computeLapSeam(frame, left, right, stripe.points);
+  TSeam seam = computeLapSeam(frame, left, right, stripe.points);
+  pieces = TLapPieces{std::move(left), std::move(right)};
+  return seam;
+}
+
+TSeam findLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*previous*/) {
+  std::optional<TLapPieces> pieces;
+  return findLapBetween(frame, stripe, pieces);
 }
 
 }  // namespace weld

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "profile/profile_fit.h"
+#include "stripe/break_path.h"
 #include "stripe/stripe.h"
 #include "trace/frame.h"
 #include "zelWeldTypes.h"
@@ -32,6 +33,12 @@ struct TLineMeasure {
   float confidence = 0.0F;
 };
 
+// The two ends that a seam lies between, read to a fraction of a column.
+struct TSeamEnds {
+  cv::Point2d left;
+  cv::Point2d right;
+};
+
 struct TSeam : TSeamValues {
   explicit TSeam(TMemory* memory) : stripePts(memory) {}
   explicit TSeam(TPoints points) : stripePts(std::move(points)) {}
@@ -39,17 +46,21 @@ struct TSeam : TSeamValues {
   TPoints stripePts;
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
   std::optional<TLineMeasure> line;    // where no stripe tells the seam
+  std::optional<TSeamEnds> ends;       // of lap and plate, where they are read so
+  TBreakPlaces places;                 // of a butt gap: where this frame and those before may show it
   bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
+  bool isVague = false;   // a flare hides an end, and no stripe near it tells where it is
   bool isUnsure = false;  // another place may be it as well: counts once it repeats
 };
 
-// The seam of the frame before; its stripe and its profile belong to somebody else.
+// The seam of the frame before; its stripe, profile and places belong to somebody else.
 struct TPrevious : TSeamValues {
   TPrevious() = default;
   explicit TPrevious(const TSeam& seam)
       : TSeamValues(seam),
         stripePts(seam.stripePts),
         profile(seam.profile ? &*seam.profile : nullptr),
+        places(&seam.places),
         isFlush(seam.isFlush) {}
   explicit TPrevious(const TWeldLineRes& line)
       : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
@@ -58,7 +69,10 @@ struct TPrevious : TSeamValues {
 
   TPointView stripePts;
   const TProfileFit* profile = nullptr;
+  const TBreakPlaces* places = nullptr;
   bool isFlush = false;
+  bool isSearchedAnew = false;  // it was found, and the image is searched for it as if not
+  bool isOfThisFrame = false;   // found in a first look at it
 };
 
 inline TWeldLineRes toLineRes(const TSeam& seam) {

@@ -1,7 +1,5 @@
 #include "profile/flares.h"
 
-#include "support/line_math.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -26,6 +24,7 @@ constexpr double kLeastRound = 0.6;    // thickness over columns
 constexpr float kLeastColumns = 12.0F;
 constexpr float kMostColumns = 100.0F;
 constexpr double kEndPx = 12.0;
+constexpr double kDrowned = 0.9;  // radii
 
 // The brightest channel: a flare is white in that of the laser at least.
 int levelOf(const cv::Mat& image, int y, int x) {
@@ -60,8 +59,8 @@ TList<TSample> sample(const cv::Mat& image, TPointView points, TMemory* memory) 
     const int level = levelOf(image, at.y, at.x);
     const int least = roundToInt(kEdgeShare * level);
     const int rows = least > 0 ? rowsAbout(image, at, least) : 0;
-    const bool isWhite = level >= kWhite && rowsAbout(image, at, kWhite) >= kWhiteShare * rows;
-    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), isWhite});
+    const bool isSolid = level >= kWhite && rowsAbout(image, at, kWhite) >= kWhiteShare * rows;
+    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), isSolid});
   }
   return samples;
 }
@@ -115,17 +114,19 @@ TFlare flareAbout(TView<TSample> samples, const TSample* thickest, double beside
   double peakPx = 0.0;
   double weight = 0.0;
   double moment = 0.0;
+  double rows = 0.0;
   for (const TSample* s = first; s <= last; ++s) {
     peakPx = std::max(peakPx, s->thicknessPx);
     if (!s->isWhite) continue;
     weight += s->thicknessPx - besidePx;
     moment += (s->thicknessPx - besidePx) * static_cast<double>(s->x);
+    rows += (s->thicknessPx - besidePx) * static_cast<double>(s->y);
   }
   const float columns = last->x - first->x;
   const bool isRound =
       columns >= kLeastColumns && columns <= kMostColumns && peakPx >= kLeastRound * static_cast<double>(columns);
   const float radiusPx = isRound ? 0.5F * columns : 0.0F;
-  return {first->x, last->x, moment / weight, static_cast<double>(radiusPx)};
+  return {first->x, last->x, moment / weight, rows / weight, static_cast<double>(radiusPx)};
 }
 
 }  // namespace
@@ -158,6 +159,14 @@ std::optional<TStripe> withoutFlares(const TFrame& frame, const TStripe& stripe,
     rest.sources.push_back(stripe.sources[i]);
   }
   return rest;
+}
+
+bool isWhite(const cv::Mat& image, cv::Point at) {
+  return levelOf(image, at.y, at.x) >= kWhite;
+}
+
+bool drowns(const TFlare& flare, const TSlopeLine& line) {
+  return std::abs(line.k * flare.middleX + line.b - flare.middleY) < kDrowned * flare.radiusPx;
 }
 
 const TFlare* flareAt(TView<TFlare> flares, double endX) {

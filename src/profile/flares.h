@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/stripe.h"
+#include "support/line_math.h"
 #include "trace/frame.h"
 
 #include <optional>
@@ -12,6 +13,7 @@ struct TFlare {
   float firstX = 0.0F;  // columns that it covers, px
   float lastX = 0.0F;
   double middleX = 0.0;  // of its light
+  double middleY = 0.0;
   double radiusPx = 0.0;
 
   bool covers(float x) const { return x >= firstX && x <= lastX; }
@@ -24,6 +26,12 @@ TList<TFlare> findFlares(const TFrame& frame, TPointView points);
 
 // The stripe without the centres that flares hide; nothing where it has no flare.
 std::optional<TStripe> withoutFlares(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares);
+
+// Whether a pixel is as bright as a flare.
+bool isWhite(const cv::Mat& image, cv::Point at);
+
+// Whether a line runs through the white of a flare, or so near that its own light is drowned.
+bool drowns(const TFlare& flare, const TSlopeLine& line);
 
 // The flare that hides a piece's end: one that begins or ends within a few columns of it, or covers it.
 const TFlare* flareAt(TView<TFlare> flares, double endX);

@@ -38,9 +38,10 @@ constexpr double kStepWeight = 0.7;
 constexpr double kLineFloor = 2.0;
 constexpr double kMostOfLine = 8.0;
 
+constexpr std::size_t kMostPlaces = 6;
+
 constexpr double kLeastScore = 5.0;
-constexpr double kLeastMargin = 1.25;
-constexpr double kClearMargin = 1.5;
+constexpr double kLeastMargin = 1.5;  // of a single frame
 constexpr double kLeastLine = 2.5;
 
 constexpr TFailure kNoBreak{17, TWeldOutcome::elementMissing, "gap", "no dark break in the stripe"};
@@ -214,14 +215,6 @@ struct TScores {
   TDips dips;
   TValues lines;
   TValues all;
-
-  double highestBut(int place) const {
-    double highest = 0.0;
-    for (int i = 0; i < static_cast<int>(all.size()); ++i) {
-      if (std::abs(i - place) > kRivalPx) highest = std::max(highest, all[static_cast<std::size_t>(i)]);
-    }
-    return highest;
-  }
 };
 
 TScores scoreColumns(const cv::Mat& grey, const TCourse& course, double widthPx, TMemory* memory) {
@@ -248,32 +241,43 @@ TDarkBreak breakAt(const TScores& scores, int place, int firstColumn) {
   const double dip = scores.dips.depth[i];
   const double dipX = place + 0.5 * ((width - 1) % 2);
   const double lineX = static_cast<double>(line - scores.lines.begin());
-  return {firstColumn + (dip * dipX + *line * lineX) / (dip + *line), firstColumn + place - (width - 1) / 2,
-          width};
+  return {firstColumn + (dip * dipX + *line * lineX) / (dip + *line), firstColumn + place - (width - 1) / 2, width,
+          scores.all[i], *line};
+}
+
+double marginOf(TView<TDarkBreak> places) {
+  return places[0].score / std::max(places.size() > 1 ? places[1].score : 0.0, 1.0);
 }
 
 }  // namespace
 
-std::optional<TDarkBreak> findDarkBreak(const TFrame& frame, const TStripe& stripe) {
+TList<TDarkBreak> findDarkBreaks(const TFrame& frame, const TStripe& stripe) {
   const TTrace& trace = frame.trace;
   const TStageTimer timer(trace, "dark break");
+  TList<TDarkBreak> places(frame.memory);
   const TPointView piece = longestPiece(stripe.points);
   const int length = piece.empty() ? 0 : truncToInt(piece.back().x) - truncToInt(piece.front().x) + 1;
-  if (!trace.passes(kColumns, length, kLeastColumns)) return std::nullopt;
+  if (!trace.passes(kColumns, length, kLeastColumns)) return places;
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
   const cv::Mat grey = toGrey(frame.image, pixels);
   const TCourse course = courseOf(piece, frame.memory);
-  const TScores scores = scoreColumns(grey, course, stripe.widthPx, frame.memory);
-  const int place = static_cast<int>(std::max_element(scores.all.begin(), scores.all.end()) - scores.all.begin());
-  const double score = scores.all[static_cast<std::size_t>(place)];
-  const double margin = score / std::max(scores.highestBut(place), 1.0);
-  const bool isBreak = trace.passes(kScore, score, kLeastScore) &&
-                       trace.passes(kLine, highestNear(scores.lines, place), kLeastLine) &&
-                       trace.passes(kMarginCheck, margin, kLeastMargin);
-  if (!isBreak) return std::nullopt;
-  TDarkBreak found = breakAt(scores, place, course.firstColumn);
-  found.isClear = margin >= kClearMargin;
-  return found;
+  TScores scores = scoreColumns(grey, course, stripe.widthPx, frame.memory);
+  places.reserve(kMostPlaces);
+  while (places.size() < kMostPlaces) {
+    const auto highest = std::max_element(scores.all.begin(), scores.all.end());
+    if (!places.empty() && !(*highest > 0.0)) break;
+    const int place = static_cast<int>(highest - scores.all.begin());
+    places.push_back(breakAt(scores, place, course.firstColumn));
+    std::fill(scores.all.begin() + std::max(place - kRivalPx, 0),
+              scores.all.begin() + std::min(place + kRivalPx + 1, course.columns()), 0.0);
+  }
+  return places;
+}
+
+bool isDarkBreak(const TTrace& trace, TView<TDarkBreak> places) {
+  return !places.empty() && trace.passes(kScore, places[0].score, kLeastScore) &&
+         trace.passes(kLine, places[0].line, kLeastLine) &&
+         trace.passes(kMarginCheck, marginOf(places), kLeastMargin);
 }
 
 }  // namespace weld

@@ -83,6 +83,24 @@ TEST(OwnRules, findATightButtByItsDarkBreakOrSayWhyNot) {
   }
 }
 
+// Two breaks alike leave one frame unsure; the one that moves with the part is the seam.
+TEST(OwnRules, aTightButtAmongDarkGrainsIsFoundOverFrames) {
+  TGapSettings settings;
+  settings.minGapPx = 2.0;
+  settings.lineTolerancePx = 3.0;
+  TWeldTracker tracker(settings.params());
+  const int others[] = {170, 320, 140, 290, 190, 330, 150};
+  TTrackedSeam seam;
+  for (int i = 0; i < 7; ++i) {
+    const int column = 236 + i;
+    seam = tracker.track(speckled({"", {column, others[i]}, 0.6, true, TSeamState::lost, ""}));
+    EXPECT_TRUE(i > 0 || seam.state == TSeamState::lost);
+    if (seam.state != TSeamState::found) continue;
+    EXPECT_NEAR(seam.weldPos.x, static_cast<float>(column) + 0.5F, 2.0F) << i;
+  }
+  EXPECT_EQ(seam.state, TSeamState::found);
+}
+
 TEST(OwnRules, aGrooveIsNoButtGapAndABackingNoGroove) {
   const TWeldParams params = TGapSettings().params();
   EXPECT_EQ(trackOnce(painted::grooveFrame(), params, TTrackerOptions::exact()).seam.state, TSeamState::found);

@@ -1,4 +1,4 @@
-#include "profile/flares.h"
+#include "profile/flare_end.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -45,6 +45,43 @@ TEST(Flares, areRoundAndWhiteAndHideTheStripeUnderThem) {
     EXPECT_NEAR(static_cast<double>(stripe.points.size() - rest->points.size()), row.body.width, 8.0);
     EXPECT_NE(flareAt(flares, row.body.x - 7.0), nullptr);
     EXPECT_EQ(flareAt(flares, row.body.x - 18.0), nullptr);
+  }
+}
+
+// A plate at row 100 that ends at column 300, and its table beside it.
+TEST(FlareEnd, liesNextToWhereTheStripeBesideItBegins) {
+  const struct {
+    const char* name;
+    int tableY;
+    cv::Point flare;
+    bool isHidden;
+    bool isTold;
+  } rows[] = {{"table in sight", 170, {292, 104}, true, true},
+              {"table under the flare", 118, {292, 108}, true, false},
+              {"flare beside the line", 170, {292, 30}, false, false}};
+  for (const auto& row : rows) {
+    cv::Mat image(260, 600, CV_8UC1, cv::Scalar(10));
+    cv::rectangle(image, {50, 96, 251, 9}, 150, cv::FILLED);
+    cv::rectangle(image, {301, row.tableY - 4, 250, 9}, 150, cv::FILLED);
+    cv::Mat light(image.size(), CV_32FC1, cv::Scalar(0));
+    cv::circle(light, row.flare, 27, 600.0, cv::FILLED);
+    cv::GaussianBlur(light, light, {}, 8.0);
+    light.convertTo(light, CV_8U);
+    image = cv::max(image, light);
+    TPoints plate(heapMemory());
+    for (int x = 50; x < 262; ++x) plate.emplace_back(static_cast<float>(x), 100.0F);
+    TPoints all = plate;
+    for (int x = 322; x < 550; ++x) all.emplace_back(static_cast<float>(x), static_cast<float>(row.tableY));
+    const TWeldParams params;
+    const TFrame frame = heapFrame(image, params);
+    const TEndOfPiece end{plate, true, 9.0};
+    const std::optional<TFlare> flare = flareBeyond(frame, end);
+    ASSERT_EQ(flare.has_value(), row.isHidden) << row.name;
+    if (!flare) continue;
+    EXPECT_NEAR(flare->middleX, 292.0, 3.0) << row.name;
+    const std::optional<double> told = endUnderFlare(frame, *flare, all, end);
+    ASSERT_EQ(told.has_value(), row.isTold) << row.name;
+    EXPECT_NEAR(told.value_or(300.0), 300.0, 0.6) << row.name;
   }
 }
 

@@ -1,0 +1,18 @@
+// Holes of a stripe that may be a butt gap, and what speaks against one.
+#pragma once
+
+#include "detectors/gap.h"
+
+namespace weld {
+
+// The steps between neighbouring centres of a line that are wider than from column to column.
+//   line  a hole of it
+TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line);
+
+// Columns of the widest step between neighbouring centres of the line, but that of the hole.
+int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx);
+
+// Whether stripe and light end at the hole: not where they go on through it or beside its line.
+bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole);
+
+}  // namespace weld

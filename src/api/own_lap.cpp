@@ -1,0 +1,50 @@
+#include "api/own_rules.h"
+
+#include "detectors/lap.h"
+#include "profile/flare_end.h"
+
+namespace weld {
+
+namespace {
+
+// On a tie the right end is the upper and the lower one.
+cv::Point2d seamPoint(const TSeamEnds& ends, TWeldPosType pos) {
+  switch (pos) {
+    case TWeldPosType::upper:
+      return ends.right.y > ends.left.y ? ends.left : ends.right;
+    case TWeldPosType::lower:
+      return ends.left.y > ends.right.y ? ends.left : ends.right;
+    default:
+      return 0.5 * (ends.left + ends.right);
+  }
+}
+
+// By the light; under a flare next to the end of the other piece, or, where that is hidden too, in its middle.
+cv::Point2d endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece& end, TSeam& seam) {
+  const std::optional<TFlare> flare = flareBeyond(frame, end);
+  if (!flare) return endOfLight(frame, end).pos;
+  const TSlopeLine line = lineAtEnd(frame, end);
+  const auto told = endUnderFlare(frame, *flare, stripe.points, end);
+  seam.isVague = seam.isVague || !told;
+  const double x = told.value_or(flare->middleX);
+  return {x, line.k * x + line.b};
+}
+
+}  // namespace
+
+TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*previous*/) {
+  const TList<TFlare> flares = findFlares(frame, stripe.points);
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
+  std::optional<TLapPieces> pieces;
+  TSeam seam = findLapBetween(frame, rest ? *rest : stripe, pieces);
+  if (!seam.isFound) return seam;
+  const TPointView left = pieces->left.fitPts;
+  const TPointView right = pieces->right.fitPts;
+  if (left.empty() || right.empty()) return seam;
+  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx}, seam),
+                        endOf(frame, stripe, {right, false, stripe.widthPx}, seam)};
+  seam.pos = cv::Point2f(seamPoint(*seam.ends, frame.params.weldPosType));
+  return seam;
+}
+
+}  // namespace weld

@@ -1,0 +1,141 @@
+#include "stripe/stripe_end.h"
+
+#include "stripe/stripe_curve.h"
+#include "support/grey_image.h"
+#include "support/median.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr std::size_t kLineCentres = 300;
+
+constexpr int kInside = 30;           // columns that tell the brightness of the piece
+constexpr int kEdge = 6;              // of which the last may be the edge already
+constexpr double kLeastHalfPx = 2.0;  // rows of a column's light on either side of the line
+constexpr double kMostHalfPx = 12.0;
+constexpr int kClearPx =
+    3;  // from these to the surroundings: the darkest rows as far again, for flare widens a stripe
+constexpr int kAroundRows = 4;
+constexpr double kLeastLight = 4.0;  // mean grey level of a column over its surroundings
+constexpr double kFullShare = 0.5;   // of the light inside: what is lit
+constexpr double kSharpShare = 0.5;
+constexpr double kDarkWeight = 0.6;     // of a dark column against a lit one: a rest behind a hole is stripe, too
+constexpr double kUsualScatters = 2.5;  // speckle
+
+TPointView centresNear(const TEndOfPiece& end) {
+  const std::size_t count = std::min(end.piece.size(), kLineCentres);
+  return end.piece.part(end.isRight ? end.piece.size() - count : 0, count);
+}
+
+// Of the last centre: smoothing moves it off the middle of its column.
+int lastColumn(const TEndOfPiece& end) {
+  return roundToInt(static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x));
+}
+
+// The light of the columns about an end, one after the other on the way out; the last centre is at kInside.
+class TColumnsOfLight {
+public:
+  TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line);
+
+  int count() const { return static_cast<int>(light.size()); }
+  double at(int i) const { return light[static_cast<std::size_t>(i)]; }
+  double inside() const { return level; }
+  // Of what a column of the piece may lack by chance.
+  double scatter() const { return usual; }
+
+private:
+  TList<double> light;
+  double level = 0.0;
+  double usual = 0.0;
+};
+
+TColumnsOfLight::TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line)
+    : light(frame.memory) {
+  const int way = end.isRight ? 1 : -1;
+  const int half = roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx));
+  const int far = 2 * half + kClearPx + 2 * kAroundRows;
+  const int middle = lastColumn(end);
+  const int reach = kInside + end.reachPx;
+  const double rise = std::abs(line.k) * reach;
+  const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far, 2 * reach + 1,
+                       roundToInt(2.0 * rise) + 2 * far + 1);
+  const cv::Rect part = about & cv::Rect({0, 0}, frame.image.size());
+  light.assign(static_cast<std::size_t>(reach + 1), 0.0);
+  if (part.empty()) return;
+  const cv::Mat seen = frame.image(part);
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
+  const cv::Mat grey = toGrey(seen, pixels);
+  for (int i = 0; i < count(); ++i) {
+    const int x = middle + way * (i - kInside) - part.x;
+    if (x < 0 || x >= grey.cols) continue;
+    const int row = roundToInt(line.k * (x + part.x) + line.b) - part.y;
+    const auto meanOf = [&](int from, int to) {
+      double sum = 0.0;
+      for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
+      return sum / (to - from + 1);
+    };
+    double around = HUGE_VAL;
+    for (int d = half + kClearPx; d + kAroundRows <= far + 1; d += kAroundRows)
+      around = std::min(
+          {around, meanOf(row - d - kAroundRows + 1, row - d), meanOf(row + d, row + d + kAroundRows - 1)});
+    light[static_cast<std::size_t>(i)] = meanOf(row - half, row + half) - around;
+  }
+  TList<double> inner(light.begin(), light.begin() + kInside - kEdge, frame.memory);
+  level = medianOf(inner);
+  for (double& value : inner) value = std::abs(value - level);
+  usual = 1.4826 * medianOf(inner);
+}
+
+// The column that parts lit ones from dark ones best: holes and grains on the way count by their size.
+int lastLit(const TColumnsOfLight& light) {
+  const double threshold = kFullShare * light.inside();
+  int best = kInside;
+  double highest = 0.0;
+  double sum = 0.0;
+  for (int i = kInside - kEdge; i < light.count(); ++i) {
+    sum += std::clamp((light.at(i) - threshold) / threshold, -kDarkWeight, 1.0);
+    if (sum <= highest) continue;
+    highest = sum;
+    best = i;
+  }
+  return best;
+}
+
+// By how much the edge lies beyond the middle of the last lit column, or before it.
+double shareBeyond(const TColumnsOfLight& light, int last) {
+  const double noise = kUsualScatters * light.scatter() / light.inside();
+  const double lacking = 1.0 - light.at(last) / light.inside();
+  const double next = last + 1 < light.count() ? light.at(last + 1) / light.inside() : 0.0;
+  const double beyond = next > noise ? std::min(next, kFullShare) : 0.0;
+  return beyond - (lacking > noise ? std::min(lacking, kFullShare) : 0.0);
+}
+
+}  // namespace
+
+TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end) {
+  const TPointView centres = centresNear(end);
+  const auto originX = static_cast<double>(centres.front().x);
+  const std::optional<TStripeCurve> line = fitStripeLine(centres, originX, frame.memory);
+  if (!line) return {0.0, static_cast<double>(end.isRight ? centres.back().y : centres.front().y)};
+  return {line->k, line->a - line->k * originX};
+}
+
+TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end) {
+  const TSlopeLine line = lineAtEnd(frame, end);
+  const TColumnsOfLight light(frame, end, line);
+  double beyond = 0.0;
+  bool isSharp = false;
+  if (light.inside() >= kLeastLight) {
+    const int last = lastLit(light);
+    beyond = last - kInside + shareBeyond(light, last);
+    isSharp = last + 2 < light.count() && light.at(last) - light.at(last + 2) > kSharpShare * light.inside();
+  }
+  const double x = lastColumn(end) + (end.isRight ? beyond : -beyond);
+  return {{x, line.k * x + line.b}, isSharp};
+}
+
+}  // namespace weld
