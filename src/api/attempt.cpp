@@ -3,6 +3,7 @@
 #include "api/advice.h"
 #include "api/seam_gate.h"
 #include "stripe/edge_pairs/edge_pairs.h"
+#include "stripe/open_parts.h"
 #include "stripe/whole_stripe.h"
 #include "support/column_status.h"
 #include "trace/trace_conclusion.h"
@@ -40,6 +41,12 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
   }
 }
 
+// Most of the stripe is there.
+TStripe fillOpenParts(const TFrame& frame, const TLook& look, TStripe edgePairs) {
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size());
+  return fillUp(frame, std::move(edgePairs), extractRidgesIn(frame, look.regions, parts));
+}
+
 TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
   const TFrame& frame = quest.frame;
   if (extraction.kind == TStripeExtraction::ridge) return {extractRidges(frame, look.regions, quest.ridges)};
@@ -48,6 +55,7 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
                           leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
+  if (columns >= extraction.minColumns) return {fillOpenParts(frame, look, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 

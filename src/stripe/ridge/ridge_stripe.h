@@ -33,4 +33,8 @@ private:
 // status: centre found or edge missing. The width is the most frequent one in whole pixels. No regions: empty.
 TStripe extractRidges(const TFrame& frame, TView<cv::Rect> regions, TRidgeSearch& ridges);
 
+// The same where the ridge is sought in some parts of the image alone, each by itself.
+//   parts  inside the image, left to right, apart from each other
+TStripe extractRidgesIn(const TFrame& frame, TView<cv::Rect> regions, TView<cv::Rect> parts);
+
 }  // namespace weld

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace weld {
 
@@ -30,20 +31,23 @@ public:
     ++total;
   }
 
-  // Response below which that share of the samples lies.
-  int quantile(double share) const {
-    const int rank = static_cast<int>(share * total);
-    int below = 0;
-    for (int i = 0; i < kBins; ++i) {
-      below += bins[static_cast<std::size_t>(i)];
-      if (below > rank) return (i - kBins / 2) * (1 << kBinShift);
-    }
-    return 0;
+  // Responses below which these shares of the samples lie, the second one above the first.
+  std::pair<int, int> quantiles(double lowShare, double highShare) const {
+    int i = 0;
+    int below = bins[0];
+    for (const int rank = static_cast<int>(lowShare * total); below <= rank && i + 1 < kBins;)
+      below += bins[static_cast<std::size_t>(++i)];
+    const int low = i;
+    for (const int rank = static_cast<int>(highShare * total); below <= rank && i + 1 < kBins;)
+      below += bins[static_cast<std::size_t>(++i)];
+    return {responseOf(low), responseOf(i)};
   }
 
 private:
   static constexpr int kBins = 1024;   // +-64 grey levels
   static constexpr int kBinShift = 2;  // an eighth of a grey level each
+  static int responseOf(int bin) { return (bin - kBins / 2) * (1 << kBinShift); }
+
   std::array<int, kBins> bins{};
   int total = 0;
 };
@@ -69,8 +73,8 @@ std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int 
 }
 
 short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
-  const double median = histogram.quantile(0.5);
-  const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
+  const auto [median, upper] = histogram.quantiles(0.5, kUpperShare);
+  const double sigma = (upper - median) * kSigmaPerSpread;
   // The order of the arguments lets a NaN drop out.
   const double least = std::min(std::max(kLeastGrey, kLeastShare * minContrast), kMostGrey) * kRidgeUnit;
   const double most = std::min(kMostGrey, kMostShare * minContrast) * kRidgeUnit;
