@@ -44,7 +44,8 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
 // Most of the stripe is there.
 TStripe fillOpenParts(const TFrame& frame, const TLook& look, TStripe edgePairs) {
   const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size());
-  return fillUp(frame, std::move(edgePairs), extractRidgesIn(frame, look.regions, parts));
+  const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
+  return fillUp(frame, std::move(edgePairs), ridges);
 }
 
 TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& extraction) {

@@ -6,7 +6,7 @@ namespace weld {
 
 namespace {
 
-constexpr int kBesideColumns = 40;
+constexpr int kBesideColumns = 80;
 constexpr double kMostOpen = 0.7;  // of the columns: from here on one search of all is quicker
 
 // What the regions have of some columns.
