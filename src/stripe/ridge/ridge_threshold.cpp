@@ -25,30 +25,43 @@ constexpr double kSigmaPerSpread = 1.483;  // of a Gaussian
 
 class TResponseHistogram {
 public:
-  void add(short response) {
-    const int bin = (response >> kBinShift) + kBins / 2;
-    ++bins[static_cast<std::size_t>(std::clamp(bin, 0, kBins - 1))];
+  // Every `step` of the responses.
+  void add(const short* responses, int count, int step) {
+    int x = 0;
+    for (; x + step < count; x += 2 * step) {
+      ++bins[0][binOf(responses[x])];
+      ++bins[1][binOf(responses[x + step])];
+      total += 2;
+    }
+    if (x >= count) return;
+    ++bins[0][binOf(responses[x])];
     ++total;
   }
 
   // Responses below which these shares of the samples lie, the second one above the first.
   std::pair<int, int> quantiles(double lowShare, double highShare) const {
-    int i = 0;
-    int below = bins[0];
-    for (const int rank = static_cast<int>(lowShare * total); below <= rank && i + 1 < kBins;)
-      below += bins[static_cast<std::size_t>(++i)];
-    const int low = i;
-    for (const int rank = static_cast<int>(highShare * total); below <= rank && i + 1 < kBins;)
-      below += bins[static_cast<std::size_t>(++i)];
-    return {responseOf(low), responseOf(i)};
+    std::size_t i = 0;
+    int below = bins[0][0] + bins[1][0];
+    const auto pass = [&](int rank) {
+      for (; below <= rank && i + 1 < kBins; below += bins[0][i] + bins[1][i]) ++i;
+      return responseOf(i);
+    };
+    const int low = pass(static_cast<int>(lowShare * total));
+    return {low, pass(static_cast<int>(highShare * total))};
   }
 
 private:
-  static constexpr int kBins = 1024;   // +-64 grey levels
-  static constexpr int kBinShift = 2;  // an eighth of a grey level each
-  static int responseOf(int bin) { return (bin - kBins / 2) * (1 << kBinShift); }
+  static constexpr std::size_t kBins = 1024;  // +-64 grey levels
+  static constexpr int kBinShift = 2;         // an eighth of a grey level each
+  static constexpr int kZero = kBins / 2;
 
-  std::array<int, kBins> bins{};
+  static std::size_t binOf(short response) {
+    return static_cast<std::size_t>(std::clamp((response >> kBinShift) + kZero, 0, 2 * kZero - 1));
+  }
+  static int responseOf(std::size_t bin) { return (static_cast<int>(bin) - kZero) * (1 << kBinShift); }
+
+  // In turn in two counts: one alone would wait for itself, as most samples are alike.
+  std::array<std::array<int, kBins>, 2> bins{};
   int total = 0;
 };
 
@@ -65,7 +78,7 @@ std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int 
     int first = 0;
     for (TResponseHistogram& strip : strips) {
       const int last = std::min(first + stripColumns, columns);
-      for (int x = first; x < last; x += columnStep) strip.add(row[static_cast<std::size_t>(x)]);
+      strip.add(row.data() + first, last - first, columnStep);
       first = last;
     }
   }
