@@ -1,5 +1,6 @@
 #include "stripe/open_parts.h"
 
+#include <cmath>
 #include <numeric>
 
 namespace weld {
@@ -7,6 +8,8 @@ namespace weld {
 namespace {
 
 constexpr int kBesideColumns = 80;
+constexpr int kLeastOpen = 12;     // columns of a hole over which the stripe goes level
+constexpr float kLevelPx = 6.0F;   // rows from side to side of such a hole
 constexpr double kMostOpen = 0.7;  // of the columns: from here on one search of all is quicker
 
 // What the regions have of some columns.
@@ -16,24 +19,57 @@ cv::Rect partOf(TView<cv::Rect> regions, const cv::Rect& columns) {
   return part;
 }
 
+// Open columns between two centres, or beyond the first or the last one.
+struct THole {
+  const cv::Point2f* left = nullptr;
+  const cv::Point2f* right = nullptr;
+  int first = 0;
+  int last = -1;
+
+  bool isOpen() const { return first <= last; }
+  // Where the stripe goes level over a few columns, nothing is missed.
+  bool matters() const {
+    return left == nullptr || right == nullptr || last - first + 1 >= kLeastOpen ||
+           std::abs(right->y - left->y) > kLevelPx;
+  }
+};
+
+template <typename TDo>
+void forHoles(const TStripe& edgePairs, const TDo& treat) {
+  const cv::Point2f* next = edgePairs.points.data();
+  const cv::Point2f* const end = next + edgePairs.points.size();
+  THole hole;
+  for (const TWeldPointStatus& column : edgePairs.status) {
+    while (next != end && next->x < static_cast<float>(column.pos)) ++next;
+    if (next == end || next->x != static_cast<float>(column.pos)) {
+      if (!hole.isOpen()) hole.first = column.pos;
+      hole.last = column.pos;
+      continue;
+    }
+    hole.right = next;
+    if (hole.isOpen()) treat(hole);
+    hole = THole();
+    hole.left = next;
+  }
+  if (hole.isOpen()) treat(hole);
+}
+
 }  // namespace
 
 TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize) {
   TList<cv::Rect> parts(edgePairs.points.get_allocator().resource());
   const cv::Rect image({0, 0}, imageSize);
-  auto centre = edgePairs.points.begin();
-  for (const TWeldPointStatus& column : edgePairs.status) {
-    const auto x = static_cast<float>(column.pos);
-    while (centre != edgePairs.points.end() && centre->x < x) ++centre;
-    if (centre != edgePairs.points.end() && centre->x == x) continue;
-    const cv::Rect about(column.pos - kBesideColumns, 0, 2 * kBesideColumns + 1, image.height);
-    const bool isApart = parts.empty() || parts.back().br().x < about.x;
+  forHoles(edgePairs, [&](const THole& hole) {
+    if (!hole.matters()) return;
+    const cv::Rect columns(hole.first - kBesideColumns, 0, hole.last - hole.first + 1 + 2 * kBesideColumns,
+                           image.height);
+    const bool isApart = parts.empty() || parts.back().br().x < columns.x;
     if (isApart) {
-      parts.push_back(about & image);
+      parts.push_back(columns & image);
     } else {
-      parts.back() |= about & image;
+      parts.back() |= columns & image;
     }
-  }
+  });
   const int columns = std::accumulate(parts.begin(), parts.end(), 0,
                                       [](int sum, const cv::Rect& part) { return sum + part.width; });
   if (columns > kMostOpen * static_cast<double>(edgePairs.status.size())) parts.assign(1, image);
