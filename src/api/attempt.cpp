@@ -14,6 +14,7 @@ namespace weld {
 
 namespace {
 
+constexpr int kLeastHole = 12;               // columns, of a joint that is fitted over all of the stripe
 constexpr std::size_t kMinRidgePoints = 10;  // of a second chance
 
 constexpr TCheck kSearchRegion{
@@ -41,9 +42,11 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
   }
 }
 
-// Most of the stripe is there.
-TStripe fillOpenParts(const TFrame& frame, const TLook& look, TStripe edgePairs) {
-  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size());
+// Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival.
+TStripe fillOpenParts(const TQuest& quest, const TLook& look, TStripe edgePairs) {
+  const TFrame& frame = quest.frame;
+  const int leastColumns = quest.joint.rules.isLocal ? 1 : kLeastHole;
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), leastColumns);
   const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
   return fillUp(frame, std::move(edgePairs), ridges);
 }
@@ -56,7 +59,8 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
                           leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
-  if (columns >= extraction.minColumns) return {fillOpenParts(frame, look, std::move(edgePairs)), columns};
+  const bool isMostThere = columns >= extraction.minColumns;
+  if (extraction.onlyFills && isMostThere) return {fillOpenParts(quest, look, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 

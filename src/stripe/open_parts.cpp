@@ -8,8 +8,7 @@ namespace weld {
 namespace {
 
 constexpr int kBesideColumns = 80;
-constexpr int kLeastOpen = 12;     // columns of a hole over which the stripe goes level
-constexpr float kLevelPx = 6.0F;   // rows from side to side of such a hole
+constexpr float kLevelPx = 6.0F;   // rows from side to side of a hole over which the stripe goes level
 constexpr double kMostOpen = 0.7;  // of the columns: from here on one search of all is quicker
 
 // What the regions have of some columns.
@@ -27,11 +26,8 @@ struct THole {
   int last = -1;
 
   bool isOpen() const { return first <= last; }
-  // Where the stripe goes level over a few columns, nothing is missed.
-  bool matters() const {
-    return left == nullptr || right == nullptr || last - first + 1 >= kLeastOpen ||
-           std::abs(right->y - left->y) > kLevelPx;
-  }
+  int columns() const { return last - first + 1; }
+  bool isLevel() const { return left != nullptr && right != nullptr && std::abs(right->y - left->y) <= kLevelPx; }
 };
 
 template <typename TDo>
@@ -56,13 +52,13 @@ void forHoles(const TStripe& edgePairs, const TDo& treat) {
 
 }  // namespace
 
-TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize) {
+TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize,
+                              int leastColumns) {
   TList<cv::Rect> parts(edgePairs.points.get_allocator().resource());
   const cv::Rect image({0, 0}, imageSize);
   forHoles(edgePairs, [&](const THole& hole) {
-    if (!hole.matters()) return;
-    const cv::Rect columns(hole.first - kBesideColumns, 0, hole.last - hole.first + 1 + 2 * kBesideColumns,
-                           image.height);
+    if (hole.isLevel() && hole.columns() < leastColumns) return;
+    const cv::Rect columns(hole.first - kBesideColumns, 0, hole.columns() + 2 * kBesideColumns, image.height);
     const bool isApart = parts.empty() || parts.back().br().x < columns.x;
     if (isApart) {
       parts.push_back(columns & image);
