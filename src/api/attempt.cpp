@@ -3,6 +3,7 @@
 #include "api/advice.h"
 #include "api/seam_gate.h"
 #include "stripe/edge_pairs/edge_pairs.h"
+#include "stripe/open_parts.h"
 #include "stripe/whole_stripe.h"
 #include "support/column_status.h"
 #include "trace/trace_conclusion.h"
@@ -13,6 +14,7 @@ namespace weld {
 
 namespace {
 
+constexpr int kLeastHole = 12;               // columns, of a joint that is fitted over all of the stripe
 constexpr std::size_t kMinRidgePoints = 10;  // of a second chance
 
 constexpr TCheck kSearchRegion{
@@ -40,6 +42,15 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
   }
 }
 
+// Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival.
+TStripe fillOpenParts(const TQuest& quest, const TLook& look, TStripe edgePairs) {
+  const TFrame& frame = quest.frame;
+  const int leastColumns = quest.joint.rules.isLocal ? 1 : kLeastHole;
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), leastColumns);
+  const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
+  return fillUp(frame, std::move(edgePairs), ridges);
+}
+
 TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& extraction) {
   const TFrame& frame = quest.frame;
   if (extraction.kind == TStripeExtraction::ridge) return {extractRidges(frame, look.regions, quest.ridges)};
@@ -48,6 +59,8 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
                           leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
+  const bool isMostThere = columns >= extraction.minColumns;
+  if (extraction.onlyFills && isMostThere) return {fillOpenParts(quest, look, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 

@@ -24,9 +24,10 @@ struct TFound {
 // How an attempt extracts the stripe.
 struct TExtraction {
   TStripeExtraction kind = TStripeExtraction::edgePairs;
-  int minColumns = 0;     // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
-  int leastColumns = 0;   // but not where they do so through fewer than these: it is elsewhere
-  TColumnSpan near = {};  // and where they leave stripe behind in these
+  int minColumns = 0;      // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
+  int leastColumns = 0;    // but not where they do so through fewer than these: it is elsewhere
+  TColumnSpan near = {};   // and where they leave stripe behind in these
+  bool onlyFills = false;  // then they are sought where edge pairs leave the stripe open, and nowhere else
 };
 
 // A frame, the joint that is looked for in it, and what it may ask of the ridges.

@@ -20,12 +20,12 @@ void coverGuide(TPointView guide, int halfPx, cv::Size imageSize, TList<cv::Rect
   for (cv::Rect& region : regions) {
     int top = region.y;
     int bottom = region.br().y;
-    for (const cv::Point2f point : guide) {
-      const int x = truncToInt(point.x);
-      const int y = truncToInt(point.y);
-      if (x < region.x || x >= region.br().x) continue;
-      top = std::min(top, y - halfPx);
-      bottom = std::max(bottom, y + halfPx);
+    const auto isBefore = [](cv::Point2f p, int x) { return p.x < static_cast<float>(x); };
+    const auto* const first = std::lower_bound(guide.begin(), guide.end(), region.x, isBefore);
+    const auto* const last = std::lower_bound(first, guide.end(), region.br().x, isBefore);
+    for (const auto* point = first; point != last; ++point) {
+      top = std::min(top, truncToInt(point->y) - halfPx);
+      bottom = std::max(bottom, truncToInt(point->y) + halfPx);
     }
     region.y = std::max(top, 0);
     region.height = std::min(bottom, imageSize.height) - region.y;

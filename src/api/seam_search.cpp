@@ -50,7 +50,7 @@ TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColu
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
   const TExtraction extraction{search.options.extraction, shareOf(known.columns, kWholeShare),
-                               shareOf(known.edgePairColumns, kPresentShare), span};
+                               shareOf(known.edgePairColumns, kPresentShare), span, search.memory.last.isFound};
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 

@@ -2,21 +2,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace weld {
 
 namespace {
 
-constexpr std::size_t kStride = 3;   // centres from one that is looked at to the next
-constexpr int kSlopeReach = 5;       // of those, on either side
-constexpr float kMostSlope = 4.0F;   // of what is no break
-constexpr int kMostHalfPx = 48;      // rows from a centre to the edge of the light
-constexpr int kWhite = 200;          // grey level of a flare
-constexpr double kWhiteShare = 0.5;  // of its rows: speckle is not as solid
-constexpr double kEdgeShare = 0.5;   // of that of the centre, at the edge of its light
-constexpr double kApartPx = 45.0;    // from the middle of a flare to the stripe beside it ...
-constexpr double kBesidePx = 60.0;   // ... of which so much tells how thick it is
-constexpr int kLeastBeside = 6;      // centres looked at
+constexpr std::size_t kStride = 3;       // centres from one that is looked at to the next
+constexpr int kSlopeReach = 5;           // of those, on either side
+constexpr float kMostSlope = 4.0F;       // of what is no break
+constexpr int kMostHalfPx = 48;          // rows from a centre to the edge of the light
+constexpr int kWhite = 200;              // grey level of a flare
+constexpr double kWhiteShare = 0.5;      // of its rows: speckle is not as solid
+constexpr double kEdgeShare = 0.5;       // of that of the centre, at the edge of its light
+constexpr double kApartPx = 45.0;        // from the middle of a flare to the stripe beside it ...
+constexpr double kBesidePx = 60.0;       // ... of which so much tells how thick it is
+constexpr std::size_t kLeastBeside = 6;  // centres looked at
 constexpr double kLeastSwell = 1.6;
 constexpr double kLeastSwellPx = 8.0;
 constexpr double kBorderSwell = 1.25;  // at the border of a flare
@@ -24,7 +25,8 @@ constexpr double kLeastRound = 0.6;    // thickness over columns
 constexpr float kLeastColumns = 12.0F;
 constexpr float kMostColumns = 100.0F;
 constexpr double kEndPx = 12.0;
-constexpr double kDrowned = 0.9;  // radii
+constexpr double kDrowned = 0.9;      // radii
+constexpr double kRoundingPx = 1e-6;  // of a mean, by far
 
 // The brightest channel: a flare is white in that of the laser at least.
 int levelOf(const cv::Mat& image, int y, int x) {
@@ -40,10 +42,15 @@ struct TSample {
 };
 
 int litRows(const cv::Mat& image, cv::Point at, int way, int least) {
+  const int most = std::min(kMostHalfPx, way < 0 ? at.y : image.rows - 1 - at.y);
   int rows = 0;
-  for (int y = at.y + way; rows < kMostHalfPx && y >= 0 && y < image.rows && levelOf(image, y, at.x) >= least;
-       y += way)
-    ++rows;
+  if (image.channels() == 1) {
+    const unsigned char* const from = image.ptr(at.y, at.x);
+    const auto step = way * static_cast<std::ptrdiff_t>(image.step[0]);
+    while (rows < most && from[(rows + 1) * step] >= least) ++rows;
+  } else {
+    while (rows < most && levelOf(image, at.y + way * (rows + 1), at.x) >= least) ++rows;
+  }
   return rows;
 }
 
@@ -82,26 +89,70 @@ double cosineBeside(TView<TSample> samples, std::size_t i, int way) {
 
 // From rows to px across the stripe; at a bend across the steeper side.
 void takeSlopes(TList<TSample>& samples) {
-  for (std::size_t i = 0; i < samples.size(); ++i)
-    samples[i].thicknessPx *= std::min(cosineBeside(samples, i, -1), cosineBeside(samples, i, 1));
+  constexpr std::size_t kReach = kSlopeReach;
+  TList<double> right(samples.size(), samples.get_allocator().resource());
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    right[i] = cosineBeside(samples, i, 1);
+    // The way back has the same slope.
+    const double left = i < kReach ? cosineBeside(samples, i, -1) : right[i - kReach];
+    samples[i].thicknessPx *= std::min(left, right[i]);
+  }
 }
 
-// Mean thickness of some columns; none of a few.
-std::optional<double> thicknessBetween(TView<TSample> samples, double fromX, double toX) {
-  const auto isBefore = [](const TSample& s, double x) { return static_cast<double>(s.x) < x; };
-  const auto* const first = std::lower_bound(samples.begin(), samples.end(), fromX, isBefore);
-  const auto* const last = std::lower_bound(first, samples.end(), toX, isBefore);
-  if (last - first < kLeastBeside) return std::nullopt;
-  double sum = 0.0;
-  for (const auto* s = first; s != last; ++s) sum += s->thicknessPx;
-  return sum / static_cast<double>(last - first);
-}
+// The stripe on either side of a column that moves from left to right.
+class TBeside {
+public:
+  TBeside(TView<TSample> stripe, TMemory* memory) : samples(stripe), sums(stripe.size() + 1, memory) {
+    for (std::size_t i = 0; i < samples.size(); ++i) sums[i + 1] = sums[i] + samples[i].thicknessPx;
+  }
 
-// Of the stripe on either side of a column, the thicker one.
-std::optional<double> thicknessBeside(TView<TSample> samples, double x) {
-  const auto left = thicknessBetween(samples, x - kApartPx - kBesidePx, x - kApartPx);
-  const auto right = thicknessBetween(samples, x + kApartPx, x + kApartPx + kBesidePx);
-  return left && right ? std::max(*left, *right) : left ? left : right;
+  void moveTo(double x) {
+    left.moveTo(samples, x - kApartPx - kBesidePx, x - kApartPx);
+    right.moveTo(samples, x + kApartPx, x + kApartPx + kBesidePx);
+  }
+
+  // Mean thickness of the thicker side; none of a few columns.
+  std::optional<double> thickness() const {
+    return ofThicker([&](const TWindow& w) {
+      const auto add = [](double sum, const TSample& s) { return sum + s.thicknessPx; };
+      return std::accumulate(samples.begin() + w.first, samples.begin() + w.last, 0.0, add);
+    });
+  }
+  // The same, but for rounding, at once.
+  std::optional<double> roughThickness() const {
+    return ofThicker([&](const TWindow& w) { return sums[w.last] - sums[w.first]; });
+  }
+
+private:
+  struct TWindow {
+    std::size_t first = 0;
+    std::size_t last = 0;
+
+    std::size_t count() const { return last - first; }
+    void moveTo(TView<TSample> samples, double fromX, double toX) {
+      while (first < samples.size() && static_cast<double>(samples[first].x) < fromX) ++first;
+      while (last < samples.size() && static_cast<double>(samples[last].x) < toX) ++last;
+    }
+  };
+
+  template <typename TSum>
+  std::optional<double> ofThicker(const TSum& sumOf) const {
+    const auto mean = [&](const TWindow& w) { return sumOf(w) / static_cast<double>(w.count()); };
+    const bool hasLeft = left.count() >= kLeastBeside;
+    const bool hasRight = right.count() >= kLeastBeside;
+    if (!hasLeft && !hasRight) return std::nullopt;
+    if (hasLeft && hasRight) return std::max(mean(left), mean(right));
+    return mean(hasLeft ? left : right);
+  }
+
+  TView<TSample> samples;
+  TList<double> sums;
+  TWindow left;
+  TWindow right;
+};
+
+bool standsOut(const TSample& sample, std::optional<double> besidePx) {
+  return besidePx && !(sample.thicknessPx < std::max(kLeastSwell * *besidePx, *besidePx + kLeastSwellPx));
 }
 
 // The flare about one of its columns; without a radius where it is not round.
@@ -136,10 +187,14 @@ TList<TFlare> findFlares(const TFrame& frame, TPointView points) {
   TList<TSample> samples = sample(frame.image, points, frame.memory);
   takeSlopes(samples);
   const TView<TSample> all = samples;
+  TBeside stripeBeside(all, frame.memory);
   for (const TSample* s = all.begin(); s < all.end(); ++s) {
     if (!s->isWhite || s->thicknessPx < kLeastSwellPx) continue;
-    const std::optional<double> beside = thicknessBeside(all, static_cast<double>(s->x));
-    if (!beside || s->thicknessPx < std::max(kLeastSwell * *beside, *beside + kLeastSwellPx)) continue;
+    stripeBeside.moveTo(static_cast<double>(s->x));
+    const std::optional<double> rough = stripeBeside.roughThickness();
+    if (!rough || !standsOut(*s, *rough - kRoundingPx)) continue;
+    const std::optional<double> beside = stripeBeside.thickness();
+    if (!standsOut(*s, beside)) continue;
     const TFlare flare = flareAbout(all, s, *beside);
     while (s + 1 < all.end() && s[1].x <= flare.lastX) ++s;
     if (flare.radiusPx > 0.0) flares.push_back(flare);

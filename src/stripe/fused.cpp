@@ -142,6 +142,24 @@ TStripe stripeOf(const TList<TBoth>& columns, TMemory* memory) {
   return stripe;
 }
 
+TStripe filledUp(const TFrame& frame, TStripe edgePairs, TList<TBoth>& columns) {
+  const double tolerancePx = std::max(kLeastAgreementPx, 0.5 * edgePairs.widthPx);
+  forSpans(
+      columns, [&](const TBoth& c) { return c.pair != nullptr && c.ridge != nullptr && !agree(c, tolerancePx); },
+      settle);
+  forSpans(
+      columns, [](const TBoth& c) { return c.pair == nullptr; },
+      [&](TList<TBoth>& all, std::size_t begin, std::size_t end) { fill(frame.image, all, begin, end); });
+  TStripe fused = stripeOf(columns, frame.memory);
+  frame.trace.addFilter("filled up with ridges", edgePairs.points.size(), fused.points.size());
+  fused.status = std::move(edgePairs.status);
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i].takesRidge) fused.status[i].status = kCentreFound;
+  }
+  fused.widthPx = edgePairs.widthPx;
+  return fused;
+}
+
 }  // namespace
 
 bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TColumnSpan& span) {
@@ -155,33 +173,22 @@ bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TCo
   return pairs - centres > kMaxDroppedColumns;
 }
 
+TStripe fillUp(const TFrame& frame, TStripe edgePairs, const TStripe& ridges) {
+  TList<TBoth> columns = bringTogether(edgePairs, ridges, frame.memory);
+  return filledUp(frame, std::move(edgePairs), columns);
+}
+
 TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges) {
   TList<TBoth> columns = bringTogether(edgePairs, ridges, frame.memory);
-  const double tolerancePx = std::max(kLeastAgreementPx, 0.5 * edgePairs.widthPx);
-  forSpans(
-      columns, [&](const TBoth& c) { return c.pair != nullptr && c.ridge != nullptr && !agree(c, tolerancePx); },
-      settle);
-  forSpans(
-      columns, [](const TBoth& c) { return c.pair == nullptr; },
-      [&](TList<TBoth>& all, std::size_t begin, std::size_t end) { fill(frame.image, all, begin, end); });
   const auto isExplained = [](const TBoth& c) {
     return c.pair != nullptr || (c.wasDropped && c.ridge != nullptr);
   };
   const auto explained = std::count_if(columns.begin(), columns.end(), isExplained);
   const bool takesRidges =
       static_cast<double>(ridges.points.size()) > kClearlyMore * static_cast<double>(explained);
-  if (takesRidges) {
-    frame.trace.addFilter("replaced by ridges", edgePairs.points.size(), ridges.points.size());
-    return ridges;
-  }
-  TStripe fused = stripeOf(columns, frame.memory);
-  frame.trace.addFilter("filled up with ridges", edgePairs.points.size(), fused.points.size());
-  fused.status = std::move(edgePairs.status);
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].takesRidge) fused.status[i].status = kCentreFound;
-  }
-  fused.widthPx = edgePairs.widthPx;
-  return fused;
+  if (!takesRidges) return filledUp(frame, std::move(edgePairs), columns);
+  frame.trace.addFilter("replaced by ridges", edgePairs.points.size(), ridges.points.size());
+  return ridges;
 }
 
 }  // namespace weld

@@ -24,8 +24,11 @@ bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TCo
 
 // Both extractions of the same regions in one. Where they see the stripe apart, the one that goes on from the
 // columns beside. Holes of the edge pairs are filled where the ridge bridges them from side to side, and where
-// their pairs were dropped: elsewhere a ridge would run on into a gap. The ridges alone where they follow the
-// stripe through clearly more columns than edge pairs explain. The status of filled columns is that of found ones.
+// their pairs were dropped: elsewhere a ridge would run on into a gap. The status of filled columns is that of
+// found ones.
+TStripe fillUp(const TFrame& frame, TStripe edgePairs, const TStripe& ridges);
+
+// The same, or the ridges alone where they follow the stripe through clearly more columns than edge pairs explain.
 TStripe fuse(const TFrame& frame, TStripe edgePairs, TStripe ridges);
 
 }  // namespace weld

@@ -33,8 +33,12 @@ struct TRidgeSettings {
 // least that is used, 4 grey levels. Same input, same bits.
 TRidgePoints extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TMemory* memory);
 
-// The same into a list, in whose memory it works.
-void extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TRidgePoints& points);
+// Rows of centres that are known already, px, one for every column; not a number where none is. Or empty.
+using TKnownRows = TView<float>;
+
+// The same into a list, in whose memory it works. Where the ridge runs along known centres it is not measured.
+void extractRidgeCentres(const cv::Mat& grey, const TRidgeSettings& settings, TKnownRows known,
+                         TRidgePoints& points);
 
 // Working memory that a search of a frame of this size takes, bytes.
 std::size_t ridgeBytes(cv::Size frame);

@@ -8,7 +8,6 @@ namespace weld {
 
 namespace {
 
-constexpr int kReach = 3;                     // neighbours on either side
 constexpr std::size_t kBlock = 32;            // points that share one estimate of scatter
 constexpr int kMinDifferences = 5;            // fewer tell no scatter
 constexpr double kSigmaPerMedian = 1.21;      // of a centre, over the median size of its second difference / 2
@@ -19,7 +18,7 @@ constexpr double kHalfConfidencePx = 2.0;     // scatter that halves the confide
 // Neighbours on either side that are there and on the same stretch of columns.
 int freeReach(const TRidgePoints& points, std::size_t i) {
   int reach = 0;
-  while (reach < kReach) {
+  while (reach < kRidgeSmoothing) {
     const std::size_t next = static_cast<std::size_t>(reach) + 1;
     if (next > i || i + next >= points.size()) break;
     if (points[i + next].point.x - points[i - next].point.x != static_cast<float>(2 * next)) break;

@@ -8,6 +8,8 @@
 
 namespace weld {
 
+inline constexpr int kRidgeSmoothing = 3;  // neighbours on either side
+
 // Averages each centre with its neighbours where they differ by no more than the scatter of the centres
 // nearby, so that noise shrinks while corners, steps and clean stripes stay; sets the confidence of every
 // point from its contrast and that scatter. Columns ascend; a missing column separates.

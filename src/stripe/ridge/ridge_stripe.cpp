@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace weld {
 namespace {
@@ -46,16 +47,44 @@ std::size_t takeColumns(const cv::Rect& region, const TRidgePoints& ridge, std::
   return next;
 }
 
+// Ridge points in image coordinates.
+void findIn(const TFrame& frame, const cv::Rect& part, TKnownRows known, TRidgePoints& points) {
+  const cv::Mat image = frame.image(part);
+  points.reserve(static_cast<std::size_t>(part.width));  // below the working memory, which goes again
+  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(image));
+  extractRidgeCentres(toGrey(image, pixels), kRidges, known, points);
+  const cv::Point2f origin(part.tl());
+  for (TRidgePoint& r : points) r.point += origin;
+}
+
+// Of the centres in the columns of a part, from its first row on.
+TList<float> rowsIn(const cv::Rect& part, TPointView centres, TMemory* memory) {
+  TList<float> rows(static_cast<std::size_t>(part.width), std::numeric_limits<float>::quiet_NaN(), memory);
+  const auto isBefore = [](cv::Point2f p, int x) { return p.x < static_cast<float>(x); };
+  const auto* const first = std::lower_bound(centres.begin(), centres.end(), part.x, isBefore);
+  const auto* const last = std::lower_bound(first, centres.end(), part.br().x, isBefore);
+  for (const auto* centre = first; centre != last; ++centre)
+    rows[static_cast<std::size_t>(centre->x) - static_cast<std::size_t>(part.x)] =
+        centre->y - static_cast<float>(part.y);
+  return rows;
+}
+
+TStripe stripeOf(const TFrame& frame, TView<cv::Rect> regions, const TRidgePoints& ridge) {
+  TStripe stripe(frame.memory);
+  stripe.points.reserve(ridge.size());
+  stripe.sources.reserve(ridge.size());
+  stripe.status.reserve(static_cast<std::size_t>(boundsOf(regions, frame.image.size()).width));
+  stripe.widthPx = mostFrequentWidth(ridge);
+  std::size_t next = 0;
+  for (const cv::Rect& region : regions) next = takeColumns(region, ridge, next, stripe);
+  return stripe;
+}
+
 }  // namespace
 
 const TRidgePoints& TRidgeSearch::in(const TFrame& frame, const cv::Rect& part) {
   if (searched == part) return points;
-  const cv::Mat image = frame.image(part);
-  points.reserve(static_cast<std::size_t>(part.width));  // below the working memory, which goes again
-  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(image));
-  extractRidgeCentres(toGrey(image, pixels), kRidges, points);
-  const cv::Point2f origin(part.tl());
-  for (TRidgePoint& r : points) r.point += origin;
+  findIn(frame, part, {}, points);
   searched = part;
   return points;
 }
@@ -63,16 +92,22 @@ const TRidgePoints& TRidgeSearch::in(const TFrame& frame, const cv::Rect& part) 
 TStripe extractRidges(const TFrame& frame, TView<cv::Rect> regions, TRidgeSearch& ridges) {
   const TStageTimer timer(frame.trace, "ridge");
   const cv::Rect bounds = boundsOf(regions, frame.image.size());
-  TStripe stripe(frame.memory);
-  if (bounds.empty()) return stripe;
-  const TRidgePoints& ridge = ridges.in(frame, bounds);
-  stripe.points.reserve(ridge.size());
-  stripe.sources.reserve(ridge.size());
-  stripe.status.reserve(static_cast<std::size_t>(bounds.width));
-  stripe.widthPx = mostFrequentWidth(ridge);
-  std::size_t next = 0;
-  for (const cv::Rect& region : regions) next = takeColumns(region, ridge, next, stripe);
-  return stripe;
+  if (bounds.empty()) return TStripe(frame.memory);
+  return stripeOf(frame, regions, ridges.in(frame, bounds));
+}
+
+TStripe extractRidgesBeside(const TFrame& frame, TView<cv::Rect> regions, TView<cv::Rect> parts,
+                            TPointView known) {
+  const TStageTimer timer(frame.trace, "ridge");
+  TRidgePoints all(frame.memory);
+  all.reserve(static_cast<std::size_t>(boundsOf(parts, frame.image.size()).width));
+  for (const cv::Rect& part : parts) {
+    const TList<float> rows = rowsIn(part, known, frame.memory);
+    TRidgePoints found(frame.memory);
+    findIn(frame, part, rows, found);
+    all.insert(all.end(), found.begin(), found.end());
+  }
+  return stripeOf(frame, regions, all);
 }
 
 }  // namespace weld

@@ -33,4 +33,10 @@ private:
 // status: centre found or edge missing. The width is the most frequent one in whole pixels. No regions: empty.
 TStripe extractRidges(const TFrame& frame, TView<cv::Rect> regions, TRidgeSearch& ridges);
 
+// The same where the ridge is sought in some parts of the image alone, each by itself, and measured where it does
+// not run along centres that are known.
+//   parts  inside the image, left to right, apart from each other
+//   known  left to right, at most one in a column
+TStripe extractRidgesBeside(const TFrame& frame, TView<cv::Rect> regions, TView<cv::Rect> parts, TPointView known);
+
 }  // namespace weld

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace weld {
 
@@ -24,27 +25,43 @@ constexpr double kSigmaPerSpread = 1.483;  // of a Gaussian
 
 class TResponseHistogram {
 public:
-  void add(short response) {
-    const int bin = (response >> kBinShift) + kBins / 2;
-    ++bins[static_cast<std::size_t>(std::clamp(bin, 0, kBins - 1))];
+  // Every `step` of the responses.
+  void add(const short* responses, int count, int step) {
+    int x = 0;
+    for (; x + step < count; x += 2 * step) {
+      ++bins[0][binOf(responses[x])];
+      ++bins[1][binOf(responses[x + step])];
+      total += 2;
+    }
+    if (x >= count) return;
+    ++bins[0][binOf(responses[x])];
     ++total;
   }
 
-  // Response below which that share of the samples lies.
-  int quantile(double share) const {
-    const int rank = static_cast<int>(share * total);
-    int below = 0;
-    for (int i = 0; i < kBins; ++i) {
-      below += bins[static_cast<std::size_t>(i)];
-      if (below > rank) return (i - kBins / 2) * (1 << kBinShift);
-    }
-    return 0;
+  // Responses below which these shares of the samples lie, the second one above the first.
+  std::pair<int, int> quantiles(double lowShare, double highShare) const {
+    std::size_t i = 0;
+    int below = bins[0][0] + bins[1][0];
+    const auto pass = [&](int rank) {
+      for (; below <= rank && i + 1 < kBins; below += bins[0][i] + bins[1][i]) ++i;
+      return responseOf(i);
+    };
+    const int low = pass(static_cast<int>(lowShare * total));
+    return {low, pass(static_cast<int>(highShare * total))};
   }
 
 private:
-  static constexpr int kBins = 1024;   // +-64 grey levels
-  static constexpr int kBinShift = 2;  // an eighth of a grey level each
-  std::array<int, kBins> bins{};
+  static constexpr std::size_t kBins = 1024;  // +-64 grey levels
+  static constexpr int kBinShift = 2;         // an eighth of a grey level each
+  static constexpr int kZero = kBins / 2;
+
+  static std::size_t binOf(short response) {
+    return static_cast<std::size_t>(std::clamp((response >> kBinShift) + kZero, 0, 2 * kZero - 1));
+  }
+  static int responseOf(std::size_t bin) { return (static_cast<int>(bin) - kZero) * (1 << kBinShift); }
+
+  // In turn in two counts: one alone would wait for itself, as most samples are alike.
+  std::array<std::array<int, kBins>, 2> bins{};
   int total = 0;
 };
 
@@ -61,7 +78,7 @@ std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int 
     int first = 0;
     for (TResponseHistogram& strip : strips) {
       const int last = std::min(first + stripColumns, columns);
-      for (int x = first; x < last; x += columnStep) strip.add(row[static_cast<std::size_t>(x)]);
+      strip.add(row.data() + first, last - first, columnStep);
       first = last;
     }
   }
@@ -69,8 +86,8 @@ std::pmr::vector<TResponseHistogram> sampleStrips(const TRidgeLevel& level, int 
 }
 
 short chooseThreshold(const TResponseHistogram& histogram, double minContrast) {
-  const double median = histogram.quantile(0.5);
-  const double sigma = (histogram.quantile(kUpperShare) - median) * kSigmaPerSpread;
+  const auto [median, upper] = histogram.quantiles(0.5, kUpperShare);
+  const double sigma = (upper - median) * kSigmaPerSpread;
   // The order of the arguments lets a NaN drop out.
   const double least = std::min(std::max(kLeastGrey, kLeastShare * minContrast), kMostGrey) * kRidgeUnit;
   const double most = std::min(kMostGrey, kMostShare * minContrast) * kRidgeUnit;

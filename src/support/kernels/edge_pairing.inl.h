@@ -148,6 +148,12 @@ inline void weighCluster(const TPixels& pixels, int rows, const v_int16& low, co
   }
 }
 
+// Ties to even on every processor; v_round alone takes them away from zero on ARM.
+inline cv::v_float64 nearestWhole(const cv::v_float64& row) {
+  const cv::v_float64 noFraction = cv::vx_setall_f64(6755399441055744.0);  // 1.5 * 2^52
+  return (row + noFraction) - noFraction;
+}
+
 // Exact up to the rounding: a row times a sum is far below 2^53.
 inline v_int32 centroid(const v_int32& low, const v_int32& sum, const v_int32& moment) {
   using cv::v_cvt_f64;
@@ -156,7 +162,7 @@ inline v_int32 centroid(const v_int32& low, const v_int32& sum, const v_int32& m
   const cv::v_float64 second =
       (v_cvt_f64_high(low) * v_cvt_f64_high(sum) + v_cvt_f64_high(moment)) / v_cvt_f64_high(sum);
   const v_int32 isBlack = sum == cv::vx_setzero_s32();
-  return cv::v_select(isBlack, cv::vx_setall_s32(-1), cv::v_round(first, second));
+  return cv::v_select(isBlack, cv::vx_setall_s32(-1), cv::v_round(nearestWhole(first), nearestWhole(second)));
 }
 
 // Centres of the pairs with one index. Those of neighbouring columns lie side by side as a rule, and are weighed

@@ -86,12 +86,17 @@ inline v_int16 isMaximum(const TRidgeRowTriple& rows, int x) {
 
 static_assert(2 * kLanes <= 32, "a mask holds the maxima of two vectors");
 
+// Bit i stands for column x + i of two vectors.
+inline unsigned maximaFrom(const TRidgeRowTriple& rows, int x) {
+  return static_cast<unsigned>(cv::v_signmask(cv::v_pack(isMaximum(rows, x), isMaximum(rows, x + kLanes))));
+}
+
 int findMaxima(const TRidgeRowTriple& rows, int columns, int* found) {
   int count = 0;
   int x = 0;
   for (; x + 2 * kLanes <= columns; x += 2 * kLanes) {
     if (!cv::v_check_any(counts(rows, x) | counts(rows, x + kLanes))) continue;
-    auto bits = static_cast<unsigned>(cv::v_signmask(cv::v_pack(isMaximum(rows, x), isMaximum(rows, x + kLanes))));
+    unsigned bits = maximaFrom(rows, x);
     // Four at a time without asking whether there are as many: a branch per maximum would be guessed wrong.
     const int end = count + __builtin_popcount(bits);
     do {
@@ -99,6 +104,12 @@ int findMaxima(const TRidgeRowTriple& rows, int columns, int* found) {
       count += kFoundMargin;
     } while (count < end);
     count = end;
+  }
+  if (x > 0 && x < columns) {
+    // Together with columns that have been seen.
+    unsigned bits = maximaFrom(rows, columns - 2 * kLanes) >> (x + 2 * kLanes - columns);
+    for (; bits != 0; bits &= bits - 1) found[count++] = x + __builtin_ctz(bits);
+    return count;
   }
   for (; x < columns; ++x) {
     const short here = rows.here[x];

@@ -1,9 +1,12 @@
 #include "stripe/fused.h"
 
+#include "stripe/open_parts.h"
 #include "support/column_status.h"
 #include "support/painted_frame.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace weld {
 namespace {
@@ -90,6 +93,47 @@ TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
   EXPECT_NEAR(stripe.widthPx, 9.0, 1.0);
   EXPECT_TRUE(extract({{0, 0, 640, 100}}).points.empty());
   EXPECT_TRUE(extract({}).status.empty());
+}
+
+// A level stripe at row 240, from column 320 on `rise` rows lower, without centres from there on.
+TEST(RidgeStripe, isSoughtOnlyAboutHolesThatMatter) {
+  const std::vector<cv::Rect> regions = {{0, 200, 320, 80}, {320, 200, 320, 160}};
+  const struct {
+    const char* name;
+    int holeColumns;
+    float rise;
+    std::vector<cv::Rect> parts;
+  } rows[] = {
+      {"short hole", 11, 0.0F, {}},
+      {"short hole at a step", 11, 7.0F, {{240, 200, 171, 160}}},
+      {"long hole", 12, 0.0F, {{240, 200, 172, 160}}},
+      {"end of the stripe", 320, 0.0F, {{240, 200, 400, 160}}},
+      {"nearly all of it", 320 + 100, 0.0F, {{0, 200, 640, 160}}},
+  };
+  for (const auto& row : rows) {
+    cv::Mat image = painted::dark();
+    painted::paintPiece(image, 0, 320, 240.0);
+    painted::paintPiece(image, 320, 640, 240.0 + static_cast<double>(row.rise));
+    const TWeldParams params;
+    const TFrame frame = heapFrame(image, params);
+    std::vector<cv::Point2f> known = painted::linePoints(0, 640, 240.0);
+    for (cv::Point2f& p : known) p.y += p.x >= 320.0F ? row.rise : 0.0F;
+    const int first = std::min(320, 640 - row.holeColumns);
+    known.erase(known.begin() + first, known.begin() + first + row.holeColumns);
+    TStripe edgePairs = stripeOf(known, TCentreOrigin::edgePair);
+    for (int x = 0; x < 640; ++x) edgePairs.status.push_back({x, kEdgeMissing});
+    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, image.size(), 12);
+    ASSERT_EQ(toVector(parts), row.parts) << row.name;
+    const TStripe ridges = extractRidgesBeside(frame, regions, parts, edgePairs.points);
+    if (parts.empty()) continue;
+    const auto inHole = [&](cv::Point2f p) {
+      return p.x >= static_cast<float>(first) && p.x < static_cast<float>(first + row.holeColumns);
+    };
+    EXPECT_GE(std::count_if(ridges.points.begin(), ridges.points.end(), inHole), row.holeColumns - 1) << row.name;
+    EXPECT_LT(ridges.points.size(), static_cast<std::size_t>(row.holeColumns) + 20U) << row.name << ": no more";
+    for (const cv::Point2f p : ridges.points)
+      EXPECT_NEAR(p.y, p.x < 320.0F ? 240.0F : 240.0F + row.rise, 4.0) << row.name << " at " << p.x;
+  }
 }
 
 }  // namespace
