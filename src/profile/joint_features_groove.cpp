@@ -15,7 +15,7 @@ constexpr double kDepthPerNoise = 6.0;
 constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
 
 constexpr double kHiddenPx = 2.5;      // columns from the end of the bottom to a wall that leans over it
-constexpr double kHiddenShare = 0.58;  // root mean square of a gap of unknown width, over the most
+constexpr double kHiddenShare = 0.58;  // root mean square of what is anywhere from none to most, over the most
 constexpr double kHolesPx = 0.7;       // of a stripe whose holes may have cut a root edge
 
 double distance(cv::Point2d a, cv::Point2d b) {
@@ -50,15 +50,30 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
   fit.measures.gapPx = opening.gapPx;
 }
 
+// Of a corner that seems sharp where its opposite is rounded: a noisy flank hides such an arc, and the flat may
+// end where one like the other's begins.
+double withRounding(double sigma, const TProfileLayout& layout, std::size_t corner, std::size_t opposite) {
+  const bool mayBeRound = layout.profile->junctions[corner].kind == TJunctionKind::fillet;
+  const TCircleFit& known = layout.fillets[opposite];
+  if (!mayBeRound || layout.fillets[corner].isFound || !known.isFound) return sigma;
+  const TLine& a = layout.elements[corner].lines.right;
+  const TLine& b = layout.elements[corner + 1].lines.left;
+  const double sine = std::max(0.02, std::abs(a.dx * b.dy - a.dy * b.dx));
+  const double hiddenPx = kHiddenShare * known.circle.r * (1.0 - a.dx * b.dx - a.dy * b.dy) / sine;
+  return std::sqrt(sigma * sigma + hiddenPx * hiddenPx);
+}
+
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
   const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
   const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined ? cornerSigma(state, layout, 1)
-                                    : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
-  const double rightSigma = isJoined ? cornerSigma(state, layout, 2)
-                                     : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
+  const double leftSeen = isJoined ? cornerSigma(state, layout, 1)
+                                   : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
+  const double rightSeen = isJoined ? cornerSigma(state, layout, 2)
+                                    : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
+  const double leftSigma = withRounding(leftSeen, layout, 1, 2);
+  const double rightSigma = withRounding(rightSeen, layout, 2, 1);
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
