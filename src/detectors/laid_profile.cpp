@@ -9,7 +9,7 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kLeastCentres = TStripeProfile::kFewestCentres;
-constexpr double kSureFrom = 0.6;  // confidence; below it about half of the joints lie elsewhere
+constexpr double kSureFrom = 0.55;  // confidence; below it about half of the joints lie elsewhere
 
 constexpr TCheck kCentres = countCheck({20, TWeldOutcome::noStripe, "stripe", "too few stripe points in a row"},
                                        "stripe points that follow each other", TRule::atLeast);

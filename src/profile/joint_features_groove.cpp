@@ -12,7 +12,9 @@ namespace {
 
 constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
-constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
+constexpr double kUnevenPx = 3.0;      // depths of the root edges that need no repair, and per noise
+constexpr double kUnlikeShare = 0.3;   // of the larger depth, by which two whole flanks never differ
+constexpr double kCarriedShare = 0.1;  // standard deviation of an edge over the length that was added to it
 
 constexpr double kHiddenPx = 2.5;      // columns from the end of the bottom to a wall that leans over it
 constexpr double kHiddenShare = 0.58;  // root mean square of what is anywhere from none to most, over the most
@@ -176,12 +178,21 @@ TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base
   cv::Point2d rightRoot = rightFlank.left;
   double leftSigma = endSigma(state, left, leftFlank.noise2, leftRoot);
   double rightSigma = endSigma(state, right, rightFlank.noise2, rightRoot);
-  const double lower = base.depthOf(layout.elements[layout.count() - 1].left, rightRoot) -
-                       base.depthOf(layout.elements[0].right, leftRoot);
+  const double leftDepth = base.depthOf(layout.elements[0].right, leftRoot);
+  const double rightDepth = base.depthOf(layout.elements[layout.count() - 1].left, rightRoot);
+  const double lower = rightDepth - leftDepth;
   const double evenPx = kUnevenPx + 2.0 * state.noisePx;
-  const bool hasHoles = state.unseenPx > kHolesPx;
-  if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, base, lower);
-  if (hasHoles && -lower > evenPx) rightRoot = carried(right, rightRoot, base, -lower);
+  const double deepest = std::max(leftDepth, rightDepth);
+  const bool isCut = state.unseenPx > kHolesPx || std::abs(lower) > kUnlikeShare * deepest;
+  const auto repair = [&](const TLine& flank, double deeperPx, cv::Point2d& end, double& sigmaPx) {
+    if (deeperPx <= evenPx) return;
+    const cv::Point2d whole = carried(flank, end, base, deeperPx);
+    const double added = (isCut ? kCarriedShare : kHiddenShare) * distance(end, whole);
+    if (isCut) end = whole;
+    sigmaPx = std::sqrt(sigmaPx * sigmaPx + added * added);
+  };
+  repair(left, lower, leftRoot, leftSigma);
+  repair(right, -lower, rightRoot, rightSigma);
   const std::optional<cv::Point2d> corner = crossingOf(left, right);
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
@@ -225,9 +236,14 @@ TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeStat
     sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
   }
   if (isHidden) sigma = std::sqrt(sigma * sigma + kHiddenShare * kHiddenShare * gapPx * gapPx);
-  const double middleSigma = isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma);
-  return {{true, isLeft ? edge : foot, sigma},
-          {true, isLeft ? foot : edge, sigma},
+  // The foot lies as deep as the bottom ends: what the one misses the other does, too.
+  const double sine = std::abs(bottomLine.dx * wallLine.dy - bottomLine.dy * wallLine.dx);
+  const double deepSigma = sine * sigma;
+  const double acrossVariance = topSigma * topSigma + (1.0 - sine * sine) * sigma * sigma;
+  const double middleSigma = isClosed ? sigma : std::sqrt(deepSigma * deepSigma + 0.25 * acrossVariance);
+  const double footSigma = isClosed ? sigma : std::sqrt(deepSigma * deepSigma + topSigma * topSigma);
+  return {{true, isLeft ? edge : foot, isLeft ? sigma : footSigma},
+          {true, isLeft ? foot : edge, isLeft ? footSigma : sigma},
           {true, 0.5 * (edge + foot), middleSigma},
           isHidden   ? kNoMeasure
           : isClosed ? 0.0
