@@ -40,7 +40,7 @@ struct TSeam : TSeamValues {
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
   std::optional<TLineMeasure> line;    // where no stripe tells the seam
   bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
-  bool isUnsure = false;  // another place may be it as well: counts once it repeats
+  bool isUnsure = false;  // another place may be it as well, or little speaks for it: counts once it repeats
 };
 
 // The seam of the frame before; its stripe and its profile belong to somebody else.
