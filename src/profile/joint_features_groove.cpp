@@ -31,6 +31,28 @@ cv::Point2d carried(const TLine& flank, cv::Point2d end, const TBase& base, doub
   return {end.x + along * flank.dx, end.y + along * flank.dy};
 }
 
+// Where a flank ends at the root.
+struct TRootEdge {
+  const TLine& flank;
+  cv::Point2d& pos;
+  double& sigmaPx;
+  double depthPx;  // under its plate
+};
+
+// Of edges at unlike depths the shorter flank goes on where the stripe has holes, or where no two whole ones
+// differ as much; elsewhere its edge is known less well.
+void evenOut(const TRootEdge& left, const TRootEdge& right, const TBase& base, const TStripeState& state) {
+  const TRootEdge& shorter = left.depthPx < right.depthPx ? left : right;
+  const double deepest = std::max(left.depthPx, right.depthPx);
+  const double deeperPx = deepest - shorter.depthPx;
+  if (deeperPx <= kUnevenPx + 2.0 * state.noisePx) return;
+  const bool isCut = state.unseenPx > kHolesPx || deeperPx > kUnlikeShare * deepest;
+  const cv::Point2d whole = carried(shorter.flank, shorter.pos, base, deeperPx);
+  const double added = (isCut ? kCarriedShare : kHiddenShare) * distance(shorter.pos, whole);
+  shorter.sigmaPx = std::sqrt(shorter.sigmaPx * shorter.sigmaPx + added * added);
+  if (isCut) shorter.pos = whole;
+}
+
 struct TSides {
   const TFittedElement& leftPlate;
   const TFittedElement& leftFlank;
@@ -52,30 +74,35 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
   fit.measures.gapPx = opening.gapPx;
 }
 
-// Of a corner that seems sharp where its opposite is rounded: a noisy flank hides such an arc, and the flat may
-// end where one like the other's begins.
+// Of a corner that seems sharp where its opposite is rounded: a noisy flank hides such an arc.
 double withRounding(double sigma, const TProfileLayout& layout, std::size_t corner, std::size_t opposite) {
   const bool mayBeRound = layout.profile->junctions[corner].kind == TJunctionKind::fillet;
   const TCircleFit& known = layout.fillets[opposite];
   if (!mayBeRound || layout.fillets[corner].isFound || !known.isFound) return sigma;
   const TLine& a = layout.elements[corner].lines.right;
   const TLine& b = layout.elements[corner + 1].lines.left;
-  const double sine = std::max(0.02, std::abs(a.dx * b.dy - a.dy * b.dx));
-  const double hiddenPx = kHiddenShare * known.circle.r * (1.0 - a.dx * b.dx - a.dy * b.dy) / sine;
+  const double tangentPx =
+      known.circle.r * std::abs((a.dx * b.dy - a.dy * b.dx) / (1.0 + a.dx * b.dx + a.dy * b.dy));
+  const double hiddenPx = kHiddenShare * tangentPx;
   return std::sqrt(sigma * sigma + hiddenPx * hiddenPx);
 }
 
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
-  const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
-  const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
+  cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
+  cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
   const double leftSeen = isJoined ? cornerSigma(state, layout, 1)
                                    : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
   const double rightSeen = isJoined ? cornerSigma(state, layout, 2)
                                     : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
-  const double leftSigma = withRounding(leftSeen, layout, 1, 2);
-  const double rightSigma = withRounding(rightSeen, layout, 2, 1);
+  double leftSigma = withRounding(leftSeen, layout, 1, 2);
+  double rightSigma = withRounding(rightSeen, layout, 2, 1);
+  if (!isJoined) {
+    evenOut({s.leftFlank.lines.right, leftRoot, leftSigma, s.base.depthOf(s.leftPlate.right, leftRoot)},
+            {s.rightFlank.lines.left, rightRoot, rightSigma, s.base.depthOf(s.rightPlate.left, rightRoot)}, s.base,
+            state);
+  }
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
@@ -167,8 +194,7 @@ bool isDeep(TProfileFit& fit, double noisePx) {
   return fit.measures.depthPx >= fit.leastDepthPx;
 }
 
-// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other.
-// Ends that come close to one another meet.
+// Ends of both flanks, evened out. Ends that come close to one another meet.
 TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base, const TStripeState& state) {
   const TFittedElement& leftFlank = layout.elements[j];
   const TFittedElement& rightFlank = layout.elements[j + 1];
@@ -178,27 +204,15 @@ TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base
   cv::Point2d rightRoot = rightFlank.left;
   double leftSigma = endSigma(state, left, leftFlank.noise2, leftRoot);
   double rightSigma = endSigma(state, right, rightFlank.noise2, rightRoot);
-  const double leftDepth = base.depthOf(layout.elements[0].right, leftRoot);
-  const double rightDepth = base.depthOf(layout.elements[layout.count() - 1].left, rightRoot);
-  const double lower = rightDepth - leftDepth;
-  const double evenPx = kUnevenPx + 2.0 * state.noisePx;
-  const double deepest = std::max(leftDepth, rightDepth);
-  const bool isCut = state.unseenPx > kHolesPx || std::abs(lower) > kUnlikeShare * deepest;
-  const auto repair = [&](const TLine& flank, double deeperPx, cv::Point2d& end, double& sigmaPx) {
-    if (deeperPx <= evenPx) return;
-    const cv::Point2d whole = carried(flank, end, base, deeperPx);
-    const double added = (isCut ? kCarriedShare : kHiddenShare) * distance(end, whole);
-    if (isCut) end = whole;
-    sigmaPx = std::sqrt(sigmaPx * sigmaPx + added * added);
-  };
-  repair(left, lower, leftRoot, leftSigma);
-  repair(right, -lower, rightRoot, rightSigma);
+  evenOut({left, leftRoot, leftSigma, base.depthOf(layout.elements[0].right, leftRoot)},
+          {right, rightRoot, rightSigma, base.depthOf(layout.elements[layout.count() - 1].left, rightRoot)}, base,
+          state);
   const std::optional<cv::Point2d> corner = crossingOf(left, right);
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
-  const bool hasCrossed = between.x * base.dx + between.y * base.dy <= 0.0;
+  const double acrossPx = between.x * base.dx + between.y * base.dy;
   const double closedPx = kClosedPx + kClosedPerNoise * state.noisePx;
-  const bool isClosed = hasCrossed || between.x * base.dx + between.y * base.dy < closedPx;
+  const bool isClosed = acrossPx < closedPx;
   if (isClosed && corner) {
     leftRoot = rightRoot = *corner;
     leftSigma = rightSigma = crossingSigma(state, leftFlank, rightFlank, *corner);
