@@ -16,9 +16,8 @@ constexpr double kUnevenPx = 3.0;      // depths of the root edges that need no 
 constexpr double kUnlikeShare = 0.3;   // of the larger depth, by which two whole flanks never differ
 constexpr double kCarriedShare = 0.1;  // standard deviation of an edge over the length that was added to it
 
-constexpr double kHiddenPx = 2.5;      // columns from the end of the bottom to a wall that leans over it
-constexpr double kHiddenShare = 0.58;  // root mean square of what is anywhere from none to most, over the most
-constexpr double kHolesPx = 0.7;       // of a stripe whose holes may have cut a root edge
+constexpr double kHiddenPx = 2.5;  // columns from the end of the bottom to a wall that leans over it
+constexpr double kHolesPx = 0.7;   // of a stripe whose holes may have cut a root edge
 
 double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
@@ -72,19 +71,6 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
   setFeature(fit, TFeature::rightRoot, opening.right.pos, opening.right.sigmaPx);
   setFeature(fit, TFeature::root, opening.middle.pos, opening.middle.sigmaPx);
   fit.measures.gapPx = opening.gapPx;
-}
-
-// Of a corner that seems sharp where its opposite is rounded: a noisy flank hides such an arc.
-double withRounding(double sigma, const TProfileLayout& layout, std::size_t corner, std::size_t opposite) {
-  const bool mayBeRound = layout.profile->junctions[corner].kind == TJunctionKind::fillet;
-  const TCircleFit& known = layout.fillets[opposite];
-  if (!mayBeRound || layout.fillets[corner].isFound || !known.isFound) return sigma;
-  const TLine& a = layout.elements[corner].lines.right;
-  const TLine& b = layout.elements[corner + 1].lines.left;
-  const double tangentPx =
-      known.circle.r * std::abs((a.dx * b.dy - a.dy * b.dx) / (1.0 + a.dx * b.dx + a.dy * b.dy));
-  const double hiddenPx = kHiddenShare * tangentPx;
-  return std::sqrt(sigma * sigma + hiddenPx * hiddenPx);
 }
 
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
