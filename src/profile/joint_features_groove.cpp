@@ -12,8 +12,9 @@ namespace {
 
 constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
-constexpr double kUnevenPx = 3.0;      // depths of the root edges that need no repair, and per noise
-constexpr double kUnlikeShare = 0.3;   // of the larger depth, by which two whole flanks never differ
+constexpr double kUnevenPx = 3.0;     // depths of the root edges that need no repair, and per noise
+constexpr double kUnlikeShare = 0.3;  // of the larger depth, by which two whole flanks never differ
+constexpr double kNoLimit = 1e9;
 constexpr double kCarriedShare = 0.1;  // standard deviation of an edge over the length that was added to it
 
 constexpr double kHiddenPx = 2.5;  // columns from the end of the bottom to a wall that leans over it
@@ -38,18 +39,17 @@ struct TRootEdge {
   double depthPx;  // under its plate
 };
 
-// Of edges at unlike depths the shorter flank goes on where the stripe has holes, or where no two whole ones
-// differ as much; elsewhere its edge is known less well.
-void evenOut(const TRootEdge& left, const TRootEdge& right, const TBase& base, const TStripeState& state) {
+// Of edges at unlike depths the shorter flank goes on: where no two whole flanks differ as much, and of a stripe
+// with holes from a few pixels on.
+void evenOut(const TRootEdge& left, const TRootEdge& right, const TBase& base, double evenPx) {
   const TRootEdge& shorter = left.depthPx < right.depthPx ? left : right;
   const double deepest = std::max(left.depthPx, right.depthPx);
   const double deeperPx = deepest - shorter.depthPx;
-  if (deeperPx <= kUnevenPx + 2.0 * state.noisePx) return;
-  const bool isCut = state.unseenPx > kHolesPx || deeperPx > kUnlikeShare * deepest;
+  if (deeperPx <= std::min(evenPx, kUnlikeShare * deepest)) return;
   const cv::Point2d whole = carried(shorter.flank, shorter.pos, base, deeperPx);
-  const double added = (isCut ? kCarriedShare : kHiddenShare) * distance(shorter.pos, whole);
-  shorter.sigmaPx = std::sqrt(shorter.sigmaPx * shorter.sigmaPx + added * added);
-  if (isCut) shorter.pos = whole;
+  const double addedPx = kCarriedShare * distance(shorter.pos, whole);
+  shorter.sigmaPx = std::sqrt(shorter.sigmaPx * shorter.sigmaPx + addedPx * addedPx);
+  shorter.pos = whole;
 }
 
 struct TSides {
@@ -87,7 +87,7 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
   if (!isJoined) {
     evenOut({s.leftFlank.lines.right, leftRoot, leftSigma, s.base.depthOf(s.leftPlate.right, leftRoot)},
             {s.rightFlank.lines.left, rightRoot, rightSigma, s.base.depthOf(s.rightPlate.left, rightRoot)}, s.base,
-            state);
+            kNoLimit);
   }
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
@@ -190,9 +190,10 @@ TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base
   cv::Point2d rightRoot = rightFlank.left;
   double leftSigma = endSigma(state, left, leftFlank.noise2, leftRoot);
   double rightSigma = endSigma(state, right, rightFlank.noise2, rightRoot);
+  const double evenPx = state.unseenPx > kHolesPx ? kUnevenPx + 2.0 * state.noisePx : kNoLimit;
   evenOut({left, leftRoot, leftSigma, base.depthOf(layout.elements[0].right, leftRoot)},
           {right, rightRoot, rightSigma, base.depthOf(layout.elements[layout.count() - 1].left, rightRoot)}, base,
-          state);
+          evenPx);
   const std::optional<cv::Point2d> corner = crossingOf(left, right);
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
