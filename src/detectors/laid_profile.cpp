@@ -9,6 +9,7 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kLeastCentres = TStripeProfile::kFewestCentres;
+constexpr double kSureFrom = 0.5;  // confidence; below it about half of the joints lie elsewhere
 
 constexpr TCheck kCentres = countCheck({20, TWeldOutcome::noStripe, "stripe", "too few stripe points in a row"},
                                        "stripe points that follow each other", TRule::atLeast);
@@ -109,6 +110,7 @@ void takeSeam(const TProfileFit& fit, cv::Point2f pos, TSeam& seam) {
   const TJointMeasures& m = fit.measures;
   const bool hasRadii = isFlare(fit);
   seam.isFound = true;
+  seam.isUnsure = fit.confidence < kSureFrom;
   seam.pos = pos;
   seam.profile = fit;
   seam.auxVal1 = orZero(m.widthPx);

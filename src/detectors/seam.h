@@ -50,7 +50,7 @@ struct TSeam : TSeamValues {
   TBreakPlaces places;                 // of a butt gap: where this frame and those before may show it
   bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
   bool isVague = false;   // a flare hides an end, and no stripe near it tells where it is
-  bool isUnsure = false;  // another place may be it as well: counts once it repeats
+  bool isUnsure = false;  // another place may be it as well, or little speaks for it: counts once it repeats
 };
 
 // The seam of the frame before; its stripe, profile and places belong to somebody else.

@@ -76,6 +76,18 @@ double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std:
   return arcSigma(state, layout, isLineA ? j + 1 : j, layout.elements[j].right);
 }
 
+double withRounding(double sigma, const TProfileLayout& layout, std::size_t corner, std::size_t opposite) {
+  const bool mayBeRound = layout.profile->junctions[corner].kind == TJunctionKind::fillet;
+  const TCircleFit& known = layout.fillets[opposite];
+  if (!mayBeRound || layout.fillets[corner].isFound || !known.isFound) return sigma;
+  const TLine& a = layout.elements[corner].lines.right;
+  const TLine& b = layout.elements[corner + 1].lines.left;
+  const double tangentPx =
+      known.circle.r * std::abs((a.dx * b.dy - a.dy * b.dx) / (1.0 + a.dx * b.dx + a.dy * b.dy));
+  const double hiddenPx = kHiddenShare * tangentPx;
+  return std::sqrt(sigma * sigma + hiddenPx * hiddenPx);
+}
+
 double endSigma(const TStripeState& state, const TLine& line, double noise2, cv::Point2d at) {
   const double columns = std::sqrt(kEndColumnPx * kEndColumnPx + state.unseenPx * state.unseenPx);
   const double along = columns / std::max(line.dx, 0.05);

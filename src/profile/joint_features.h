@@ -46,6 +46,8 @@ double crossingSigma(const TStripeState& state, const TFittedElement& left, cons
                      cv::Point2d at);
 // Of a corner of the layout between elements j and j + 1.
 double cornerSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t j);
+// The same where an opposite corner is rounded and this one seems sharp: a noisy flank hides such an arc.
+double withRounding(double sigma, const TProfileLayout& layout, std::size_t corner, std::size_t opposite);
 // Of a point of an arc.
 double arcSigma(const TStripeState& state, const TProfileLayout& layout, std::size_t e, cv::Point2d at);
 // Of an end that is only seen to within the column, or cut short by a hole.
@@ -80,7 +82,9 @@ double angleDegOf(const TLine& line);
 // y of the right plate minus that of the left one at a column.
 double mismatchAt(const TLine& left, const TLine& right, double x);
 
-inline constexpr double kClosedPx = 3.0;        // a root gap below it
+inline constexpr double kHiddenShare =
+    0.58;                                 // root mean square of what is anywhere from none to most, over the most
+inline constexpr double kClosedPx = 3.0;  // a root gap below it
 inline constexpr double kClosedPerNoise = 2.0;  // and this counts as closed
 
 }  // namespace weld

@@ -12,11 +12,13 @@ namespace {
 
 constexpr double kLeastDepthPx = 9.0;
 constexpr double kDepthPerNoise = 6.0;
-constexpr double kUnevenPx = 3.0;  // depths of the root edges that need no repair, and per noise
+constexpr double kUnevenPx = 3.0;     // depths of the root edges that need no repair, and per noise
+constexpr double kUnlikeShare = 0.3;  // of the larger depth, by which two whole flanks never differ
+constexpr double kNoLimit = 1e9;
+constexpr double kCarriedShare = 0.1;  // standard deviation of an edge over the length that was added to it
 
-constexpr double kHiddenPx = 2.5;      // columns from the end of the bottom to a wall that leans over it
-constexpr double kHiddenShare = 0.58;  // root mean square of a gap of unknown width, over the most
-constexpr double kHolesPx = 0.7;       // of a stripe whose holes may have cut a root edge
+constexpr double kHiddenPx = 2.5;  // columns from the end of the bottom to a wall that leans over it
+constexpr double kHolesPx = 0.7;   // of a stripe whose holes may have cut a root edge
 
 double distance(cv::Point2d a, cv::Point2d b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y));
@@ -27,6 +29,27 @@ cv::Point2d carried(const TLine& flank, cv::Point2d end, const TBase& base, doub
   const double slope = flank.dy * base.dx - flank.dx * base.dy;  // depth gained along the flank
   const double along = std::abs(slope) > 0.05 ? deeperPx / slope : 0.0;
   return {end.x + along * flank.dx, end.y + along * flank.dy};
+}
+
+// Where a flank ends at the root.
+struct TRootEdge {
+  const TLine& flank;
+  cv::Point2d& pos;
+  double& sigmaPx;
+  double depthPx;  // under its plate
+};
+
+// Of edges at unlike depths the shorter flank goes on: where no two whole flanks differ as much, and of a stripe
+// with holes from a few pixels on.
+void evenOut(const TRootEdge& left, const TRootEdge& right, const TBase& base, double evenPx) {
+  const TRootEdge& shorter = left.depthPx < right.depthPx ? left : right;
+  const double deepest = std::max(left.depthPx, right.depthPx);
+  const double deeperPx = deepest - shorter.depthPx;
+  if (deeperPx <= std::min(evenPx, kUnlikeShare * deepest)) return;
+  const cv::Point2d whole = carried(shorter.flank, shorter.pos, base, deeperPx);
+  const double addedPx = kCarriedShare * distance(shorter.pos, whole);
+  shorter.sigmaPx = std::sqrt(shorter.sigmaPx * shorter.sigmaPx + addedPx * addedPx);
+  shorter.pos = whole;
 }
 
 struct TSides {
@@ -53,12 +76,19 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
-  const cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
-  const cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
-  const double leftSigma = isJoined ? cornerSigma(state, layout, 1)
-                                    : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
-  const double rightSigma = isJoined ? cornerSigma(state, layout, 2)
-                                     : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
+  cv::Point2d leftRoot = isJoined ? flat.left : s.leftFlank.right;
+  cv::Point2d rightRoot = isJoined ? flat.right : s.rightFlank.left;
+  const double leftSeen = isJoined ? cornerSigma(state, layout, 1)
+                                   : endSigma(state, s.leftFlank.lines.right, s.leftFlank.noise2, leftRoot);
+  const double rightSeen = isJoined ? cornerSigma(state, layout, 2)
+                                    : endSigma(state, s.rightFlank.lines.left, s.rightFlank.noise2, rightRoot);
+  double leftSigma = withRounding(leftSeen, layout, 1, 2);
+  double rightSigma = withRounding(rightSeen, layout, 2, 1);
+  if (!isJoined) {
+    evenOut({s.leftFlank.lines.right, leftRoot, leftSigma, s.base.depthOf(s.leftPlate.right, leftRoot)},
+            {s.rightFlank.lines.left, rightRoot, rightSigma, s.base.depthOf(s.rightPlate.left, rightRoot)}, s.base,
+            kNoLimit);
+  }
   setFeature(fit, TFeature::leftRoot, leftRoot, leftSigma);
   setFeature(fit, TFeature::rightRoot, rightRoot, rightSigma);
   setFeature(fit, TFeature::root, 0.5 * (leftRoot + rightRoot),
@@ -150,8 +180,7 @@ bool isDeep(TProfileFit& fit, double noisePx) {
   return fit.measures.depthPx >= fit.leastDepthPx;
 }
 
-// Ends of both flanks: of a stripe with holes, the one that seems cut short goes on to the depth of the other.
-// Ends that come close to one another meet.
+// Ends of both flanks, evened out. Ends that come close to one another meet.
 TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base, const TStripeState& state) {
   const TFittedElement& leftFlank = layout.elements[j];
   const TFittedElement& rightFlank = layout.elements[j + 1];
@@ -161,18 +190,16 @@ TOpening openRoot(const TProfileLayout& layout, std::size_t j, const TBase& base
   cv::Point2d rightRoot = rightFlank.left;
   double leftSigma = endSigma(state, left, leftFlank.noise2, leftRoot);
   double rightSigma = endSigma(state, right, rightFlank.noise2, rightRoot);
-  const double lower = base.depthOf(layout.elements[layout.count() - 1].left, rightRoot) -
-                       base.depthOf(layout.elements[0].right, leftRoot);
-  const double evenPx = kUnevenPx + 2.0 * state.noisePx;
-  const bool hasHoles = state.unseenPx > kHolesPx;
-  if (hasHoles && lower > evenPx) leftRoot = carried(left, leftRoot, base, lower);
-  if (hasHoles && -lower > evenPx) rightRoot = carried(right, rightRoot, base, -lower);
+  const double evenPx = state.unseenPx > kHolesPx ? kUnevenPx + 2.0 * state.noisePx : kNoLimit;
+  evenOut({left, leftRoot, leftSigma, base.depthOf(layout.elements[0].right, leftRoot)},
+          {right, rightRoot, rightSigma, base.depthOf(layout.elements[layout.count() - 1].left, rightRoot)}, base,
+          evenPx);
   const std::optional<cv::Point2d> corner = crossingOf(left, right);
   const cv::Point2d between = rightRoot - leftRoot;
   const double gapPx = std::sqrt(between.x * between.x + between.y * between.y);
-  const bool hasCrossed = between.x * base.dx + between.y * base.dy <= 0.0;
+  const double acrossPx = between.x * base.dx + between.y * base.dy;
   const double closedPx = kClosedPx + kClosedPerNoise * state.noisePx;
-  const bool isClosed = hasCrossed || between.x * base.dx + between.y * base.dy < closedPx;
+  const bool isClosed = acrossPx < closedPx;
   if (isClosed && corner) {
     leftRoot = rightRoot = *corner;
     leftSigma = rightSigma = crossingSigma(state, leftFlank, rightFlank, *corner);
@@ -210,9 +237,14 @@ TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeStat
     sigma = topSigma / std::max(0.2, std::abs(bottomLine.dx));
   }
   if (isHidden) sigma = std::sqrt(sigma * sigma + kHiddenShare * kHiddenShare * gapPx * gapPx);
-  const double middleSigma = isClosed ? sigma : 0.5 * std::sqrt(sigma * sigma + topSigma * topSigma);
-  return {{true, isLeft ? edge : foot, sigma},
-          {true, isLeft ? foot : edge, sigma},
+  // The foot lies as deep as the bottom ends: what the one misses the other does, too.
+  const double sine = std::abs(bottomLine.dx * wallLine.dy - bottomLine.dy * wallLine.dx);
+  const double deepSigma = sine * sigma;
+  const double acrossVariance = topSigma * topSigma + (1.0 - sine * sine) * sigma * sigma;
+  const double middleSigma = isClosed ? sigma : std::sqrt(deepSigma * deepSigma + 0.25 * acrossVariance);
+  const double footSigma = isClosed ? sigma : std::sqrt(deepSigma * deepSigma + topSigma * topSigma);
+  return {{true, isLeft ? edge : foot, isLeft ? sigma : footSigma},
+          {true, isLeft ? foot : edge, isLeft ? footSigma : sigma},
           {true, 0.5 * (edge + foot), middleSigma},
           isHidden   ? kNoMeasure
           : isClosed ? 0.0
