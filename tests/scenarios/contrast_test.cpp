@@ -44,10 +44,10 @@ TEST(ContrastBits, areTheSameEverywhere) {
     std::uint32_t image;
     std::uint32_t line;
   };
-  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 2394399372U},
-                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 1520138053U},
-                          TRow{TPlateSeam::step, TSeamPolarity::edge, 735997774U, 3422785280U},
-                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 4101962796U}}) {
+  for (const TRow& row : {TRow{TPlateSeam::gap, TSeamPolarity::dark, 1833275673U, 284288753U},
+                          TRow{TPlateSeam::tight, TSeamPolarity::automatic, 488312638U, 4035488479U},
+                          TRow{TPlateSeam::step, TSeamPolarity::edge, 2789282811U, 1187281635U},
+                          TRow{TPlateSeam::scribe, TSeamPolarity::bright, 105205309U, 2116462186U}}) {
     const scenes::TPlateScene scene = plate(row.seam, TLevel::noisy, 3);
     TContrastSearch search;
     search.polarity = row.polarity;

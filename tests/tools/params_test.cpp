@@ -5,6 +5,8 @@
 #include "tools/param_json.h"
 #include "tools/parameter.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cstdlib>
 #include <map>
 

@@ -5,6 +5,8 @@
 #include "tools/parameter_page/figures.h"
 #include "tools/text.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
