@@ -19,7 +19,7 @@ using scenes::TPlateSeam;
 
 constexpr double kNearPx = 5.0;       // median distance of a right line
 constexpr double kCoverPx = 10.0;     // from a line, a piece of the seam counts as covered
-constexpr double kCovered = 0.7;      // share of the visible seam
+constexpr double kCovered = 0.7;      // share of the visible seam that is asked for
 constexpr double kRoughOffPx = 20.0;  // farthest rough position from the seam
 constexpr float kBandPx = 60.0F;
 constexpr float kRoughTolDeg = 15.0F;
@@ -59,12 +59,21 @@ double distanceToLine(const TContourCenterLine& line, cv::Point2d p) {
   return least;
 }
 
-double coveredShare(const TContourCenterLine& line, const scenes::TPlateTruth& truth) {
+// Whether a search looks there.
+bool isAskedFor(const TContrastSearch& search, cv::Point2d p) {
+  if (search.bandPx <= 0.0F) return true;
+  const cv::Point2d along = scenes::directionOf(static_cast<double>(search.directionDeg));
+  const cv::Point2d off = p - cv::Point2d(search.roughPos);
+  return std::abs(off.x * along.y - off.y * along.x) <= static_cast<double>(search.bandPx);
+}
+
+double coveredShare(const TContourCenterLine& line, const TContrastSearch& search,
+                    const scenes::TPlateTruth& truth) {
   constexpr std::size_t kEvery = 4;
   int visible = 0;
   int covered = 0;
   for (std::size_t i = 0; i < truth.stations.size(); i += kEvery) {
-    if (!truth.stations[i].isVisible) continue;
+    if (!truth.stations[i].isVisible || !isAskedFor(search, truth.stations[i].point)) continue;
     ++visible;
     covered += distanceToLine(line, truth.stations[i].point) < kCoverPx ? 1 : 0;
   }
@@ -79,7 +88,8 @@ double medianDistance(const TContourCenterLine& line, const scenes::TPlateTruth&
   return *middle;
 }
 
-void score(const TContourCenterLine& line, const scenes::TPlateTruth& truth, TContrastFigures& figures) {
+void score(const TContourCenterLine& line, const TContrastSearch& search, const scenes::TPlateTruth& truth,
+           TContrastFigures& figures) {
   ++figures.plates;
   if (line.pts.empty()) return;
   const double error = medianDistance(line, truth);
@@ -91,7 +101,7 @@ void score(const TContourCenterLine& line, const scenes::TPlateTruth& truth, TCo
   if (line.confidence < TContrastSearch().minConfidence) return;
   if (!isRight) {
     ++figures.wrong;
-  } else if (coveredShare(line, truth) < kCovered) {
+  } else if (coveredShare(line, search, truth) < kCovered) {
     ++figures.part;
   } else {
     ++figures.found;
@@ -127,7 +137,7 @@ void measurePlate(TPlateSeam seam, TLevel level, std::uint64_t seed, TContrastFi
                       : seam == TPlateSeam::none          ? cell.polarity
                                                           : polarityOf(seam);
     if (cell.asked == TAskedSeam::near) askNear(scene, seed, search);
-    score(finder.find(scene.image, search), scene.truth, figures[c]);
+    score(finder.find(scene.image, search), search, scene.truth, figures[c]);
   }
 }
 

@@ -21,7 +21,7 @@ struct TJointRules {
   TRivalTest rivalOf = nullptr;  // of a seam at a new place; null: the stripe may be anything
   const char* looksLike = "";    // said of a stripe that shows the joint
   bool (*measure)(const TSeam& seam, TMemory* memory, TJointMeasurement& m) = nullptr;  // null: nothing to measure
-  std::size_t bytesPerColumn = 1024;  // of the lists that a frame works with
+  std::size_t bytesPerColumn = 2048;  // of the lists that a frame works with
   TBand band;
   bool hasSeamPoint = true;
   bool isLocal = false;          // measured beside the seam point alone

@@ -39,8 +39,9 @@ TTrackerOptions inRange(TTrackerOptions options) {
 // What whole frames of this size need, in grey or in colour, so that no later frame waits for memory.
 std::size_t bytesFor(const cv::Mat& image, const TTrackerOptions& options, const weld::TJoint* joint) {
   const std::size_t bytesPerColumn = joint != nullptr ? joint->rules.bytesPerColumn : 0;
+  // A grey copy, and what a search near the last seam leaves before the one of the whole image.
   const std::size_t lists = static_cast<std::size_t>(image.cols) * bytesPerColumn +
-                            static_cast<std::size_t>(image.rows) * kBytesPerRow + image.total();
+                            static_cast<std::size_t>(image.rows) * kBytesPerRow + 3 * image.total();
   const bool asksRidges = options.extraction != TStripeExtraction::edgePairs;
   const std::size_t stripe = asksRidges ? lists + weld::ridgeBytes(image.size()) : lists;
   return options.source == TSeamSource::stripe ? stripe : stripe + weld::contrastBytes(image.size());

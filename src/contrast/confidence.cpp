@@ -87,7 +87,7 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
 constexpr TWeights kLineWeights{0.34, -4.75, -0.01, 5.95, -1.16, -5.47, 0.97,
-                                1.13, 0.62,  0.00,  2.63, 0.00,  0.00,  5.90};
+                                1.13, 0.62,  0.00,  2.63, 0.00,  0.00,  6.00};
 constexpr TWeights kEdgeWeights{2.61, -3.71, -2.97, 2.71, -0.01, -1.72, 0.74,
                                 1.57, -0.61, -6.85, 1.04, -1.80, -10.0, 1.35};
 

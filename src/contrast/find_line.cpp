@@ -239,7 +239,7 @@ TContrastSearch inRange(const TContrastSearch& search) {
 }
 
 std::size_t contrastBytes(cv::Size imageSize) {
-  return static_cast<std::size_t>(imageSize.area()) * 9;
+  return static_cast<std::size_t>(imageSize.area()) * 10;
 }
 
 bool isWanted(const TFoundLine& found, const TContrastSearch& search) {

@@ -129,9 +129,9 @@ private:
     std::size_t last = 0;
 
     std::size_t count() const { return last - first; }
-    void moveTo(TView<TSample> samples, double fromX, double toX) {
-      while (first < samples.size() && static_cast<double>(samples[first].x) < fromX) ++first;
-      while (last < samples.size() && static_cast<double>(samples[last].x) < toX) ++last;
+    void moveTo(TView<TSample> all, double fromX, double toX) {
+      while (first < all.size() && static_cast<double>(all[first].x) < fromX) ++first;
+      while (last < all.size() && static_cast<double>(all[last].x) < toX) ++last;
     }
   };
 

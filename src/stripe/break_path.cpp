@@ -11,6 +11,7 @@ constexpr float kReachPx = 8.0F;  // from frame to frame
 constexpr float kWidthReachPx = 4.0F;
 constexpr float kFading = 0.8F;
 constexpr float kForgotten = 2.0F;
+constexpr float kHighest = 24.0F;  // of a score, so that what lies far back leaves no trace
 
 bool isSame(const TBreakPlace& a, const TBreakPlace& b) {
   return std::abs(a.x - b.x) <= kReachPx && std::abs(a.widthPx - b.widthPx) <= kWidthReachPx;
@@ -35,7 +36,7 @@ TBreakPlaces follow(const TBreakPlaces& before, TView<TBreakPlace> seen) {
     for (const TBreakPlace& old : before.view()) {
       if (isSame(old, place)) score = std::max(score, old.score);
     }
-    place.score += kFading * score;
+    place.score = std::min(place.score + kFading * score, kHighest);
     insert(place, now);
   }
   for (TBreakPlace old : before.view()) {
