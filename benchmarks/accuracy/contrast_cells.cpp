@@ -62,9 +62,9 @@ double distanceToLine(const TContourCenterLine& line, cv::Point2d p) {
 // Whether a search looks there.
 bool isAskedFor(const TContrastSearch& search, cv::Point2d p) {
   if (search.bandPx <= 0.0F) return true;
-  const cv::Point2d along = scenes::directionOf(static_cast<double>(search.directionDeg));
+  const scenes::TSinCos along = scenes::sinCosDeg(static_cast<double>(search.directionDeg));
   const cv::Point2d off = p - cv::Point2d(search.roughPos);
-  return std::abs(off.x * along.y - off.y * along.x) <= static_cast<double>(search.bandPx);
+  return std::abs(off.x * along.sin - off.y * along.cos) <= static_cast<double>(search.bandPx);
 }
 
 double coveredShare(const TContourCenterLine& line, const TContrastSearch& search,
