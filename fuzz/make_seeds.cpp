@@ -6,6 +6,7 @@
 #include "scenes/plate.h"
 #include "tools/param_json.h"
 
+#include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include <filesystem>

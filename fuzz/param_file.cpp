@@ -7,6 +7,8 @@
 #include "tools/cli_error.h"
 #include "tools/param_json.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cstdint>
 #include <sstream>
 #include <string>
