@@ -19,8 +19,8 @@ compile = $(standalone) cmake --build $(1) -j $(JOBS)
 run_tests = $(standalone) ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
 # A first configuration leaves out tests and benchmarks, so that building and the demo do not need their
-# packages; `make test` and `make bench` turn them on for good.
-first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF)
+# packages; `make test` and `make bench` turn them on for good. It reads the large headers once: sooner built.
+first_time = $(if $(wildcard $(BUILD)/CMakeCache.txt),,-DZELWELD_BUILD_TESTS=OFF -DZELWELD_BUILD_BENCHMARKS=OFF -DZELWELD_PRECOMPILE=ON)
 configure = cmake -S . -B $(BUILD) $(first_time) $(CMAKE_FLAGS)
 
 # Where below PREFIX the configured build puts the library.
