@@ -6,8 +6,6 @@
 namespace weld {
 namespace {
 
-constexpr int kRankedRows = 64;  // collected before they are ranked
-
 // The edges of one kind in every column. An edge is its strength + 1; 0 is none.
 struct TEdgesOfKind {
   v_int16 strongest[kPairedEdges];  // strongest first
@@ -61,61 +59,32 @@ struct TRows {
   int end;
 };
 
-// Writes the rows that have an edge into the buffer and returns how many; rise is the box difference in the first
-// row, and in row `end` afterwards.
-inline int collectEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer) {
+// Collects the edges of the rows; rise is the box difference in the first row, and in row `end` afterwards. Rows
+// without an edge that can be among the strongest are left out.
+inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
+                      TGroupEdges& found) {
   const TScanArea& area = group.area;
   const v_int16 threshold = lanesOf(area.threshold);
   const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
-  const v_int16 zero = lanesOf(0);
   const v_int16 one = lanesOf(1);
   const unsigned char* here = group.column + rows.first * area.step;
-  v_int16 change = rise;
-  int count = 0;
   for (int row = rows.first; row < rows.end; ++row, here += area.step) {
     const v_int16 grey = loadRow(here);
-    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(change, zero - change) > edgeLimit);
-    // Written in any case: a branch per row would be guessed wrong.
-    const v_int16 isFalling = change <= zero;
-    buffer[count].row = row;
-    cv::v_store(buffer[count].edges, (change + ((one + isFalling) | isFalling)) & isEdge);
-    count += cv::v_check_any(isEdge) ? 1 : 0;
-    change = change + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
+    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
+    if (cv::v_check_any(isEdge)) {
+      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
+      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
+      const v_int16 edges = rising - falling;
+      if (cv::v_check_any(edges != lanesOf(0))) {
+        found.rising.insert(rising);
+        found.falling.insert(falling);
+        TEdgeRow& edgeRow = buffer[found.rows++];
+        edgeRow.row = row;
+        cv::v_store(edgeRow.edges, edges);
+      }
+    }
+    rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
   }
-  rise = change;
-  return count;
-}
-
-// Ranks the edges of one kind in rows that were collected, top to bottom.
-// sign: 1 for rising edges, -1 for falling ones.
-template <int sign>
-inline void rankEdges(TEdgeRow* rows, int count, TEdgesOfKind& found) {
-  const v_int16 zero = lanesOf(0);
-  TEdgesOfKind kind = found;
-  for (int i = 0; i < count; ++i) {
-    const v_int16 both = cv::vx_load(rows[i].edges);
-    const v_int16 own = cv::v_max(sign > 0 ? both : zero - both, zero);
-    if (!cv::v_check_any(own > zero)) continue;
-    const v_int16 kept = kind.count(own);
-    const v_int16 other = sign > 0 ? cv::v_min(both, zero) : cv::v_max(both, zero);
-    cv::v_store(rows[i].edges, sign > 0 ? other + kept : other - kept);
-    kind.insert(kept);
-  }
-  found = kind;
-}
-
-// Ranks the last rows of the buffer, and drops those without an edge that can be among the strongest.
-inline void rankRows(TEdgeRow* buffer, int end, TGroupEdges& found) {
-  rankEdges<1>(buffer + found.rows, end - found.rows, found.rising);
-  rankEdges<-1>(buffer + found.rows, end - found.rows, found.falling);
-  int kept = found.rows;
-  for (int i = found.rows; i < end; ++i) {
-    const v_int16 edges = cv::vx_load(buffer[i].edges);
-    buffer[kept].row = buffer[i].row;
-    cv::v_store(buffer[kept].edges, edges);
-    kept += cv::v_check_any(edges != lanesOf(0)) ? 1 : 0;
-  }
-  found.rows = kept;
 }
 
 inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* marks, int words, TEdgeRow* buffer) {
@@ -123,21 +92,16 @@ inline TGroupEdges findMarkedEdges(const TGroup& group, const std::uint64_t* mar
   TGroupEdges found;
   v_int16 rise = lanesOf(0);
   int reached = 0;
-  int collected = 0;
   for (int word = 0; word < words; ++word) {
     for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
       const int first = kBoxPx + kBlockRows * (word * kMarkBits + __builtin_ctzll(bits));
       const int end = smaller(first + kBlockRows, area.rows - kBoxPx);
       if (first != reached) rise = boxDifference(group.column + first * area.step, area.step);
-      collected += collectEdges(group, {first, end}, rise, buffer + collected);
+      findEdges(group, {first, end}, rise, buffer, found);
       reached = end;
-      if (collected - found.rows < kRankedRows) continue;
-      rankRows(buffer, collected, found);
-      collected = found.rows;
       if (found.rising.isFull() && found.falling.isFull()) return found;
     }
   }
-  rankRows(buffer, collected, found);
   return found;
 }
 
