@@ -8,6 +8,10 @@ namespace {
 
 constexpr int kSampledRowPx = 64;  // distance of the rows that tell the brightness of the background
 
+constexpr int kFirstCacheBytes = 32 * 1024;  // at least, as a rule
+constexpr int kInFirstCache = 3;
+constexpr int kInSecondCache = 2;
+
 constexpr int kPairColumns = 2 * kStripColumns;  // two strips fill the lines of a cache
 static_assert(kPairColumns == 64, "a step through a row takes whole lines");
 
@@ -35,8 +39,9 @@ inline bool hasStep(const unsigned char* block, std::size_t step, int rows, cons
 }
 
 // Asks for a block: no prefetcher of the processor guesses those below on a walk along the rows.
+template <int locality>
 inline void prefetch(const unsigned char* block, std::size_t step, int rows) {
-  for (int row = 0; row < rows; ++row, block += step) __builtin_prefetch(block);
+  for (int row = 0; row < rows; ++row, block += step) __builtin_prefetch(block, 0, locality);
 }
 
 // What an edge needs, of which markBlocks tells the blocks that have it.
@@ -61,7 +66,7 @@ inline bool isBackgroundBright(const TScanArea& area, const v_uint8& threshold) 
 
 // The strips of one row of blocks, two at a time. As a template argument the number of rows unrolls the loops; 0
 // is as many as there are.
-template <int usualRows>
+template <int usualRows, int locality>
 inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNeeds& needs,
                          const TBlockMarks& marks) {
   const int rows = usualRows > 0 ? usualRows : end - row;
@@ -78,7 +83,7 @@ inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNee
   int strip = 0;
   for (; strip + 2 < area.strips; strip += 2) {
     const unsigned char* const pair = line + columnOf(area, strip);
-    prefetch(pair + (rows + kBoxPx - 1) * area.step, area.step, rows);
+    prefetch<locality>(pair + (rows + kBoxPx - 1) * area.step, area.step, rows);
     if (!needs.isBackgroundBright && !isBright<kPairColumns>(pair, area.step, rows, needs.threshold)) continue;
     markEdges(strip);
     markEdges(strip + 1);
@@ -86,14 +91,26 @@ inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNee
   for (; strip < area.strips; ++strip) markEdges(strip);
 }
 
-void markBlocks(const TScanArea& area, const TBlockMarks& marks) {
+template <int locality>
+inline void markAllRows(const TScanArea& area, const TBlockMarks& marks) {
   const v_uint8 threshold = cv::vx_setall_u8(static_cast<uchar>(larger(area.threshold, 0)));
   const v_uint8 leastStep = cv::vx_setall_u8(static_cast<uchar>(smaller(area.threshold + 1, 255)));
   const TEdgeNeeds needs{threshold, leastStep, isBackgroundBright(area, threshold)};
   int row = kBoxPx;
   const int end = area.rows - kBoxPx;
-  for (; row + kBlockRows <= end; row += kBlockRows) markBlockRow<kBlockRows>(area, row, end, needs, marks);
-  if (row < end) markBlockRow<0>(area, row, end, needs, marks);
+  for (; row + kBlockRows <= end; row += kBlockRows)
+    markBlockRow<kBlockRows, locality>(area, row, end, needs, marks);
+  if (row < end) markBlockRow<0, locality>(area, row, end, needs, marks);
+}
+
+// Where two rows of blocks do not fit in the first cache, the one to come would push out the one at hand.
+void markBlocks(const TScanArea& area, const TBlockMarks& marks) {
+  const bool fits = 2 * kBlockRows * kStripColumns * area.strips <= kFirstCacheBytes;
+  if (fits) {
+    markAllRows<kInFirstCache>(area, marks);
+  } else {
+    markAllRows<kInSecondCache>(area, marks);
+  }
 }
 
 }  // namespace
