@@ -21,8 +21,9 @@ void TPointBoxes::TBox::add(cv::Point2f p) {
 }
 
 TPointBoxes::TPointBoxes(TPointView stripePoints, TMemory* memory)
-    : points(stripePoints), boxes(memory), levelBegins(memory) {
-  if (points.size() <= kLeafPoints) return;
+    : points(stripePoints), boxes(memory), levelBegins(memory) {}
+
+void TPointBoxes::drawBoxes() {
   levelBegins.reserve(32);
   boxes.reserve(2 * points.size() / kLeafPoints + 32);
   levelBegins.push_back(0);
@@ -92,20 +93,26 @@ void TPointBoxes::visit(TSearch& search, std::size_t level, std::size_t i) {
   }
 }
 
+void TPointBoxes::lookAtAll(TSearch& search) {
+  looked += search.last - search.first;
+  for (std::size_t i = search.first; i < search.last; ++i) {
+    const double area = search.chord.doubleArea(points[i]);
+    if (area <= search.most) continue;
+    search.most = area;
+    search.found = i;
+  }
+}
+
 std::optional<std::size_t> TPointBoxes::farthest(const TChord& chord, std::size_t first, std::size_t last,
                                                  double most) {
   if (first >= last) return std::nullopt;
   TSearch search{chord, first, last, most, 0.0, std::nullopt};
-  if (last - first <= 2 * kLeafPoints) {
-    looked += last - first;
-    for (std::size_t i = first; i < last; ++i) {
-      const double area = chord.doubleArea(points[i]);
-      if (area <= search.most) continue;
-      search.most = area;
-      search.found = i;
-    }
+  const bool isShort = last - first <= 2 * kLeafPoints;
+  if (isShort || looked <= kLooksWithoutBoxes * points.size()) {
+    lookAtAll(search);
     return search.found;
   }
+  if (boxes.empty()) drawBoxes();
   const std::size_t leaf = leafNear(search) * kLeafPoints;
   for (std::size_t i = std::max(leaf, first); i < std::min(leaf + kLeafPoints, last); ++i)
     search.least = std::max(search.least, chord.doubleArea(points[i]));

@@ -49,7 +49,10 @@ private:
   struct TSearch;
   static constexpr std::size_t kLeafPoints = 16;
   static constexpr std::size_t kFanOut = 4;
+  static constexpr std::size_t kLooksWithoutBoxes = 16;  // at every point: a usual stripe asks for fewer
 
+  void drawBoxes();
+  void lookAtAll(TSearch& search);
   TBox& box(std::size_t level, std::size_t i) { return boxes[levelBegins[level] + i]; }
   std::size_t boxPoints(std::size_t level) const;
   static double mostOf(const TChord& chord, const TBox& box);
