@@ -52,7 +52,7 @@ TFitTable::TFitTable(const TCentres& c, const TMoments& m, TView<int> borders, d
       moments(m),
       cuts(borders.begin(), borders.end(), memory),
       noise(noisePx),
-      lines(std::size_t{kMostAtoms + 1} * (kMostAtoms + 1), memory),
+      lines(cuts.size() * cuts.size(), memory),
       circles(lines.size(), memory),
       isCircleFitted(lines.size(), 0, memory) {
   for (int k = 0; k < atoms(); ++k) {

@@ -48,9 +48,7 @@ public:
   int centresOf(int first, int last) const { return border(last) - border(first); }
 
 private:
-  std::size_t indexOf(int first, int last) const {
-    return static_cast<std::size_t>(first * (kMostAtoms + 1) + last);
-  }
+  std::size_t indexOf(int first, int last) const { return static_cast<std::size_t>(first * (atoms() + 1) + last); }
   TLineEntry fitLine(int first, int last) const;
   TCircleEntry fitCircle(int first, int last) const;
   std::optional<TCircle> circleWithoutGhosts(int first, int last, int& dropped) const;

@@ -27,7 +27,9 @@ struct TExtent {
   double last = -HUGE_VAL;
 };
 
-bool fitOnce(TPointView points, std::size_t parameters, double mostOffPx, TStripeCurve& curve) {
+// As a template argument the number of parameters unrolls the sums.
+template <std::size_t parameters>
+bool fitOnce(TPointView points, double mostOffPx, TStripeCurve& curve) {
   TNormalEquations equations(parameters);
   TExtent extent;
   double squares = 0.0;
@@ -72,11 +74,12 @@ TStripeCurve roughLine(TPointView points, double originX, TMemory* memory) {
   return line;
 }
 
-std::optional<TStripeCurve> fit(TPointView points, double originX, std::size_t parameters, TMemory* memory) {
+template <std::size_t parameters>
+std::optional<TStripeCurve> fit(TPointView points, double originX, TMemory* memory) {
   TStripeCurve curve = roughLine(points, originX, memory);
   double mostOffPx = kFirstOffPx;
   for (int pass = 0; pass < kPasses; ++pass) {
-    if (!fitOnce(points, parameters, mostOffPx, curve)) return std::nullopt;
+    if (!fitOnce<parameters>(points, mostOffPx, curve)) return std::nullopt;
     mostOffPx = std::max(kOffScatters * curve.noisePx, kLeastOffPx);
   }
   return curve;
@@ -85,17 +88,17 @@ std::optional<TStripeCurve> fit(TPointView points, double originX, std::size_t p
 }  // namespace
 
 std::optional<TStripeCurve> fitStripeLine(TPointView points, double originX, TMemory* memory) {
-  return fit(points, originX, 2, memory);
+  return fit<2>(points, originX, memory);
 }
 
 std::optional<TStripeCurve> fitStripeCurve(TPointView points, double originX, TMemory* memory) {
-  const std::optional<TStripeCurve> bent = fit(points, originX, 3, memory);
+  const std::optional<TStripeCurve> bent = fit<3>(points, originX, memory);
   if (!bent) return std::nullopt;
   const double bowPx = 0.25 * std::abs(bent->c) * bent->lengthPx * bent->lengthPx;
   const double sigmaPx = kBowSpread * bent->noisePx * std::sqrt(kAlike / bent->count);
   const bool isBowed = bowPx > kBowSigmas * sigmaPx && bent->lengthPx > kLeastBowed &&
                        bent->beyondPx < kMostBeyond * bent->lengthPx;
-  return isBowed ? bent : fit(points, originX, 2, memory);
+  return isBowed ? bent : fit<2>(points, originX, memory);
 }
 
 }  // namespace weld
