@@ -43,8 +43,11 @@ TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
     dark = isLit ? 0 : dark + 1;
     if (isLit) points.emplace_back(static_cast<float>(x), static_cast<float>(row));
   }
-  if (!end.isRight)
-    std::sort(points.begin(), points.end(), [](cv::Point2f a, cv::Point2f b) { return a.x < b.x; });
+  if (!end.isRight) {
+    const auto carried = points.begin() + static_cast<std::ptrdiff_t>(end.piece.size());
+    std::reverse(carried, points.end());
+    std::rotate(points.begin(), carried, points.end());
+  }
   return points;
 }
 
