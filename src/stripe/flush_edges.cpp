@@ -5,7 +5,10 @@
 #include "support/line_math.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numeric>
+#include <optional>
 
 namespace weld {
 
@@ -23,8 +26,14 @@ constexpr int kLongWindow = 80;   // columns on either side of a step,
 constexpr int kShortWindow = 15;  // at least
 constexpr int kSteepColumns = 4;  // on either side of its steepest place
 constexpr int kSteepReach = 40;
-constexpr int kApart = 60;                         // columns between steps
-constexpr double kLeastStep = 0.5877866649021191;  // logarithm of 1.8
+constexpr int kApart = 60;                             // columns between steps
+constexpr double kLeastStep = 0.5877866649021191;      // logarithm of 1.8
+constexpr double kLeastHint = 0.26236426446749106;     // of 1.3: enough where the room light steps as well,
+constexpr double kLeastRoomStep = 0.3364722366212129;  // by 1.4 on both sides of the stripe
+constexpr int kRoomNear = 50;  // columns from the step, within which the plate's edge may lie aslant
+constexpr int kRoomFar = 80;
+constexpr int kRoomWindow = 12;     // columns on either side of that edge
+constexpr double kDarkRoom = 10.0;  // grey levels
 
 using TValues = TList<double>;
 
@@ -129,37 +138,95 @@ TValues stepsOf(const TValues& light, TMemory* memory) {
 }
 
 // Where the light changes most in the direction of a step, between two columns.
-struct TSteepest {
-  double x = 0.0;
-  double change = 0.0;  // of the mean light beside it
-};
-
-TSteepest steepestNear(const TValues& light, int place, double step) {
+double steepestNear(const TValues& light, int place, double step) {
   const int columns = static_cast<int>(light.size());
-  TSteepest best;
+  double x = 0.0;
+  double most = 0.0;  // change of the mean light beside it
   for (int i = std::max(place - kSteepReach, kSteepColumns);
        i < std::min(place + kSteepReach, columns - kSteepColumns); ++i) {
     double change = 0.0;
     for (int k = 0; k < kSteepColumns; ++k)
       change += light[static_cast<std::size_t>(i + k)] - light[static_cast<std::size_t>(i - 1 - k)];
     change *= (step > 0.0 ? 1.0 : -1.0) / kSteepColumns;
-    if (change > best.change) best = {i - 0.5, change};
+    if (change > most) x = i - 0.5;
+    most = std::max(change, most);
   }
-  return best;
+  return x;
+}
+
+// Grey levels of the room light in a column above or below the stripe, clear of its own light.
+int roomLight(const cv::Mat& grey, const TSlopeLine& line, int column, bool isBelow) {
+  const int row = roundToInt(line.k * column + line.b) + (isBelow ? kBesideNear : -kBesideFar);
+  int sum = 0;
+  for (int y = row; y <= row + kBesideFar - kBesideNear; ++y)
+    sum += static_cast<int>(grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), column));
+  return sum;
+}
+
+// Where the room light on one side of the stripe steps, as the stripe's own does near there, and whether by
+// enough.
+struct TRoomEdge {
+  double x = 0.0;
+  bool isClear = false;
+};
+
+TRoomEdge roomEdge(const cv::Mat& grey, const TSlopeLine& line, double column, double sign, bool isBelow) {
+  const int first = roundToInt(column) - kRoomFar;
+  std::array<int, 2 * kRoomFar> sums{};
+  if (first < 0 || first + 2 * kRoomFar > grey.cols) return {};
+  for (int i = 0; i < 2 * kRoomFar; ++i)
+    sums[static_cast<std::size_t>(i)] = roomLight(grey, line, first + i, isBelow);
+  const auto sum = [&](int from, int to) { return std::accumulate(sums.begin() + from, sums.begin() + to, 0); };
+  TRoomEdge edge;
+  double most = 0.0;
+  for (int i = kRoomFar - kRoomNear; i <= kRoomFar + kRoomNear; ++i) {
+    const double rise = sign * (sum(i, i + kRoomWindow) - sum(i - kRoomWindow, i));
+    if (rise > most) edge.x = first + i - 0.5;
+    most = std::max(most, rise);
+  }
+  constexpr int kPixels = (kRoomFar - kRoomNear) * (kBesideFar - kBesideNear + 1);
+  const double left = sum(0, kRoomFar - kRoomNear) + kDarkRoom * kPixels;
+  const double right = sum(kRoomFar + kRoomNear, 2 * kRoomFar) + kDarkRoom * kPixels;
+  edge.isClear = most > 0.0 && sign * exactLog(right / left) >= kLeastRoomStep;
+  return edge;
+}
+
+// A small step of the stripe's light is an end where the room light steps with it on both sides: its column is
+// where the line through both edges, which may lie aslant, meets the stripe.
+std::optional<double> edgeInRoomLight(const cv::Mat& grey, const TSlopeLine& line, double column, double step) {
+  const double sign = step > 0.0 ? 1.0 : -1.0;
+  const TRoomEdge above = roomEdge(grey, line, column, sign, false);
+  if (!above.isClear) return std::nullopt;
+  const TRoomEdge below = roomEdge(grey, line, column, sign, true);
+  if (!below.isClear) return std::nullopt;
+  return 0.5 * (above.x + below.x);
+}
+
+// A straight stripe and its light from its first column on.
+struct TStraightStripe {
+  const cv::Mat& grey;
+  const TSlopeLine& line;
+  const TValues& light;
+  int firstColumn;
+};
+
+// Of a step; none where it is too small for one.
+std::optional<double> columnOf(const TStraightStripe& on, int place, double step) {
+  if (std::abs(step) < kLeastStep) return edgeInRoomLight(on.grey, on.line, on.firstColumn + place, step);
+  return on.firstColumn + steepestNear(on.light, place, step);
 }
 
 // The steps one by one, the largest first.
-void takeSteps(const TValues& light, TValues& steps, int firstColumn, TList<TLightStep>& found) {
+void takeSteps(const TStraightStripe& on, TValues& steps, TList<TLightStep>& found) {
   const auto isSmaller = [](double a, double b) { return std::abs(a) < std::abs(b); };
-  for (auto largest = std::max_element(steps.begin(), steps.end(), isSmaller); std::abs(*largest) >= kLeastStep;
+  for (auto largest = std::max_element(steps.begin(), steps.end(), isSmaller); std::abs(*largest) >= kLeastHint;
        largest = std::max_element(steps.begin(), steps.end(), isSmaller)) {
     const int place = static_cast<int>(largest - steps.begin());
     const double step = *largest;
-    const TSteepest edge = steepestNear(light, place, step);
-    const bool isNew = std::none_of(found.begin(), found.end(), [&](const TLightStep& other) {
-      return std::abs(other.x - firstColumn - edge.x) < kApart;
-    });
-    if (isNew) found.push_back({firstColumn + edge.x, step});
+    const std::optional<double> x = columnOf(on, place, step);
+    const bool isNew = x && std::none_of(found.begin(), found.end(),
+                                         [&](const TLightStep& other) { return std::abs(other.x - *x) < kApart; });
+    if (isNew) found.push_back({*x, step});
     const auto columns = static_cast<int>(steps.size());
     std::fill(steps.begin() + std::max(place - kApart, 0), steps.begin() + std::min(place + kApart, columns), 0.0);
   }
@@ -176,9 +243,10 @@ TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe) {
   if (!isStraight(points, line)) return found;
   found.reserve(16);
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
-  const TValues light = lightAlong(toGrey(frame.image, pixels), points, line, frame.memory);
+  const cv::Mat grey = toGrey(frame.image, pixels);
+  const TValues light = lightAlong(grey, points, line, frame.memory);
   TValues steps = stepsOf(light, frame.memory);
-  takeSteps(light, steps, truncToInt(points.front().x), found);
+  takeSteps({grey, line, light, truncToInt(points.front().x)}, steps, found);
   std::sort(found.begin(), found.end(), [](const TLightStep& a, const TLightStep& b) { return a.x < b.x; });
   return found;
 }
