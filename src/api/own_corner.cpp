@@ -23,6 +23,7 @@ constexpr float kFarPx = 260.0F;
 constexpr double kLeastTurnShare = 0.55;  // a curve bends between its flanks, a corner at their crossing
 constexpr double kLeastTurnDeg = 5.0;     // less is noise over so few columns
 constexpr int kMostBridged = 27;          // columns from a centre to the next
+constexpr double kLeastPieceShare = 0.2;  // of the image's columns, of a piece that is not the longest
 
 constexpr double kFlankReachPx = 8.0;  // of a bowed flank's centres from its line
 constexpr float kBowReachPx = 640.0F;  // columns beside a corner that tell its flanks,
@@ -44,9 +45,22 @@ TStripe partOf(const TFrame& frame, const TStripe& stripe, TPointView piece) {
 }
 
 // The flanks touch: what lies apart from the longest piece of the stripe, on a table or another laser's, is
-// neither.
-TStripe longestOf(const TFrame& frame, const TStripe& stripe) {
-  return partOf(frame, stripe, longestPiece(stripe.points));
+// neither. The table's may be the longer one.
+//   on  becomes the piece that shows the corner instead of the longest one
+TSeam findOnPiece(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TPointView& on) {
+  const TPointView points = stripe.points;
+  const TPointView longest = longestPiece(points);
+  TSeam seam = findCorner(frame.inWay("longest piece"), partOf(frame, stripe, longest), previous);
+  if (seam.isFound) return seam;
+  const auto first = static_cast<std::size_t>(longest.begin() - points.begin());
+  const std::size_t end = first + longest.size();
+  const TPointView left = longestPiece(points.part(0, first));
+  const TPointView right = longestPiece(points.part(end, points.size() - end));
+  const TPointView second = left.size() < right.size() ? right : left;
+  if (static_cast<double>(second.size()) < kLeastPieceShare * frame.image.cols) return seam;
+  seam = findCorner(frame.inWay("second piece"), partOf(frame, stripe, second), previous);
+  if (seam.isFound) on = second;
+  return seam;
 }
 
 // Flanks tell where they cross though the stripe is lost for a while: the columns of short holes count as seen,
@@ -115,13 +129,14 @@ void refineCrossing(const TFrame& frame, const TStripe& stripe, TSeam& seam) {
 
 TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   TSeam seam = findCorner(frame, stripe, previous);
-  if (!seam.isFound) seam = findCorner(frame.inWay("longest piece"), longestOf(frame, stripe), previous);
+  TPointView on = stripe.points;
+  if (!seam.isFound) seam = findOnPiece(frame, stripe, previous, on);
   if (!seam.isFound) {
     const std::optional<TStripe> whole = bridged(frame, stripe);
     if (whole) seam = findCorner(frame.inWay("over short holes"), *whole, previous);
   }
   if (!seam.isFound) return seam;
-  if (!bends(frame, stripe.points, seam.pos.x)) return TSeam(std::move(seam.stripePts));
+  if (!bends(frame, on, seam.pos.x)) return TSeam(std::move(seam.stripePts));
   refineCrossing(frame, stripe, seam);
   return seam;
 }
