@@ -12,6 +12,7 @@ namespace {
 constexpr int kFarthestPx = 250;   // that the light is followed
 constexpr int kReferenceFrom = 3;  // px before the point, where the flank's own brightness is read
 constexpr int kReferenceTo = 18;
+constexpr int kLeastStrayPx = 2;
 constexpr int kReachRows = 2;  // the brightest row so near counts: a line is not laid to the pixel
 constexpr double kLitShare = 0.5;
 constexpr double kOtherShare = 2.5;    // of the flank's brightness, that another surface has
@@ -65,7 +66,7 @@ double TLightRay::litPx(double freePx) const {
   int px = 0;
   if (greyAt(0) < least) {
     const std::optional<int> resumed = resumedAfter(0);
-    if (!resumed) return 0.0;
+    if (!resumed) return endBefore();
     px = stop.lit = *resumed;
   }
   while (++px <= kFarthestPx) {
@@ -82,6 +83,13 @@ double TLightRay::litPx(double freePx) const {
     stop = {px, 0, 0, kFarthestPx};
   }
   return 0.0;
+}
+
+// Behind stray light; 0 where that is no longer than the blur of an end, or goes on for long.
+double TLightRay::endBefore() const {
+  int px = -1;
+  while (px >= -kReferenceFrom && greyAt(px) < least) --px;
+  return px < -kReferenceFrom || px > -kLeastStrayPx ? 0.0 : borderAfter(px);
 }
 
 bool TLightRay::hasDarkColumn(double toPx) const {

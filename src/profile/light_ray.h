@@ -14,7 +14,7 @@ public:
   // Reads the flank's own brightness on the stretch before the point. Image coordinates; `direction` of length 1.
   TLightRay(const cv::Mat& image, cv::Point2d from, cv::Point2d direction);
 
-  // How far the flank's light goes on, px; 0 where it ends here and where the image is bright everywhere. Light of
+  // How far the flank's light goes on, px; below 0 where it ends before, 0 where the image is bright everywhere. Light of
   // another brightness or beside the line is not its own. It goes on behind a hole or a blot where it lies on the
   // line again, and for long.
   //   freePx  where the light of another surface begins
@@ -33,6 +33,7 @@ private:
   double asidePx(int px) const;
   int edgeFrom(int x, int y, int way) const;
   double borderAfter(int lit) const;
+  double endBefore() const;
   std::optional<int> resumedAfter(int end) const;
 
   static constexpr int kStripeRows = 6;  // on either side of the line
