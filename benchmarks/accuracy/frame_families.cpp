@@ -64,7 +64,7 @@ const std::vector<TPointRow>& pointRows() {
       {"silent-buttgap", {TWeldType::buttGap, TPos::right, "", kTurned}, {"gap_edge_upper"}, 2, 0},
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSkirting}, {"corner"}, 1, 0},
       {"lsdnn-corner", {TWeldType::corner, TPos::centre, kSecondBend}, {"second_bend"}, 0, 0},
-      {"maris-corner", {TWeldType::corner, TPos::centre, kAngleIron, kDaylight}, {"corner"}, 1, 0},
+      {"maris-corner", {TWeldType::corner, TPos::centre, kAngleIron, kDaylight}, {"corner"}, 2, 0},
       withEmptyFrames({"girish-fillet", {TWeldType::corner}, {"corner_bright_stripe", "corner_dim_stripe"}, 5, 0}),
       atEnd(
           TFeature::leftEnd,
@@ -79,14 +79,14 @@ const std::vector<TPointRow>& pointRows() {
                     {"nghia-butt/plate_edge", {TWeldType::plate, TPos::left, "", kSteel}, {"plate_edge"}, 1, 0})),
       atEnd(TFeature::rightEnd,
             ofFiles({"data110.jpg", "data120.jpg", "data150.jpg"},
-                    {"nghia-butt/plate_edge", {TWeldType::plate, TPos::right, "", kSteel}, {"plate_edge"}, 2, 1})),
+                    {"nghia-butt/plate_edge", {TWeldType::plate, TPos::right, "", kSteel}, {"plate_edge"}, 3, 0})),
       {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kFilletRight, kBox}, {"inner_corner"}, 0, 0},
-      {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 0, 0},
+      {"hoffsupes-objects", {TWeldType::corner, TPos::centre, kPlugEdge, kBox}, {"outer_corner"}, 1, 0},
       {"hoffsupes-objects", {TWeldType::lap, TPos::lower, "", kBox}, {"step", "step_upper"}, 0, 0},
       grooveRow(TFeature::leftShoulder, {"toe_left"}, 3, 0),
       grooveRow(TFeature::rightShoulder, {"toe_right"}, 2, 0),
       grooveRow(TFeature::leftRoot, {"flank_left_end", "root_left"}, 3, 0),
-      grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 2, 1),
+      grooveRow(TFeature::rightRoot, {"flank_right_end", "root_right"}, 3, 0),
       withEmptyFrames({"hanhiver-groove", {TWeldType::buttGap}, {}, 0, 0}),
   };
   return rows;
