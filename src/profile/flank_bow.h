@@ -1,0 +1,13 @@
+// Flanks that bow: the line through all of one misses its ends.
+#pragma once
+
+#include "profile/profile_layout.h"
+
+namespace weld {
+
+// Turns the lines at both ends of every flank that is read as a whole to where its bow leads, by as much as the
+// bow stands out of the scatter, and moves the corners there with them. Ends keep their columns.
+//   stripeWidthPx  0: not known
+void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileLayout& layout);
+
+}  // namespace weld
