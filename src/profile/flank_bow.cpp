@@ -106,24 +106,6 @@ bool isWhole(const TLocalLines& lines) {
   return lines.left.weight == lines.whole.weight && lines.right.weight == lines.whole.weight;
 }
 
-double rowOn(const TLine& line, double x) {
-  return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
-}
-
-// Corners of lines; ends at holes and walls keep their columns.
-void placeAnew(std::size_t j, TProfileLayout& layout) {
-  TFittedElement& a = layout.elements[j];
-  TFittedElement& b = layout.elements[j + 1];
-  const auto isLine = [&](std::size_t e) { return layout.range(e).kind == TElementKind::line; };
-  const TJunctionKind kind = layout.profile->junctions[j].kind;
-  if (kind == TJunctionKind::cross && isLine(j) && isLine(j + 1)) {
-    if (const auto corner = crossingOf(a.lines.right, b.lines.left)) a.right = b.left = *corner;
-  } else if (kind == TJunctionKind::root || kind == TJunctionKind::jump) {
-    if (isLine(j)) a.right.y = rowOn(a.lines.right, a.right.x);
-    if (isLine(j + 1)) b.left.y = rowOn(b.lines.left, b.left.x);
-  }
-}
-
 }  // namespace
 
 void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileLayout& layout) {
@@ -136,7 +118,6 @@ void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileL
     flank.lines.left = bowed.at(-1.0, flank.lines.left);
     flank.lines.right = bowed.at(1.0, flank.lines.right);
   }
-  for (std::size_t j = 0; j + 1 < layout.count(); ++j) placeAnew(j, layout);
 }
 
 }  // namespace weld

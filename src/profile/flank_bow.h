@@ -6,7 +6,7 @@
 namespace weld {
 
 // Turns the lines at both ends of every flank that is read as a whole to where its bow leads, by as much as the
-// bow stands out of the scatter, and moves the corners there with them. Ends keep their columns.
+// bow stands out of the scatter. The ends are still to be placed: meetAnew().
 //   stripeWidthPx  0: not known
 void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileLayout& layout);
 

@@ -1,6 +1,7 @@
 #include "profile/layout_judge.h"
 
 #include "profile/joint_features.h"
+#include "profile/fine_rows.h"
 #include "profile/flank_bow.h"
 #include "profile/lit_ends.h"
 #include "support/exact_log.h"
@@ -116,6 +117,8 @@ bool TLayoutJudge::isLit(const TProfileLayout& layout) const {
 TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
   TProfileLayout layout = refined;
   followBows(centresOf(layout.sense), stripe.widthPx(), layout);
+  if (options.frame != nullptr) moveToLight(*options.frame, centresOf(layout.sense), layout);
+  meetAnew(layout);
   if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
   endInFlares(options.flares, layout);
   TProfileFit fit;

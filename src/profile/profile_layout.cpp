@@ -1,5 +1,7 @@
 #include "profile/profile_layout.h"
 
+#include <algorithm>
+
 namespace weld {
 
 namespace {
@@ -10,7 +12,28 @@ TLine turned(TLine line, int sense) {
   return line;
 }
 
+double rowOn(const TLine& line, double x) {
+  return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
+}
+
+void meetAt(std::size_t j, TProfileLayout& layout) {
+  TFittedElement& a = layout.elements[j];
+  TFittedElement& b = layout.elements[j + 1];
+  const auto isLine = [&](std::size_t e) { return layout.range(e).kind == TElementKind::line; };
+  const TJunctionKind kind = layout.profile->junctions[j].kind;
+  if (kind == TJunctionKind::cross && isLine(j) && isLine(j + 1)) {
+    if (const auto corner = crossingOf(a.lines.right, b.lines.left)) a.right = b.left = *corner;
+  } else if (kind == TJunctionKind::root || kind == TJunctionKind::jump) {
+    if (isLine(j)) a.right.y = rowOn(a.lines.right, a.right.x);
+    if (isLine(j + 1)) b.left.y = rowOn(b.lines.left, b.left.x);
+  }
+}
+
 }  // namespace
+
+void meetAnew(TProfileLayout& layout) {
+  for (std::size_t j = 0; j + 1 < layout.count(); ++j) meetAt(j, layout);
+}
 
 TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table) {
   TProfileLayout layout;

@@ -83,6 +83,9 @@ TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table);
 bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout,
                   TWindowSums& sums);
 
+// Places corners between lines that have moved since; ends at holes and walls keep their columns.
+void meetAnew(TProfileLayout& layout);
+
 // Parts of the refinement, in files of their own.
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
 // Of a line and a circle, the one nearer to a guess; where they just miss one another, where they come closest.

@@ -1,0 +1,167 @@
+#include "profile/fine_rows.h"
+
+#include "support/line_math.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace weld {
+
+namespace {
+
+constexpr int kMostColumns = 64;  // of an element
+constexpr int kFewestColumns = 12;
+constexpr double kPlateWindowPx = 260.0;
+constexpr double kCornerPx = 6.0;      // columns beside a corner, where the light is rounded
+constexpr int kReachRows = 28;         // of the stripe from its middle
+constexpr double kHeightShare = 0.35;  // of the peak over the dark, that the stripe stands on
+constexpr int kPeakRows = 2;           // about the line
+constexpr int kDarkRows = 4;           // at the end of the reach
+constexpr double kLeastHeight = 6.0;   // grey levels over that
+constexpr double kOwnPx = 2.0;         // of a centre from its element
+constexpr double kLikePx = 1.0;        // of a row from the median
+constexpr double kAlike = 1.5;         // neighbours that scatter as one
+constexpr double kMostMovePx = 1.5;
+
+// Weights of the usual conversion to grey.
+int greyOf(const unsigned char* pixel, int channels) {
+  return channels < 3 ? pixel[0] : (1868 * pixel[0] + 9617 * pixel[1] + 4899 * pixel[2] + 8192) >> 14;
+}
+
+// The rows of a column about a centre.
+class TColumn {
+public:
+  TColumn(const cv::Mat& image, int x, int y)
+      : middle(image.ptr(y) + static_cast<std::ptrdiff_t>(x) * image.channels()),
+        step(static_cast<std::ptrdiff_t>(image.step[0])),
+        channels(image.channels()) {}
+
+  int at(int row) const { return greyOf(middle + row * step, channels); }
+
+  // Row of the centroid of the stripe's upper part, from the centre. Not a number where that goes on to the end of
+  // the reach, or is too little.
+  double centroid() const {
+    int peakRow = -kPeakRows;
+    for (int row = -kPeakRows; row <= kPeakRows; ++row) {
+      if (at(row) > at(peakRow)) peakRow = row;
+    }
+    const int peak = at(peakRow);
+    const double dark = 0.5 * (darkOn(-1) + darkOn(1));
+    const double foot = dark + kHeightShare * (peak - dark);
+    if (peak - foot < kLeastHeight) return NAN;
+    double sum = peak - foot;
+    double moment = sum * peakRow;
+    for (const int way : {-1, 1}) {
+      int row = peakRow + way;
+      for (; std::abs(row) < kReachRows && at(row) > foot; row += way) {
+        sum += at(row) - foot;
+        moment += (at(row) - foot) * row;
+      }
+      if (std::abs(row) >= kReachRows) return NAN;
+    }
+    return moment / sum;
+  }
+
+private:
+  double darkOn(int way) const {
+    int sum = 0;
+    for (int row = kReachRows - kDarkRows; row < kReachRows; ++row) sum += at(way * row);
+    return static_cast<double>(sum) / kDarkRows;
+  }
+
+  const unsigned char* middle;
+  std::ptrdiff_t step;
+  int channels;
+};
+
+double lightMiddle(const cv::Mat& image, int x, double nearY) {
+  const int y = roundToInt(nearY);
+  if (x < 0 || x >= image.cols || y < kReachRows || y + kReachRows >= image.rows) return NAN;
+  return y + TColumn(image, x, y).centroid();
+}
+
+class TFineRows {
+public:
+  TFineRows(const TFrame& f, const TOrientedCentres& c, const TProfileLayout& l)
+      : frame(f), centres(c), layout(l) {}
+
+  // By which the light lies below an element's centres, rows in the sense of the layout; 0: it is not told.
+  double offsetOf(std::size_t e) const {
+    const TFittedElement& element = layout.elements[e];
+    const TSurface surface(element, layout.range(e));
+    const TSpan span = columnsOf(e);
+    const int step = 1 + span.count() / kMostColumns;
+    TOffsets offsets;
+    for (int i = span.first; i < span.last && offsets.count < offsets.rows.size(); i += step) {
+      const cv::Point2d p = centres.at(i);
+      const bool isFine = p.y != std::floor(p.y);  // a ridge's
+      if (isFine || !(std::abs(surface.offsetOf(p)) <= kOwnPx)) continue;
+      const double off = layout.sense * lightMiddle(frame.image, roundToInt(p.x), layout.sense * p.y) - p.y;
+      if (std::abs(off) <= kMostMovePx + kLikePx) offsets.rows[offsets.count++] = off;
+    }
+    return meanOf(offsets);
+  }
+
+private:
+  struct TOffsets {
+    std::array<double, kMostColumns> rows{};
+    std::size_t count = 0;
+  };
+
+  // Next to the corner of a plate, and clear of all corners.
+  TSpan columnsOf(std::size_t e) const {
+    const TFittedElement& element = layout.elements[e];
+    const bool isPlate = layout.range(e).role == TElementRole::plate;
+    double from = element.left.x + kCornerPx;
+    double to = element.right.x - kCornerPx;
+    if (isPlate && e == 0) from = std::max(from, to - kPlateWindowPx);
+    if (isPlate && e > 0) to = std::min(to, from + kPlateWindowPx);
+    return {centres.indexOf(from), centres.indexOf(to)};
+  }
+
+  // Of those like their median.
+  static double meanOf(TOffsets& offsets) {
+    if (offsets.count < kFewestColumns) return 0.0;
+    double* const values = offsets.rows.data();
+    double* const middle = values + offsets.count / 2;
+    std::nth_element(values, middle, values + offsets.count);
+    const double median = *middle;
+    double sum = 0.0;
+    double squares = 0.0;
+    double n = 0.0;
+    for (std::size_t i = 0; i < offsets.count; ++i) {
+      if (std::abs(values[i] - median) > kLikePx) continue;
+      sum += values[i];
+      squares += values[i] * values[i];
+      n += 1.0;
+    }
+    const double mean = sum / n;
+    if (!(std::abs(mean) <= kMostMovePx)) return 0.0;
+    const double variance = kAlike * std::max(squares / n - mean * mean, 0.0) / n;
+    return mean * std::max(0.0, 1.0 - variance / std::max(mean * mean, 1e-12));
+  }
+
+  const TFrame& frame;
+  const TOrientedCentres& centres;
+  const TProfileLayout& layout;
+};
+
+void moveDown(double rows, TFittedElement& element) {
+  for (TLine* line : {&element.lines.left, &element.lines.right, &element.lines.whole}) line->y += rows;
+  element.arc.circle.y += rows;
+  element.left.y += rows;
+  element.right.y += rows;
+}
+
+}  // namespace
+
+void moveToLight(const TFrame& frame, const TOrientedCentres& centres, TProfileLayout& layout) {
+  const TFineRows fine(frame, centres, layout);
+  std::array<double, kMostElements> rows{};
+  for (std::size_t e = 0; e < layout.count(); ++e) rows[e] = fine.offsetOf(e);
+  for (std::size_t e = 0; e < layout.count(); ++e) moveDown(rows[e], layout.elements[e]);
+  for (std::size_t j = 0; j + 1 < layout.count(); ++j) layout.fillets[j].circle.y += 0.5 * (rows[j] + rows[j + 1]);
+}
+
+}  // namespace weld
