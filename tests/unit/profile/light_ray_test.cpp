@@ -49,7 +49,9 @@ TEST(LightRay, followsTheLightOfAFlankPastHolesAndBlotsToItsEnd) {
        columns(20), false},
       {"another surface from here on", [](cv::Mat& image) { draw(image, 80, 100, 0); }, 8.0, true, 8.0},
       {"the same light beyond it", [](cv::Mat&) {}, columns(40), true, 8.0},
-      {"dark at once", [](cv::Mat& image) { draw(image, 59, 100, 0); }, 0.0, true},
+      {"dark at once", [](cv::Mat& image) { draw(image, 61, 100, 0); }, 0.0, true},
+      {"stray light at once", [](cv::Mat& image) { draw(image, 59, 100, 20); }, -2.5, true},
+      {"stray light for long", [](cv::Mat& image) { draw(image, 55, 100, 20); }, 0.0, true},
       {"black", [](cv::Mat& image) { image.setTo(0); }, 0.0, false},
   };
   for (const TRow& row : rows) {
