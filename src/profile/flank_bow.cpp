@@ -14,6 +14,7 @@ constexpr int kFewestCentres = 30;
 constexpr double kAlike = 3.0;         // neighbours that scatter as one
 constexpr double kLeastRoundPx = 3.0;  // of a corner, left out
 constexpr double kRoundPerWidth = 0.5;
+constexpr double kMostScatter = 1.5;    // about the bow, over that about a smooth course
 constexpr double kMostBowShare = 0.03;  // of the length: more is a kink
 
 // Centres of a flank along and off its line: u runs from -1 to 1.
@@ -27,10 +28,12 @@ public:
     half = std::max(0.5 * (to - from), 1.0);
   }
 
+  // False where it is no even bow.
   bool fit() {
     TNormalEquations bowed(3);
-    const double invLimit2 = 1.0 / (kTukey * kTukey * flank.noise2);
+    const double invLimit2 = 1.0 / (kTukey * kTukey * std::max(flank.noise2, line.variance));
     TSums sums;
+    TTriple offs{};
     double squares = 0.0;
     for (int i = span.first; i < span.last; ++i) {
       const cv::Point2d p = centres.at(i);
@@ -40,6 +43,7 @@ public:
       const double w = centres.weight[static_cast<std::size_t>(i)] * share * share;
       bowed.add({1.0, u, u * u}, off, w);
       squares += w * off * off;
+      offs = {offs[0] + w * off, offs[1] + w * u * off, offs[2] + w * u * u * off};
       sums.u += w * u;
       sums.uu += w * u * u;
       sums.uuu += w * u * u * u;
@@ -47,8 +51,11 @@ public:
     sums.n = bowed.weight();
     if (sums.n < kFewestCentres || !bowed.factor()) return false;
     course = bowed.solution();
-    shrink(kAlike * squares / sums.n * bowed.covariances(2)[2], sums);
-    return std::abs(course[2]) < kMostBowShare * half;
+    const double explained = course[0] * offs[0] + course[1] * offs[1] + course[2] * offs[2];
+    const double scatter = std::max(squares - explained, 0.0) / sums.n;
+    if (scatter > kMostScatter * flank.noise2 || std::abs(course[2]) > kMostBowShare * half) return false;
+    shrink(kAlike * scatter * bowed.covariances(2)[2], sums);
+    return true;
   }
 
   // The line next to an end.
@@ -102,17 +109,13 @@ TSpan straightOf(const TOrientedCentres& centres, double stripeWidthPx, const TF
           std::min(flank.span.last, centres.indexOf(flank.right.x - roundPx))};
 }
 
-bool isWhole(const TLocalLines& lines) {
-  return lines.left.weight == lines.whole.weight && lines.right.weight == lines.whole.weight;
-}
-
 }  // namespace
 
 void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileLayout& layout) {
   for (std::size_t e = 0; e < layout.count(); ++e) {
     TFittedElement& flank = layout.elements[e];
     const bool isFlank = layout.range(e).kind == TElementKind::line && layout.range(e).role == TElementRole::flank;
-    if (!isFlank || !isWhole(flank.lines)) continue;
+    if (!isFlank) continue;
     TBowedFlank bowed(centres, straightOf(centres, stripeWidthPx, flank), flank);
     if (!bowed.fit()) continue;
     flank.lines.left = bowed.at(-1.0, flank.lines.left);

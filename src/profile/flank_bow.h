@@ -5,7 +5,7 @@
 
 namespace weld {
 
-// Turns the lines at both ends of every flank that is read as a whole to where its bow leads, by as much as the
+// Turns the lines at both ends of every flank to where its bow leads, by as much as the
 // bow stands out of the scatter. The ends are still to be placed: meetAnew().
 //   stripeWidthPx  0: not known
 void followBows(const TOrientedCentres& centres, double stripeWidthPx, TProfileLayout& layout);

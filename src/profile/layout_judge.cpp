@@ -118,7 +118,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   TProfileLayout layout = refined;
   followBows(centresOf(layout.sense), stripe.widthPx(), layout);
   if (options.frame != nullptr) moveToLight(*options.frame, centresOf(layout.sense), layout);
-  meetAnew(layout);
+  meetAnew(centresOf(layout.sense), layout);
   if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
   endInFlares(options.flares, layout);
   TProfileFit fit;

@@ -16,13 +16,16 @@ double rowOn(const TLine& line, double x) {
   return line.y + (x - line.x) * line.dy / std::max(line.dx, 0.02);
 }
 
-void meetAt(std::size_t j, TProfileLayout& layout) {
+void meetAt(std::size_t j, const TOrientedCentres& centres, TProfileLayout& layout) {
   TFittedElement& a = layout.elements[j];
   TFittedElement& b = layout.elements[j + 1];
   const auto isLine = [&](std::size_t e) { return layout.range(e).kind == TElementKind::line; };
   const TJunctionKind kind = layout.profile->junctions[j].kind;
   if (kind == TJunctionKind::cross && isLine(j) && isLine(j + 1)) {
-    if (const auto corner = crossingOf(a.lines.right, b.lines.left)) a.right = b.left = *corner;
+    const std::optional<cv::Point2d> corner = crossingOf(a.lines.right, b.lines.left);
+    if (!corner) return;
+    a.right = b.left = *corner;
+    a.span.last = b.span.first = std::clamp(centres.indexOf(corner->x), a.span.first, b.span.last);
   } else if (kind == TJunctionKind::root || kind == TJunctionKind::jump) {
     if (isLine(j)) a.right.y = rowOn(a.lines.right, a.right.x);
     if (isLine(j + 1)) b.left.y = rowOn(b.lines.left, b.left.x);
@@ -31,8 +34,8 @@ void meetAt(std::size_t j, TProfileLayout& layout) {
 
 }  // namespace
 
-void meetAnew(TProfileLayout& layout) {
-  for (std::size_t j = 0; j + 1 < layout.count(); ++j) meetAt(j, layout);
+void meetAnew(const TOrientedCentres& centres, TProfileLayout& layout) {
+  for (std::size_t j = 0; j + 1 < layout.count(); ++j) meetAt(j, centres, layout);
 }
 
 TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table) {

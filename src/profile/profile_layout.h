@@ -84,7 +84,7 @@ bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settin
                   TWindowSums& sums);
 
 // Places corners between lines that have moved since; ends at holes and walls keep their columns.
-void meetAnew(TProfileLayout& layout);
+void meetAnew(const TOrientedCentres& centres, TProfileLayout& layout);
 
 // Parts of the refinement, in files of their own.
 std::optional<cv::Point2d> crossingOf(const TLine& a, const TLine& b);
