@@ -46,12 +46,15 @@ TStripe partOf(const TFrame& frame, const TStripe& stripe, TPointView piece) {
 
 // The flanks touch: what lies apart from the longest piece of the stripe, on a table or another laser's, is
 // neither. The table's may be the longer one.
-//   on  becomes the piece that shows the corner instead of the longest one
+//   on  becomes the piece that shows the corner
 TSeam findOnPiece(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TPointView& on) {
   const TPointView points = stripe.points;
   const TPointView longest = longestPiece(points);
   TSeam seam = findCorner(frame.inWay("longest piece"), partOf(frame, stripe, longest), previous);
-  if (seam.isFound) return seam;
+  if (seam.isFound) {
+    on = longest;
+    return seam;
+  }
   const auto first = static_cast<std::size_t>(longest.begin() - points.begin());
   const std::size_t end = first + longest.size();
   const TPointView left = longestPiece(points.part(0, first));

@@ -1,8 +1,8 @@
 #include "profile/layout_judge.h"
 
-#include "profile/joint_features.h"
 #include "profile/fine_rows.h"
 #include "profile/flank_bow.h"
+#include "profile/joint_features.h"
 #include "profile/lit_ends.h"
 #include "support/exact_log.h"
 
@@ -116,10 +116,14 @@ bool TLayoutJudge::isLit(const TProfileLayout& layout) const {
 
 TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScore& score, double nullCost) const {
   TProfileLayout layout = refined;
-  followBows(centresOf(layout.sense), stripe.widthPx(), layout);
-  if (options.frame != nullptr) moveToLight(*options.frame, centresOf(layout.sense), layout);
-  meetAnew(centresOf(layout.sense), layout);
-  if (options.frame != nullptr) extendToLight(*options.frame, centresOf(layout.sense), layout);
+  const TOrientedCentres& centres = centresOf(layout.sense);
+  followBows(centres, stripe.widthPx(), layout);
+  meetAnew(centres, layout);
+  if (options.frame != nullptr) {
+    extendToLight(*options.frame, centres, layout);
+    moveToLight(*options.frame, centres, layout);
+    meetAnew(centres, layout);
+  }
   endInFlares(options.flares, layout);
   TProfileFit fit;
   fit.profile = layout.profile;
@@ -131,7 +135,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   fit.outcome = TProfileOutcome::found;
   const TStripeState state{stripe.noisePx(), stripe.noiseInflation(), stripe.holes().unseenPx,
                            stripe.holes().secondPx};
-  if (!measureLayout(centresOf(layout.sense), layout, state, fit)) {
+  if (!measureLayout(centres, layout, state, fit)) {
     fit.outcome = TProfileOutcome::tooShallow;
   } else if (fit.platesApartDeg > kMostPlatesApartDeg) {
     fit.outcome = TProfileOutcome::platesApart;

@@ -30,8 +30,8 @@ constexpr int kApart = 60;                             // columns between steps
 constexpr double kLeastStep = 0.5877866649021191;      // logarithm of 1.8
 constexpr double kLeastHint = 0.26236426446749106;     // of 1.3: enough where the room light steps as well,
 constexpr double kLeastRoomStep = 0.3364722366212129;  // by 1.4 on both sides of the stripe
-constexpr int kRoomNear = 50;  // columns from the step, within which the plate's edge may lie aslant
-constexpr int kRoomFar = 80;
+constexpr int kRoomNear = 60;  // columns from the step, within which the plate's edge may lie aslant
+constexpr int kRoomFar = 90;
 constexpr int kRoomWindow = 12;     // columns on either side of that edge
 constexpr double kDarkRoom = 10.0;  // grey levels
 
@@ -212,8 +212,8 @@ struct TStraightStripe {
 
 // Of a step; none where it is too small for one.
 std::optional<double> columnOf(const TStraightStripe& on, int place, double step) {
-  if (std::abs(step) < kLeastStep) return edgeInRoomLight(on.grey, on.line, on.firstColumn + place, step);
-  return on.firstColumn + steepestNear(on.light, place, step);
+  const double steepest = on.firstColumn + steepestNear(on.light, place, step);
+  return std::abs(step) < kLeastStep ? edgeInRoomLight(on.grey, on.line, steepest, step) : steepest;
 }
 
 // The steps one by one, the largest first.

@@ -20,14 +20,13 @@ double errorOf(const TJointMeasurement& measured, TFeature feature, const scenes
   return HUGE_VAL;
 }
 
-// Speckle makes the edges of a stripe lie apart by unlike parts of a row above and below it.
 TEST(FineGrooves, AreReadAlongBowedFlanksAndAtTheMiddleOfTheLight) {
   const struct {
     const char* name;
     double tiltDeg, bowPx, fwhmPx, peak, noise, mostPx;
   } rows[] = {{"straight", 0.0, 0.0, 7.0, 200.0, 0.0, 0.1},
-              {"bowed out", 4.0, -3.0, 7.0, 200.0, 0.0, 0.3},
-              {"bowed in", -6.0, 3.0, 7.0, 200.0, 0.0, 0.3},
+              {"bowed out", 4.0, -2.0, 7.0, 200.0, 5.0, 0.3},
+              {"bowed in", -6.0, 2.0, 7.0, 200.0, 5.0, 0.3},
               {"saturated and noisy", 5.0, 0.0, 13.0, 900.0, 8.0, 0.3},
               {"thick and noisy", 0.0, 0.0, 14.0, 250.0, 8.0, 0.3}};
   for (const auto& row : rows) {
@@ -50,9 +49,6 @@ TEST(FineGrooves, AreReadAlongBowedFlanksAndAtTheMiddleOfTheLight) {
     EXPECT_LE(errorOf(seam.measurement, TFeature::root, shown.truth, "root"), row.mostPx);
     EXPECT_LE(errorOf(seam.measurement, TFeature::leftShoulder, shown.truth, "leftShoulder"), row.mostPx);
     EXPECT_LE(errorOf(seam.measurement, TFeature::rightShoulder, shown.truth, "rightShoulder"), row.mostPx);
-    printf("%.3f %.3f %.3f\n", errorOf(seam.measurement, TFeature::root, shown.truth, "root"),
-           errorOf(seam.measurement, TFeature::leftShoulder, shown.truth, "leftShoulder"),
-           errorOf(seam.measurement, TFeature::rightShoulder, shown.truth, "rightShoulder"));
   }
 }
 

@@ -7,17 +7,14 @@
 namespace weld {
 namespace {
 
-// A corner at column 200, row 100, and a table's stripe that begins so many columns on.
+// A corner at column 200, row 100, and a table's stripe right of it, lower by its own height.
 TEST(OwnCorner, isFoundBesideALongerStripeOfTheTable) {
   const struct {
     const char* name;
     int tableColumns;
-    int flankColumns;  // on either side
+    int rightColumns;  // of the flank
     bool isFound;
-  } rows[] = {{"no table", 0, 80, true},
-              {"a short one", 60, 80, true},
-              {"a longer one", 250, 80, true},
-              {"a scrap of a corner", 250, 55, false}};
+  } rows[] = {{"no table", 0, 45, true}, {"a long one", 200, 45, true}, {"a wrong angle", 200, 12, false}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     TStripe stripe(heapMemory());
@@ -26,11 +23,12 @@ TEST(OwnCorner, isFoundBesideALongerStripeOfTheTable) {
       stripe.points.emplace_back(static_cast<float>(x), static_cast<float>(y));
       stripe.sources.emplace_back();
     };
-    for (int x = -row.flankColumns; x <= row.flankColumns; ++x) add(200 + x, 100.0 - 0.5 * std::abs(x));
-    for (int x = 0; x < row.tableColumns; ++x) add(220 + row.flankColumns + x, 140.0);
+    for (int x = -100; x <= row.rightColumns; ++x) add(200 + x, 100.0 - 0.5 * std::abs(x));
+    for (int x = 0; x < row.tableColumns; ++x) add(265 + x, 145.0);
     stripe.status.assign(640, TWeldPointStatus{kCentreFound});
     TWeldParams params;
     initWeldParameters(TWeldType::corner, params, TWeldPosType::centre);
+    params.angleRange2Max = -10.0;
     const TSeam seam = findOwnCorner(heapFrame(image, params), stripe, {});
     ASSERT_EQ(seam.isFound, row.isFound);
     if (!seam.isFound) continue;
