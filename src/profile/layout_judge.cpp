@@ -118,12 +118,9 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   TProfileLayout layout = refined;
   const TOrientedCentres& centres = centresOf(layout.sense);
   followBows(centres, stripe.widthPx(), layout);
+  if (options.frame != nullptr) moveToLight(*options.frame, centres, layout);
   meetAnew(centres, layout);
-  if (options.frame != nullptr) {
-    extendToLight(*options.frame, centres, layout);
-    moveToLight(*options.frame, centres, layout);
-    meetAnew(centres, layout);
-  }
+  if (options.frame != nullptr) extendToLight(*options.frame, centres, layout);
   endInFlares(options.flares, layout);
   TProfileFit fit;
   fit.profile = layout.profile;

@@ -14,7 +14,7 @@ TEST(OwnCorner, isFoundBesideALongerStripeOfTheTable) {
     int tableColumns;
     int rightColumns;  // of the flank
     bool isFound;
-  } rows[] = {{"no table", 0, 45, true}, {"a long one", 200, 45, true}, {"a wrong angle", 200, 12, false}};
+  } rows[] = {{"no table", 0, 45, true}, {"a long one", 200, 45, true}, {"no right flank", 200, 0, false}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     TStripe stripe(heapMemory());
