@@ -172,7 +172,7 @@ struct TRoomEdge {
 
 TRoomEdge roomEdge(const cv::Mat& grey, const TSlopeLine& line, double column, double sign, bool isBelow) {
   const int first = roundToInt(column) - kRoomFar;
-  std::array<int, 2 * kRoomFar> sums{};
+  std::array<int, std::size_t{2} * kRoomFar> sums{};
   if (first < 0 || first + 2 * kRoomFar > grey.cols) return {};
   for (int i = 0; i < 2 * kRoomFar; ++i)
     sums[static_cast<std::size_t>(i)] = roomLight(grey, line, first + i, isBelow);
