@@ -55,7 +55,8 @@ TSeam findOnPiece(const TFrame& frame, const TStripe& stripe, const TPrevious& p
     on = longest;
     return seam;
   }
-  const auto first = static_cast<std::size_t>(longest.begin() - points.begin());
+  const auto isBefore = [&](cv::Point2f p) { return p.x < longest.front().x; };
+  const auto first = static_cast<std::size_t>(std::count_if(points.begin(), points.end(), isBefore));
   const std::size_t end = first + longest.size();
   const TPointView left = longestPiece(points.part(0, first));
   const TPointView right = longestPiece(points.part(end, points.size() - end));

@@ -14,9 +14,9 @@ public:
   // Reads the flank's own brightness on the stretch before the point. Image coordinates; `direction` of length 1.
   TLightRay(const cv::Mat& image, cv::Point2d from, cv::Point2d direction);
 
-  // How far the flank's light goes on, px; below 0 where it ends before, 0 where the image is bright everywhere. Light of
-  // another brightness or beside the line is not its own. It goes on behind a hole or a blot where it lies on the
-  // line again, and for long.
+  // How far the flank's light goes on, px; below 0 where it ends before, 0 where the image is bright everywhere.
+  // Light of another brightness or beside the line is not its own. It goes on behind a hole or a blot where it
+  // lies on the line again, and for long.
   //   freePx  where the light of another surface begins
   double litPx(double freePx) const;
 

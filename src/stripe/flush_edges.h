@@ -12,7 +12,8 @@ struct TLightStep {
 };
 
 // The steps of the light along the stripe, left to right: those by a factor of 1.8 or more that stand out of the
-// speckle, at least 60 px apart; by 1.3 or more where the room light on both sides steps by 1.4. Empty where the stripe is not one straight line.
+// speckle, at least 60 px apart; by 1.3 or more where the room light on both sides steps by 1.4. Empty where the
+// stripe is not one straight line.
 //   stripe  centres inside the image, x ascending
 TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe);
 
