@@ -48,9 +48,10 @@ TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*
   if (left.empty() || right.empty()) return seam;
   // Something brighter beside the stripe may have taken the centres of a piece as far as the other one.
   const int betweenPx = roundToInt(static_cast<double>(right.front().x - left.back().x));
-  const int reachPx = std::max(betweenPx, 0) + kOverlapPx;
-  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx}, seam),
-                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx}, seam)};
+  const int freePx = std::max(betweenPx, 0);
+  const int reachPx = freePx + kOverlapPx;
+  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx}, seam),
+                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx}, seam)};
   seam.pos = cv::Point2f(seamPoint(*seam.ends, frame.params.weldPosType));
   return seam;
 }

@@ -23,7 +23,9 @@ constexpr int kClearPx =
 constexpr int kAroundRows = 4;
 constexpr double kLeastLight = 4.0;  // mean grey level of a column over its surroundings
 constexpr double kFullShare = 0.5;   // of the light inside: what is lit
-constexpr int kMostDark = 32;        // columns in a row, beyond which nothing is looked for
+constexpr int kLongestHole = 30;     // dark columns in a row that a rest of the piece may lie behind ...
+constexpr int kLongestBeside = 2;    // ... and beside another piece
+constexpr double kLeastSure = 0.7;   // the same where all of the piece is equally bright
 constexpr double kSharpShare = 0.5;
 constexpr double kDarkWeight = 0.6;     // of a dark column against a lit one: a rest behind a hole is stripe, too
 constexpr double kMostLoss = 3.0;       // of dark columns in a row: a rest of four lit ones outweighs any hole
@@ -110,7 +112,7 @@ public:
       usual = 1.4826 * medianOf(inner);
     }
     int dark = 0;
-    for (int i = -kEdge; i <= end.reachPx && dark < kMostDark; ++i) {
+    for (int i = -kEdge; i <= end.reachPx && dark <= (i <= end.freePx ? kLongestHole : kLongestBeside); ++i) {
       light.push_back(columns.at(lastColumn(end) + way * i));
       dark = light.back() < kFullShare * level ? dark + 1 : 0;
     }
@@ -130,13 +132,14 @@ private:
 
 // The column that parts lit ones from dark ones best: holes and grains on the way count by their size.
 int lastLit(const TColumnsOfLight& light) {
-  const double threshold = kFullShare * light.inside();
+  const double threshold = std::clamp(light.inside() - kUsualScatters * light.scatter(),
+                                      kFullShare * light.inside(), kLeastSure * light.inside());
   int best = kEdge;
   double highest = 0.0;
   double sum = 0.0;
   for (int i = 0; i < light.count(); ++i) {
-    sum =
-        std::max(sum + std::clamp((light.at(i) - threshold) / threshold, -kDarkWeight, 1.0), highest - kMostLoss);
+    sum = std::max(sum + std::clamp((light.at(i) - threshold) / (light.inside() - threshold), -kDarkWeight, 1.0),
+                   highest - kMostLoss);
     if (sum <= highest) continue;
     highest = sum;
     best = i;
@@ -149,7 +152,7 @@ double shareBeyond(const TColumnsOfLight& light, int last) {
   const double noise = kUsualScatters * light.scatter() / light.inside();
   const double lacking = 1.0 - light.at(last) / light.inside();
   const double next = last + 1 < light.count() ? light.at(last + 1) / light.inside() : 0.0;
-  const double beyond = next > noise ? std::min(next, kFullShare) : 0.0;
+  const double beyond = next > noise ? std::min(next, kLeastSure) : 0.0;
   return beyond - (lacking > noise ? std::min(lacking, kFullShare) : 0.0);
 }
 
