@@ -3,6 +3,7 @@
 #include "support/exact_log.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
+#include "support/median.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,11 +19,10 @@ constexpr int kRefits = 2;
 constexpr int kReach = 12;       // rows about the stripe that hold its light
 constexpr int kBesideNear = 16;  // rows that hold the light around it
 constexpr int kBesideFar = 24;
-constexpr double kDark = 30.0;    // grey levels of a column, below which it counts as dark
-constexpr int kLongWindow = 80;   // columns on either side of a step,
-constexpr int kShortWindow = 15;  // at least
-constexpr int kSteepColumns = 4;  // on either side of its steepest place
-constexpr int kSteepReach = 40;
+constexpr double kDark = 30.0;                     // grey levels of a column, below which it counts as dark
+constexpr int kLongWindow = 80;                    // columns on either side of a step,
+constexpr int kShortWindow = 15;                   // at least
+constexpr int kEdgeReach = 40;                     // on either side of where the medians differ most
 constexpr int kApart = 60;                         // columns between steps
 constexpr double kLeastStep = 0.5877866649021191;  // logarithm of 1.8
 
@@ -128,24 +128,28 @@ TValues stepsOf(const TValues& light, TMemory* memory) {
   return steps;
 }
 
-// Where the light changes most in the direction of a step, between two columns.
-struct TSteepest {
-  double x = 0.0;
-  double change = 0.0;  // of the mean light beside it
-};
+double medianOfPart(const TValues& light, int first, int last) {
+  TValues part(light.begin() + first, light.begin() + last, light.get_allocator());
+  return medianOf(part);
+}
 
-TSteepest steepestNear(const TValues& light, int place, double step) {
+// Between the two columns that part best those with the light left of a step from those with the light right of
+// it.
+double edgeNear(const TValues& light, int place) {
   const int columns = static_cast<int>(light.size());
-  TSteepest best;
-  for (int i = std::max(place - kSteepReach, kSteepColumns);
-       i < std::min(place + kSteepReach, columns - kSteepColumns); ++i) {
-    double change = 0.0;
-    for (int k = 0; k < kSteepColumns; ++k)
-      change += light[static_cast<std::size_t>(i + k)] - light[static_cast<std::size_t>(i - 1 - k)];
-    change *= (step > 0.0 ? 1.0 : -1.0) / kSteepColumns;
-    if (change > best.change) best = {i - 0.5, change};
+  const double left = medianOfPart(light, std::max(place - kLongWindow, 0), place);
+  const double right = medianOfPart(light, place, std::min(place + kLongWindow, columns));
+  int best = std::max(place - kEdgeReach, 0);
+  double least = 0.0;
+  double cost = 0.0;
+  for (int i = best; i < std::min(place + kEdgeReach, columns); ++i) {
+    const double value = light[static_cast<std::size_t>(i)];
+    cost += std::abs(value - left) - std::abs(value - right);
+    if (cost >= least) continue;
+    least = cost;
+    best = i + 1;
   }
-  return best;
+  return best - 0.5;
 }
 
 // The steps one by one, the largest first.
@@ -155,11 +159,11 @@ void takeSteps(const TValues& light, TValues& steps, int firstColumn, TList<TLig
        largest = std::max_element(steps.begin(), steps.end(), isSmaller)) {
     const int place = static_cast<int>(largest - steps.begin());
     const double step = *largest;
-    const TSteepest edge = steepestNear(light, place, step);
+    const double edge = edgeNear(light, place);
     const bool isNew = std::none_of(found.begin(), found.end(), [&](const TLightStep& other) {
-      return std::abs(other.x - firstColumn - edge.x) < kApart;
+      return std::abs(other.x - firstColumn - edge) < kApart;
     });
-    if (isNew) found.push_back({firstColumn + edge.x, step});
+    if (isNew) found.push_back({firstColumn + edge, step});
     const auto columns = static_cast<int>(steps.size());
     std::fill(steps.begin() + std::max(place - kApart, 0), steps.begin() + std::min(place + kApart, columns), 0.0);
   }
