@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <numeric>
 
 namespace weld {
 
@@ -40,6 +42,8 @@ constexpr TCheck kFilled{{16, TWeldOutcome::elementMissing, "gap", "the stripe g
 constexpr int kLeastWidenedPx = 12;
 constexpr int kBackPx = 60;      // from an edge to the centres that are surely the stripe's
 constexpr int kLeastPiece = 60;  // of such centres
+constexpr int kNearPx = 15;  // columns beside an edge that have centres as bright as others where nothing is wrong
+constexpr double kFullShare = 0.8;
 constexpr int kLeastDarkPx = 8;  // by which an edge moves back
 
 constexpr int kBesideColumns = 12;
@@ -166,6 +170,24 @@ bool isOnLine(const TFrame& frame, const TStripe& stripe, const TLineHole& hole)
                             kLeastOnLine);
 }
 
+// Whether centres are missing beside an edge, or have less light there than farther away.
+bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
+  int count = 0;
+  double near = 0.0;
+  double far = 0.0;
+  for (const cv::Point2f p : points) {
+    const int columns = away * (truncToInt(p.x) - edge);
+    if (columns < 0 || columns >= kBackPx + kNearPx || (columns >= kNearPx && columns < kBackPx)) continue;
+    const int channels = frame.image.channels();
+    const unsigned char* const pixel =
+        frame.image.ptr(truncToInt(p.y)) + static_cast<std::ptrdiff_t>(channels) * truncToInt(p.x);
+    const int light = std::accumulate(pixel, pixel + std::min(channels, 3), 0);
+    (columns < kNearPx ? near : far) += light;
+    count += columns < kNearPx ? 1 : 0;
+  }
+  return count < kFullShare * kNearPx || near < kFullShare * far;
+}
+
 }  // namespace
 
 TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
@@ -200,13 +222,13 @@ TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& h
   const auto* const left = std::lower_bound(points.begin(), points.end(), hole.leftX - kBackPx, isBefore);
   const auto* const right = std::lower_bound(left, points.end(), hole.rightX + kBackPx, isBefore);
   TLineHole wide = hole;
-  if (left - points.begin() > kLeastPiece) {
+  if (mayShine(frame, points, hole.leftX, -1) && left - points.begin() > kLeastPiece) {
     const TPointView piece(points.begin(), static_cast<std::size_t>(left - points.begin()));
     const int reachPx = hole.leftX - truncToInt(piece.back().x);
     const double x = endOfLight(frame, {piece, true, stripe.widthPx, reachPx, reachPx}).pos.x;
     if (x < hole.leftX - kLeastDarkPx) wide.leftX = roundToInt(x);
   }
-  if (points.end() - right > kLeastPiece) {
+  if (mayShine(frame, points, hole.rightX, 1) && points.end() - right > kLeastPiece) {
     const TPointView piece(right, static_cast<std::size_t>(points.end() - right));
     const int reachPx = truncToInt(piece.front().x) - hole.rightX;
     const double x = endOfLight(frame, {piece, false, stripe.widthPx, reachPx, reachPx}).pos.x;

@@ -16,6 +16,8 @@ constexpr int kHalfWindow = 4;      // centres on either side of one that tell i
 constexpr int kNearest = 60;        // centres from one to those that tell the stripe beside it,
 constexpr int kBeside = 30;         // so many of them
 constexpr int kLeastRun = 8;
+constexpr int kSampled = 4;  // every so many centres show whether there may be a run
+constexpr double kSampledShare = 0.6;
 constexpr double kMostOffPx = 15.0;  // from the straight course between both sides
 constexpr int kRows = 2;             // on either side of a centre
 constexpr int kClearPx = 12;         // beyond the width of the stripe, where its surroundings begin
@@ -37,7 +39,8 @@ cv::Rect rowsAbout(const TFrame& frame, TPointView points, int farPx) {
   return rows & cv::Rect({0, 0}, frame.image.size());
 }
 
-TList<double> lightOf(const TFrame& frame, const TStripe& stripe) {
+// Of every so many centres.
+TList<double> lightOf(const TFrame& frame, const TStripe& stripe, std::size_t step) {
   TList<double> light(frame.memory);
   if (stripe.points.empty()) return light;
   light.reserve(stripe.points.size());
@@ -46,7 +49,8 @@ TList<double> lightOf(const TFrame& frame, const TStripe& stripe) {
   const cv::Mat seen = frame.image(rows);
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
   const cv::Mat grey = toGrey(seen, pixels);
-  for (const cv::Point2f p : stripe.points) {
+  for (std::size_t i = 0; i < stripe.points.size(); i += step) {
+    const cv::Point2f p = stripe.points[i];
     const int row = roundToInt(static_cast<double>(p.y)) - rows.y;
     const auto level = [&](int y) {
       return static_cast<double>(grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), truncToInt(p.x)));
@@ -56,6 +60,16 @@ TList<double> lightOf(const TFrame& frame, const TStripe& stripe) {
     light.push_back(sum / (2 * kRows + 1) - 0.5 * (level(row - far) + level(row + far)));
   }
   return light;
+}
+
+// By some of the centres: whether one is dark against those on either side.
+bool mayHaveDimRun(const TList<double>& light) {
+  constexpr std::size_t kFar = kNearest / kSampled;
+  for (std::size_t i = kFar; i + kFar < light.size(); ++i) {
+    const double least = kSampledShare * std::min(light[i - kFar], light[i + kFar]);
+    if (light[i] < least) return true;
+  }
+  return false;
 }
 
 TList<double> rowsOf(const TFrame& frame, const TStripe& stripe) {
@@ -70,7 +84,7 @@ class TCourse {
 public:
   TCourse(const TFrame& frame, const TStripe& stripe)
       : count(static_cast<int>(stripe.points.size())),
-        light(runningSums(lightOf(frame, stripe), frame.memory)),
+        light(runningSums(lightOf(frame, stripe, 1), frame.memory)),
         row(runningSums(rowsOf(frame, stripe), frame.memory)) {}
 
   bool isDim(int i) const { return isBelow(i, kHalfWindow, kDimShare); }
@@ -100,6 +114,7 @@ private:
 }  // namespace
 
 std::optional<TStripe> withoutDimRuns(const TFrame& frame, const TStripe& stripe) {
+  if (!mayHaveDimRun(lightOf(frame, stripe, kSampled))) return std::nullopt;
   const TCourse course(frame, stripe);
   const int count = static_cast<int>(stripe.points.size());
   TList<char> isDim(stripe.points.size(), 0, frame.memory);
