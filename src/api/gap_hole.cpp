@@ -1,5 +1,6 @@
 #include "api/gap_hole.h"
 
+#include "stripe/stripe_end.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
@@ -7,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <numeric>
 
 namespace weld {
 
@@ -35,6 +38,13 @@ constexpr double kFillingPx = 15.0;      // they lie so near the line
 constexpr TCheck kFilled{{16, TWeldOutcome::elementMissing, "gap", "the stripe goes on through the gap"},
                          "share of the gap's columns through which the stripe goes on",
                          TRule::atMost};
+
+constexpr int kLeastWidenedPx = 12;
+constexpr int kBackPx = 60;      // from an edge to the centres that are surely the stripe's
+constexpr int kLeastPiece = 60;  // of such centres
+constexpr int kNearPx = 15;  // columns beside an edge that have centres as bright as others where nothing is wrong
+constexpr double kFullShare = 0.8;
+constexpr int kLeastDarkPx = 8;  // by which an edge moves back
 
 constexpr int kBesideColumns = 12;
 constexpr int kClearPx = 12;       // beyond the width of the stripe, where its surroundings begin
@@ -160,6 +170,24 @@ bool isOnLine(const TFrame& frame, const TStripe& stripe, const TLineHole& hole)
                             kLeastOnLine);
 }
 
+// Whether centres are missing beside an edge, or have less light there than farther away.
+bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
+  int count = 0;
+  double near = 0.0;
+  double far = 0.0;
+  for (const cv::Point2f p : points) {
+    const int columns = away * (truncToInt(p.x) - edge);
+    if (columns < 0 || columns >= kBackPx + kNearPx || (columns >= kNearPx && columns < kBackPx)) continue;
+    const int channels = frame.image.channels();
+    const unsigned char* const pixel =
+        frame.image.ptr(truncToInt(p.y)) + static_cast<std::ptrdiff_t>(channels) * truncToInt(p.x);
+    const int light = std::accumulate(pixel, pixel + std::min(channels, 3), 0);
+    (columns < kNearPx ? near : far) += light;
+    count += columns < kNearPx ? 1 : 0;
+  }
+  return count < kFullShare * kNearPx || near < kFullShare * far;
+}
+
 }  // namespace
 
 TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
@@ -185,6 +213,28 @@ int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
     last = &p;
   }
   return widest;
+}
+
+TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
+  if (hole.rightX - hole.leftX < kLeastWidenedPx) return hole;
+  const auto isBefore = [](cv::Point2f p, int column) { return truncToInt(p.x) < column; };
+  const TPointView points = stripe.points;
+  const auto* const left = std::lower_bound(points.begin(), points.end(), hole.leftX - kBackPx, isBefore);
+  const auto* const right = std::lower_bound(left, points.end(), hole.rightX + kBackPx, isBefore);
+  TLineHole wide = hole;
+  if (mayShine(frame, points, hole.leftX, -1) && left - points.begin() > kLeastPiece) {
+    const TPointView piece(points.begin(), static_cast<std::size_t>(left - points.begin()));
+    const int reachPx = hole.leftX - truncToInt(piece.back().x);
+    const double x = endOfLight(frame, {piece, true, stripe.widthPx, reachPx, reachPx}).pos.x;
+    if (x < hole.leftX - kLeastDarkPx) wide.leftX = roundToInt(x);
+  }
+  if (mayShine(frame, points, hole.rightX, 1) && points.end() - right > kLeastPiece) {
+    const TPointView piece(right, static_cast<std::size_t>(points.end() - right));
+    const int reachPx = truncToInt(piece.front().x) - hole.rightX;
+    const double x = endOfLight(frame, {piece, false, stripe.widthPx, reachPx, reachPx}).pos.x;
+    if (x > hole.rightX + kLeastDarkPx) wide.rightX = roundToInt(x);
+  }
+  return wide;
 }
 
 bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {

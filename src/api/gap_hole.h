@@ -12,6 +12,10 @@ TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole
 // Columns of the widest step between neighbouring centres of the line, but that of the hole.
 int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx);
 
+// The hole as wide as the dark on the line beside it: where something dimmer than the stripe shines out of a gap,
+// its centres are none of the line's.
+TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& hole);
+
 // Whether stripe and light end at the hole: not where they go on through it or beside its line.
 bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole);
 

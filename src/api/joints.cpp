@@ -38,6 +38,7 @@ TJointRules gapRules() {
   rules.findOwn = findOwnGap;
   rules.rivalOf = rivalOfGap;
   rules.looksLike = "the stripe looks like a butt joint";
+  rules.bytesPerColumn = 3072;
   rules.isLocal = true;
   return rules;
 }

@@ -3,6 +3,7 @@
 #include "api/gap_hole.h"
 #include "stripe/break_path.h"
 #include "stripe/dark_break.h"
+#include "stripe/dim_runs.h"
 #include "stripe/turn.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
@@ -93,6 +94,13 @@ TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found
 
 TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
   TSeam seam(TPoints(stripe.points, frame.memory));
+  const TNearLine isNear(hole.slope, hole.intercept, TGapSettings::of(frame.params).lineTolerancePx);
+  const auto shinesOut = [&](cv::Point2f p) {
+    const int column = truncToInt(p.x);
+    return column > hole.leftX && column < hole.rightX && isNear(column, truncToInt(p.y));
+  };
+  seam.stripePts.erase(std::remove_if(seam.stripePts.begin(), seam.stripePts.end(), shinesOut),
+                       seam.stripePts.end());
   const TWeldPosType pos = frame.params.weldPosType;
   const double x = pos == TWeldPosType::left    ? hole.leftX
                    : pos == TWeldPosType::right ? hole.rightX
@@ -108,6 +116,7 @@ bool isTightAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& pla
 
 // What a frame shows of a gap.
 struct TGapSight {
+  const TStripe& seen;  // with what shines out of gaps: that is dark, too
   TList<TDarkBreak> breaks;
   TLineHole line;  // with the widest hole
   TList<TLineHole> holes;
@@ -118,20 +127,35 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   const TGapSettings settings = TGapSettings::of(frame.params);
   const bool isTight = settings.minGapPx <= kTightGapPx;
   if (isTight) {
-    sight.breaks = findDarkBreaks(frame, stripe);
-    const bool isGap = isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, stripe, sight.breaks[0]);
-    if (isGap) return seamAt(frame, stripe, sight.breaks[0]);
+    sight.breaks = findDarkBreaks(frame, sight.seen);
+    const bool isGap = isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, sight.seen, sight.breaks[0]);
+    if (isGap) return seamAt(frame, sight.seen, sight.breaks[0]);
   }
   TLineHole& hole = sight.line;
   TSeam seam = findGapAt(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
-  const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
   const bool isWide = !isTight || hole.rightX - hole.leftX > kTightGapPx;
-  const bool isGap =
-      isWide && isHole(frame, stripe, hole) && (isNearLast(seam, previous) || isUnique(frame, hole, next));
+  if (!isWide || !isHole(frame, stripe, hole)) return TSeam(std::move(seam.stripePts));
+  hole = widened(frame, stripe, hole);
+  const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
+  const bool isGap = isNearLast(seam, previous) || isUnique(frame, hole, next);
   if (!isGap) return TSeam(std::move(seam.stripePts));
+  seam = seamAt(frame, stripe, hole);
   seam.isUnsure = next >= std::max(settings.minGapPx, kLeastRivalPx);
   return seam;
+}
+
+// The holes of a line that may be the gap, as wide as their dark.
+TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, const TLineHole& line) {
+  const TFrame quiet{frame.image, frame.params, frame.memory, {}};
+  const int minGapPx = truncToInt(std::ceil(TGapSettings::of(frame.params).minGapPx));
+  TList<TLineHole> holes = holesOf(frame, stripe.points, line);
+  const auto isNone = [&](const TLineHole& hole) {
+    return hole.rightX - hole.leftX < minGapPx || !isHole(quiet, stripe, hole);
+  };
+  holes.erase(std::remove_if(holes.begin(), holes.end(), isNone), holes.end());
+  for (TLineHole& hole : holes) hole = widened(quiet, stripe, hole);
+  return holes;
 }
 
 // A place of this frame, and the seam that it would be.
@@ -141,12 +165,12 @@ struct TPlace {
   const TLineHole* hole = nullptr;
 };
 
-TList<TPlace> placesOf(const TFrame& frame, const TStripe& stripe, const TGapSight& sight) {
+TList<TPlace> placesOf(const TFrame& frame, const TGapSight& sight) {
   const TFrame quiet{frame.image, frame.params, frame.memory, {}};
   TList<TPlace> places(frame.memory);
   places.reserve(sight.breaks.size() + sight.holes.size());
   for (const TDarkBreak& dark : sight.breaks) {
-    const bool isGap = dark.line >= kLeastPathLine && isTightAt(quiet, stripe, dark);
+    const bool isGap = dark.line >= kLeastPathLine && isTightAt(quiet, sight.seen, dark);
     if (!isGap) continue;
     const double score = std::min(dark.score, kMostOfBreak);
     places.push_back(
@@ -154,8 +178,6 @@ TList<TPlace> placesOf(const TFrame& frame, const TStripe& stripe, const TGapSig
   }
   for (const TLineHole& hole : sight.holes) {
     const auto width = static_cast<float>(hole.rightX - hole.leftX);
-    const bool isGap = width >= TGapSettings::of(frame.params).minGapPx && isHole(quiet, stripe, hole);
-    if (!isGap) continue;
     places.push_back({{0.5F * static_cast<float>(hole.leftX + hole.rightX), width, kScoreOfHole}, nullptr, &hole});
   }
   return places;
@@ -188,23 +210,26 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
 
 }  // namespace
 
-TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  TGapSight sight{TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
+TSeam findOwnGap(const TFrame& frame, const TStripe& seen, const TPrevious& previous) {
+  const std::optional<TStripe> lit = withoutDimRuns(frame, seen);
+  const TStripe& stripe = lit ? *lit : seen;
+  TGapSight sight{seen, TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
   TSeam seam = findAlone(frame, stripe, previous, sight);
   if (sight.line.rightX == 0)
     findGapAt({frame.image, frame.params, frame.memory, {}}, stripe, previous, sight.line);
-  if (sight.line.rightX > 0) sight.holes = holesOf(frame, stripe.points, sight.line);
-  const TList<TPlace> places = placesOf(frame, stripe, sight);
-  TList<TBreakPlace> seen(frame.memory);
-  std::transform(places.begin(), places.end(), std::back_inserter(seen), [](const TPlace& p) { return p.place; });
-  const TBreakPlaces path = follow(previous.places != nullptr ? *previous.places : TBreakPlaces(), seen);
+  if (sight.line.rightX > 0) sight.holes = openHoles(frame, stripe, sight.line);
+  const TList<TPlace> places = placesOf(frame, sight);
+  TList<TBreakPlace> shown(frame.memory);
+  std::transform(places.begin(), places.end(), std::back_inserter(shown), [](const TPlace& p) { return p.place; });
+  const TBreakPlaces path = follow(previous.places != nullptr ? *previous.places : TBreakPlaces(), shown);
   if (const TPlace* const at = knownPlace(places, path, previous)) {
-    seam = at->dark != nullptr ? seamAt(frame, stripe, *at->dark) : seamAt(frame, stripe, *at->hole);
+    seam = at->dark != nullptr ? seamAt(frame, seen, *at->dark) : seamAt(frame, stripe, *at->hole);
   } else if (seam.isFound && isKnown(previous) && seam.isFlush != previous.isFlush) {
     frame.trace.holds(kOtherKind, false);
     seam = TSeam(std::move(seam.stripePts));
   }
   seam.places = path;
+  if (!seam.isFound) seam.stripePts.assign(seen.points.begin(), seen.points.end());
   return seam;
 }
 

@@ -2,10 +2,15 @@
 
 #include "detectors/lap.h"
 #include "profile/flare_end.h"
+#include "support/line_math.h"
+
+#include <algorithm>
 
 namespace weld {
 
 namespace {
+
+constexpr int kOverlapPx = 20;  // by which a piece may reach back beside the other one
 
 // On a tie the right end is the upper and the lower one.
 cv::Point2d seamPoint(const TSeamEnds& ends, TWeldPosType pos) {
@@ -41,8 +46,12 @@ TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*
   const TPointView left = pieces->left.fitPts;
   const TPointView right = pieces->right.fitPts;
   if (left.empty() || right.empty()) return seam;
-  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx}, seam),
-                        endOf(frame, stripe, {right, false, stripe.widthPx}, seam)};
+  // Something brighter beside the stripe may have taken the centres of a piece as far as the other one.
+  const int betweenPx = roundToInt(static_cast<double>(right.front().x - left.back().x));
+  const int freePx = std::max(betweenPx, 0);
+  const int reachPx = freePx + kOverlapPx;
+  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx}, seam),
+                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx}, seam)};
   seam.pos = cv::Point2f(seamPoint(*seam.ends, frame.params.weldPosType));
   return seam;
 }

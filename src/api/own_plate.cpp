@@ -193,13 +193,14 @@ TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevi
   // Along a raised plate the stripe is straight too, and its light may change near the ends.
   const bool isRaised = previous.isFound && !previous.isFlush;
   const TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
-  if (steps.empty()) {
+  const bool wasFlush = previous.isFound && previous.isFlush;
+  if (steps.empty() && !wasFlush) {
     TSeam seam = findPlate(frame, stripe, previous);
     const bool isPlate = !seam.isFound || !havePlateEndsSupport(seam) || hasEnds(frame, stripe, seam);
     return isPlate ? std::move(seam) : TSeam(std::move(seam.stripePts));
   }
   std::optional<TEnds> ends = endsBetween(steps);
-  if (!ends) ends = endsBeside(frame, steps, stripe);
+  if (!ends && !steps.empty()) ends = endsBeside(frame, steps, stripe);
   if (!frame.trace.holds(kTwoEnds, ends.has_value())) return TSeam(TPoints(stripe.points, frame.memory));
   TSeam seam = seamBetween(frame, stripe, *ends);
   const auto rivals = std::count_if(steps.begin(), steps.end(), [&](const TLightStep& step) {

@@ -69,11 +69,12 @@ std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end) {
 std::optional<double> endUnderFlare(const TFrame& frame, const TFlare& flare, TPointView points,
                                     const TEndOfPiece& end) {
   const int columns = roundToInt(static_cast<double>(flare.lastX - flare.firstX));
-  const TLitEnd own = endOfLight(frame, {end.piece, end.isRight, end.widthPx, end.reachPx + columns});
+  const TLitEnd own =
+      endOfLight(frame, {end.piece, end.isRight, end.widthPx, end.reachPx + columns, end.freePx + columns});
   if (own.isSharp) return own.pos.x;
   const TPoints beside = neighbourOf(frame, flare, points, end);
   if (beside.size() < kLeastBeside) return std::nullopt;
-  const TEndOfPiece other{beside, !end.isRight, end.widthPx, columns};
+  const TEndOfPiece other{beside, !end.isRight, end.widthPx, columns, columns};
   if (drowns(flare, lineAtEnd(frame, other))) return std::nullopt;
   const double x = endOfLight(frame, other).pos.x + (end.isRight ? -1.0 : 1.0);
   const bool isUnder = x >= static_cast<double>(flare.firstX) && x <= static_cast<double>(flare.lastX);

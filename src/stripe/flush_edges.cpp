@@ -3,6 +3,7 @@
 #include "support/exact_log.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
+#include "support/median.h"
 
 #include <algorithm>
 #include <array>
@@ -21,11 +22,10 @@ constexpr int kRefits = 2;
 constexpr int kReach = 12;       // rows about the stripe that hold its light
 constexpr int kBesideNear = 16;  // rows that hold the light around it
 constexpr int kBesideFar = 24;
-constexpr double kDark = 30.0;    // grey levels of a column, below which it counts as dark
-constexpr int kLongWindow = 80;   // columns on either side of a step,
-constexpr int kShortWindow = 15;  // at least
-constexpr int kSteepColumns = 4;  // on either side of its steepest place
-constexpr int kSteepReach = 40;
+constexpr double kDark = 30.0;                         // grey levels of a column, below which it counts as dark
+constexpr int kLongWindow = 80;                        // columns on either side of a step,
+constexpr int kShortWindow = 15;                       // at least
+constexpr int kEdgeReach = 40;                         // on either side of where the medians differ most
 constexpr int kApart = 60;                             // columns between steps
 constexpr double kLeastStep = 0.5877866649021191;      // logarithm of 1.8
 constexpr double kLeastHint = 0.26236426446749106;     // of 1.3: enough where the room light steps as well,
@@ -137,21 +137,28 @@ TValues stepsOf(const TValues& light, TMemory* memory) {
   return steps;
 }
 
-// Where the light changes most in the direction of a step, between two columns.
-double steepestNear(const TValues& light, int place, double step) {
+double medianOfPart(const TValues& light, int first, int last) {
+  TValues part(light.begin() + first, light.begin() + last, light.get_allocator());
+  return medianOf(part);
+}
+
+// Between the two columns that part best those with the light left of a step from those with the light right of
+// it.
+double edgeNear(const TValues& light, int place) {
   const int columns = static_cast<int>(light.size());
-  double x = 0.0;
-  double most = 0.0;  // change of the mean light beside it
-  for (int i = std::max(place - kSteepReach, kSteepColumns);
-       i < std::min(place + kSteepReach, columns - kSteepColumns); ++i) {
-    double change = 0.0;
-    for (int k = 0; k < kSteepColumns; ++k)
-      change += light[static_cast<std::size_t>(i + k)] - light[static_cast<std::size_t>(i - 1 - k)];
-    change *= (step > 0.0 ? 1.0 : -1.0) / kSteepColumns;
-    if (change > most) x = i - 0.5;
-    most = std::max(change, most);
+  const double left = medianOfPart(light, std::max(place - kLongWindow, 0), place);
+  const double right = medianOfPart(light, place, std::min(place + kLongWindow, columns));
+  int best = std::max(place - kEdgeReach, 0);
+  double least = 0.0;
+  double cost = 0.0;
+  for (int i = best; i < std::min(place + kEdgeReach, columns); ++i) {
+    const double value = light[static_cast<std::size_t>(i)];
+    cost += std::abs(value - left) - std::abs(value - right);
+    if (cost >= least) continue;
+    least = cost;
+    best = i + 1;
   }
-  return x;
+  return best - 0.5;
 }
 
 // Grey levels of the room light in a column above or below the stripe, clear of its own light.
@@ -212,8 +219,8 @@ struct TStraightStripe {
 
 // Of a step; none where it is too small for one.
 std::optional<double> columnOf(const TStraightStripe& on, int place, double step) {
-  const double steepest = on.firstColumn + steepestNear(on.light, place, step);
-  return std::abs(step) < kLeastStep ? edgeInRoomLight(on.grey, on.line, steepest, step) : steepest;
+  const double edge = on.firstColumn + edgeNear(on.light, place);
+  return std::abs(step) < kLeastStep ? edgeInRoomLight(on.grey, on.line, edge, step) : edge;
 }
 
 // The steps one by one, the largest first.

@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::size_t kLineCentres = 300;
 
-constexpr int kInside = 30;           // columns that tell the brightness of the piece
-constexpr int kEdge = 6;              // of which the last may be the edge already
+constexpr int kEdge = 6;              // columns up to the last centre that may be the edge already
+constexpr std::size_t kInside = 24;   // centres before them tell the brightness of the piece
+constexpr int kFarthestInside = 120;  // columns
 constexpr double kLeastHalfPx = 2.0;  // rows of a column's light on either side of the line
 constexpr double kMostHalfPx = 12.0;
 constexpr int kClearPx =
@@ -22,8 +23,12 @@ constexpr int kClearPx =
 constexpr int kAroundRows = 4;
 constexpr double kLeastLight = 4.0;  // mean grey level of a column over its surroundings
 constexpr double kFullShare = 0.5;   // of the light inside: what is lit
+constexpr int kLongestHole = 30;     // dark columns in a row that a rest of the piece may lie behind ...
+constexpr int kLongestBeside = 2;    // ... and beside another piece
+constexpr double kLeastSure = 0.7;   // the same where all of the piece is equally bright
 constexpr double kSharpShare = 0.5;
 constexpr double kDarkWeight = 0.6;     // of a dark column against a lit one: a rest behind a hole is stripe, too
+constexpr double kMostLoss = 3.0;       // of dark columns in a row: a rest of four lit ones outweighs any hole
 constexpr double kUsualScatters = 2.5;  // speckle
 
 TPointView centresNear(const TEndOfPiece& end) {
@@ -36,10 +41,82 @@ int lastColumn(const TEndOfPiece& end) {
   return roundToInt(static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x));
 }
 
-// The light of the columns about an end, one after the other on the way out; the last centre is at kInside.
+// The columns before its edge in which the piece is seen: holes do not tell how bright it is.
+TList<int> columnsInside(const TFrame& frame, const TEndOfPiece& end) {
+  TList<int> columns(frame.memory);
+  const int last = lastColumn(end);
+  for (std::size_t i = 0; i < end.piece.size() && columns.size() < kInside; ++i) {
+    const cv::Point2f centre = end.isRight ? *(end.piece.end() - 1 - i) : end.piece[i];
+    const int x = roundToInt(static_cast<double>(centre.x));
+    if (std::abs(x - last) > kFarthestInside) break;
+    if (std::abs(x - last) > kEdge) columns.push_back(x);
+  }
+  return columns;
+}
+
+// How much light the columns have on the line of a piece.
+class TLightOfColumns {
+public:
+  TLightOfColumns(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& along)
+      : line(along), half(roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx))) {
+    const int middle = lastColumn(end);
+    const int reach = kFarthestInside + end.reachPx;
+    const double rise = std::abs(line.k) * reach;
+    const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far(), 2 * reach + 1,
+                         roundToInt(2.0 * rise) + 2 * far() + 1);
+    part = about & cv::Rect({0, 0}, frame.image.size());
+    if (part.empty()) return;
+    const cv::Mat seen = frame.image(part);
+    pixels = TBuffer<unsigned char>(frame.memory, greyBytes(seen));
+    grey = toGrey(seen, pixels);
+  }
+
+  // Over its surroundings; 0 outside the image.
+  double at(int column) const {
+    const int x = column - part.x;
+    if (x < 0 || x >= grey.cols) return 0.0;
+    const int row = roundToInt(line.k * column + line.b) - part.y;
+    double around = HUGE_VAL;
+    for (int d = half + kClearPx; d + kAroundRows <= far() + 1; d += kAroundRows)
+      around = std::min(
+          {around, meanOf(x, row - d - kAroundRows + 1, row - d), meanOf(x, row + d, row + d + kAroundRows - 1)});
+    return meanOf(x, row - half, row + half) - around;
+  }
+
+private:
+  int far() const { return 2 * half + kClearPx + 2 * kAroundRows; }
+  double meanOf(int x, int from, int to) const {
+    double sum = 0.0;
+    for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
+    return sum / (to - from + 1);
+  }
+
+  TSlopeLine line;
+  int half;
+  cv::Rect part;
+  TBuffer<unsigned char> pixels;
+  cv::Mat grey;
+};
+
+// The light of the columns about an end, one after the other on the way out; the last centre is at kEdge.
 class TColumnsOfLight {
 public:
-  TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line);
+  TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line) : light(frame.memory) {
+    const TLightOfColumns columns(frame, end, line);
+    const int way = end.isRight ? 1 : -1;
+    TList<double> inner(frame.memory);
+    for (const int x : columnsInside(frame, end)) inner.push_back(columns.at(x));
+    if (!inner.empty()) {
+      level = medianOf(inner);
+      for (double& value : inner) value = std::abs(value - level);
+      usual = 1.4826 * medianOf(inner);
+    }
+    int dark = 0;
+    for (int i = -kEdge; i <= end.reachPx && dark <= (i <= end.freePx ? kLongestHole : kLongestBeside); ++i) {
+      light.push_back(columns.at(lastColumn(end) + way * i));
+      dark = light.back() < kFullShare * level ? dark + 1 : 0;
+    }
+  }
 
   int count() const { return static_cast<int>(light.size()); }
   double at(int i) const { return light[static_cast<std::size_t>(i)]; }
@@ -53,51 +130,16 @@ private:
   double usual = 0.0;
 };
 
-TColumnsOfLight::TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line)
-    : light(frame.memory) {
-  const int way = end.isRight ? 1 : -1;
-  const int half = roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx));
-  const int far = 2 * half + kClearPx + 2 * kAroundRows;
-  const int middle = lastColumn(end);
-  const int reach = kInside + end.reachPx;
-  const double rise = std::abs(line.k) * reach;
-  const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far, 2 * reach + 1,
-                       roundToInt(2.0 * rise) + 2 * far + 1);
-  const cv::Rect part = about & cv::Rect({0, 0}, frame.image.size());
-  light.assign(static_cast<std::size_t>(reach + 1), 0.0);
-  if (part.empty()) return;
-  const cv::Mat seen = frame.image(part);
-  const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
-  const cv::Mat grey = toGrey(seen, pixels);
-  for (int i = 0; i < count(); ++i) {
-    const int x = middle + way * (i - kInside) - part.x;
-    if (x < 0 || x >= grey.cols) continue;
-    const int row = roundToInt(line.k * (x + part.x) + line.b) - part.y;
-    const auto meanOf = [&](int from, int to) {
-      double sum = 0.0;
-      for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
-      return sum / (to - from + 1);
-    };
-    double around = HUGE_VAL;
-    for (int d = half + kClearPx; d + kAroundRows <= far + 1; d += kAroundRows)
-      around = std::min(
-          {around, meanOf(row - d - kAroundRows + 1, row - d), meanOf(row + d, row + d + kAroundRows - 1)});
-    light[static_cast<std::size_t>(i)] = meanOf(row - half, row + half) - around;
-  }
-  TList<double> inner(light.begin(), light.begin() + kInside - kEdge, frame.memory);
-  level = medianOf(inner);
-  for (double& value : inner) value = std::abs(value - level);
-  usual = 1.4826 * medianOf(inner);
-}
-
 // The column that parts lit ones from dark ones best: holes and grains on the way count by their size.
 int lastLit(const TColumnsOfLight& light) {
-  const double threshold = kFullShare * light.inside();
-  int best = kInside;
+  const double threshold = std::clamp(light.inside() - kUsualScatters * light.scatter(),
+                                      kFullShare * light.inside(), kLeastSure * light.inside());
+  int best = kEdge;
   double highest = 0.0;
   double sum = 0.0;
-  for (int i = kInside - kEdge; i < light.count(); ++i) {
-    sum += std::clamp((light.at(i) - threshold) / threshold, -kDarkWeight, 1.0);
+  for (int i = 0; i < light.count(); ++i) {
+    sum = std::max(sum + std::clamp((light.at(i) - threshold) / (light.inside() - threshold), -kDarkWeight, 1.0),
+                   highest - kMostLoss);
     if (sum <= highest) continue;
     highest = sum;
     best = i;
@@ -110,7 +152,7 @@ double shareBeyond(const TColumnsOfLight& light, int last) {
   const double noise = kUsualScatters * light.scatter() / light.inside();
   const double lacking = 1.0 - light.at(last) / light.inside();
   const double next = last + 1 < light.count() ? light.at(last + 1) / light.inside() : 0.0;
-  const double beyond = next > noise ? std::min(next, kFullShare) : 0.0;
+  const double beyond = next > noise ? std::min(next, kLeastSure) : 0.0;
   return beyond - (lacking > noise ? std::min(lacking, kFullShare) : 0.0);
 }
 
@@ -131,7 +173,7 @@ TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end) {
   bool isSharp = false;
   if (light.inside() >= kLeastLight) {
     const int last = lastLit(light);
-    beyond = last - kInside + shareBeyond(light, last);
+    beyond = last - kEdge + shareBeyond(light, last);
     isSharp = last + 2 < light.count() && light.at(last) - light.at(last + 2) > kSharpShare * light.inside();
   }
   const double x = lastColumn(end) + (end.isRight ? beyond : -beyond);

@@ -13,6 +13,7 @@ struct TEndOfPiece {
   bool isRight = false;
   double widthPx = 0.0;  // of the stripe; 0: not known
   int reachPx = 20;      // columns beyond the last centre that may still be lit
+  int freePx = 20;       // of these, columns without another piece: only there may the piece have holes
 };
 
 // The line through the centres next to the end, at most 300; a level one through the last where they are too few.

@@ -25,6 +25,8 @@ struct TPiece {
   int holeTo = 0;
   int lastCentre = 140;
   double tolerancePx = 0.1;
+  int restColumns = 3;      // lit behind a hole that ends at 156
+  int innerHoleFrom = 200;  // to 132: without light and centres
 };
 
 double rowAt(double x) {
@@ -40,22 +42,25 @@ TEST(EndOfLight, isReadBetweenColumnsPastHolesAndGrains) {
       {"centres stop before the light does", 151.2, 0.0, 0, 0, 140},
       {"a hole before the end", 151.2, 0.0, 142, 145, 140},
       {"speckle", 146.0, 0.5, 0, 0, 140, 0.5},
-      {"a rest behind a long hole", 141.0, 0.0, 142, 156, 140},
+      {"three columns behind a long hole", 141.0, 0.0, 142, 156, 140},
+      {"four columns behind a long hole", 160.0, 0.0, 142, 156, 140, 0.1, 4},
+      {"little of the piece seen before its end", 140.3, 0.0, 0, 0, 140, 0.1, 3, 112},
   };
   for (const TPiece& row : rows) {
     for (const bool isRight : {true, false}) {
       cv::Mat image(120, 281, CV_8UC1, cv::Scalar(20));
       TPoints centres(heapMemory());
       for (int x = 40; x < 200; ++x) {
-        const double rest = x > 156 && row.holeTo == 156 ? 1.0 - (x > 159 ? 1.0 : 0.0) : 0.0;
-        const bool isHole = x >= row.holeFrom && x <= row.holeTo;
+        const double rest = x > 156 && row.holeTo == 156 ? 1.0 - (x > 156 + row.restColumns ? 1.0 : 0.0) : 0.0;
+        const bool isInnerHole = x >= row.innerHoleFrom && x <= 132;
+        const bool isHole = (x >= row.holeFrom && x <= row.holeTo) || isInnerHole;
         const double lit = isHole ? 0.0 : std::max(rest, std::clamp(row.endX + 1.0 - x, 0.0, 1.0));
         for (int y = -4; y <= 4; ++y) {
           const double light = 150.0 * lit * (1.0 - row.speckle * grain(x / 2, y / 2 + 9));
           image.at<unsigned char>(static_cast<int>(std::lround(rowAt(x))) + y, isRight ? x : 280 - x) =
               cv::saturate_cast<unsigned char>(20.0 + light);
         }
-        if (x > row.lastCentre) continue;
+        if (x > row.lastCentre || isInnerHole) continue;
         const cv::Point2d centre(isRight ? x : 280 - x, rowAt(x) + (x % 20 == 0 ? 5.0 : 0.0));
         centres.insert(isRight ? centres.end() : centres.begin(), cv::Point2f(centre));
       }
@@ -63,6 +68,9 @@ TEST(EndOfLight, isReadBetweenColumnsPastHolesAndGrains) {
       const cv::Point2d end = endOfLight(heapFrame(image, params), {centres, isRight, 9.0}).pos;
       EXPECT_NEAR(isRight ? end.x : 280.0 - end.x, row.endX, row.tolerancePx) << row.name << isRight;
       EXPECT_NEAR(end.y, rowAt(row.endX), 0.3) << row.name << isRight;
+      if (row.restColumns != 4) continue;
+      const double beside = endOfLight(heapFrame(image, params), {centres, isRight, 9.0, 20, 0}).pos.x;
+      EXPECT_NEAR(isRight ? beside : 280.0 - beside, 141.0, 0.1) << "no holes beside another piece";
     }
   }
 }

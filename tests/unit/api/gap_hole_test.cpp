@@ -1,0 +1,28 @@
+#include "api/gap_hole.h"
+
+#include <gtest/gtest.h>
+
+namespace weld {
+namespace {
+
+// A gap from column 200 to 240, of which the left part shines dimly and has some centres.
+TEST(GapHole, isAsWideAsTheDarkOnItsLine) {
+  for (const int light : {40, 170}) {
+    cv::Mat image(120, 440, CV_8UC1, cv::Scalar(20));
+    TStripe stripe(heapMemory());
+    stripe.widthPx = 9.0;
+    for (int x = 0; x < image.cols; ++x) {
+      const bool isInGap = x > 200 && x < 240;
+      if (isInGap && x > 220) continue;
+      image(cv::Rect(x, 56, 1, 9)) = cv::Scalar(20 + (isInGap ? light : 180));
+      if (!isInGap || x % 2 == 0) stripe.points.emplace_back(static_cast<float>(x), 60.0F);
+    }
+    const TWeldParams params;
+    const TLineHole hole = widened(heapFrame(image, params), stripe, {0.0, 60.0, 220, 240});
+    EXPECT_EQ(hole.leftX, light < 90 ? 200 : 220);
+    EXPECT_EQ(hole.rightX, 240);
+  }
+}
+
+}  // namespace
+}  // namespace weld
