@@ -13,6 +13,7 @@ constexpr int kQuarters = 4;       // of the columns, each with a noise of its o
 constexpr int kNoiseStrips = 8;    // of one estimate of the noise; the neighbours' count as well
 constexpr int kNoiseStep = 2;      // strips that take part
 constexpr int kLeastContrast = 3;  // log units, 0.6 %: less is no noise to compare with
+constexpr int kLoudest = 3;        // times the noise of the quietest quarter
 constexpr int kClearColumns = 1;   // between a line and its sides, for the lens and the chamfers
 constexpr int kReach = 18;         // columns beside a place that its response looks at
 static_assert(kReach + 5 <= kFieldMargin, "strips fill the margins but for what they lean");
@@ -116,8 +117,15 @@ private:
     }
   }
 
-  // Mean magnitude around a block.
+  // A wide seam is no noise where the other columns are quiet.
   int noiseOf(int block, int shape, int q) {
+    int quietest = meanOf(block, shape, q);
+    for (int other = 0; other < kQuarters; ++other) quietest = std::min(quietest, meanOf(block, shape, other));
+    return std::min(meanOf(block, shape, q), kLoudest * quietest);
+  }
+
+  // Mean magnitude around a block.
+  int meanOf(int block, int shape, int q) {
     int sum = 0;
     int counted = 0;
     for (int b = std::max(0, block - 1); b <= std::min(blocks - 1, block + 1); ++b) {
