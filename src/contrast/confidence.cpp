@@ -87,9 +87,9 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.36, -3.60, 0.00, 6.00, -1.21, -4.79, -0.59, 3.60, 0.29, 0.00, 3.10, 0.00, 12.54};
+constexpr TWeights kLineWeights{0.36, -3.60, 0.00, 6.00, -1.21, -4.79, -0.59, 3.60, 0.29, 0.00, 3.10, 0.00, 12.24};
 constexpr TWeights kEdgeWeights{1.53, -5.54, -1.92, 2.67, 0.78,  -4.86, 1.44,
-                                1.55, -0.36, -10.1, 1.16, -13.0, 3.72};
+                                1.55, -0.36, -10.1, 1.16, -26.0, 3.72};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
