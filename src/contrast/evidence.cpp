@@ -117,15 +117,8 @@ private:
     }
   }
 
-  // A wide seam is no noise where the other columns are quiet.
-  int noiseOf(int block, int shape, int q) {
-    int quietest = meanOf(block, shape, q);
-    for (int other = 0; other < kQuarters; ++other) quietest = std::min(quietest, meanOf(block, shape, other));
-    return std::min(meanOf(block, shape, q), kLoudest * quietest);
-  }
-
   // Mean magnitude around a block.
-  int meanOf(int block, int shape, int q) {
+  int noiseOf(int block, int shape, int q) {
     int sum = 0;
     int counted = 0;
     for (int b = std::max(0, block - 1); b <= std::min(blocks - 1, block + 1); ++b) {
@@ -136,12 +129,16 @@ private:
     return std::max(sum / std::max(1, counted * (quarter(q + 1) - quarter(q))), kLeastContrast * kStripRows);
   }
 
-  // What a response in the strips of a block is multiplied by, column by column.
+  // What a response in the strips of a block is multiplied by, column by column. A wide seam is no noise where the
+  // other columns are quiet.
   void setFactors(int block) {
     for (int n = 0; n < shapeCount; ++n) {
+      std::array<int, kQuarters> noise{};
+      for (int q = 0; q < kQuarters; ++q) noise[q] = noiseOf(block, n, q);
+      const int most = kLoudest * *std::min_element(noise.begin(), noise.end());
       for (int q = 0; q < kQuarters; ++q)
         std::fill(factorsOf(n) + quarter(q), factorsOf(n) + quarter(q + 1),
-                  static_cast<unsigned short>(kEvidenceUnit * 65536 / noiseOf(block, n, q)));
+                  static_cast<unsigned short>(kEvidenceUnit * 65536 / std::min(noise[q], most)));
     }
   }
 
