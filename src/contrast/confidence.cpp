@@ -15,6 +15,7 @@ constexpr int kCopyStep = 2;
 constexpr double kLongPx = 1000.0;   // a longer chord says more, a shorter one less
 constexpr double kSharpPx = 5.5;     // over which an edge of plates rises at most; shadows rise over more
 constexpr double kShadowRise = 0.3;  // of the feature rise: 7.4 px
+constexpr double kLeastToleranceDeg = 15.0;
 constexpr float kSideGap = 1.5F;
 constexpr int kSide = 4;
 
@@ -87,9 +88,11 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.36, -3.60, 0.00, 6.00, -1.21, -4.79, -0.59, 3.60, 0.29, 0.00, 3.10, 0.00, 12.24};
-constexpr TWeights kEdgeWeights{1.53, -5.54, -1.92, 2.67, 0.78,  -4.86, 1.44,
-                                1.55, -0.36, -10.1, 1.16, -26.0, 3.72};
+// A chance line is as much less likely as fewer directions are searched.
+constexpr TWeights kLineWeights{0.33, -3.27, 0.00, 5.55, -1.23, -4.25, -0.57,
+                                2.40, 0.46,  0.00, 1.08, 1.00,  0.00,  8.74};
+constexpr TWeights kEdgeWeights{1.53, -5.54, -1.92, 2.67, 0.78, -4.86, 1.44,
+                                1.55, -0.36, -10.1, 0.09, 0.60, -26.0, 3.72};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
@@ -118,6 +121,7 @@ constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{
      {"contrast against the noise", false},
      {"rise against a sharp edge", true},
      {"nearness to a rough position", false},
+     {"directions against those that were asked for", true},
      {"rise of an edge that was not asked for", true}}};
 
 }  // namespace
@@ -140,6 +144,7 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   set(TF::rise,
       isEdge(context.trait) ? std::max(lnOf(static_cast<double>(line.edges.risePx) / kSharpPx), 0.0) : 0.0);
   set(TF::rough, context.isRough ? 1.0 : 0.0);
+  set(TF::narrow, lnOf(90.0 / std::max(context.toleranceDeg, kLeastToleranceDeg)));
   set(TF::unaskedRise, context.isUnasked ? f[static_cast<int>(TF::rise)] : 0.0);
   return f;
 }

@@ -20,6 +20,7 @@ enum class TFeatureOfLine {
   strength,     // evidence per strip, in units of the noise
   rise,         // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
   rough,        // 1: near a rough position
+  narrow,       // ln of 90 degrees against the tolerance of the direction
   unaskedRise,  // rise once more where anything was asked for: shadows have edges too
   count
 };
@@ -35,6 +36,7 @@ struct TLineContext {
   double longestPx = 0.0;  // chord in the line's place that the searched part has room for
   double extentPx = 0.0;   // of the searched part in the line's direction
   bool isRough = false;
+  double toleranceDeg = 90.0;
   bool isUnasked = false;
 };
 

@@ -46,7 +46,8 @@ TFoundLine lineOf(const TCandidate& candidate, const TMeasuredLine& measured, TT
   found.features = featuresOf(
       line, measured.profiles, measured.alignment,
       {trait, candidate.path.score, static_cast<int>(candidate.path.columns.size()), candidate.path.turns, longest,
-       extent, search.bandPx > 0.0F, search.polarity == TSeamPolarity::automatic && isEdge(trait)});
+       extent, search.bandPx > 0.0F, static_cast<double>(search.directionTolDeg),
+       search.polarity == TSeamPolarity::automatic && isEdge(trait)});
   found.line = toRecord(line, family.isFlat, trait);
   found.trait = trait;
   return found;
