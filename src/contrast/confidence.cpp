@@ -89,8 +89,8 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
 // A chance line is as much less likely as fewer directions are searched.
-constexpr TWeights kLineWeights{0.33, -3.27, 0.00, 5.55, -1.23, -4.25, -0.57,
-                                2.40, 0.46,  0.00, 1.08, 1.00,  0.00,  8.74};
+constexpr TWeights kLineWeights{0.36, -3.60, 0.00, 6.00, -1.21, -4.79, -0.59,
+                                3.60, 0.29,  0.00, 1.31, 1.00,  0.00,  12.24};
 constexpr TWeights kEdgeWeights{1.53, -5.54, -1.92, 2.67, 0.78, -4.86, 1.44,
                                 1.55, -0.36, -10.1, 0.09, 0.60, -26.0, 3.72};
 
