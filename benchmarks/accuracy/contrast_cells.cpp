@@ -45,7 +45,7 @@ void askNear(const TPlateScene& scene, std::uint64_t seed, TContrastSearch& sear
     return;
   }
   const auto place = static_cast<std::size_t>(random.uniform(0.25, 0.75) * static_cast<double>(stations.size()));
-  const cv::Point2d off(random.uniform(-1.0, 1.0), random.uniform(-1.0, 1.0));
+  const cv::Point2d off{random.uniform(-1.0, 1.0), random.uniform(-1.0, 1.0)};  // in this order
   search.roughPos = cv::Point2f(stations[place].point + off * (kRoughOffPx / std::sqrt(2.0)));
   cv::Point2d chord = stations.back().point - stations.front().point;
   if (chord.x < 0.0) chord = -chord;

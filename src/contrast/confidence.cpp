@@ -12,8 +12,10 @@ namespace {
 
 constexpr int kNearestCopy = 8;  // px beyond the line's half width
 constexpr int kCopyStep = 2;
-constexpr double kLongPx = 1000.0;  // a longer chord says more, a shorter one less
-constexpr double kSharpPx = 5.5;    // over which an edge of plates rises at most; shadows rise over more
+constexpr double kLongPx = 1000.0;   // a longer chord says more, a shorter one less
+constexpr double kSharpPx = 5.5;     // over which an edge of plates rises at most; shadows rise over more
+constexpr double kShadowRise = 0.3;  // of the feature rise: 7.4 px
+constexpr double kLeastToleranceDeg = 15.0;
 constexpr float kSideGap = 1.5F;
 constexpr int kSide = 4;
 
@@ -86,10 +88,11 @@ void compareWithCopies(const TCopies& copies, float halfWidth, TLineFeatures& fe
 
 // In the order of TFeatureOfLine; the last one stands alone.
 using TWeights = std::array<double, kLineFeatures + 1>;
-constexpr TWeights kLineWeights{0.34, -4.75, -0.01, 5.95, -1.16, -5.47, 0.97,
-                                1.13, 0.62,  0.00,  2.63, 0.00,  0.00,  6.00};
-constexpr TWeights kEdgeWeights{2.61, -3.71, -2.97, 2.71, -0.01, -1.72, 0.74,
-                                1.57, -0.61, -6.85, 1.04, -1.80, -10.0, 1.35};
+// A chance line is as much less likely as fewer directions are searched.
+constexpr TWeights kLineWeights{0.36, -3.60, 0.00, 6.00, -1.21, -4.79, -0.59,
+                                3.60, 0.29,  0.00, 1.31, 1.00,  0.00,  12.24};
+constexpr TWeights kEdgeWeights{1.53, -5.54, -1.92, 2.67, 0.78, -4.86, 1.44,
+                                1.55, -0.36, -10.1, 0.09, 0.60, -26.0, 3.72};
 
 const TWeights& weightsOf(TTrait trait) {
   return isEdge(trait) ? kEdgeWeights : kLineWeights;
@@ -106,19 +109,20 @@ struct TFeatureText {
   const char* name;
   bool isLog;
 };
-constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{{{"contrast against lines beside it", true},
-                                                                 {"line beside it, share of the line", false},
-                                                                 {"share of the line that is seen", false},
-                                                                 {"length against 1000 px or the room", true},
-                                                                 {"length against the longest one", false},
-                                                                 {"second line, share of the first", false},
-                                                                 {"turns per station", false},
-                                                                 {"contrast", true},
-                                                                 {"contrast against the noise", false},
-                                                                 {"rise against a sharp edge", true},
-                                                                 {"nearness to a rough position", false},
-                                                                 {"edge that was not asked for", false},
-                                                                 {"its rise against a sharp edge", true}}};
+constexpr std::array<TFeatureText, kLineFeatures> kFeatureTexts{
+    {{"contrast against lines beside it", true},
+     {"line beside it, share of the line", false},
+     {"share of the line that is seen", false},
+     {"length against 1000 px or the room", true},
+     {"length against the longest one", false},
+     {"second line, share of the first", false},
+     {"turns per station", false},
+     {"contrast", true},
+     {"contrast against the noise", false},
+     {"rise against a sharp edge", true},
+     {"nearness to a rough position", false},
+     {"directions against those that were asked for", true},
+     {"rise of an edge that was not asked for", true}}};
 
 }  // namespace
 
@@ -134,16 +138,23 @@ TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, co
   set(TF::measured, static_cast<double>(std::count(line.measured.begin(), line.measured.end(), 1)) / line.size());
   set(TF::length, lnOf(chord / std::clamp(context.extentPx, 1.0, kLongPx)));
   set(TF::span, std::min(chord / std::max(context.longestPx, 1.0), 1.0));
-  set(TF::second, std::min(context.secondScore / static_cast<double>(std::max(context.score, 1)), 1.5));
   set(TF::turns, context.turns / static_cast<double>(std::max(context.strips, 1)));
   set(TF::contrast, lnOf(std::abs(static_cast<double>(line.edges.contrast))));
   set(TF::strength, context.score / static_cast<double>(std::max(context.strips, 1) * kEvidenceUnit));
   set(TF::rise,
       isEdge(context.trait) ? std::max(lnOf(static_cast<double>(line.edges.risePx) / kSharpPx), 0.0) : 0.0);
   set(TF::rough, context.isRough ? 1.0 : 0.0);
-  set(TF::unasked, context.isUnasked ? 1.0 : 0.0);
+  set(TF::narrow, lnOf(90.0 / std::max(context.toleranceDeg, kLeastToleranceDeg)));
   set(TF::unaskedRise, context.isUnasked ? f[static_cast<int>(TF::rise)] : 0.0);
   return f;
+}
+
+void compareWithSecond(int secondScore, int score, TLineFeatures& features) {
+  features[static_cast<int>(TF::second)] = std::min(secondScore / static_cast<double>(std::max(score, 1)), 1.5);
+}
+
+bool isShadow(const TLineFeatures& features) {
+  return features[static_cast<int>(TF::rise)] > kShadowRise;
 }
 
 double confidenceOf(const TLineFeatures& features, TTrait trait) {

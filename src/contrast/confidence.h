@@ -20,8 +20,8 @@ enum class TFeatureOfLine {
   strength,     // evidence per strip, in units of the noise
   rise,         // ln of the px over which an edge rises, against a sharp one; 0 of a line or sharp
   rough,        // 1: near a rough position
-  unasked,      // 1: an edge where anything was asked for: shadows have edges too ...
-  unaskedRise,  // ... of which the softer ones are told by their rise, once more
+  narrow,       // ln of 90 degrees against the tolerance of the direction
+  unaskedRise,  // rise once more where anything was asked for: shadows have edges too
   count
 };
 inline constexpr int kLineFeatures = static_cast<int>(TFeatureOfLine::count);
@@ -31,17 +31,24 @@ using TLineFeatures = std::array<double, kLineFeatures>;
 struct TLineContext {
   TTrait trait = TTrait::dark;
   int score = 0;
-  int secondScore = 0;
   int strips = 0;
   int turns = 0;
   double longestPx = 0.0;  // chord in the line's place that the searched part has room for
   double extentPx = 0.0;   // of the searched part in the line's direction
   bool isRough = false;
+  double toleranceDeg = 90.0;
   bool isUnasked = false;
 };
 
+// Without the second path.
 TLineFeatures featuresOf(const TRefinedLine& line, const TProfiles& profiles, const TAlignment& alignment,
                          const TLineContext& context);
+
+// Sets the score of the second best path against the line's own.
+void compareWithSecond(int secondScore, int score, TLineFeatures& features);
+
+// Whether an edge is too soft for plates.
+bool isShadow(const TLineFeatures& features);
 
 // 0..1.
 double confidenceOf(const TLineFeatures& features, TTrait trait);

@@ -13,6 +13,8 @@ constexpr int kQuarters = 4;       // of the columns, each with a noise of its o
 constexpr int kNoiseStrips = 8;    // of one estimate of the noise; the neighbours' count as well
 constexpr int kNoiseStep = 2;      // strips that take part
 constexpr int kLeastContrast = 3;  // log units, 0.6 %: less is no noise to compare with
+constexpr int kLoudest = 3;        // times the noise of the quietest quarter
+constexpr int kNarrow = 48;        // columns of a quarter that a wide seam can fill
 constexpr int kClearColumns = 1;   // between a line and its sides, for the lens and the chamfers
 constexpr int kReach = 18;         // columns beside a place that its response looks at
 static_assert(kReach + 5 <= kFieldMargin, "strips fill the margins but for what they lean");
@@ -128,12 +130,17 @@ private:
     return std::max(sum / std::max(1, counted * (quarter(q + 1) - quarter(q))), kLeastContrast * kStripRows);
   }
 
-  // What a response in the strips of a block is multiplied by, column by column.
+  // What a response in the strips of a block is multiplied by, column by column. In a narrow band, where a wide
+  // seam fills a quarter, it is no noise where the other quarters are quiet.
   void setFactors(int block) {
     for (int n = 0; n < shapeCount; ++n) {
+      std::array<int, kQuarters> noise{};
+      for (int q = 0; q < kQuarters; ++q) noise[q] = noiseOf(block, n, q);
+      const auto [quietest, loudest] = std::minmax_element(noise.begin(), noise.end());
+      const int most = quarter(1) < kNarrow ? kLoudest * *quietest : *loudest;
       for (int q = 0; q < kQuarters; ++q)
         std::fill(factorsOf(n) + quarter(q), factorsOf(n) + quarter(q + 1),
-                  static_cast<unsigned short>(kEvidenceUnit * 65536 / noiseOf(block, n, q)));
+                  static_cast<unsigned short>(kEvidenceUnit * 65536 / std::min(noise[q], most)));
     }
   }
 

@@ -1,10 +1,11 @@
 #include "contrast/find_line.h"
 
-#include "contrast/families.h"
+#include "contrast/candidates.h"
+#include "contrast/line_record.h"
+#include "contrast/measured_line.h"
 #include "support/arc_tangent.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace weld {
@@ -12,79 +13,11 @@ namespace weld {
 namespace {
 
 constexpr int kLeastSidePx = 48;
-constexpr int kLeastStrips = 6;       // of a path
-constexpr double kBeyondDoubt = 0.9;  // confidence of a dark line at which nothing else is looked for
-constexpr double kSameLinePx = 16.0;  // between two paths in the middle of one of them
-constexpr float kWidest = 100.0F;     // px
-constexpr int kPathsPerFamily = 2;
+constexpr double kBeyondDoubt = 0.9;    // confidence of a dark line at which nothing else is looked for
+constexpr double kPart = 0.8;           // of a line's length at most
+constexpr float kWidest = 100.0F;       // px
 constexpr std::size_t kRefined = 3;     // paths, of which the surest counts
 constexpr double kWorthRefining = 0.5;  // share of the best path's score
-
-// A family with its strips.
-struct TSearched {
-  TSearched(const TFamily& from, TMemory* memory)
-      : family(from), field(family.view, family.band, memory), strips(field, family.shears, memory) {}
-  TFamily family;
-  TLogField field;
-  TStrips strips;
-};
-
-struct TCandidate {
-  const TSearched* where = nullptr;
-  TSeamPath path;
-};
-
-cv::Point2f toImage(double along, double across, bool isFlat) {
-  return isFlat ? cv::Point2f(static_cast<float>(along), static_cast<float>(across))
-                : cv::Point2f(static_cast<float>(across), static_cast<float>(along));
-}
-
-cv::Point2f pointOf(const TCandidate& candidate, std::size_t i) {
-  const int row = (candidate.path.firstStrip + static_cast<int>(i)) * kStripStep + kStripRows / 2;
-  const TLogField& field = candidate.where->field;
-  return toImage(field.begin + 2 * row, 2 * (field.starts[row] + candidate.path.columns[i]),
-                 candidate.where->family.isFlat);
-}
-
-// Whether a path lies, at its middle, on another one of the other family.
-bool isSameLine(const TCandidate& a, const TCandidate& b) {
-  const cv::Point2f middle = pointOf(a, a.path.columns.size() / 2);
-  for (std::size_t i = 0; i < b.path.columns.size(); ++i) {
-    if (cv::norm(middle - pointOf(b, i)) < kSameLinePx) return true;
-  }
-  return false;
-}
-
-bool isBetter(const TCandidate& a, const TCandidate& b) {
-  return a.path.score > b.path.score;
-}
-
-// The best paths of every family, the best one first.
-TList<TCandidate> findPaths(const TList<TSearched>& searched, TTrait trait, TMemory* memory) {
-  TList<TCandidate> found(memory);
-  found.reserve(searched.size() * kPathsPerFamily);
-  for (const TSearched& where : searched) {
-    TEvidence evidence(where.strips, memory);
-    weighEvidence(where.strips, trait, memory, evidence);
-    TPathSearch search(where.strips, evidence, memory);
-    for (int n = 0; n < kPathsPerFamily; ++n) {
-      TCandidate next{&where, search.findBest()};
-      if (static_cast<int>(next.path.columns.size()) < kLeastStrips) break;
-      search.erase(next.path);
-      const auto place = std::upper_bound(found.begin(), found.end(), next, isBetter);
-      found.insert(place, std::move(next));
-    }
-  }
-  return found;
-}
-
-// Of the best path that is not this line.
-int rivalScore(const TList<TCandidate>& found, const TCandidate& own) {
-  for (const TCandidate& other : found) {
-    if (&other != &own && !isSameLine(other, own) && !isSameLine(own, other)) return other.path.score;
-  }
-  return 0;
-}
 
 // Length of the straight line through both points inside the searched part of the view.
 double longestChord(const TFamily& family, double along, double across, double slope) {
@@ -100,79 +33,43 @@ double longestChord(const TFamily& family, double along, double across, double s
   return std::max(high - low, 1.0) * std::sqrt(1.0 + slope * slope);
 }
 
-TSeamPolarity polarityOf(TTrait trait) {
-  if (isEdge(trait)) return TSeamPolarity::edge;
-  return trait == TTrait::dark ? TSeamPolarity::dark : TSeamPolarity::bright;
-}
-
-double chordDeg(cv::Point2f from, cv::Point2f to) {
-  const cv::Point2d d = cv::Point2d(to) - cv::Point2d(from);
-  const double deg = arcTangent2(d.y, d.x) * kDegPerRad;
-  return deg > 90.0 ? deg - 180.0 : deg <= -90.0 ? deg + 180.0 : deg;
-}
-
-// Left to right, or top to bottom where it is steeper than half a right angle.
-void putInOrder(TContourCenterLine& line) {
-  const bool isSteep = std::abs(line.directionDeg) > 45.0F;
-  const cv::Point2f step = line.pts.back() - line.pts.front();
-  if ((isSteep ? step.y : step.x) >= 0.0F) return;
-  std::reverse(line.pts.begin(), line.pts.end());
-  std::reverse(line.widthsPx.begin(), line.widthsPx.end());
-  std::reverse(line.measured.begin(), line.measured.end());
-}
-
-TContourCenterLine toRecord(const TRefinedLine& refined, const TFamily& family, TTrait trait) {
-  TContourCenterLine line;
-  const int last = refined.size() - 1;
-  line.pts.reserve(refined.across.size());
-  line.widthsPx.reserve(refined.across.size());
-  for (int i = 0; i <= last; ++i) {
-    line.pts.push_back(
-        toImage(refined.firstAlong + i * kStationPx, static_cast<double>(refined.across[i]), family.isFlat));
-  }
-  line.measured.assign(refined.measured.begin(), refined.measured.end());
-  const float slope = (refined.across[last] - refined.across[0]) / static_cast<float>(last * kStationPx);
-  const float cosine = 1.0F / std::sqrt(1.0F + slope * slope);
-  for (const float width : refined.widthsPx) line.widthsPx.push_back(width * cosine);
-  line.widthPx = isEdge(trait) ? 0.0F : refined.edges.width() * cosine;
-  // The right or lower side of a view across is the right or lower one of the image.
-  line.contrast = refined.edges.contrast;
-  line.directionDeg = static_cast<float>(chordDeg(line.pts.front(), line.pts.back()));
-  line.polarity = polarityOf(trait);
-  putInOrder(line);
-  return line;
-}
-
-TFoundLine refine(const TCandidate& candidate, TTrait trait, int second, const TContrastSearch& search,
-                  TMemory* memory) {
+// Without the confidence, which depends on the other candidates.
+TFoundLine lineOf(const TCandidate& candidate, const TMeasuredLine& measured, TTrait trait,
+                  const TContrastSearch& search) {
   TFoundLine found;
   const TFamily& family = candidate.where->family;
-  const TCourse course = courseOf(candidate.path, candidate.where->field, memory);
-  const TProfiles profiles(family.view, course, memory);
-  const TAlignment alignment = alignProfiles(profiles, memory);
-  const TRefinedLine line = refineLine(course, profiles, alignment, trait, memory);
-  if (line.size() == 0) return found;
+  const TRefinedLine& line = measured.line;
   const double along = (line.size() - 1) * static_cast<double>(kStationPx);
   const double slope = static_cast<double>(line.across.back() - line.across.front()) / along;
   const double longest = longestChord(family, line.firstAlong, static_cast<double>(line.across.front()), slope);
   const double extent = (family.band.end - family.band.begin) * std::sqrt(1.0 + slope * slope);
   found.features = featuresOf(
-      line, profiles, alignment,
-      {trait, candidate.path.score, second, static_cast<int>(candidate.path.columns.size()), candidate.path.turns,
-       longest, extent, search.bandPx > 0.0F, search.polarity == TSeamPolarity::automatic && isEdge(trait)});
-  found.line = toRecord(line, family, trait);
+      line, measured.profiles, measured.alignment,
+      {trait, candidate.path.score, static_cast<int>(candidate.path.columns.size()), candidate.path.turns, longest,
+       extent, search.bandPx > 0.0F, static_cast<double>(search.directionTolDeg),
+       search.polarity == TSeamPolarity::automatic && isEdge(trait)});
+  found.line = toRecord(line, family.isFlat, trait);
   found.trait = trait;
-  found.line.confidence = static_cast<float>(confidenceOf(found.features, trait));
   return found;
+}
+
+TFoundLine refine(const TCandidate& candidate, TTrait trait, const TContrastSearch& search, TMemory* memory) {
+  const TGreyView& view = candidate.where->family.view;
+  const TMeasuredLine seen(view, courseOf(candidate.path, candidate.where->field, memory), trait, memory);
+  if (seen.line.size() == 0) return {};
+  if (seen.line.size() == seen.course.size()) return lineOf(candidate, seen, trait, search);
+  const TMeasuredLine carried(view, carryOn(seen.course, seen.line, memory), trait, memory);
+  return lineOf(candidate, isLonger(carried.line, seen.line) ? carried : seen, trait, search);
 }
 
 bool isWorthReporting(const TFoundLine& found) {
   return found.line.confidence >= TContrastSearch().minConfidence;
 }
 
-// Whether a line lies, at its middle, on a longer one.
+// Whether a line lies, at its middle, on a clearly longer one.
 bool isPartOf(const TContourCenterLine& line, const TContourCenterLine& longer) {
-  if (line.pts.empty() || line.pts.size() >= longer.pts.size()) return false;
+  if (line.pts.empty() || static_cast<double>(line.pts.size()) > kPart * static_cast<double>(longer.pts.size()))
+    return false;
   const cv::Point2f middle = line.pts[line.pts.size() / 2];
   return std::any_of(longer.pts.begin(), longer.pts.end(),
                      [&](cv::Point2f p) { return cv::norm(middle - p) < kSameLinePx; });
@@ -185,15 +82,31 @@ bool isBetterLine(const TFoundLine& a, const TFoundLine& b) {
   return a.line.confidence > b.line.confidence;
 }
 
+// Of the best path that is not this line. A shadow is no rival.
+int rivalScore(const TList<TCandidate>& paths, const TList<TFoundLine>& lines, const TCandidate& own) {
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (i < lines.size() && isShadow(lines[i].features)) continue;
+    if (&paths[i] != &own && !isSameLine(paths[i], own)) return paths[i].path.score;
+  }
+  return 0;
+}
+
 // The best line of the best paths.
 TFoundLine findTrait(const TList<TSearched>& searched, TTrait trait, const TContrastSearch& search,
                      TMemory* memory) {
   const TList<TCandidate> paths = findPaths(searched, trait, memory);
-  TFoundLine best;
-  for (std::size_t i = 0; i < std::min<std::size_t>(paths.size(), kRefined); ++i) {
+  TList<TFoundLine> lines(memory);
+  lines.reserve(kRefined);
+  for (std::size_t i = 0; i < std::min(paths.size(), kRefined); ++i) {
     if (paths[i].path.score < kWorthRefining * paths[0].path.score) break;
-    TFoundLine found = refine(paths[i], trait, rivalScore(paths, paths[i]), search, memory);
-    if (isBetterLine(found, best)) best = std::move(found);
+    lines.push_back(refine(paths[i], trait, search, memory));
+  }
+  TFoundLine best;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].line.pts.empty()) continue;
+    compareWithSecond(rivalScore(paths, lines, paths[i]), paths[i].path.score, lines[i].features);
+    lines[i].line.confidence = static_cast<float>(confidenceOf(lines[i].features, trait));
+    if (isBetterLine(lines[i], best)) best = std::move(lines[i]);
   }
   return best;
 }
@@ -261,7 +174,7 @@ TFoundLine findLine(const cv::Mat& grey, const TContrastSearch& search, TMemory*
   for (const TFamily& family : families) searched.emplace_back(family, memory);
   for (const TTrait trait : traitsOf(search.polarity, memory)) {
     TFoundLine found = findTrait(searched, trait, search, memory);
-    if (found.line.confidence > best.line.confidence) best = std::move(found);
+    if (isBetterLine(found, best)) best = std::move(found);
     if (trait == TTrait::dark && static_cast<double>(best.line.confidence) > kBeyondDoubt) break;
   }
   return best;

@@ -1,5 +1,6 @@
 #include "contrast/refinement.h"
 
+#include "contrast/parabola.h"
 #include "contrast/stretch.h"
 #include "support/exact_log.h"
 
@@ -18,6 +19,8 @@ constexpr int kSearchPx = 6;          // of the line's darkest or brightest plac
 constexpr int kFarthestPx = 16;       // of its edges from there
 constexpr int kSidePx = 6;            // of each side that is compared with the line
 constexpr float kLowOnFlank = 0.33F;  // share of a flank's height
+constexpr double kLeastToFit = 3.0;   // stations
+constexpr double kLeastForCurve = 5.0;
 constexpr int kLeastStations = 6;
 constexpr float kLeastDepth = 0.25F;  // of the mean profile's
 constexpr int kWidthReach = 2;        // stations on either side whose widths are taken together
@@ -101,36 +104,19 @@ TShapeEdges edgesOf(const float* p, TTrait trait) {
   return lineEdges(p, trait == TTrait::dark ? -1.0F : 1.0F);
 }
 
-// Parabola through stations with weights around station i, at i; the value itself where they are too few.
+// Through the stations around station i, at i; the value itself where they are too few.
 struct TLocalFit {
   const TList<float>& places;
   const TList<std::uint8_t>& counts;
 
   float at(int i, int reach) const {
-    double s0 = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0, s4 = 0.0, y0 = 0.0, y1 = 0.0, y2 = 0.0;
+    TParabola fit;
     const int begin = std::max(0, i - reach);
     const int end = std::min(static_cast<int>(places.size()) - 1, i + reach);
     for (int k = begin; k <= end; ++k) {
-      if (counts[k] == 0) continue;
-      const double t = static_cast<double>(k - i) / reach;
-      const double y = static_cast<double>(places[k]);
-      s0 += 1.0;
-      s1 += t;
-      s2 += t * t;
-      s3 += t * t * t;
-      s4 += t * t * t * t;
-      y0 += y;
-      y1 += t * y;
-      y2 += t * t * y;
+      if (counts[k] != 0) fit.add(static_cast<double>(k - i) / reach, static_cast<double>(places[k]));
     }
-    if (s0 < 3.0) return places[i];
-    const double a = s0 * s2 - s1 * s1;
-    const double det = s4 * a - s3 * (s0 * s3 - s1 * s2) + s2 * (s1 * s3 - s2 * s2);
-    if (s0 < 5.0 || det < 1e-4 * s0 * s0 * s0) {
-      return static_cast<float>(a > 1e-6 ? (y0 * s2 - y1 * s1) / a : y0 / s0);
-    }
-    const double c = y0 * (s2 * s4 - s3 * s3) - y1 * (s1 * s4 - s2 * s3) + y2 * (s1 * s3 - s2 * s2);
-    return static_cast<float>(c / det);
+    return fit.count() < kLeastToFit ? places[i] : static_cast<float>(fit.at(0.0, kLeastForCurve));
   }
 };
 
