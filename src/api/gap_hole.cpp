@@ -9,7 +9,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <numeric>
 
 namespace weld {
 
@@ -40,8 +39,8 @@ constexpr TCheck kFilled{{16, TWeldOutcome::elementMissing, "gap", "the stripe g
                          TRule::atMost};
 
 constexpr int kLeastWidenedPx = 12;
-constexpr int kBackPx = 60;      // from an edge to the centres that are surely the stripe's
-constexpr int kLeastPiece = 60;  // of such centres
+constexpr int kBackPx = 60;              // from an edge to the centres that are surely the stripe's
+constexpr std::size_t kLeastPiece = 60;  // of such centres
 constexpr int kNearPx = 15;  // columns beside an edge that have centres as bright as others where nothing is wrong
 constexpr double kFullShare = 0.8;
 constexpr int kLeastDarkPx = 8;  // by which an edge moves back
@@ -179,9 +178,8 @@ bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
     const int columns = away * (truncToInt(p.x) - edge);
     if (columns < 0 || columns >= kBackPx + kNearPx || (columns >= kNearPx && columns < kBackPx)) continue;
     const int channels = frame.image.channels();
-    const unsigned char* const pixel =
-        frame.image.ptr(truncToInt(p.y)) + static_cast<std::ptrdiff_t>(channels) * truncToInt(p.x);
-    const int light = std::accumulate(pixel, pixel + std::min(channels, 3), 0);
+    const int light = greyOf(
+        frame.image.ptr(truncToInt(p.y)) + static_cast<std::ptrdiff_t>(channels) * truncToInt(p.x), channels);
     (columns < kNearPx ? near : far) += light;
     count += columns < kNearPx ? 1 : 0;
   }
@@ -221,19 +219,19 @@ TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& h
   const TPointView points = stripe.points;
   const auto* const left = std::lower_bound(points.begin(), points.end(), hole.leftX - kBackPx, isBefore);
   const auto* const right = std::lower_bound(left, points.end(), hole.rightX + kBackPx, isBefore);
+  // Where the light of the piece on one side ends, if that is farther away.
+  const auto edgeOf = [&](TPointView piece, bool isLeft, int edge) {
+    const int away = isLeft ? -1 : 1;
+    if (!mayShine(frame, points, edge, away) || piece.size() <= kLeastPiece) return edge;
+    const int reachPx = away * (truncToInt(isLeft ? piece.back().x : piece.front().x) - edge);
+    const double x = endOfLight(frame, {piece, isLeft, stripe.widthPx, reachPx, reachPx}).pos.x;
+    return away * (x - edge) > kLeastDarkPx ? roundToInt(x) : edge;
+  };
   TLineHole wide = hole;
-  if (mayShine(frame, points, hole.leftX, -1) && left - points.begin() > kLeastPiece) {
-    const TPointView piece(points.begin(), static_cast<std::size_t>(left - points.begin()));
-    const int reachPx = hole.leftX - truncToInt(piece.back().x);
-    const double x = endOfLight(frame, {piece, true, stripe.widthPx, reachPx, reachPx}).pos.x;
-    if (x < hole.leftX - kLeastDarkPx) wide.leftX = roundToInt(x);
-  }
-  if (mayShine(frame, points, hole.rightX, 1) && points.end() - right > kLeastPiece) {
-    const TPointView piece(right, static_cast<std::size_t>(points.end() - right));
-    const int reachPx = truncToInt(piece.front().x) - hole.rightX;
-    const double x = endOfLight(frame, {piece, false, stripe.widthPx, reachPx, reachPx}).pos.x;
-    if (x > hole.rightX + kLeastDarkPx) wide.rightX = roundToInt(x);
-  }
+  const auto before = static_cast<std::size_t>(left - points.begin());
+  const auto behind = static_cast<std::size_t>(points.end() - right);
+  wide.leftX = edgeOf({points.begin(), before}, true, hole.leftX);
+  wide.rightX = edgeOf({right, behind}, false, hole.rightX);
   return wide;
 }
 

@@ -147,7 +147,7 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
 
 // The holes of a line that may be the gap, as wide as their dark.
 TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, const TLineHole& line) {
-  const TFrame quiet{frame.image, frame.params, frame.memory, {}};
+  const TFrame quiet = frame.inSilence();
   const int minGapPx = truncToInt(std::ceil(TGapSettings::of(frame.params).minGapPx));
   TList<TLineHole> holes = holesOf(frame, stripe.points, line);
   const auto isNone = [&](const TLineHole& hole) {
@@ -166,7 +166,7 @@ struct TPlace {
 };
 
 TList<TPlace> placesOf(const TFrame& frame, const TGapSight& sight) {
-  const TFrame quiet{frame.image, frame.params, frame.memory, {}};
+  const TFrame quiet = frame.inSilence();
   TList<TPlace> places(frame.memory);
   places.reserve(sight.breaks.size() + sight.holes.size());
   for (const TDarkBreak& dark : sight.breaks) {
@@ -215,8 +215,7 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& seen, const TPrevious& prev
   const TStripe& stripe = lit ? *lit : seen;
   TGapSight sight{seen, TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
   TSeam seam = findAlone(frame, stripe, previous, sight);
-  if (sight.line.rightX == 0)
-    findGapAt({frame.image, frame.params, frame.memory, {}}, stripe, previous, sight.line);
+  if (sight.line.rightX == 0) findGapAt(frame.inSilence(), stripe, previous, sight.line);
   if (sight.line.rightX > 0) sight.holes = openHoles(frame, stripe, sight.line);
   const TList<TPlace> places = placesOf(frame, sight);
   TList<TBreakPlace> shown(frame.memory);

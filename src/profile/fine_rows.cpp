@@ -1,5 +1,6 @@
 #include "profile/fine_rows.h"
 
+#include "support/grey_image.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -23,11 +24,6 @@ constexpr double kOwnPx = 2.0;         // of a centre from its element
 constexpr double kLikePx = 1.0;        // of a row from the median
 constexpr double kAlike = 1.5;         // neighbours that scatter as one
 constexpr double kMostMovePx = 1.5;
-
-// Weights of the usual conversion to grey.
-int greyOf(const unsigned char* pixel, int channels) {
-  return channels < 3 ? pixel[0] : (1868 * pixel[0] + 9617 * pixel[1] + 4899 * pixel[2] + 8192) >> 14;
-}
 
 // The rows of a column about a centre.
 class TColumn {

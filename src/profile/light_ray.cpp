@@ -1,5 +1,6 @@
 #include "profile/light_ray.h"
 
+#include "support/grey_image.h"
 #include "support/line_math.h"
 
 #include <algorithm>
@@ -24,11 +25,6 @@ constexpr int kDarkRun = 4;            // px in a row that end the light: speckl
 constexpr int kMostHolePx = 40;        // behind which the light goes on ...
 constexpr int kResumedPx = 24;         // ... where so long a stretch ...
 constexpr double kResumedShare = 0.8;  // ... is so much the flank's own
-
-// Weights of the usual conversion to grey.
-int greyOf(const unsigned char* pixel, int channels) {
-  return channels < 3 ? pixel[0] : (1868 * pixel[0] + 9617 * pixel[1] + 4899 * pixel[2] + 8192) >> 14;
-}
 
 }  // namespace
 

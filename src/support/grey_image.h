@@ -19,6 +19,11 @@ bool isColour(const cv::Mat& image);
 cv::Mat toGrey(const cv::Mat& image, const TBuffer<unsigned char>& pixels);
 std::size_t greyBytes(const cv::Mat& image);  // 0 where nothing is converted
 
+// Of one pixel, within a grey level of what toGrey gives.
+inline int greyOf(const unsigned char* pixel, int channels) {
+  return channels < 3 ? pixel[0] : (1868 * pixel[0] + 9617 * pixel[1] + 4899 * pixel[2] + 8192) >> 14;
+}
+
 // Raises cv::Exception unless the image has two dimensions, 8 bits, and one, 3 or 4 channels.
 void requireReadable(const cv::Mat& image);
 

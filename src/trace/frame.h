@@ -17,6 +17,8 @@ struct TFrame {
 
   // The same frame for one of several ways to find the seam.
   TFrame inWay(const char* name) const { return {image, params, memory, trace.inWay(name)}; }
+  // The same frame for what is asked beside: nothing of it is reported.
+  TFrame inSilence() const { return {image, params, memory, {}}; }
 };
 
 // A frame that nobody reads along with, its lists on the heap.

@@ -1,4 +1,5 @@
 // Seams found by their contrast: the calls, the tracker, and what they refuse.
+#include "scenes/exact_math.h"
 #include "scenes/plate.h"
 #include "scenes/random.h"
 #include "support/checksum.h"
@@ -87,7 +88,7 @@ TEST(Contrast, aLineReachesTheEndsOfItsSeam) {
   const cv::Point2d chord = gap.truth.stations.back().point - gap.truth.stations.front().point;
   search.polarity = TSeamPolarity::dark;
   search.roughPos = gap.truth.stations[gap.truth.stations.size() / 3].point;
-  search.directionDeg = static_cast<float>(std::atan(chord.y / chord.x) * 57.29578);
+  search.directionDeg = static_cast<float>(scenes::directionDeg(chord.x, chord.y));
   search.bandPx = 60.0F;
   const TContourCenterLine line = findSeamByContrast(gap.image, search);
   ASSERT_GE(line.confidence, 0.5F);
