@@ -140,9 +140,9 @@ function openFrame(index) {
   if (!byId("viewer").open) byId("viewer").showModal();
 }
 
-// The frame that the page's address names, "#frame=812".
-function openLinkedFrame() {
-  const index = Number(/^#frame=([0-9]+)$/.exec(location.hash)?.[1] ?? NaN) - report.firstFrame;
+// The frame that an address of the page names, "#frame=812".
+function openLinkedFrame(address) {
+  const index = Number(/#frame=([0-9]+)$/.exec(address)?.[1] ?? NaN) - report.firstFrame;
   if (report.frames[index]) openFrame(index);
 }
 
@@ -169,8 +169,11 @@ function showKey() {
 function wireViewer() {
   const viewer = byId("viewer");
   showKey();
-  window.addEventListener("hashchange", openLinkedFrame);
-  viewer.addEventListener("close", () => history.replaceState(null, "", location.pathname + location.search));
+  // Closing is told late: by then the address may name another frame, which may be open.
+  window.addEventListener("hashchange", (event) => openLinkedFrame(event.newURL));
+  viewer.addEventListener("close", () => {
+    if (!viewer.open) history.replaceState(null, "", location.pathname + location.search);
+  });
   byId("viewer-before").addEventListener("click", () => step(-1));
   byId("viewer-after").addEventListener("click", () => step(1));
   byId("viewer-close").addEventListener("click", () => viewer.close());
