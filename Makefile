@@ -135,11 +135,11 @@ bench: ## build and run the benchmarks
 	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
 	$(call compile,$(BUILD)) --target bench
 
-bench-compare: ## set the whole-frame figures beside those of another commit: make bench-compare REV=HEAD~1
+bench-compare: ## time whole calls of this tree and of another commit in turn: make bench-compare REV=HEAD~1
 	$(setup) build bench
 	$(configure) -DZELWELD_BUILD_BENCHMARKS=ON
-	$(call compile,$(BUILD)) --target bench_whole_frame
-	scripts/bench-compare.sh "$(REV)" $(BUILD)/benchmarks/bench_whole_frame
+	$(call compile,$(BUILD)) --target bench_paired
+	scripts/bench-compare.sh "$(REV)" $(BUILD)/benchmarks/bench_paired
 
 accuracy: ## print tables of errors, false reports and claims; fails where one got worse than is known
 	$(setup) build test

@@ -1,6 +1,5 @@
 // Whole calls of detectWeldLineViaTracking on one thread, in times of copying the same frame, warm and cold
-// (timing.h): copy and call take turns, and every figure is a median. Prints Markdown; the first two columns of a
-// table are what `make bench-compare` sets side by side.
+// (timing.h): copy and call take turns, and every figure is a median. Prints Markdown.
 //
 // Baseline kernels are what the library takes after cv::setUseOptimized(false).
 #include "contrast_times.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
 #ifdef __x86_64__
 #include <immintrin.h>
@@ -20,7 +21,7 @@ struct TSamples {
   std::vector<double> copyUs;
 
   double spentUs() const { return workUs.back() + copyUs.back(); }
-  TTimes medians() const { return {median(workUs), median(copyUs)}; }
+  TTimes times(double share) const { return {quantile(workUs, share), quantile(copyUs, share)}; }
 };
 
 double cpuMicroseconds() {
@@ -66,7 +67,7 @@ void runCold(const cv::Mat& frame, const TWork& copy, const TWork& work, TSample
 
 }  // namespace
 
-std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works) {
+std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works, double share) {
   cv::Mat target;
   const TWork copy = [&] { frame.copyTo(target); };
   std::vector<TSamples> warm(works.size());
@@ -78,7 +79,7 @@ std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<
     }
   }
   std::vector<TTiming> timings;
-  for (std::size_t i = 0; i < works.size(); ++i) timings.push_back({warm[i].medians(), cold[i].medians()});
+  for (std::size_t i = 0; i < works.size(); ++i) timings.push_back({warm[i].times(share), cold[i].times(share)});
   return timings;
 }
 
@@ -90,11 +91,15 @@ double microsecondsOf(const TWork& work) {
   return cpuMicroseconds() - start;
 }
 
-double median(std::vector<double> values) {
+double quantile(std::vector<double> values, double share) {
   if (values.empty()) return 0.0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
+  const auto at = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size()));
+  std::nth_element(values.begin(), at, values.end());
+  return *at;
+}
+
+double median(std::vector<double> values) {
+  return quantile(std::move(values), 0.5);
 }
 
 }  // namespace bench

@@ -14,7 +14,7 @@ namespace bench {
 
 using TWork = std::function<void()>;
 
-// Medians, in microseconds.
+// In microseconds.
 struct TTimes {
   double workUs = 0.0;
   double copyUs = 0.0;  // cv::Mat::copyTo of the frame
@@ -27,11 +27,14 @@ struct TTiming : TTimes {  // warm
 };
 
 // The works take turns in short blocks. One timing per work.
-std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works);
+//   share  of the runs that are quicker than the time given; a small one leaves out what disturbed them
+std::vector<TTiming> measureAgainstCopy(const cv::Mat& frame, const std::vector<TWork>& works, double share = 0.5);
 
 // Processor time of the thread.
 double microsecondsOf(const TWork& work);
 
+// 0 without values.
+double quantile(std::vector<double> values, double share);
 double median(std::vector<double> values);
 
 }  // namespace bench
