@@ -38,7 +38,8 @@ inline bool hasStep(const unsigned char* block, std::size_t step, int rows, cons
   return cv::v_check_any(largest >= leastStep);
 }
 
-// Asks for a block: no prefetcher of the processor guesses those below on a walk along the rows.
+// Asks for a block: no prefetcher of the processor guesses those below on a walk along the rows. What lies below
+// the area, whose pixels nobody wants, is left where it is.
 template <int locality>
 inline void prefetch(const unsigned char* block, std::size_t step, int rows) {
   for (int row = 0; row < rows; ++row, block += step) __builtin_prefetch(block, 0, locality);
@@ -70,6 +71,7 @@ template <int usualRows, int locality>
 inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNeeds& needs,
                          const TBlockMarks& marks) {
   const int rows = usualRows > 0 ? usualRows : end - row;
+  const int rowsToCome = smaller(rows, end - row - rows);
   const int index = (row - kBoxPx) / kBlockRows;
   const std::uint64_t bit = std::uint64_t{1} << (index % kMarkBits);
   std::uint64_t* word = marks.words + index / kMarkBits;
@@ -83,7 +85,7 @@ inline void markBlockRow(const TScanArea& area, int row, int end, const TEdgeNee
   int strip = 0;
   for (; strip + 2 < area.strips; strip += 2) {
     const unsigned char* const pair = line + columnOf(area, strip);
-    prefetch<locality>(pair + (rows + kBoxPx - 1) * area.step, area.step, rows);
+    prefetch<locality>(pair + (rows + kBoxPx - 1) * area.step, area.step, rowsToCome);
     if (!needs.isBackgroundBright && !isBright<kPairColumns>(pair, area.step, rows, needs.threshold)) continue;
     markEdges(strip);
     markEdges(strip + 1);
