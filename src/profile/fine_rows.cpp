@@ -1,7 +1,6 @@
 #include "profile/fine_rows.h"
 
-#include "support/grey_image.h"
-#include "support/line_math.h"
+#include "stripe/light_middle.h"
 
 #include <algorithm>
 #include <array>
@@ -14,68 +13,11 @@ namespace {
 constexpr int kMostColumns = 64;  // of an element
 constexpr int kFewestColumns = 12;
 constexpr double kPlateWindowPx = 260.0;
-constexpr double kCornerPx = 6.0;      // columns beside a corner, where the light is rounded
-constexpr int kReachRows = 28;         // of the stripe from its middle
-constexpr double kHeightShare = 0.35;  // of the peak over the dark, that the stripe stands on
-constexpr int kPeakRows = 2;           // about the line
-constexpr int kDarkRows = 4;           // at the end of the reach
-constexpr double kLeastHeight = 6.0;   // grey levels over that
-constexpr double kOwnPx = 2.0;         // of a centre from its element
-constexpr double kLikePx = 1.0;        // of a row from the median
-constexpr double kAlike = 1.5;         // neighbours that scatter as one
+constexpr double kCornerPx = 6.0;  // columns beside a corner, where the light is rounded
+constexpr double kOwnPx = 2.0;     // of a centre from its element
+constexpr double kLikePx = 1.0;    // of a row from the median
+constexpr double kAlike = 1.5;     // neighbours that scatter as one
 constexpr double kMostMovePx = 1.5;
-
-// The rows of a column about a centre.
-class TColumn {
-public:
-  TColumn(const cv::Mat& image, int x, int y)
-      : middle(image.ptr(y) + static_cast<std::ptrdiff_t>(x) * image.channels()),
-        step(static_cast<std::ptrdiff_t>(image.step[0])),
-        channels(image.channels()) {}
-
-  int at(int row) const { return greyOf(middle + row * step, channels); }
-
-  // Row of the centroid of the stripe's upper part, from the centre. Not a number where that goes on to the end of
-  // the reach, or is too little.
-  double centroid() const {
-    int peakRow = -kPeakRows;
-    for (int row = -kPeakRows; row <= kPeakRows; ++row) {
-      if (at(row) > at(peakRow)) peakRow = row;
-    }
-    const int peak = at(peakRow);
-    const double dark = 0.5 * (darkOn(-1) + darkOn(1));
-    const double foot = dark + kHeightShare * (peak - dark);
-    if (peak - foot < kLeastHeight) return NAN;
-    double sum = peak - foot;
-    double moment = sum * peakRow;
-    for (const int way : {-1, 1}) {
-      int row = peakRow + way;
-      for (; std::abs(row) < kReachRows && at(row) > foot; row += way) {
-        sum += at(row) - foot;
-        moment += (at(row) - foot) * row;
-      }
-      if (std::abs(row) >= kReachRows) return NAN;
-    }
-    return moment / sum;
-  }
-
-private:
-  double darkOn(int way) const {
-    int sum = 0;
-    for (int row = kReachRows - kDarkRows; row < kReachRows; ++row) sum += at(way * row);
-    return static_cast<double>(sum) / kDarkRows;
-  }
-
-  const unsigned char* middle;
-  std::ptrdiff_t step;
-  int channels;
-};
-
-double lightMiddle(const cv::Mat& image, int x, double nearY) {
-  const int y = roundToInt(nearY);
-  if (x < 0 || x >= image.cols || y < kReachRows || y + kReachRows >= image.rows) return NAN;
-  return y + TColumn(image, x, y).centroid();
-}
 
 class TFineRows {
 public:
@@ -91,9 +33,8 @@ public:
     TOffsets offsets;
     for (int i = span.first; i < span.last && offsets.count < offsets.rows.size(); i += step) {
       const cv::Point2d p = centres.at(i);
-      const bool isFine = p.y != std::floor(p.y);  // a ridge's
-      if (isFine || !(std::abs(surface.offsetOf(p)) <= kOwnPx)) continue;
-      const double off = layout.sense * lightMiddle(frame.image, roundToInt(p.x), layout.sense * p.y) - p.y;
+      if (isFine(p.y) || !(std::abs(surface.offsetOf(p)) <= kOwnPx)) continue;
+      const double off = layout.sense * lightMiddle(frame.image, {p.x, layout.sense * p.y}) - p.y;
       if (std::abs(off) <= kMostMovePx + kLikePx) offsets.rows[offsets.count++] = off;
     }
     return meanOf(offsets);

@@ -13,8 +13,10 @@ namespace {
 constexpr float kBeyondPx = 100.0F;  // columns behind a flare that tell the stripe beside it
 constexpr double kBesidePx = 6.0;    // rows from the line of the piece
 constexpr std::size_t kLeastBeside = 25;
-constexpr int kFarthestPx = 100;   // that a line is carried on
-constexpr int kMostDarkPx = 26;    // over what is not white
+constexpr int kFarthestPx = 100;  // that a line is carried on
+constexpr int kMostDarkPx = 26;   // over what is not white
+constexpr float kTellingPx =
+    300.0F;  // a flare, the stripe beside it and its slope: nothing farther from an end tells
 constexpr double kReachPx = 12.0;  // that an end may lie beyond its flare
 
 // The stripe behind the flare, beside the line of the piece.
@@ -29,10 +31,24 @@ TPoints neighbourOf(const TFrame& frame, const TFlare& flare, TPointView points,
   return beside;
 }
 
-// The centres, and those that the line would have where it goes on through something white.
-TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
-  TPoints points(end.piece.begin(), end.piece.end(), frame.memory);
-  const TSlopeLine line = lineAtEnd(frame, end);
+// The centres that tell of a flare at an end. The same ones are looked at as on the whole piece.
+TPointView tellingOf(const TEndOfPiece& end) {
+  const TPointView piece = end.piece;
+  if (!end.isRight) {
+    const auto isFar = [&](cv::Point2f p) { return p.x - piece.front().x > kTellingPx; };
+    return piece.part(0,
+                      static_cast<std::size_t>(std::find_if(piece.begin(), piece.end(), isFar) - piece.begin()));
+  }
+  const auto isNear = [&](cv::Point2f p) { return piece.back().x - p.x <= kTellingPx; };
+  auto first = static_cast<std::size_t>(std::find_if(piece.begin(), piece.end(), isNear) - piece.begin());
+  first -= first % kFlareStride;
+  return piece.part(first, piece.size() - first);
+}
+
+// These centres, and those that the line would have where it goes on through something white.
+TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line) {
+  const TPointView telling = tellingOf(end);
+  TPoints points(telling.begin(), telling.end(), frame.memory);
   const int lastX = roundToInt(static_cast<double>(end.isRight ? points.back().x : points.front().x));
   int dark = 0;
   for (int i = 1; i <= kFarthestPx && dark <= kMostDarkPx; ++i) {
@@ -44,7 +60,7 @@ TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
     if (isLit) points.emplace_back(static_cast<float>(x), static_cast<float>(row));
   }
   if (!end.isRight) {
-    const auto carried = points.begin() + static_cast<std::ptrdiff_t>(end.piece.size());
+    const auto carried = points.begin() + static_cast<std::ptrdiff_t>(telling.size());
     std::reverse(carried, points.end());
     std::rotate(points.begin(), carried, points.end());
   }
@@ -53,10 +69,10 @@ TPoints carriedOn(const TFrame& frame, const TEndOfPiece& end) {
 
 }  // namespace
 
-std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end) {
+std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line) {
   const auto endX = static_cast<double>(end.isRight ? end.piece.back().x : end.piece.front().x);
   std::optional<TFlare> nearest;
-  for (const TFlare& flare : findFlares(frame, carriedOn(frame, end))) {
+  for (const TFlare& flare : findFlares(frame, carriedOn(frame, end, line))) {
     const bool isBeyond = end.isRight ? static_cast<double>(flare.lastX) + kReachPx > endX
                                       : static_cast<double>(flare.firstX) - kReachPx < endX;
     const bool isNearer = !nearest || (end.isRight && flare.middleX < nearest->middleX) ||
@@ -76,7 +92,7 @@ std::optional<double> endUnderFlare(const TFrame& frame, const TFlare& flare, TP
   if (beside.size() < kLeastBeside) return std::nullopt;
   const TEndOfPiece other{beside, !end.isRight, end.widthPx, columns, columns};
   if (drowns(flare, lineAtEnd(frame, other))) return std::nullopt;
-  const double x = endOfLight(frame, other).pos.x + (end.isRight ? -1.0 : 1.0);
+  const double x = endOfLight(frame, other).pos.x + (end.isRight ? -end.apartPx : end.apartPx);
   const bool isUnder = x >= static_cast<double>(flare.firstX) && x <= static_cast<double>(flare.lastX);
   return isUnder ? std::make_optional(x) : std::nullopt;
 }

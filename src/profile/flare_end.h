@@ -8,7 +8,8 @@ namespace weld {
 
 // The flare that a piece runs into, also where the stripe has no centres under it: the line of the piece goes on
 // through its white.
-std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end);
+//   line  of the piece at its end
+std::optional<TFlare> flareBeyond(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line);
 
 // The column of that end, px: where its light ends at once, as no flare does; next to the end of the stripe that
 // goes on beside the piece's line beyond the flare, where the flare leaves that one in sight; else nothing.

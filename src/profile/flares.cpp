@@ -8,8 +8,7 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kStride = 3;       // centres from one that is looked at to the next
-constexpr int kSlopeReach = 5;           // of those, on either side
+constexpr int kSlopeReach = 5;           // centres looked at, on either side
 constexpr float kMostSlope = 4.0F;       // of what is no break
 constexpr int kMostHalfPx = 48;          // rows from a centre to the edge of the light
 constexpr int kWhite = 200;              // grey level of a flare
@@ -24,6 +23,7 @@ constexpr double kBorderSwell = 1.25;  // at the border of a flare
 constexpr double kLeastRound = 0.6;    // thickness over columns
 constexpr float kLeastColumns = 12.0F;
 constexpr float kMostColumns = 100.0F;
+constexpr float kHaloPerRadius = 0.5F;
 constexpr double kEndPx = 12.0;
 constexpr double kDrowned = 0.9;      // radii
 constexpr double kRoundingPx = 1e-6;  // of a mean, by far
@@ -60,8 +60,8 @@ int rowsAbout(const cv::Mat& image, cv::Point at, int least) {
 
 TList<TSample> sample(const cv::Mat& image, TPointView points, TMemory* memory) {
   TList<TSample> samples(memory);
-  samples.reserve(points.size() / kStride + 1);
-  for (std::size_t i = 0; i < points.size(); i += kStride) {
+  samples.reserve(points.size() / kFlareStride + 1);
+  for (std::size_t i = 0; i < points.size(); i += kFlareStride) {
     const cv::Point at(truncToInt(points[i].x), std::clamp(roundToInt(points[i].y), 0, image.rows - 1));
     const int level = levelOf(image, at.y, at.x);
     const int least = roundToInt(kEdgeShare * level);
@@ -198,6 +198,15 @@ TList<TFlare> findFlares(const TFrame& frame, TPointView points) {
     const TFlare flare = flareAbout(all, s, *beside);
     while (s + 1 < all.end() && s[1].x <= flare.lastX) ++s;
     if (flare.radiusPx > 0.0) flares.push_back(flare);
+  }
+  return flares;
+}
+
+TList<TFlare> findFlaresWithHalo(const TFrame& frame, TPointView points) {
+  TList<TFlare> flares = findFlares(frame, points);
+  for (TFlare& flare : flares) {
+    flare.firstX -= kHaloPerRadius * static_cast<float>(flare.radiusPx);
+    flare.lastX += kHaloPerRadius * static_cast<float>(flare.radiusPx);
   }
   return flares;
 }

@@ -19,10 +19,16 @@ struct TFlare {
   bool covers(float x) const { return x >= firstX && x <= lastX; }
 };
 
+// Every so many centres one is looked at.
+inline constexpr std::size_t kFlareStride = 3;
+
 // The saturated stretches of 12 to 100 columns in which the stripe is at least 1.6 times and 8 px thicker than on
 // either side of them, left to right; few.
 //   points  centres inside the image, x ascending
 TList<TFlare> findFlares(const TFrame& frame, TPointView points);
+
+// The same with the halo about their white part, where centres still follow their rim.
+TList<TFlare> findFlaresWithHalo(const TFrame& frame, TPointView points);
 
 // The stripe without the centres that flares hide; nothing where it has no flare.
 std::optional<TStripe> withoutFlares(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares);

@@ -25,6 +25,7 @@ constexpr int kDarkRun = 4;            // px in a row that end the light: speckl
 constexpr int kMostHolePx = 40;        // behind which the light goes on ...
 constexpr int kResumedPx = 24;         // ... where so long a stretch ...
 constexpr double kResumedShare = 0.8;  // ... is so much the flank's own
+constexpr double kCrossingPx = 1.2;    // between the halves of such a stretch: light that crosses the line
 
 }  // namespace
 
@@ -147,13 +148,27 @@ double TLightRay::borderAfter(int lit) const {
   return lit + (before - least) / std::max(before - greyAt(lit + 1), 1.0);
 }
 
+// Whether the light of the stretch up to this px crosses the line: it is another surface's.
+bool TLightRay::isCrossing(int px) const {
+  double sums[2] = {0.0, 0.0};
+  int counts[2] = {0, 0};
+  for (int back = 0; back < kResumedPx; ++back) {
+    if (!isOwn(px - back)) continue;
+    const int half = 2 * back < kResumedPx ? 1 : 0;
+    sums[half] += asidePx(px - back);
+    ++counts[half];
+  }
+  if (counts[0] == 0 || counts[1] == 0) return false;
+  return std::abs(sums[1] / counts[1] - sums[0] / counts[0]) > kCrossingPx;
+}
+
 std::optional<int> TLightRay::resumedAfter(int end) const {
   int own = 0;  // of the last px
   for (int px = end + 1; px <= end + kMostHolePx + kResumedPx; ++px) {
     const bool isOwnNow = isOwn(px);
     own += isOwnNow ? 1 : 0;
     if (px > end + kResumedPx && isOwn(px - kResumedPx)) --own;
-    if (isOwnNow && own >= kResumedShare * kResumedPx) return px;
+    if (isOwnNow && own >= kResumedShare * kResumedPx && !isCrossing(px)) return px;
   }
   return std::nullopt;
 }

@@ -34,6 +34,7 @@ private:
   int edgeFrom(int x, int y, int way) const;
   double borderAfter(int lit) const;
   double endBefore() const;
+  bool isCrossing(int px) const;
   std::optional<int> resumedAfter(int end) const;
 
   static constexpr int kStripeRows = 6;  // on either side of the line

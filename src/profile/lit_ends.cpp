@@ -19,9 +19,12 @@ constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
-constexpr double kRunPerHole = 3.0;  // columns of a run, over those of the hole before it
-constexpr double kTailPx = 60.0;     // columns before an end in which a run of something else may begin
-constexpr int kMostBent = 60;        // centres of a bent end
+constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
+constexpr double kCourseCentres = 6.0;  // that tell the course of a run beyond an end
+constexpr double kLeastHolePx = 1.5;    // columns between such a run and the flank: a bent end has none
+constexpr int kMostCrossing = 20;       // centres of a run that crosses a flank at its end
+constexpr double kTailPx = 60.0;        // columns before an end in which a run of something else may begin
+constexpr int kMostBent = 60;           // centres of a bent end
 constexpr int kLeastBent = 6;
 constexpr double kBendNoisePx = 1.0;  // by which it may turn back
 constexpr double kFootPx = 40.0;      // of a flank, before the corner that its light must reach
@@ -39,13 +42,14 @@ public:
 
   cv::Point2d direction() const { return {side * line.dx, side * line.dy}; }
 
-  // Takes a run off the end that only crosses the line behind a hole: it is a backing, or another surface.
-  // Columns.
+  // Takes a run off the end that only crosses the line, joined to it or behind a hole: it is a backing, or another
+  // surface. Columns.
   double dropForeign() {
     const double endX = centres.at(last).x;
-    int kept = last;
+    int kept = beforeCrossing();
     for (int i = last; has(i - side) && std::abs(centres.at(i).x - endX) <= kTailPx; i -= side) {
-      if (isBreak(i) && (isForeign(i) || isShort(i, endX))) kept = i - side;
+      if (isBreak(i) && (isForeign(i) || isShort(i, endX)))
+        kept = side > 0 ? std::min(kept, i - 1) : std::max(kept, i + 1);
     }
     last = kept;
     return std::abs(centres.at(kept).x - endX);
@@ -73,12 +77,14 @@ public:
     int off = 0;
     int first = last;
     for (int i = last + side; has(i); i += side) {
+      const bool startsRun = isBreak(i);
+      if (startsRun && std::abs(offsetOf(i)) < kBesidePx && isForeign(i)) return alongTo(i, end);
       if ((centres.at(i).x - end.x) * side <= 0.0) continue;
-      if (!isBeside(i) || isBreak(i)) off = 0;
+      if (!isBeside(i) || startsRun) off = 0;
       if (!isBeside(i)) continue;
       if (off == 0) first = i;
       if (++off < kOtherRun) continue;
-      return std::max(0.0, (centres.at(first).x - end.x) * side - 0.5) / std::max(line.dx, 0.02);
+      return alongTo(first, end);
     }
     return kFarthestCentres;
   }
@@ -86,11 +92,61 @@ public:
 private:
   bool has(int i) const { return i >= 0 && i < centres.count() && std::abs(i - last) < kFarthestCentres; }
   double offsetOf(int i) const { return line.offsetOf(centres.at(i).x, centres.at(i).y); }
+  // From an end to a centre, less half a column.
+  double alongTo(int i, cv::Point2d end) const {
+    return std::max(0.0, (centres.at(i).x - end.x) * side - 0.5) / std::max(line.dx, 0.02);
+  }
   bool isOff(int i) const { return std::abs(offsetOf(i)) > offPx; }
   bool isBeside(int i) const { return isOff(i) && std::abs(offsetOf(i)) < kBesidePx; }
+  bool hasHole(int i) const { return std::abs(centres.at(i).x - centres.at(i - side).x) > kLeastHolePx; }
   bool isBreak(int i) const {
     return std::abs(centres.at(i).x - centres.at(i - side).x) > kHolePx ||
            std::abs(offsetOf(i) - offsetOf(i - side)) > offPx;
+  }
+
+  // A line through the offsets of the centres that follow each other beyond the end.
+  struct TCourse {
+    double mean = 0.0;
+    double meanX = 0.0;
+    double slope = 0.0;  // per column
+    bool isFound = false;
+    double at(double x) const { return mean + slope * (x - meanX); }
+  };
+  TCourse courseBeyond() const {
+    double n = 0.0, sumX = 0.0, sumXX = 0.0, sum = 0.0, sumX1 = 0.0;
+    for (int i = last; has(i) && n < kTailCentres && (i == last || !isBreak(i)); i += side) {
+      const double x = centres.at(i).x - centres.at(last).x;
+      n += 1.0;
+      sumX += x;
+      sumXX += x * x;
+      sum += offsetOf(i);
+      sumX1 += x * offsetOf(i);
+    }
+    if (n < kCourseCentres) return {};
+    TCourse course;
+    course.slope = (sumX1 - sumX * sum / n) / (sumXX - sumX * sumX / n);
+    course.mean = sum / n;
+    course.meanX = centres.at(last).x + sumX / n;
+    course.isFound = std::abs(course.slope) > kForeignSlope / std::max(line.dx, 0.02);
+    return course;
+  }
+
+  // The last centre before a run that crosses the line at its end, behind a hole: what lies nearer to that run's
+  // own course is the run's.
+  int beforeCrossing() const {
+    const TCourse course = courseBeyond();
+    if (!course.isFound) return last;
+    const double most = offPx * offPx;
+    double gain = 0.0;
+    double best = 0.0;
+    int kept = last;
+    for (int i = last; has(i - side) && std::abs(i - last) < kMostCrossing; i -= side) {
+      const double off = offsetOf(i);
+      const double beside = off - course.at(centres.at(i).x);
+      gain += std::min(off * off, most) - std::min(beside * beside, most);
+      if (gain > best && hasHole(i)) best = gain, kept = i - side;
+    }
+    return kept;
   }
 
   // Whether the very next centres, which follow each other, lie beside the line: the stripe goes on, on another

@@ -15,6 +15,8 @@ constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so muc
 constexpr double kClear = 22.0;     // by which a layout that fits beats the others
 constexpr double kMostInflation = 4.0;
 constexpr double kSharpU = 12.0;
+constexpr double kRoundedFlat = 18.0;
+constexpr double kLeastArcPx = 42.0;
 constexpr double kNoLimit = 1e9;
 constexpr double kNullSlack = 100.0;  // by which the search may misjudge a plate
 constexpr TWeldType kRanked[] = {TWeldType::vGroove, TWeldType::singleBevel, TWeldType::uGroove,
@@ -131,9 +133,22 @@ TStripeProfile::THoles holesOf(const TCentres& centres) {
   return holes;
 }
 
-// A U without a radius is a V.
-bool isRounded(const TProfileFit& fit) {
-  return !std::isnan(fit.measures.leftRadiusPx) || !std::isnan(fit.measures.rightRadiusPx);
+// Columns between the flanks.
+double rootColumns(const TProfileFit& fit) {
+  const auto isFlank = [](const TProfileElement& e) { return e.role == TElementRole::flank; };
+  const auto* const end = fit.elements.begin() + fit.elementCount;
+  const auto* const left = std::find_if(fit.elements.begin(), end, isFlank);
+  if (left == end) return kNoLimit;
+  const auto* const right = std::find_if(left + 1, end, isFlank);
+  return right == end ? kNoLimit : right->left.x - left->right.x;
+}
+
+// A U without a radius is a V, and so is one whose arc is as short as a backing; a flat root between rounded
+// corners is a U's, though a V's backing may lie as flat.
+double roundingOf(const TProfileFit& fit) {
+  const bool isRounded = !std::isnan(fit.measures.leftRadiusPx) || !std::isnan(fit.measures.rightRadiusPx);
+  if (isRounded && fit.feature(TFeature::leftRoot).isFound) return kRoundedFlat;
+  return isRounded && rootColumns(fit) >= kLeastArcPx ? 0.0 : -kSharpU;
 }
 
 TProfileFit refused(TProfileOutcome outcome) {
@@ -248,7 +263,7 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
     if (cuts.empty()) continue;
     least = std::min(least, cuts.front().cost);
     TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
-    if (type == TWeldType::uGroove && !isRounded(fit)) fit.score -= kSharpU;
+    if (type == TWeldType::uGroove) fit.score += roundingOf(fit);
     if (!fit.isFound()) continue;
     const auto isBetter = [](const TRankedJoint& one, const TRankedJoint& other) {
       return one.fit.score > other.fit.score;

@@ -75,7 +75,7 @@ TEST(FlareEnd, liesNextToWhereTheStripeBesideItBegins) {
     const TWeldParams params;
     const TFrame frame = heapFrame(image, params);
     const TEndOfPiece end{plate, true, 9.0};
-    const std::optional<TFlare> flare = flareBeyond(frame, end);
+    const std::optional<TFlare> flare = flareBeyond(frame, end, lineAtEnd(frame, end));
     ASSERT_EQ(flare.has_value(), row.isHidden) << row.name;
     if (!flare) continue;
     EXPECT_NEAR(flare->middleX, 292.0, 3.0) << row.name;
