@@ -55,6 +55,9 @@ constexpr TCheck kDark{{16, TWeldOutcome::elementMissing, "gap", "the light goes
                        "share of the gap's columns that are lit",
                        TRule::atMost};
 
+constexpr TCheck kInSight{{16, TWeldOutcome::elementMissing, "gap", "a flare hides an edge of the gap"},
+                          "edges of the gap in sight"};
+
 constexpr double kLeastOnLine = 0.45;  // of the stripe's centres
 constexpr TCheck kOnLine{{12, TWeldOutcome::fitTooWeak, "line", "too few stripe points on the line"},
                          "share of stripe points on one line",
@@ -233,6 +236,13 @@ TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& h
   wide.leftX = edgeOf({points.begin(), before}, true, hole.leftX);
   wide.rightX = edgeOf({right, behind}, false, hole.rightX);
   return wide;
+}
+
+bool isInSight(const TFrame& frame, TView<TFlare> flares, const TLineHole& hole) {
+  const auto hides = [&](const TFlare& flare) {
+    return flare.lastX > static_cast<float>(hole.leftX) && flare.firstX < static_cast<float>(hole.rightX);
+  };
+  return frame.trace.holds(kInSight, std::none_of(flares.begin(), flares.end(), hides));
 }
 
 bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {

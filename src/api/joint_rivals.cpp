@@ -21,8 +21,8 @@ bool isGroove(TWeldType type) {
   return type >= TWeldType::uGroove && type <= TWeldType::flareBevel;
 }
 
-// Between the points of a profile.
-bool isAt(const TProfileFit& fit, cv::Point2f pos) {
+// Between the points of a profile, which may lie on either side of a flare.
+bool isAt(const TProfileFit& fit, const TSeam& seam) {
   double left = HUGE_VAL;
   double right = -HUGE_VAL;
   for (const TMeasuredPoint& p : fit.features) {
@@ -30,8 +30,9 @@ bool isAt(const TProfileFit& fit, cv::Point2f pos) {
     left = std::min(left, p.pos.x);
     right = std::max(right, p.pos.x);
   }
-  const auto x = static_cast<double>(pos.x);
-  return x >= left - kSamePlacePx && x <= right + kSamePlacePx;
+  const auto x = static_cast<double>(seam.pos.x);
+  const double nearPx = kSamePlacePx + seam.hiddenPx;
+  return x >= left - nearPx && x <= right + nearPx;
 }
 
 const char* bestUnless(TView<TRankedJoint> ranked, bool (*belongs)(TWeldType)) {
@@ -41,23 +42,23 @@ const char* bestUnless(TView<TRankedJoint> ranked, bool (*belongs)(TWeldType)) {
 
 }  // namespace
 
-const char* rivalOfGap(TView<TRankedJoint> ranked, cv::Point2f /*pos*/) {
+const char* rivalOfGap(TView<TRankedJoint> ranked, const TSeam& /*seam*/) {
   return bestUnless(ranked, [](TWeldType t) { return t == TWeldType::buttGap; });
 }
 
-const char* rivalOfLap(TView<TRankedJoint> ranked, cv::Point2f pos) {
+const char* rivalOfLap(TView<TRankedJoint> ranked, const TSeam& seam) {
   if (ranked.empty()) return "a plate or a curve explains the stripe as well";
   const char* const rival = bestUnless(ranked, [](TWeldType t) { return t == TWeldType::lap; });
-  return rival != nullptr || isAt(ranked.front().fit, pos) ? rival : "the step of the stripe lies elsewhere";
+  return rival != nullptr || isAt(ranked.front().fit, seam) ? rival : "the step of the stripe lies elsewhere";
 }
 
-const char* rivalOfCorner(TView<TRankedJoint> ranked, cv::Point2f pos) {
+const char* rivalOfCorner(TView<TRankedJoint> ranked, const TSeam& seam) {
   const bool isCorner = !ranked.empty() && ranked.front().weldType == TWeldType::corner;
-  if (isCorner) return isAt(ranked.front().fit, pos) ? nullptr : "the bend of the stripe lies elsewhere";
+  if (isCorner) return isAt(ranked.front().fit, seam) ? nullptr : "the bend of the stripe lies elsewhere";
   return bestUnless(ranked, isGroove);
 }
 
-const char* rivalOfGroove(TView<TRankedJoint> ranked, cv::Point2f /*pos*/) {
+const char* rivalOfGroove(TView<TRankedJoint> ranked, const TSeam& /*seam*/) {
   const auto* const groove =
       std::find_if(ranked.begin(), ranked.end(), [](const TRankedJoint& r) { return isGroove(r.weldType); });
   const double score = groove != ranked.end() ? groove->fit.score : 0.0;
@@ -73,7 +74,7 @@ bool isShownBy(const TFrame& frame, const TSeam& seam, const TStripe& stripe, TR
           .part(static_cast<std::size_t>(points.begin() - stripe.points.data()), points.size());
   const TStripeProfile profile(points, sources, stripe.widthPx, frame.memory);
   const TList<TRankedJoint> ranked = rankProfiles(profile, {}, frame.memory);
-  const char* const rival = rivalOf(ranked, seam.pos);
+  const char* const rival = rivalOf(ranked, seam);
   const TCheck check{{54, TWeldOutcome::elementMissing, "joint", rival != nullptr ? rival : ""},
                      "joint that explains the stripe best"};
   return frame.trace.atGate().holds(check, rival == nullptr);

@@ -2,6 +2,7 @@
 
 #include "detectors/corner.h"
 #include "profile/flares.h"
+#include "stripe/light_middle.h"
 #include "stripe/longest_piece.h"
 #include "stripe/stripe_curve.h"
 #include "stripe/turn.h"
@@ -99,20 +100,27 @@ bool bends(const TFrame& frame, TPointView points, float x) {
           frame.trace.passes(kTurn, std::min(*near, *far), kLeastTurnDeg));
 }
 
-// The centres of a flank between two columns.
+// The centres in the columns of a piece.
+TPointView within(TPointView points, TPointView piece) {
+  const auto isBefore = [](cv::Point2f p, float x) { return p.x < x; };
+  const auto isBeyond = [](float x, cv::Point2f p) { return x < p.x; };
+  const auto* const first = std::lower_bound(points.begin(), points.end(), piece.front().x, isBefore);
+  const auto* const last = std::upper_bound(first, points.end(), piece.back().x, isBeyond);
+  return {first, static_cast<std::size_t>(last - first)};
+}
+
+// The light of a flank between two columns.
 TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& flank, float fromX, float toX) {
   TPoints on(frame.memory);
   for (const cv::Point2f p : points) {
     const double off = flank.k * static_cast<double>(p.x) + flank.b - static_cast<double>(p.y);
     if (p.x >= fromX && p.x <= toX && std::abs(off) <= kFlankReachPx) on.push_back(p);
   }
-  return on;
+  return onLight(frame, on);
 }
 
 // The crossing of the flanks once more, by centres to a fraction of a row and with the bow of the flanks.
-void refineCrossing(const TFrame& frame, const TStripe& stripe, TSeam& seam) {
-  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
-  const TPointView points = rest ? rest->points : stripe.points;
+void refineCrossing(const TFrame& frame, TPointView points, TSeam& seam) {
   const float x0 = seam.pos.x;
   const TPoints leftPoints =
       flankBetween(frame, points, {seam.auxVal1, seam.auxVal2}, x0 - kBowReachPx, x0 - kRoundPx);
@@ -140,8 +148,10 @@ TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious&
     if (whole) seam = findCorner(frame.inWay("over short holes"), *whole, previous);
   }
   if (!seam.isFound) return seam;
-  if (!bends(frame, on, seam.pos.x)) return TSeam(std::move(seam.stripePts));
-  refineCrossing(frame, stripe, seam);
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
+  const TPointView clear = rest ? rest->points : stripe.points;
+  if (!bends(frame, within(clear, on), seam.pos.x)) return TSeam(std::move(seam.stripePts));
+  refineCrossing(frame, clear, seam);
   return seam;
 }
 

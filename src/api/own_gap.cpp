@@ -1,6 +1,7 @@
 #include "api/own_rules.h"
 
 #include "api/gap_hole.h"
+#include "profile/flares.h"
 #include "stripe/break_path.h"
 #include "stripe/dark_break.h"
 #include "stripe/dim_runs.h"
@@ -30,7 +31,7 @@ constexpr double kLeastPathLine = 1.0;  // of a break's line, in scatters, to be
 constexpr double kLeastLine = 2.0;      // to be reported
 constexpr double kMostOfBreak = 6.0;
 constexpr float kScoreOfHole = 6.0F;
-constexpr double kSureBreak = 14.0;  // score of a place that many frames showed,
+constexpr double kSureBreak = 14.0;  // score of a place that many frames showed, or one beyond doubt;
 constexpr double kSureHole = 18.0;   // as lost stretches may do for a few
 constexpr double kSureMargin = 1.3;  // over that of any other
 constexpr float kFollowPx = 12.0F;   // from the last seam
@@ -94,10 +95,10 @@ TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found
 
 TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
   TSeam seam(TPoints(stripe.points, frame.memory));
-  const TNearLine isNear(hole.slope, hole.intercept, TGapSettings::of(frame.params).lineTolerancePx);
+  // On the line it shines out of the gap, beside it it is a ghost; neither is an edge.
   const auto shinesOut = [&](cv::Point2f p) {
     const int column = truncToInt(p.x);
-    return column > hole.leftX && column < hole.rightX && isNear(column, truncToInt(p.y));
+    return column > hole.leftX && column < hole.rightX;
   };
   seam.stripePts.erase(std::remove_if(seam.stripePts.begin(), seam.stripePts.end(), shinesOut),
                        seam.stripePts.end());
@@ -117,10 +118,19 @@ bool isTightAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& pla
 // What a frame shows of a gap.
 struct TGapSight {
   const TStripe& seen;  // with what shines out of gaps: that is dark, too
+  TView<TFlare> flares;
   TList<TDarkBreak> breaks;
   TLineHole line;  // with the widest hole
   TList<TLineHole> holes;
 };
+
+// One that stands out may be the gap, and a break beside it a lost column.
+bool hasOutstandingHole(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TLineHole& widest) {
+  const TFrame quiet = frame.inSilence();
+  findGapAt(quiet, stripe, previous, widest);
+  const int next = nextWidth(stripe.points, widest, TGapSettings::of(frame.params).lineTolerancePx);
+  return widest.rightX - widest.leftX > kTightGapPx && isUnique(quiet, widest, next);
+}
 
 // By its breaks, else by its widest hole.
 TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TGapSight& sight) {
@@ -129,29 +139,36 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   if (isTight) {
     sight.breaks = findDarkBreaks(frame, sight.seen);
     const bool isGap = isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, sight.seen, sight.breaks[0]);
-    if (isGap) return seamAt(frame, sight.seen, sight.breaks[0]);
+    if (isGap) {
+      TSeam seam = seamAt(frame, sight.seen, sight.breaks[0]);
+      seam.isUnsure =
+          sight.breaks[0].score < kSureBreak && hasOutstandingHole(frame, stripe, previous, sight.line);
+      return seam;
+    }
   }
   TLineHole& hole = sight.line;
   TSeam seam = findGapAt(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
   const bool isWide = !isTight || hole.rightX - hole.leftX > kTightGapPx;
-  if (!isWide || !isHole(frame, stripe, hole)) return TSeam(std::move(seam.stripePts));
+  if (!isWide || !isInSight(frame, sight.flares, hole) || !isHole(frame, stripe, hole))
+    return TSeam(std::move(seam.stripePts));
   hole = widened(frame, stripe, hole);
   const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
   const bool isGap = isNearLast(seam, previous) || isUnique(frame, hole, next);
   if (!isGap) return TSeam(std::move(seam.stripePts));
   seam = seamAt(frame, stripe, hole);
-  seam.isUnsure = next >= std::max(settings.minGapPx, kLeastRivalPx);
+  seam.isUnsure = isTight || next >= std::max(settings.minGapPx, kLeastRivalPx);
   return seam;
 }
 
 // The holes of a line that may be the gap, as wide as their dark.
-TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, const TLineHole& line) {
+TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, const TGapSight& sight) {
   const TFrame quiet = frame.inSilence();
   const int minGapPx = truncToInt(std::ceil(TGapSettings::of(frame.params).minGapPx));
-  TList<TLineHole> holes = holesOf(frame, stripe.points, line);
+  TList<TLineHole> holes = holesOf(frame, stripe.points, sight.line);
   const auto isNone = [&](const TLineHole& hole) {
-    return hole.rightX - hole.leftX < minGapPx || !isHole(quiet, stripe, hole);
+    return hole.rightX - hole.leftX < minGapPx || !isInSight(quiet, sight.flares, hole) ||
+           !isHole(quiet, stripe, hole);
   };
   holes.erase(std::remove_if(holes.begin(), holes.end(), isNone), holes.end());
   for (TLineHole& hole : holes) hole = widened(quiet, stripe, hole);
@@ -210,13 +227,16 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
 
 }  // namespace
 
-TSeam findOwnGap(const TFrame& frame, const TStripe& seen, const TPrevious& previous) {
+TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& previous) {
+  const TList<TFlare> flares = findFlaresWithHalo(frame, whole.points);
+  const std::optional<TStripe> rest = withoutFlares(frame, whole, flares);
+  const TStripe& seen = rest ? *rest : whole;
   const std::optional<TStripe> lit = withoutDimRuns(frame, seen);
   const TStripe& stripe = lit ? *lit : seen;
-  TGapSight sight{seen, TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
+  TGapSight sight{seen, flares, TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
   TSeam seam = findAlone(frame, stripe, previous, sight);
   if (sight.line.rightX == 0) findGapAt(frame.inSilence(), stripe, previous, sight.line);
-  if (sight.line.rightX > 0) sight.holes = openHoles(frame, stripe, sight.line);
+  if (sight.line.rightX > 0) sight.holes = openHoles(frame, stripe, sight);
   const TList<TPlace> places = placesOf(frame, sight);
   TList<TBreakPlace> shown(frame.memory);
   std::transform(places.begin(), places.end(), std::back_inserter(shown), [](const TPlace& p) { return p.place; });

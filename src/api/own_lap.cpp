@@ -10,6 +10,12 @@ namespace weld {
 
 namespace {
 
+constexpr double kShadowPx = 4.0;  // columns between the two ends, about: the upper piece hides the lower one's
+constexpr double kMostShadowPx = 20.0;
+constexpr double kMostBackPx = 6.0;
+constexpr TCheck kSideBySide{
+    {26, TWeldOutcome::fitTooWeak, "end of a piece", "a flare hides an end, and the other one lies elsewhere"},
+    "ends side by side at a flare"};
 constexpr int kOverlapPx = 20;  // by which a piece may reach back beside the other one
 
 // On a tie the right end is the upper and the lower one.
@@ -26,9 +32,10 @@ cv::Point2d seamPoint(const TSeamEnds& ends, TWeldPosType pos) {
 
 // By the light; under a flare next to the end of the other piece, or, where that is hidden too, in its middle.
 cv::Point2d endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece& end, TSeam& seam) {
-  const std::optional<TFlare> flare = flareBeyond(frame, end);
-  if (!flare) return endOfLight(frame, end).pos;
   const TSlopeLine line = lineAtEnd(frame, end);
+  const std::optional<TFlare> flare = flareBeyond(frame, end, line);
+  if (!flare) return endOfLight(frame, end, line).pos;
+  seam.hiddenPx = std::max(seam.hiddenPx, static_cast<double>(flare->lastX - flare->firstX));
   const auto told = endUnderFlare(frame, *flare, stripe.points, end);
   seam.isVague = seam.isVague || !told;
   const double x = told.value_or(flare->middleX);
@@ -50,8 +57,11 @@ TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*
   const int betweenPx = roundToInt(static_cast<double>(right.front().x - left.back().x));
   const int freePx = std::max(betweenPx, 0);
   const int reachPx = freePx + kOverlapPx;
-  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx}, seam),
-                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx}, seam)};
+  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx, kShadowPx}, seam),
+                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx, kShadowPx}, seam)};
+  const double shadowPx = seam.ends->right.x - seam.ends->left.x;
+  const bool areApart = shadowPx < -kMostBackPx || shadowPx > kMostShadowPx;
+  if (!frame.trace.holds(kSideBySide, seam.hiddenPx == 0.0 || !areApart)) return TSeam(std::move(seam.stripePts));
   seam.pos = cv::Point2f(seamPoint(*seam.ends, frame.params.weldPosType));
   return seam;
 }

@@ -31,7 +31,7 @@ constexpr float kReachPx = 60.0F;         // columns that tell how it goes on
 constexpr std::size_t kLeastBeyond = 15;  // centres among them
 constexpr double kLeastTurnDeg = 12.0;
 
-constexpr float kHaloPerRadius = 0.5F;  // of a flare, about its white part
+constexpr int kMostBlobPx = 90;  // of something dimmer next to an end that the stripe seems to go on in
 
 constexpr float kLineReachPx = 100.0F;
 constexpr double kOnLinePx = 5.0;
@@ -167,13 +167,20 @@ struct TToldColumns {
   double right = NAN;
 };
 
+// The plate's line at either end.
+struct TLines {
+  TSlopeLine left;
+  TSlopeLine right;
+};
+
 // Carries a plate on to its end under a flare, or cuts it off there: next to the table, else in the middle of it,
 // for an edge shines to both sides. The column; NaN where no flare hides the end.
-double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, TSeam& seam) {
+double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, TSeam& seam,
+                     const TSlopeLine& line) {
   TPoints& plate = seam.stripePts;
   const float endX = isRight ? plate.back().x : plate.front().x;
   const TEndOfPiece end{plate, isRight, stripe.widthPx};
-  const std::optional<TFlare> flare = flareBeyond(frame, end);
+  const std::optional<TFlare> flare = flareBeyond(frame, end, line);
   if (!flare) return NAN;
   std::optional<double> told;
   if (!seam.isFlush) told = endUnderFlare(frame, *flare, stripe.points, end);
@@ -212,13 +219,14 @@ TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevi
 
 // The ends by the light, but for those whose column a flare or a change of the light tells.
 //   plate  its left end, without what a flare hides
-void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TToldColumns& told, TSeam& seam) {
-  const auto read = [&](const TEndOfPiece& end, double x) {
-    if (std::isnan(x)) return endOfLight(frame, end).pos;
-    const TSlopeLine line = lineAtEnd(frame, end);
-    return cv::Point2d(x, line.k * x + line.b);
+void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TLines& lines, const TToldColumns& told,
+              TSeam& seam) {
+  const auto read = [&](const TEndOfPiece& end, const TSlopeLine& line, double x) {
+    return std::isnan(x) ? endOfLight(frame, end, line).pos : cv::Point2d(x, line.k * x + line.b);
   };
-  const TSeamEnds ends{read(plate, told.left), read({plate.piece, true, plate.widthPx}, told.right)};
+  TEndOfPiece right = plate;
+  right.isRight = true;
+  const TSeamEnds ends{read(plate, lines.left, told.left), read(right, lines.right, told.right)};
   const TWeldPosType pos = frame.params.weldPosType;
   const cv::Point2d middle = 0.5 * (ends.left + ends.right);
   const double x = pos == TWeldPosType::left ? ends.left.x : pos == TWeldPosType::right ? ends.right.x : middle.x;
@@ -231,22 +239,20 @@ void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TToldColumns&
 }  // namespace
 
 TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  TList<TFlare> flares = findFlares(frame, stripe.points);
-  for (TFlare& flare : flares) {
-    flare.firstX -= kHaloPerRadius * static_cast<float>(flare.radiusPx);
-    flare.lastX += kHaloPerRadius * static_cast<float>(flare.radiusPx);
-  }
-  const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlaresWithHalo(frame, stripe.points));
   TSeam seam = findPlateWithEnds(frame, rest ? *rest : stripe, previous);
   if (!seam.isFound || seam.stripePts.size() < kLeastBeyond || !havePlateEndsSupport(seam)) return seam;
   TToldColumns told = seam.ends ? TToldColumns{seam.ends->left.x, seam.ends->right.x} : TToldColumns();
   const TPoints seen(seam.stripePts, frame.memory);
-  const double inLeftFlare = moveIntoFlare(frame, stripe, false, seam);
-  const double inRightFlare = moveIntoFlare(frame, stripe, true, seam);
+  TEndOfPiece plate{seen, false, stripe.widthPx};
+  plate.edgePx = std::min(kMostBlobPx, static_cast<int>(seen.size()) / 4);
+  const TLines lines{lineAtEnd(frame, plate), lineAtEnd(frame, {seen, true, stripe.widthPx})};
+  const double inLeftFlare = moveIntoFlare(frame, stripe, false, seam, lines.left);
+  const double inRightFlare = moveIntoFlare(frame, stripe, true, seam, lines.right);
   if (!std::isnan(inLeftFlare)) told.left = inLeftFlare;
   if (!std::isnan(inRightFlare)) told.right = inRightFlare;
   if (seam.stripePts.size() < kLeastBeyond) return TSeam(TPoints(stripe.points, frame.memory));
-  readEnds(frame, {seen, false, stripe.widthPx}, told, seam);
+  readEnds(frame, plate, lines, told, seam);
   return seam;
 }
 

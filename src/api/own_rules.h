@@ -5,9 +5,9 @@
 
 namespace weld {
 
-// A butt gap. Refused where the stripe goes on beside the line on a side of the gap: a groove or a bend shows such
-// a hole too. Where gaps of 4 px or less are wanted, a break that is only darker than the stripe beside it counts,
-// and a hole of columns without a centre from 5 px on.
+// A butt gap. Refused where a flare hides an edge, and where the stripe goes on beside the line on a side of the
+// gap: a groove or a bend shows such a hole too. Where gaps of 4 px or less are wanted, a break that is only
+// darker than the stripe beside it counts, and a hole of columns without a centre from 5 px on.
 TSeam findOwnGap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous);
 
 // A lap, its ends read to a fraction of a column.

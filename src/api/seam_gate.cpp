@@ -66,7 +66,7 @@ double jumpOf(const TSeam& seam, const TJumpMemory& memory) {
 
 bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMemory& memory, const TTrace& trace) {
   if (!found.isFound) memory.pendingFrames = 0;
-  if (!found.isFound || std::isinf(options.maxJumpPx)) return true;
+  if (!found.isFound || !std::isfinite(options.maxJumpPx)) return true;
   const cv::Point2f seam = found.pos;
   const double jumpPx = jumpOf(found, memory);
   const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;

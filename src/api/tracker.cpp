@@ -23,13 +23,12 @@ namespace {
 constexpr std::size_t kBytesPerRow = 64;  // of the lists of a frame
 constexpr double kRemembered = 0.95;      // of the best stripe's columns, from frame to frame
 
-// A limit of jumps that is not a number sets none.
+// A limit of jumps that is not a number, which std::max keeps, sets none.
 TTrackerOptions inRange(TTrackerOptions options) {
   constexpr double kLeastJumpPx = std::numeric_limits<double>::min();
-  constexpr double kNever = std::numeric_limits<double>::infinity();
   options.guideMarginPx = std::max(options.guideMarginPx, 0);
   options.extraction = std::clamp(options.extraction, TStripeExtraction::edgePairs, TStripeExtraction::automatic);
-  options.maxJumpPx = std::isnan(options.maxJumpPx) ? kNever : std::max(options.maxJumpPx, kLeastJumpPx);
+  options.maxJumpPx = std::max(options.maxJumpPx, kLeastJumpPx);
   options.acceptAfterFrames = std::max(options.acceptAfterFrames, 1);
   options.holdFrames = std::max(options.holdFrames, 0);
   options.source = std::clamp(options.source, TSeamSource::stripe, TSeamSource::both);

@@ -1,5 +1,6 @@
 #include "stripe/stripe_end.h"
 
+#include "stripe/light_middle.h"
 #include "stripe/stripe_curve.h"
 #include "support/grey_image.h"
 #include "support/median.h"
@@ -13,9 +14,8 @@ namespace {
 
 constexpr std::size_t kLineCentres = 300;
 
-constexpr int kEdge = 6;              // columns up to the last centre that may be the edge already
 constexpr std::size_t kInside = 24;   // centres before them tell the brightness of the piece
-constexpr int kFarthestInside = 120;  // columns
+constexpr int kFarthestInside = 114;  // columns
 constexpr double kLeastHalfPx = 2.0;  // rows of a column's light on either side of the line
 constexpr double kMostHalfPx = 12.0;
 constexpr int kClearPx =
@@ -48,8 +48,8 @@ TList<int> columnsInside(const TFrame& frame, const TEndOfPiece& end) {
   for (std::size_t i = 0; i < end.piece.size() && columns.size() < kInside; ++i) {
     const cv::Point2f centre = end.isRight ? *(end.piece.end() - 1 - i) : end.piece[i];
     const int x = roundToInt(static_cast<double>(centre.x));
-    if (std::abs(x - last) > kFarthestInside) break;
-    if (std::abs(x - last) > kEdge) columns.push_back(x);
+    if (std::abs(x - last) > end.edgePx + kFarthestInside) break;
+    if (std::abs(x - last) > end.edgePx) columns.push_back(x);
   }
   return columns;
 }
@@ -60,7 +60,7 @@ public:
   TLightOfColumns(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& along)
       : line(along), half(roundToInt(std::clamp(0.5 * end.widthPx, kLeastHalfPx, kMostHalfPx))) {
     const int middle = lastColumn(end);
-    const int reach = kFarthestInside + end.reachPx;
+    const int reach = end.edgePx + kFarthestInside + end.reachPx;
     const double rise = std::abs(line.k) * reach;
     const cv::Rect about(middle - reach, roundToInt(line.k * middle + line.b - rise) - far(), 2 * reach + 1,
                          roundToInt(2.0 * rise) + 2 * far() + 1);
@@ -98,7 +98,8 @@ private:
   cv::Mat grey;
 };
 
-// The light of the columns about an end, one after the other on the way out; the last centre is at kEdge.
+// The light of the columns about an end, one after the other on the way out; the last centre is at
+// the end's edgePx.
 class TColumnsOfLight {
 public:
   TColumnsOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line) : light(frame.memory) {
@@ -112,7 +113,7 @@ public:
       usual = 1.4826 * medianOf(inner);
     }
     int dark = 0;
-    for (int i = -kEdge; i <= end.reachPx && dark <= (i <= end.freePx ? kLongestHole : kLongestBeside); ++i) {
+    for (int i = -end.edgePx; i <= end.reachPx && dark <= (i <= end.freePx ? kLongestHole : kLongestBeside); ++i) {
       light.push_back(columns.at(lastColumn(end) + way * i));
       dark = light.back() < kFullShare * level ? dark + 1 : 0;
     }
@@ -131,10 +132,10 @@ private:
 };
 
 // The column that parts lit ones from dark ones best: holes and grains on the way count by their size.
-int lastLit(const TColumnsOfLight& light) {
+int lastLit(const TColumnsOfLight& light, int lastCentre) {
   const double threshold = std::clamp(light.inside() - kUsualScatters * light.scatter(),
                                       kFullShare * light.inside(), kLeastSure * light.inside());
-  int best = kEdge;
+  int best = lastCentre;
   double highest = 0.0;
   double sum = 0.0;
   for (int i = 0; i < light.count(); ++i) {
@@ -161,19 +162,22 @@ double shareBeyond(const TColumnsOfLight& light, int last) {
 TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end) {
   const TPointView centres = centresNear(end);
   const auto originX = static_cast<double>(centres.front().x);
-  const std::optional<TStripeCurve> line = fitStripeLine(centres, originX, frame.memory);
+  const std::optional<TStripeCurve> line = fitStripeLine(onLight(frame, centres), originX, frame.memory);
   if (!line) return {0.0, static_cast<double>(end.isRight ? centres.back().y : centres.front().y)};
   return {line->k, line->a - line->k * originX};
 }
 
 TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end) {
-  const TSlopeLine line = lineAtEnd(frame, end);
+  return endOfLight(frame, end, lineAtEnd(frame, end));
+}
+
+TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line) {
   const TColumnsOfLight light(frame, end, line);
   double beyond = 0.0;
   bool isSharp = false;
   if (light.inside() >= kLeastLight) {
-    const int last = lastLit(light);
-    beyond = last - kEdge + shareBeyond(light, last);
+    const int last = lastLit(light, end.edgePx);
+    beyond = last - end.edgePx + shareBeyond(light, last);
     isSharp = last + 2 < light.count() && light.at(last) - light.at(last + 2) > kSharpShare * light.inside();
   }
   const double x = lastColumn(end) + (end.isRight ? beyond : -beyond);

@@ -14,6 +14,8 @@ struct TEndOfPiece {
   double widthPx = 0.0;  // of the stripe; 0: not known
   int reachPx = 20;      // columns beyond the last centre that may still be lit
   int freePx = 20;       // of these, columns without another piece: only there may the piece have holes
+  double apartPx = 1.0;  // usual columns to the first lit one of the piece beside it
+  int edgePx = 6;        // columns up to the last centre that may be lit by something else already
 };
 
 // The line through the centres next to the end, at most 300; a level one through the last where they are too few.
@@ -28,5 +30,7 @@ struct TLitEnd {
   bool isSharp = false;  // half of the light ends within two columns: no flare does
 };
 TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end);
+// The same on a line that lineAtEnd() gave.
+TLitEnd endOfLight(const TFrame& frame, const TEndOfPiece& end, const TSlopeLine& line);
 
 }  // namespace weld

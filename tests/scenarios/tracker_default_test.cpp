@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -65,14 +66,15 @@ void run(TWeldTracker& tracker, const std::vector<TStep>& steps) {
 
 TEST_F(TrackerDefault, holdsALostSeamThenGivesItUpThenFindsItAgain) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
-  run(tracker, {{"first", frame, TSeamState::found, "found", " whole near"},
-                {"tracked", frame, TSeamState::found, "found", " near"},
-                {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
-                {"no image", cv::Mat(), TSeamState::held, "no image", ""},
-                {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
-                {"dark for too long", dark(), TSeamState::lost, "too few columns with an edge pair", " near whole"},
-                {"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"},
-                {"back", frame, TSeamState::found, "found", " whole near"}});
+  run(tracker,
+      {{"first", frame, TSeamState::found, "found", " whole near"},
+       {"tracked", frame, TSeamState::found, "found", " near"},
+       {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
+       {"no image", cv::Mat(), TSeamState::held, "no image", ""},
+       {"dark", dark(), TSeamState::held, "too few columns with an edge pair", " near whole"},
+       {"dark for too long", dark(), TSeamState::lost, "too few columns with an edge pair", " near whole"},
+       {"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"},
+       {"back", frame, TSeamState::found, "found", " whole near"}});
 }
 
 TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
@@ -84,6 +86,7 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
   EXPECT_FALSE(held.line.isFound || held.measurement.isValid) << "nothing of an earlier frame but the point";
   EXPECT_EQ(held.line.weldPos, cv::Point2f());
   EXPECT_EQ(tracker.lastTrace().sentence.find("repeats the seam at"), 0U) << tracker.lastTrace().sentence;
+  EXPECT_EQ(attemptsOf(tracker.lastTrace()), " near whole");
   const cv::Point2f again = tracker.track(frame).line.weldPos;
   EXPECT_LT(cv::norm(again - before.weldPos), 0.05) << "one wrong frame leaves nothing behind";
 
@@ -98,12 +101,26 @@ TEST_F(TrackerDefault, holdsBackAJumpUntilItRepeats) {
 
 TEST_F(TrackerDefault, resetForgetsTheFramesBefore) {
   TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  const std::string fresh = tracker.memory();
   tracker.track(frame);
+  tracker.track(dark());
+  EXPECT_NE(tracker.memory(), fresh);
   tracker.reset();
+  EXPECT_EQ(tracker.memory(), fresh);
   EXPECT_TRUE(tracker.lastTrace().sentence.empty());
   run(tracker, {{"no jump", far, TSeamState::found, "found", " whole near"}});
   tracker.reset();
   run(tracker, {{"dark", dark(), TSeamState::lost, "too few columns with an edge pair", " whole"}});
+}
+
+// A stripe whose outer parts have dimmed is the same one: ridges fill it near its place.
+TEST_F(TrackerDefault, looksNearAStripeOfWhichAThirdIsLeft) {
+  cv::Mat dimmed = frame.clone();
+  dimmed.colRange(0, 430) *= 0.15;
+  dimmed.colRange(850, dimmed.cols) *= 0.15;
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), traced());
+  run(tracker, {{"bright", frame, TSeamState::found, "found", " whole near"},
+                {"dimmed", dimmed, TSeamState::found, "found", " near"}});
 }
 
 // Edge pairs see a narrow gap in the bright part of the stripe; ridges follow the dim part as well, and run on
@@ -210,12 +227,14 @@ TEST_F(TrackerDefault, optionsOutOfRangeCountAsTheNearestValidOnes) {
   TTrackerOptions options;
   options.guideMarginPx = -5;
   options.extraction = static_cast<TStripeExtraction>(-3);
-  options.maxJumpPx = -1.0;
   options.acceptAfterFrames = -2;
   options.holdFrames = -1;
-  TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
-  for (const cv::Mat& image : {frame, far, frame}) {
-    EXPECT_EQ(tracker.track(image).state, TSeamState::found);
+  for (const double maxJumpPx : {-1.0, std::nan("")}) {
+    options.maxJumpPx = maxJumpPx;
+    TWeldTracker tracker(scenes::weldParamsFor(TJoint::buttGap), options);
+    for (const cv::Mat& image : {frame, far, frame}) {
+      EXPECT_EQ(tracker.track(image).state, TSeamState::found);
+    }
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace weld {
 namespace {
 
@@ -21,6 +23,23 @@ TEST(GapHole, isAsWideAsTheDarkOnItsLine) {
     const TLineHole hole = widened(heapFrame(image, params), stripe, {0.0, 60.0, 220, 240});
     EXPECT_EQ(hole.leftX, light < 90 ? 200 : 220);
     EXPECT_EQ(hole.rightX, 240);
+  }
+}
+
+// A flank that goes down from the edge of a wide gap is a groove's; a short one is the edge's own rounding.
+TEST(GapHole, doesNotBeginWithAFlank) {
+  for (const int flankColumns : {10, 40}) {
+    cv::Mat image(200, 640, CV_8UC1, cv::Scalar(20));
+    TStripe stripe(heapMemory());
+    stripe.widthPx = 9.0;
+    for (int x = 0; x < image.cols; ++x) {
+      if (x > 100 + flankColumns && x < 500) continue;
+      const int y = x < 500 ? 60 + std::max(0, x - 100) : 60;
+      image(cv::Rect(x, y - 4, 1, 9)) = cv::Scalar(200);
+      stripe.points.emplace_back(static_cast<float>(x), static_cast<float>(y));
+    }
+    const TWeldParams params;
+    EXPECT_EQ(isHole(heapFrame(image, params), stripe, {0.0, 60.0, 100, 500}), flankColumns < 15) << flankColumns;
   }
 }
 

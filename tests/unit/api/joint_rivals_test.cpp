@@ -29,12 +29,20 @@ TEST(JointRivals, sayWhatTheStripeIsRatherThanTheJoint) {
     std::vector<TRankedJoint> joints;  // best first
     float x;                           // of the seam
     std::string text;                  // empty: nothing
+    double hiddenPx = 0.0;             // by a flare at it
   } rows[] = {
       {"gap, nothing stands out", rivalOfGap, {}, 300.0F, ""},
       {"gap first", rivalOfGap, {ranked(kGap, 60.0), ranked(kLap, 50.0)}, 0.0F, ""},
       {"gap in a groove", rivalOfGap, {ranked(kV, 60.0)}, 300.0F, "the stripe looks like a V groove"},
       {"lap", rivalOfLap, {ranked(kLap, 60.0)}, 318.0F, ""},
       {"lap elsewhere", rivalOfLap, {ranked(kLap, 60.0)}, 318.5F, "the step of the stripe lies elsewhere"},
+      {"lap beside a flare", rivalOfLap, {ranked(kLap, 60.0)}, 358.0F, "", 40.0},
+      {"lap away from a flare",
+       rivalOfLap,
+       {ranked(kLap, 60.0)},
+       358.5F,
+       "the step of the stripe lies elsewhere",
+       40.0},
       {"lap on a plate", rivalOfLap, {}, 300.0F, "a plate or a curve explains the stripe as well"},
       {"lap at a corner", rivalOfLap, {ranked(kCorner, 60.0)}, 300.0F, "the stripe looks like a corner"},
       {"corner, nothing stands out", rivalOfCorner, {}, 300.0F, ""},
@@ -53,7 +61,10 @@ TEST(JointRivals, sayWhatTheStripeIsRatherThanTheJoint) {
        "the stripe looks like a lap"},
   };
   for (const auto& row : rows) {
-    const char* const text = row.rivalOf(row.joints, {row.x, 60.0F});
+    TSeam seam(heapMemory());
+    seam.pos = {row.x, 60.0F};
+    seam.hiddenPx = row.hiddenPx;
+    const char* const text = row.rivalOf(row.joints, seam);
     EXPECT_EQ(text != nullptr ? text : "", row.text) << row.name;
   }
 }

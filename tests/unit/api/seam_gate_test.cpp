@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -106,6 +107,18 @@ TEST(SeamGate, takesTheMoveOfAGroovesShouldersForThatOfTheGroove) {
     EXPECT_TRUE(passesJumpTest(grooveAt({300, 200}, 100), TTrackerOptions(), memory, {}));
     EXPECT_EQ(passesJumpTest(grooveAt(row.root, row.shoulderX), TTrackerOptions(), memory, {}), row.passes)
         << row.name;
+  }
+}
+
+TEST(SeamGate, withoutALimitOfJumpsLetsAllPass) {
+  TTrackerOptions options;
+  for (const double none : {HUGE_VAL, std::nan("")}) {
+    options.maxJumpPx = none;
+    TJumpMemory memory;
+    TSeam seam = seamAt({100.0F, 50.0F});
+    seam.isUnsure = true;
+    EXPECT_TRUE(passesJumpTest(seam, options, memory, {}));
+    EXPECT_TRUE(passesJumpTest(seamAt({900.0F, 50.0F}), options, memory, {}));
   }
 }
 

@@ -1,0 +1,87 @@
+#include "stripe/light_middle.h"
+
+#include "support/grey_image.h"
+#include "support/line_math.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace weld {
+
+namespace {
+
+constexpr int kReachRows = 28;         // of the stripe from its middle
+constexpr double kHeightShare = 0.35;  // of the peak over the dark, that the stripe stands on
+constexpr int kPeakRows = 2;           // about the line
+constexpr int kDarkRows = 4;           // at the end of the reach
+constexpr double kLeastHeight = 6.0;   // grey levels over that
+constexpr double kMostOffPx = 2.5;     // of the middle of the light from its centre
+
+// The rows of a column about a centre.
+class TColumn {
+public:
+  TColumn(const cv::Mat& image, int x, int y)
+      : middle(image.ptr(y) + static_cast<std::ptrdiff_t>(x) * image.channels()),
+        step(static_cast<std::ptrdiff_t>(image.step[0])),
+        channels(image.channels()) {}
+
+  int at(int row) const { return greyOf(middle + row * step, channels); }
+
+  // Row of the centroid of the stripe's upper part, from the centre. Not a number where that goes on to the end of
+  // the reach, or is too little.
+  double centroid() const {
+    int peakRow = -kPeakRows;
+    for (int row = -kPeakRows; row <= kPeakRows; ++row) {
+      if (at(row) > at(peakRow)) peakRow = row;
+    }
+    const int peak = at(peakRow);
+    const double dark = 0.5 * (darkOn(-1) + darkOn(1));
+    const double foot = dark + kHeightShare * (peak - dark);
+    if (peak - foot < kLeastHeight) return NAN;
+    double sum = peak - foot;
+    double moment = sum * peakRow;
+    for (const int way : {-1, 1}) {
+      int row = peakRow + way;
+      for (; std::abs(row) < kReachRows && at(row) > foot; row += way) {
+        sum += at(row) - foot;
+        moment += (at(row) - foot) * row;
+      }
+      if (std::abs(row) >= kReachRows) return NAN;
+    }
+    return moment / sum;
+  }
+
+private:
+  double darkOn(int way) const {
+    int sum = 0;
+    for (int row = kReachRows - kDarkRows; row < kReachRows; ++row) sum += at(way * row);
+    return static_cast<double>(sum) / kDarkRows;
+  }
+
+  const unsigned char* middle;
+  std::ptrdiff_t step;
+  int channels;
+};
+
+}  // namespace
+
+double lightMiddle(const cv::Mat& image, cv::Point2d centre) {
+  const int x = roundToInt(centre.x);
+  const int y = roundToInt(centre.y);
+  if (x < 0 || x >= image.cols || y < kReachRows || y + kReachRows >= image.rows) return NAN;
+  return y + TColumn(image, x, y).centroid();
+}
+
+TPoints onLight(const TFrame& frame, TPointView centres) {
+  TPoints light(frame.memory);
+  light.reserve(centres.size());
+  for (const cv::Point2f p : centres) {
+    const auto row = static_cast<double>(p.y);
+    const double middle = isFine(row) ? row : lightMiddle(frame.image, p);
+    if (std::abs(middle - row) <= kMostOffPx) light.emplace_back(p.x, static_cast<float>(middle));
+  }
+  if (2 * light.size() <= centres.size()) light.assign(centres.begin(), centres.end());
+  return light;
+}
+
+}  // namespace weld

@@ -1,0 +1,49 @@
+// What the default tracker makes of the light about a joint: its middle, ghosts, blobs and flares.
+#include "scenes/joints.h"
+#include "scenes/score.h"
+#include "zelWeldDetect.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using scenes::TJoint;
+using scenes::TLevel;
+
+struct TLitJoint {
+  const char* name;
+  TJoint joint;
+  TLevel level;
+  std::uint64_t seed;
+  double mostPx;  // of the error; below 0: not to be found
+};
+
+constexpr TLitJoint kLitJoints[] = {
+    {"stripe whose edge pairs lie above its light", TJoint::corner, TLevel::noisy, 50002, 0.2},
+    {"another one", TJoint::corner, TLevel::noisy, 50013, 0.2},
+    {"flare on the corner", TJoint::corner, TLevel::real, 50015, 2.0},
+    {"blob that the plate seems to go on in", TJoint::plate, TLevel::harsh, 50025, 0.5},
+    {"flare over an edge of the gap", TJoint::buttGap, TLevel::real, 60000, -1.0},
+};
+
+TEST(OwnLight, doesNotMoveAJoint) {
+  for (const TLitJoint& lit : kLitJoints) {
+    const scenes::TScene scene = renderScene(randomScene(lit.joint, lit.level, lit.seed));
+    const TTrackedSeam seam = TWeldTracker(scenes::weldParamsFor(lit.joint)).track(scene.image);
+    ASSERT_EQ(seam.state == TSeamState::found, lit.mostPx > 0.0) << lit.name;
+    if (seam.state != TSeamState::found) continue;
+    const cv::Point2d off = cv::Point2d(seam.weldPos) - seamPoint(lit.joint, scene.truth, TWeldPosType::centre);
+    EXPECT_LT(std::sqrt(off.dot(off)), lit.mostPx) << lit.name;
+  }
+}
+
+TEST(OwnLight, ofAGhostInAGapIsNotItsEdge) {
+  const scenes::TScene scene = renderScene(randomScene(TJoint::buttGap, TLevel::harsh, 50082));
+  const TTrackedSeam seam = TWeldTracker(scenes::weldParamsFor(TJoint::buttGap)).track(scene.image);
+  ASSERT_EQ(seam.state, TSeamState::found);
+  EXPECT_NEAR(seam.measurement.gapPx, 44.6, 1.5) << "46 columns from centre to centre";
+}
+
+}  // namespace
