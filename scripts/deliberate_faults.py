@@ -113,7 +113,8 @@ class Tests:
     def run(self, program, stops_early):
         """The tests of a program that fail; of the accuracy tables the rows."""
         command = self.command(program, stops_early)
-        timeout = max(LEAST_TIMEOUT_S, SLOWEST * self.seconds.get(program, 0))
+        known = self.seconds.get(program)
+        timeout = None if known is None else max(LEAST_TIMEOUT_S, SLOWEST * known)
         try:
             done = subprocess.run(command, cwd=self.build / "tests", timeout=timeout, stdout=subprocess.PIPE,
                                   stderr=subprocess.DEVNULL)
@@ -195,6 +196,7 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--only", metavar="NAME", action="append", help="this fault; may be repeated")
     parser.add_argument("--folder", metavar="NAME", help="the faults of this folder of src/")
+    parser.add_argument("--check", action="store_true", help="only look for stale faults; fails when there are any")
     parser.add_argument("--all", action="store_true", help="name every test that catches a fault, not the first only")
     parser.add_argument("--checkout", type=pathlib.Path, default=ROOT, help="whose sources and tests to try")
     parser.add_argument("--list", type=pathlib.Path, default=ROOT / "tests" / "deliberate_faults.txt")
@@ -210,6 +212,9 @@ def main():
               and (not options.folder or fault.folder() == options.folder)]
     if not faults:
         sys.exit("no such fault")
+    if options.check:
+        stale = [fault.name for fault in faults if locate(fault, options.checkout) is None]
+        return f"{options.list}: text no longer found: {', '.join(stale)}" if stale else 0
     scratch = options.scratch.resolve()
     (scratch / "source").mkdir(parents=True, exist_ok=True)
     copy_checkout(options.checkout.resolve(), scratch / "source")

@@ -67,6 +67,39 @@ TEST(FusedStripe, fillsDroppedColumnsUnlessRidgesSeeClearlyMore) {
   }
 }
 
+// What a gap reflects may look like a stripe that goes on, but is much darker than it.
+TEST(FusedStripe, fillsAHoleUnlessItsLightIsAReflection) {
+  for (const int light : {30, 60}) {
+    cv::Mat image(100, 100, CV_8UC1, cv::Scalar(0));
+    image.rowRange(48, 54) = cv::Scalar(200);
+    image(cv::Rect(40, 48, 15, 6)) = cv::Scalar(light);
+    TStripe pairs = edgePairs(100, 100);
+    pairs.points.erase(pairs.points.begin() + 40, pairs.points.begin() + 55);
+    pairs.sources.resize(pairs.points.size());
+    for (int x = 40; x < 55; ++x) pairs.status[static_cast<std::size_t>(x)].status = kEdgeMissing;
+    const TWeldParams params;
+    EXPECT_EQ(fuse(heapFrame(image, params), pairs, ridges(100)).points.size(), light < 40 ? 85U : 100U) << light;
+  }
+}
+
+// A scrap counts where a stripe may go on in it, or when it is long enough to be one.
+TEST(RidgeStripe, keepsAScrapNearAPieceAndALongOneAnywhere) {
+  const struct {
+    int gap, columns;
+    bool isKept;
+  } rows[] = {{100, 6, true}, {200, 8, false}, {200, 10, true}};
+  for (const auto& row : rows) {
+    cv::Mat image = painted::dark();
+    painted::paintPiece(image, 0, 300, 240.0);
+    painted::paintPiece(image, 300 + row.gap, 300 + row.gap + row.columns, 240.0);
+    const TWeldParams params;
+    TRidgeSearch ridges(heapMemory());
+    const std::vector<cv::Rect> everywhere = {{0, 0, 640, 480}};
+    const TStripe stripe = extractRidges(heapFrame(image, params), everywhere, ridges);
+    EXPECT_EQ(stripe.points.size(), 300U + (row.isKept ? row.columns : 0)) << row.gap << ' ' << row.columns;
+  }
+}
+
 TEST(RidgeStripe, staysInItsRegionsAndSetsTheStatusOfEveryColumn) {
   cv::Mat image = painted::dark();
   painted::paintPiece(image, 0, 200, 240.0);
