@@ -14,10 +14,11 @@ namespace {
 
 constexpr double kReachPx = 260.0;  // columns beside a seam that tell its surfaces
 constexpr std::size_t kFewestPoints = 10;
-constexpr double kSurePoints = 40.0;  // points on a side that make a measure half sure
-constexpr double kEdgeSigmaPx = 0.3;  // an edge lies between two columns,
-constexpr double kEndSigmaPx = 1.0;   // that of a plate loses one to smoothing
-constexpr double kInflation = 6.0;    // of the variance of a mean: neighbours scatter alike
+constexpr double kSurePoints = 40.0;   // points on a side that make a measure half sure
+constexpr double kEdgeSigmaPx = 0.29;  // an edge lies between two columns,
+constexpr double kEndSigmaPx = 1.0;    // that of a plate loses one to smoothing;
+constexpr double kLitSigmaPx = 0.13;   // the light of the columns tells either
+constexpr double kInflation = 6.0;     // of the variance of a mean: neighbours scatter alike
 constexpr double kLeastSine = 0.05;
 // Of the joints found, however unclear, and how soon clarity makes up for the rest; from made joints of all
 // levels.
@@ -91,10 +92,11 @@ float confidenceOf(const TSide& left, const TSide& right) {
   return static_cast<float>(1.0 - (1.0 - kRightAtLeast) * exactExp(-clarity / kClarityScale));
 }
 
-double crossingSigma(const TSide& left, const TSide& right) {
+double crossingSigma(const TSeam& seam, const TSide& left, const TSide& right) {
   const double length2 = (1.0 + left.k * left.k) * (1.0 + right.k * right.k);
   const double sine = std::max(kLeastSine, std::abs(left.k - right.k) / std::sqrt(length2));
-  return std::sqrt(left.sigmaPx() * left.sigmaPx() + right.sigmaPx() * right.sigmaPx()) / sine;
+  const double ofCentres = std::sqrt(left.sigmaPx() * left.sigmaPx() + right.sigmaPx() * right.sigmaPx());
+  return (seam.flankSigmaPx > 0.0 ? seam.flankSigmaPx : ofCentres) / sine;
 }
 
 // Root mean square of the columns by which holes of the stripe, other than that at the seam, cut an end short: an
@@ -153,7 +155,8 @@ bool measureBreak(const TSeam& seam, bool isLap, TJointMeasurement& m) {
   const TFeature second =
       isLap ? (isLeftUpper ? TFeature::lowerCorner : TFeature::upperCorner) : TFeature::rightEdge;
   const double hiddenPx = unseenPx(seam);
-  const double alongPx = std::sqrt(kEdgeSigmaPx * kEdgeSigmaPx + hiddenPx * hiddenPx);
+  const double edgePx = seam.ends ? kLitSigmaPx : kEdgeSigmaPx;
+  const double alongPx = std::sqrt(edgePx * edgePx + hiddenPx * hiddenPx);
   m.points.reserve(2);
   addPoint(m, first, leftEnd, left->endSigmaPx(alongPx));
   addPoint(m, second, rightEnd, right->endSigmaPx(alongPx));
@@ -210,7 +213,7 @@ bool measureCorner(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m)
   setBase(m, *left, *right);
   m.includedAngleDeg = 180.0 - std::abs(m.leftAngleDeg - m.rightAngleDeg);
   m.baseAngleDeg = TJointMeasurement::kNone;
-  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), crossingSigma(*left, *right));
+  addPoint(m, TFeature::corner, cv::Point2d(seam.pos), crossingSigma(seam, *left, *right));
   m.confidence = confidenceOf(*left, *right);
   return true;
 }
@@ -226,8 +229,13 @@ bool measurePlate(const TSeam& seam, TMemory* /*memory*/, TJointMeasurement& m) 
   m.widthPx = std::sqrt((right - left).dot(right - left));
   m.baseAngleDeg = all->angleDeg();
   m.points.reserve(2);
-  addPoint(m, TFeature::leftEnd, left, all->endSigmaPx(kEndSigmaPx));
-  addPoint(m, TFeature::rightEnd, right, all->endSigmaPx(kEndSigmaPx));
+  const double hiddenPx = unseenPx(seam);
+  const double endPx = seam.ends && !seam.isFlush ? kLitSigmaPx : kEndSigmaPx;
+  const double alongPx = std::sqrt(endPx * endPx + (seam.ends ? hiddenPx * hiddenPx : 0.0));
+  const auto first = sideOf(rightOf(seam.stripePts, seam.stripePts.front().x));
+  const auto last = sideOf(leftOf(seam.stripePts, seam.stripePts.back().x));
+  addPoint(m, TFeature::leftEnd, left, (first ? *first : *all).endSigmaPx(alongPx));
+  addPoint(m, TFeature::rightEnd, right, (last ? *last : *all).endSigmaPx(alongPx));
   m.confidence = confidenceOf(*all, *all);
   return true;
 }

@@ -135,6 +135,9 @@ void refineCrossing(const TFrame& frame, TPointView points, TSeam& seam) {
     x -= (right->rowAt(x) - left->rowAt(x)) / guardDivisor(right->slopeAt(x) - left->slopeAt(x));
   if (!(std::abs(x - originX) <= kMostMovePx)) return;
   seam.pos = cv::Point2f(cv::Point2d(x, 0.5 * (left->rowAt(x) + right->rowAt(x))));
+  const double leftSigma = left->sigmaAtOrigin();
+  const double rightSigma = right->sigmaAtOrigin();
+  seam.flankSigmaPx = std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma);
 }
 
 }  // namespace

@@ -87,6 +87,13 @@ std::optional<TStripeCurve> fit(TPointView points, double originX, TMemory* memo
 
 }  // namespace
 
+double TStripeCurve::sigmaAtOrigin() const {
+  const double mean = noisePx * std::sqrt(kAlike / count);
+  const double lengths = 0.5 + beyondPx / std::max(lengthPx, 1.0);  // from the middle
+  const double bow = c == 0.0 ? 0.0 : 4.0 * kBowSpread * (lengths * lengths - 1.0 / 12.0);
+  return mean * std::sqrt(1.0 + 12.0 * lengths * lengths + bow * bow);
+}
+
 std::optional<TStripeCurve> fitStripeLine(TPointView points, double originX, TMemory* memory) {
   return fit<2>(points, originX, memory);
 }

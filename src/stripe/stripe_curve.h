@@ -23,6 +23,8 @@ struct TStripeCurve {
     return a + (k + c * dx) * dx;
   }
   double slopeAt(double x) const { return k + 2.0 * c * (x - originX); }
+  // Standard deviation of its row at the origin, that lies at an end of the centres or beyond it.
+  double sigmaAtOrigin() const;
 };
 
 // The line through most of the centres, least squares; nothing where fewer than 10
