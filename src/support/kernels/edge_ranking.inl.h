@@ -16,10 +16,10 @@ struct TEdgesOfKind {
   }
 
   // Counts the edges, and returns those within the limit that five before them have not already beaten.
-  v_int16 count(const v_int16& edges) {
-    const v_int16 isEdge = (edges > lanesOf(0)) & (counts < lanesOf(kMaxEdges));
-    counts = counts - isEdge;
-    return edges & isEdge & (edges > strongest[kPairedEdges - 1]);
+  v_int16 count(const v_int16& edges, const v_int16& isEdge) {
+    const v_int16 isSeen = isEdge & (counts < lanesOf(kMaxEdges));
+    counts = counts - isSeen;
+    return edges & isSeen & (edges > strongest[kPairedEdges - 1]);
   }
 
   void insert(v_int16 edges) {
@@ -64,16 +64,20 @@ struct TRows {
 inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEdgeRow* buffer,
                       TGroupEdges& found) {
   const TScanArea& area = group.area;
-  const v_int16 threshold = lanesOf(area.threshold);
-  const v_int16 edgeLimit = lanesOf(kBoxPx * area.threshold);
+  const v_int16 tooDark = lanesOf(area.threshold - 1);
+  const int edgeLimit = kBoxPx * area.threshold;
+  const v_int16 noRise = lanesOf(larger(edgeLimit, 0));  // at the threshold -1 whatever does not rise falls
+  const v_int16 noFall = lanesOf(smaller(-edgeLimit, 1));
   const v_int16 one = lanesOf(1);
   const unsigned char* here = group.column + rows.first * area.step;
   for (int row = rows.first; row < rows.end; ++row, here += area.step) {
     const v_int16 grey = loadRow(here);
-    const v_int16 isEdge = (grey >= threshold) & (cv::v_max(rise, lanesOf(0) - rise) > edgeLimit);
-    if (cv::v_check_any(isEdge)) {
-      const v_int16 rising = found.rising.count((rise + one) & isEdge & (rise > lanesOf(0)));
-      const v_int16 falling = found.falling.count((one - rise) & isEdge & (rise <= lanesOf(0)));
+    const v_int16 isBright = grey > tooDark;
+    const v_int16 isRising = isBright & (rise > noRise);
+    const v_int16 isFalling = isBright & (rise < noFall);
+    if (cv::v_check_any(isRising | isFalling)) {
+      const v_int16 rising = found.rising.count(rise + one, isRising);
+      const v_int16 falling = found.falling.count(one - rise, isFalling);
       const v_int16 edges = rising - falling;
       if (cv::v_check_any(edges != lanesOf(0))) {
         found.rising.insert(rising);
@@ -83,7 +87,7 @@ inline void findEdges(const TGroup& group, const TRows& rows, v_int16& rise, TEd
         cv::v_store(edgeRow.edges, edges);
       }
     }
-    rise = rise + loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - grey - grey;
+    rise = rise + (loadRow(here + kBoxPx * area.step) + loadRow(here - kBoxPx * area.step) - (grey + grey));
   }
 }
 
