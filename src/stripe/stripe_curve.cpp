@@ -32,16 +32,17 @@ struct TChoice {
   TChoice(TPointView centres, TMemory* memory) : points(centres), isIn(centres.size(), 0, memory) {}
 
   // Those that do not lie off the curve; whether they are others than before.
-  bool choose(const TStripeCurve& curve, double mostOffPx) {
+  bool choose(TStripeCurve curve, double mostOffPx) {
     bool isOther = false;
-    squares = 0.0;
+    double sum = 0.0;
     for (std::size_t i = 0; i < points.size(); ++i) {
       const double off = static_cast<double>(points[i].y) - curve.rowAt(static_cast<double>(points[i].x));
       const unsigned char isNear = std::abs(off) > mostOffPx ? 0 : 1;
       isOther |= isNear != isIn[i];
       isIn[i] = isNear;
-      squares += isNear != 0 ? off * off : 0.0;
+      sum += isNear != 0 ? off * off : 0.0;
     }
+    squares = sum;
     return isOther;
   }
 
