@@ -85,12 +85,17 @@ int columnsGoingOn(TPointView points, const TLineHole& hole, const cv::Point2f* 
   return last != nullptr ? static_cast<int>(std::abs(last->x - edge)) : 0;
 }
 
+// The centres from one column to before another.
+TPointView pointsFrom(TPointView points, int firstX, int endX) {
+  const auto isBefore = [](cv::Point2f p, int column) { return truncToInt(p.x) < column; };
+  const auto* const first = std::lower_bound(points.begin(), points.end(), firstX, isBefore);
+  const auto* const last = std::lower_bound(first, points.end(), endX, isBefore);
+  return {first, static_cast<std::size_t>(last - first)};
+}
+
 // The centres between the edges of a hole.
 TPointView pointsIn(TPointView points, const TLineHole& hole) {
-  const auto isBefore = [](cv::Point2f p, int column) { return truncToInt(p.x) <= column; };
-  const auto* const first = std::lower_bound(points.begin(), points.end(), hole.leftX, isBefore);
-  const auto* const last = std::lower_bound(first, points.end(), hole.rightX - 1, isBefore);
-  return {first, static_cast<std::size_t>(last - first)};
+  return pointsFrom(points, hole.leftX + 1, hole.rightX);
 }
 
 bool isBreak(const TFrame& frame, TPointView points, const TLineHole& hole) {
@@ -135,11 +140,8 @@ double lightBeside(const TGreyColumns& columns, TPointView points, const TLineHo
   std::array<double, kBesideColumns> light{};
   std::size_t count = 0;
   const int firstX = isLeft ? hole.leftX - kBesideColumns + 1 : hole.rightX;
-  for (const cv::Point2f p : points) {
-    const int x = truncToInt(p.x);
-    if (x < firstX || x >= firstX + kBesideColumns) continue;
-    light[count++] = columns.over(x, static_cast<double>(p.y));
-  }
+  for (const cv::Point2f p : pointsFrom(points, firstX, firstX + kBesideColumns))
+    light[count++] = columns.over(truncToInt(p.x), static_cast<double>(p.y));
   const auto middle = light.begin() + static_cast<std::ptrdiff_t>(count / 2);
   std::nth_element(light.begin(), middle, light.begin() + static_cast<std::ptrdiff_t>(count));
   return *middle;
@@ -177,9 +179,11 @@ bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
   int count = 0;
   double near = 0.0;
   double far = 0.0;
-  for (const cv::Point2f p : points) {
+  const int farPx = kBackPx + kNearPx;
+  for (const cv::Point2f p :
+       pointsFrom(points, away > 0 ? edge : edge - farPx + 1, away > 0 ? edge + farPx : edge + 1)) {
     const int columns = away * (truncToInt(p.x) - edge);
-    if (columns < 0 || columns >= kBackPx + kNearPx || (columns >= kNearPx && columns < kBackPx)) continue;
+    if (columns >= kNearPx && columns < kBackPx) continue;
     const int channels = frame.image.channels();
     const int light = greyOf(
         frame.image.ptr(truncToInt(p.y)) + static_cast<std::ptrdiff_t>(channels) * truncToInt(p.x), channels);

@@ -38,7 +38,8 @@ struct TSample {
   float x;
   float y;
   double thicknessPx;  // across the stripe
-  bool isWhite;
+  int rows;            // of its light
+  int level;
 };
 
 int litRows(const cv::Mat& image, cv::Point at, int way, int least) {
@@ -58,18 +59,31 @@ int rowsAbout(const cv::Mat& image, cv::Point at, int least) {
   return 1 + litRows(image, at, -1, least) + litRows(image, at, 1, least);
 }
 
+cv::Point pixelAt(const cv::Mat& image, cv::Point2f centre) {
+  return {truncToInt(centre.x), std::clamp(roundToInt(centre.y), 0, image.rows - 1)};
+}
+
 TList<TSample> sample(const cv::Mat& image, TPointView points, TMemory* memory) {
   TList<TSample> samples(memory);
   samples.reserve(points.size() / kFlareStride + 1);
   for (std::size_t i = 0; i < points.size(); i += kFlareStride) {
-    const cv::Point at(truncToInt(points[i].x), std::clamp(roundToInt(points[i].y), 0, image.rows - 1));
+    const cv::Point at = pixelAt(image, points[i]);
     const int level = levelOf(image, at.y, at.x);
     const int least = roundToInt(kEdgeShare * level);
     const int rows = least > 0 ? rowsAbout(image, at, least) : 0;
-    const bool isSolid = level >= kWhite && rowsAbout(image, at, kWhite) >= kWhiteShare * rows;
-    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), isSolid});
+    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), rows, level});
   }
   return samples;
+}
+
+// Asked of few samples.
+bool isSolid(const cv::Mat& image, const TSample& s) {
+  return s.level >= kWhite && rowsAbout(image, pixelAt(image, {s.x, s.y}), kWhite) >= kWhiteShare * s.rows;
+}
+
+// None without it.
+bool mayStandOut(const TSample& s) {
+  return s.level >= kWhite && s.thicknessPx >= kLeastSwellPx;
 }
 
 // Cosine of the stripe's slope on one side of a sample; 1 where it is broken.
@@ -156,7 +170,7 @@ bool standsOut(const TSample& sample, std::optional<double> besidePx) {
 }
 
 // The flare about one of its columns; without a radius where it is not round.
-TFlare flareAbout(TView<TSample> samples, const TSample* thickest, double besidePx) {
+TFlare flareAbout(const cv::Mat& image, TView<TSample> samples, const TSample* thickest, double besidePx) {
   const auto isThick = [&](const TSample& s) { return s.thicknessPx > kBorderSwell * besidePx; };
   const TSample* first = thickest;
   const TSample* last = thickest;
@@ -168,7 +182,7 @@ TFlare flareAbout(TView<TSample> samples, const TSample* thickest, double beside
   double rows = 0.0;
   for (const TSample* s = first; s <= last; ++s) {
     peakPx = std::max(peakPx, s->thicknessPx);
-    if (!s->isWhite) continue;
+    if (!isSolid(image, *s)) continue;
     weight += s->thicknessPx - besidePx;
     moment += (s->thicknessPx - besidePx) * static_cast<double>(s->x);
     rows += (s->thicknessPx - besidePx) * static_cast<double>(s->y);
@@ -185,17 +199,19 @@ TFlare flareAbout(TView<TSample> samples, const TSample* thickest, double beside
 TList<TFlare> findFlares(const TFrame& frame, TPointView points) {
   TList<TFlare> flares(frame.memory);
   TList<TSample> samples = sample(frame.image, points, frame.memory);
+  // Across the stripe it is not thicker.
+  if (std::none_of(samples.begin(), samples.end(), mayStandOut)) return flares;
   takeSlopes(samples);
   const TView<TSample> all = samples;
   TBeside stripeBeside(all, frame.memory);
   for (const TSample* s = all.begin(); s < all.end(); ++s) {
-    if (!s->isWhite || s->thicknessPx < kLeastSwellPx) continue;
+    if (!mayStandOut(*s)) continue;
     stripeBeside.moveTo(static_cast<double>(s->x));
     const std::optional<double> rough = stripeBeside.roughThickness();
     if (!rough || !standsOut(*s, *rough - kRoundingPx)) continue;
     const std::optional<double> beside = stripeBeside.thickness();
-    if (!standsOut(*s, beside)) continue;
-    const TFlare flare = flareAbout(all, s, *beside);
+    if (!standsOut(*s, beside) || !isSolid(frame.image, *s)) continue;
+    const TFlare flare = flareAbout(frame.image, all, s, *beside);
     while (s + 1 < all.end() && s[1].x <= flare.lastX) ++s;
     if (flare.radiusPx > 0.0) flares.push_back(flare);
   }

@@ -17,13 +17,13 @@ constexpr int kDarkRows = 4;           // at the end of the reach
 constexpr double kLeastHeight = 6.0;   // grey levels over that
 constexpr double kMostOffPx = 2.5;     // of the middle of the light from its centre
 
-// The rows of a column about a centre.
+// The rows of a column about a centre. As a template argument the number of channels is tested once.
+template <int channels>
 class TColumn {
 public:
   TColumn(const cv::Mat& image, int x, int y)
-      : middle(image.ptr(y) + static_cast<std::ptrdiff_t>(x) * image.channels()),
-        step(static_cast<std::ptrdiff_t>(image.step[0])),
-        channels(image.channels()) {}
+      : middle(image.ptr(y) + static_cast<std::ptrdiff_t>(x) * channels),
+        step(static_cast<std::ptrdiff_t>(image.step[0])) {}
 
   int at(int row) const { return greyOf(middle + row * step, channels); }
 
@@ -60,7 +60,6 @@ private:
 
   const unsigned char* middle;
   std::ptrdiff_t step;
-  int channels;
 };
 
 }  // namespace
@@ -69,7 +68,14 @@ double lightMiddle(const cv::Mat& image, cv::Point2d centre) {
   const int x = roundToInt(centre.x);
   const int y = roundToInt(centre.y);
   if (x < 0 || x >= image.cols || y < kReachRows || y + kReachRows >= image.rows) return NAN;
-  return y + TColumn(image, x, y).centroid();
+  switch (image.channels()) {
+    case 1:
+      return y + TColumn<1>(image, x, y).centroid();
+    case 3:
+      return y + TColumn<3>(image, x, y).centroid();
+    default:
+      return y + TColumn<4>(image, x, y).centroid();
+  }
 }
 
 TPoints onLight(const TFrame& frame, TPointView centres) {

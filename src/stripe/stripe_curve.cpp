@@ -27,19 +27,40 @@ struct TExtent {
   double last = -HUGE_VAL;
 };
 
+// Centres, and which of them the last pass chose.
+struct TChoice {
+  TChoice(TPointView centres, TMemory* memory) : points(centres), isIn(centres.size(), 0, memory) {}
+
+  // Those that do not lie off the curve; whether they are others than before.
+  bool choose(TStripeCurve curve, double mostOffPx) {
+    bool isOther = false;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      const double off = static_cast<double>(points[i].y) - curve.rowAt(static_cast<double>(points[i].x));
+      const unsigned char isNear = std::abs(off) > mostOffPx ? 0 : 1;
+      isOther |= isNear != isIn[i];
+      isIn[i] = isNear;
+      sum += isNear != 0 ? off * off : 0.0;
+    }
+    squares = sum;
+    return isOther;
+  }
+
+  TPointView points;
+  TList<unsigned char> isIn;
+  double squares = 0.0;  // of their distances
+};
+
 // As a template argument the number of parameters unrolls the sums.
 template <std::size_t parameters>
-bool fitOnce(TPointView points, double mostOffPx, TStripeCurve& curve) {
+bool solveFor(const TChoice& choice, TStripeCurve& curve) {
   TNormalEquations equations(parameters);
   TExtent extent;
-  double squares = 0.0;
-  for (const cv::Point2f p : points) {
-    const auto x = static_cast<double>(p.x);
-    const double off = static_cast<double>(p.y) - curve.rowAt(x);
-    if (std::abs(off) > mostOffPx) continue;
+  for (std::size_t i = 0; i < choice.points.size(); ++i) {
+    if (choice.isIn[i] == 0) continue;
+    const auto x = static_cast<double>(choice.points[i].x);
     const double u = (x - curve.originX) / kUnitPx;
-    equations.add({1.0, u, u * u}, static_cast<double>(p.y), 1.0);
-    squares += off * off;
+    equations.add({1.0, u, u * u}, static_cast<double>(choice.points[i].y), 1.0);
     extent = {std::min(extent.first, x), std::max(extent.last, x)};
   }
   if (equations.weight() < kLeastCentres || !equations.factor()) return false;
@@ -48,7 +69,6 @@ bool fitOnce(TPointView points, double mostOffPx, TStripeCurve& curve) {
   curve.k = solution[1] / kUnitPx;
   curve.c = parameters > 2 ? solution[2] / (kUnitPx * kUnitPx) : 0.0;
   curve.count = equations.weight();
-  curve.noisePx = std::sqrt(squares / curve.count);
   curve.lengthPx = extent.last - extent.first;
   curve.beyondPx = std::max({extent.first - curve.originX, curve.originX - extent.last, 0.0});
   return true;
@@ -74,12 +94,16 @@ TStripeCurve roughLine(TPointView points, double originX, TMemory* memory) {
   return line;
 }
 
+// The same centres have the same curve.
 template <std::size_t parameters>
-std::optional<TStripeCurve> fit(TPointView points, double originX, TMemory* memory) {
-  TStripeCurve curve = roughLine(points, originX, memory);
+std::optional<TStripeCurve> fit(TPointView points, const TStripeCurve& rough, TMemory* memory) {
+  TStripeCurve curve = rough;
+  TChoice choice(points, memory);
   double mostOffPx = kFirstOffPx;
   for (int pass = 0; pass < kPasses; ++pass) {
-    if (!fitOnce<parameters>(points, mostOffPx, curve)) return std::nullopt;
+    const bool isOther = choice.choose(curve, mostOffPx);
+    if ((isOther || pass == 0) && !solveFor<parameters>(choice, curve)) return std::nullopt;
+    curve.noisePx = std::sqrt(choice.squares / curve.count);
     mostOffPx = std::max(kOffScatters * curve.noisePx, kLeastOffPx);
   }
   return curve;
@@ -95,17 +119,18 @@ double TStripeCurve::sigmaAtOrigin() const {
 }
 
 std::optional<TStripeCurve> fitStripeLine(TPointView points, double originX, TMemory* memory) {
-  return fit<2>(points, originX, memory);
+  return fit<2>(points, roughLine(points, originX, memory), memory);
 }
 
 std::optional<TStripeCurve> fitStripeCurve(TPointView points, double originX, TMemory* memory) {
-  const std::optional<TStripeCurve> bent = fit<3>(points, originX, memory);
+  const TStripeCurve rough = roughLine(points, originX, memory);
+  const std::optional<TStripeCurve> bent = fit<3>(points, rough, memory);
   if (!bent) return std::nullopt;
   const double bowPx = 0.25 * std::abs(bent->c) * bent->lengthPx * bent->lengthPx;
   const double sigmaPx = kBowSpread * bent->noisePx * std::sqrt(kAlike / bent->count);
   const bool isBowed = bowPx > kBowSigmas * sigmaPx && bent->lengthPx > kLeastBowed &&
                        bent->beyondPx < kMostBeyond * bent->lengthPx;
-  return isBowed ? bent : fit<2>(points, originX, memory);
+  return isBowed ? bent : fit<2>(points, rough, memory);
 }
 
 }  // namespace weld

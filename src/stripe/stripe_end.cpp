@@ -86,9 +86,14 @@ public:
 private:
   int far() const { return 2 * half + kClearPx + 2 * kAroundRows; }
   double meanOf(int x, int from, int to) const {
-    double sum = 0.0;
-    for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
-    return sum / (to - from + 1);
+    int sum = 0;
+    if (from >= 0 && to < grey.rows) {
+      const unsigned char* pixel = grey.ptr(from, x);
+      for (int y = from; y <= to; ++y, pixel += grey.step[0]) sum += *pixel;
+    } else {
+      for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
+    }
+    return static_cast<double>(sum) / (to - from + 1);
   }
 
   TSlopeLine line;
