@@ -73,6 +73,11 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
   fit.measures.gapPx = opening.gapPx;
 }
 
+void setRadii(const TCircleFit& left, const TCircleFit& right, TProfileFit& fit) {
+  if (left.isFound) fit.measures.leftRadiusPx = left.circle.r;
+  if (right.isFound) fit.measures.rightRadiusPx = right.circle.r;
+}
+
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
@@ -98,8 +103,7 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
     setFeature(fit, TFeature::leftEdge, flat.left, endSigma(state, flat.lines.left, flat.noise2, flat.left));
     setFeature(fit, TFeature::rightEdge, flat.right, endSigma(state, flat.lines.right, flat.noise2, flat.right));
   }
-  if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
-  if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
+  setRadii(layout.fillets[1], layout.fillets[2], fit);
 }
 
 // A flat that is open somewhere.
@@ -113,8 +117,7 @@ void setSplitRoot(const TProfileLayout& layout, const TStripeState& state, TProf
   setFeature(fit, TFeature::root, 0.5 * (left.right + right.left),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   fit.measures.gapPx = distance(left.right, right.left);
-  if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
-  if (layout.fillets[3].isFound) fit.measures.rightRadiusPx = layout.fillets[3].circle.r;
+  setRadii(layout.fillets[1], layout.fillets[3], fit);
 }
 
 // Deepest point of an arc under the base.
@@ -124,15 +127,21 @@ void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit
 }
 
 // The root of whatever lies between the shoulders.
-void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
+void setRoot(const TOrientedCentres& centres, const TProfileLayout& layout, const TSides& s,
+             const TStripeState& state, TProfileFit& fit) {
   for (std::size_t e = 1; e + 1 < layout.count(); ++e) {
     if (layout.range(e).kind != TElementKind::arc) continue;
     const TCircle& c = layout.elements[e].arc.circle;
     return setRoundRoot(c, arcSigma(state, layout, e, {c.x, c.y + c.r}), s.base, fit);
   }
   if (layout.count() == 6) return setSplitRoot(layout, state, fit);
-  if (layout.count() == 5) return setFlatRoot(layout, s, state, fit);
-  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) {
+  const bool isRounded = layout.profile->junctions[1].kind == TJunctionKind::fillet;
+  if (layout.count() == 5) {
+    const auto hole = isRounded ? holeIn(centres, layout.elements[2], state) : std::nullopt;
+    setFlatRoot(layout, s, state, fit);
+    return hole ? setOpening(fit, *hole) : void();
+  }
+  if (!isRounded) {
     return setOpening(fit, openRoot(layout, 1, s.base, state));
   }
   if (layout.fillets[1].isFound)
@@ -257,7 +266,7 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
   const std::size_t n = layout.count();
   setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(state, layout, 0));
   setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(state, layout, n - 2));
-  setRoot(layout, s, state, fit);
+  setRoot(centres, layout, s, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(s.base.dy, s.base.dx) * kDegPerRad;
