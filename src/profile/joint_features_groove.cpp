@@ -73,11 +73,6 @@ void setOpening(TProfileFit& fit, const TOpening& opening) {
   fit.measures.gapPx = opening.gapPx;
 }
 
-void setRadii(const TCircleFit& left, const TCircleFit& right, TProfileFit& fit) {
-  if (left.isFound) fit.measures.leftRadiusPx = left.circle.r;
-  if (right.isFound) fit.measures.rightRadiusPx = right.circle.r;
-}
-
 void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
   const bool isJoined = layout.profile->junctions[1].kind != TJunctionKind::jump;
   const TFittedElement& flat = layout.elements[2];
@@ -103,7 +98,8 @@ void setFlatRoot(const TProfileLayout& layout, const TSides& s, const TStripeSta
     setFeature(fit, TFeature::leftEdge, flat.left, endSigma(state, flat.lines.left, flat.noise2, flat.left));
     setFeature(fit, TFeature::rightEdge, flat.right, endSigma(state, flat.lines.right, flat.noise2, flat.right));
   }
-  setRadii(layout.fillets[1], layout.fillets[2], fit);
+  if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
+  if (layout.fillets[2].isFound) fit.measures.rightRadiusPx = layout.fillets[2].circle.r;
 }
 
 // A flat that is open somewhere.
@@ -117,7 +113,8 @@ void setSplitRoot(const TProfileLayout& layout, const TStripeState& state, TProf
   setFeature(fit, TFeature::root, 0.5 * (left.right + right.left),
              0.5 * std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma));
   fit.measures.gapPx = distance(left.right, right.left);
-  setRadii(layout.fillets[1], layout.fillets[3], fit);
+  if (layout.fillets[1].isFound) fit.measures.leftRadiusPx = layout.fillets[1].circle.r;
+  if (layout.fillets[3].isFound) fit.measures.rightRadiusPx = layout.fillets[3].circle.r;
 }
 
 // Deepest point of an arc under the base.
@@ -139,7 +136,8 @@ void setRoot(const TOrientedCentres& centres, const TProfileLayout& layout, cons
   if (layout.count() == 5) {
     const auto hole = isRounded ? holeIn(centres, layout.elements[2], state) : std::nullopt;
     setFlatRoot(layout, s, state, fit);
-    return hole ? setOpening(fit, *hole) : void();
+    if (hole) setOpening(fit, *hole);
+    return;
   }
   if (!isRounded) {
     return setOpening(fit, openRoot(layout, 1, s.base, state));
