@@ -72,6 +72,9 @@ struct TWall {
   std::size_t plate;   // the element that ends at its top
 };
 TOpening wallOpening(const TProfileLayout& layout, TWall wall, const TStripeState& state);
+// Of a flat with a hole that stands out of the holes of the stripe; nothing without one.
+std::optional<TOpening> holeIn(const TOrientedCentres& centres, const TFittedElement& flat,
+                               const TStripeState& state);
 
 // A groove that stands out of the noise.
 bool isDeep(TProfileFit& fit, double noisePx);

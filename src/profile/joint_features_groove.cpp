@@ -124,15 +124,22 @@ void setRoundRoot(const TCircle& c, double sigma, const TBase& base, TProfileFit
 }
 
 // The root of whatever lies between the shoulders.
-void setRoot(const TProfileLayout& layout, const TSides& s, const TStripeState& state, TProfileFit& fit) {
+void setRoot(const TOrientedCentres& centres, const TProfileLayout& layout, const TSides& s,
+             const TStripeState& state, TProfileFit& fit) {
   for (std::size_t e = 1; e + 1 < layout.count(); ++e) {
     if (layout.range(e).kind != TElementKind::arc) continue;
     const TCircle& c = layout.elements[e].arc.circle;
     return setRoundRoot(c, arcSigma(state, layout, e, {c.x, c.y + c.r}), s.base, fit);
   }
   if (layout.count() == 6) return setSplitRoot(layout, state, fit);
-  if (layout.count() == 5) return setFlatRoot(layout, s, state, fit);
-  if (layout.profile->junctions[1].kind != TJunctionKind::fillet) {
+  const bool isRounded = layout.profile->junctions[1].kind == TJunctionKind::fillet;
+  if (layout.count() == 5) {
+    const auto hole = isRounded ? holeIn(centres, layout.elements[2], state) : std::nullopt;
+    setFlatRoot(layout, s, state, fit);
+    if (hole) setOpening(fit, *hole);
+    return;
+  }
+  if (!isRounded) {
     return setOpening(fit, openRoot(layout, 1, s.base, state));
   }
   if (layout.fillets[1].isFound)
@@ -257,7 +264,7 @@ bool measureGroove(const TOrientedCentres& centres, const TProfileLayout& layout
   const std::size_t n = layout.count();
   setFeature(fit, TFeature::leftShoulder, s.leftPlate.right, cornerSigma(state, layout, 0));
   setFeature(fit, TFeature::rightShoulder, s.rightPlate.left, cornerSigma(state, layout, n - 2));
-  setRoot(layout, s, state, fit);
+  setRoot(centres, layout, s, state, fit);
   setShoulderMeasures(centres, {layout.elements[1].span.first, layout.elements[n - 2].span.last}, fit);
   TJointMeasures& m = fit.measures;
   m.baseAngleDeg = arcTangent2(s.base.dy, s.base.dx) * kDegPerRad;

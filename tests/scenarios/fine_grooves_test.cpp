@@ -52,4 +52,28 @@ TEST(FineGrooves, AreReadAlongBowedFlanksAndAtTheMiddleOfTheLight) {
   }
 }
 
+// Rounded corners leave too little of the flat for two lines.
+TEST(FineGrooves, AreOpenInAFlatRootBetweenRoundedCorners) {
+  for (const double flatPx : {40.0, 60.0, 80.0}) {
+    SCOPED_TRACE(flatPx);
+    scenes::TSceneParams scene;
+    scene.joint = TJoint::uGroove;
+    scene.geometry.leftFlankDeg = 54.0;
+    scene.geometry.rightFlankDeg = -52.0;
+    scene.geometry.depthPx = 190.0;
+    scene.geometry.gapPx = 16.0;
+    scene.geometry.groove.emplace();
+    scene.geometry.groove->flatPx = flatPx;
+    scene.geometry.groove->leftRadiusPx = 50.0;
+    scene.geometry.groove->rightRadiusPx = 25.0;
+    const scenes::TScene shown = scenes::renderScene(scene);
+    TWeldTracker tracker(scenes::weldParamsFor(TJoint::uGroove));
+    const TTrackedSeam seam = tracker.track(shown.image);
+    ASSERT_EQ(seam.state, TSeamState::found);
+    EXPECT_NEAR(static_cast<double>(seam.measurement.gapPx), 16.0, 1.0);
+    EXPECT_LE(errorOf(seam.measurement, TFeature::root, shown.truth, "root"), 0.5);
+    EXPECT_LE(errorOf(seam.measurement, TFeature::leftRoot, shown.truth, "leftRoot"), 0.6);
+  }
+}
+
 }  // namespace
