@@ -80,7 +80,11 @@ void concludeSeam(const TQuest& quest, TSeam& seam) {
   const TFrame& frame = quest.frame;
   const bool isRefused =
       quest.refusesImpossible && seam.isFound && !isSeamPointPossible(frame, seam, quest.joint.rules);
-  if (isRefused) seam = TSeam(std::move(seam.stripePts));
+  if (isRefused) {
+    const TBreakPlaces places = seam.places;
+    seam = TSeam(std::move(seam.stripePts));
+    seam.places = places;
+  }
   if (!frame.trace) return;
   const int points = static_cast<int>(seam.stripePts.size());
   if (!seam.isFound) {

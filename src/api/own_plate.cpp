@@ -1,5 +1,6 @@
 #include "api/own_rules.h"
 
+#include "api/known_width.h"
 #include "detectors/plate.h"
 #include "profile/flare_end.h"
 #include "stripe/flush_edges.h"
@@ -47,6 +48,9 @@ constexpr TCheck kEnds{{27, TWeldOutcome::elementMissing, "plate", "the stripe g
                        "turn of the stripe at the end of the plate",
                        TRule::atLeast,
                        "deg"};
+
+constexpr TCheck kKnown{{28, TWeldOutcome::changedTooMuch, "plate", "both ends lie elsewhere than before"},
+                        "width of the plate as before"};
 
 struct TEnds {
   double left = 0.0;
@@ -226,7 +230,11 @@ void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TLines& lines
   };
   TEndOfPiece right = plate;
   right.isRight = true;
-  const TSeamEnds ends{read(plate, lines.left, told.left), read(right, lines.right, told.right)};
+  TSeamEnds ends{read(plate, lines.left, told.left), read(right, lines.right, told.right)};
+  const TEndColumns known = keepWidth({ends.left.x, ends.right.x}, seam.places);
+  seam.isFound = frame.trace.holds(kKnown, known.areKnown);
+  if (ends.left.x != known.left) ends.left = {known.left, lines.left.k * known.left + lines.left.b};
+  if (ends.right.x != known.right) ends.right = {known.right, lines.right.k * known.right + lines.right.b};
   const TWeldPosType pos = frame.params.weldPosType;
   const cv::Point2d middle = 0.5 * (ends.left + ends.right);
   const double x = pos == TWeldPosType::left ? ends.left.x : pos == TWeldPosType::right ? ends.right.x : middle.x;
@@ -236,9 +244,7 @@ void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TLines& lines
   seam.ends = ends;
 }
 
-}  // namespace
-
-TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlaresWithHalo(frame, stripe.points));
   TSeam seam = findPlateWithEnds(frame, rest ? *rest : stripe, previous);
   if (!seam.isFound || seam.stripePts.size() < kLeastBeyond || !havePlateEndsSupport(seam)) return seam;
@@ -252,7 +258,16 @@ TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& 
   if (!std::isnan(inLeftFlare)) told.left = inLeftFlare;
   if (!std::isnan(inRightFlare)) told.right = inRightFlare;
   if (seam.stripePts.size() < kLeastBeyond) return TSeam(TPoints(stripe.points, frame.memory));
+  if (previous.places != nullptr) seam.places = *previous.places;
   readEnds(frame, plate, lines, told, seam);
+  return seam;
+}
+
+}  // namespace
+
+TSeam findOwnPlate(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TSeam seam = findWithFineEnds(frame, stripe, previous);
+  if (!seam.ends && previous.places != nullptr) seam.places = follow(*previous.places, {});
   return seam;
 }
 
