@@ -12,7 +12,7 @@ constexpr float kScore = 6.0F;        // of a frame's ends,
 constexpr float kScoreOfKept = 2.0F;  // of those that the frames before tell
 constexpr float kLeastKnown = 10.0F;  // two frames of the last three
 constexpr float kLeastLead = 1.5F;    // over what this frame and those before it say
-constexpr double kMostOffPx = 6.0;    // of a distance, by scatter
+constexpr double kMostOffPx = 4.0;    // of a distance, by scatter
 constexpr double kFollowPx = 8.0;     // of an end, from frame to frame
 
 TBreakPlace placeOf(const TEndColumns& ends, float score) {

@@ -1,5 +1,6 @@
 #include "api/own_rules.h"
 
+#include "api/known_width.h"
 #include "detectors/lap.h"
 #include "profile/flare_end.h"
 #include "support/line_math.h"
@@ -16,6 +17,9 @@ constexpr double kMostBackPx = 6.0;
 constexpr TCheck kSideBySide{
     {26, TWeldOutcome::fitTooWeak, "end of a piece", "a flare hides an end, and the other one lies elsewhere"},
     "ends side by side at a flare"};
+constexpr TCheck kKnown{
+    {28, TWeldOutcome::changedTooMuch, "end of a piece", "both ends lie elsewhere than before"},
+    "ends as far apart as before"};
 constexpr int kOverlapPx = 20;  // by which a piece may reach back beside the other one
 
 // On a tie the right end is the upper and the lower one.
@@ -42,9 +46,7 @@ cv::Point2d endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece&
   return {x, line.k * x + line.b};
 }
 
-}  // namespace
-
-TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*previous*/) {
+TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe) {
   const TList<TFlare> flares = findFlares(frame, stripe.points);
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
   std::optional<TLapPieces> pieces;
@@ -62,6 +64,22 @@ TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& /*
   const double shadowPx = seam.ends->right.x - seam.ends->left.x;
   const bool areApart = shadowPx < -kMostBackPx || shadowPx > kMostShadowPx;
   if (!frame.trace.holds(kSideBySide, seam.hiddenPx == 0.0 || !areApart)) return TSeam(std::move(seam.stripePts));
+  return seam;
+}
+
+}  // namespace
+
+TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+  TSeam seam = findWithFineEnds(frame, stripe);
+  if (previous.places != nullptr) seam.places = *previous.places;
+  if (!seam.ends) {
+    seam.places = follow(seam.places, {});
+    return seam;
+  }
+  const TEndColumns known = keepWidth({seam.ends->left.x, seam.ends->right.x}, seam.places);
+  seam.isFound = frame.trace.holds(kKnown, known.areKnown);
+  seam.ends->left.x = known.left;
+  seam.ends->right.x = known.right;
   seam.pos = cv::Point2f(seamPoint(*seam.ends, frame.params.weldPosType));
   return seam;
 }
