@@ -1,6 +1,7 @@
 #include "api/own_rules.h"
 
 #include "api/gap_hole.h"
+#include "api/known_width.h"
 #include "profile/flares.h"
 #include "stripe/break_path.h"
 #include "stripe/dark_break.h"
@@ -225,6 +226,15 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
   return best;
 }
 
+// As wide as before: a lost stretch may adjoin it.
+TLineHole asKnown(TLineHole hole, const TPrevious& previous) {
+  TBreakPlaces places = previous.places != nullptr ? *previous.places : TBreakPlaces();
+  const TEndColumns known = keepWidth({double(hole.leftX), double(hole.rightX)}, places);
+  if (known.areKnown) hole.leftX = roundToInt(known.left);
+  if (known.areKnown) hole.rightX = roundToInt(known.right);
+  return hole;
+}
+
 }  // namespace
 
 TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& previous) {
@@ -242,10 +252,15 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& pre
   std::transform(places.begin(), places.end(), std::back_inserter(shown), [](const TPlace& p) { return p.place; });
   const TBreakPlaces path = follow(previous.places != nullptr ? *previous.places : TBreakPlaces(), shown);
   if (const TPlace* const at = knownPlace(places, path, previous)) {
-    seam = at->dark != nullptr ? seamAt(frame, seen, *at->dark) : seamAt(frame, stripe, *at->hole);
+    seam =
+        at->dark != nullptr ? seamAt(frame, seen, *at->dark) : seamAt(frame, stripe, asKnown(*at->hole, previous));
   } else if (seam.isFound && isKnown(previous) && seam.isFlush != previous.isFlush) {
     frame.trace.holds(kOtherKind, false);
     seam = TSeam(std::move(seam.stripePts));
+  } else if (seam.isFound && !seam.isFlush) {
+    const bool isUnsure = seam.isUnsure;
+    seam = seamAt(frame, stripe, asKnown(sight.line, previous));
+    seam.isUnsure = isUnsure;
   }
   seam.places = path;
   if (!seam.isFound) seam.stripePts.assign(seen.points.begin(), seen.points.end());
