@@ -229,7 +229,7 @@ const TPlace* knownPlace(TView<TPlace> places, const TBreakPlaces& path, const T
 // As wide as before: a lost stretch may adjoin it.
 TLineHole asKnown(TLineHole hole, const TPrevious& previous) {
   TBreakPlaces places = previous.places != nullptr ? *previous.places : TBreakPlaces();
-  const TEndColumns known = keepWidth({double(hole.leftX), double(hole.rightX)}, places);
+  const TEndColumns known = keepWidth({static_cast<double>(hole.leftX), static_cast<double>(hole.rightX)}, places);
   if (known.areKnown) hole.leftX = roundToInt(known.left);
   if (known.areKnown) hole.rightX = roundToInt(known.right);
   return hole;

@@ -47,12 +47,13 @@ struct TSeam : TSeamValues {
   std::optional<TProfileFit> profile;  // of the joints that are solved as one
   std::optional<TLineMeasure> line;    // where no stripe tells the seam
   std::optional<TSeamEnds> ends;       // of lap and plate, where they are read so
-  TBreakPlaces places;                 // of a butt gap: where this frame and those before may show it
-  double hiddenPx = 0.0;               // columns of the flare that hides an end of a lap
-  double flankSigmaPx = 0.0;           // of both flanks' rows at a corner, where their light tells it; 0: not told
-  bool isFlush = false;   // told by the light along the stripe: a plate flush with its table, a tight gap
-  bool isVague = false;   // a flare hides an end, and no stripe near it tells where it is
-  bool isUnsure = false;  // another place may be it as well, or little speaks for it: counts once it repeats
+  TBreakPlaces places;        // where this frame and those before may show a butt gap; middle and width of
+                              // a lap's or plate's ends in them
+  double hiddenPx = 0.0;      // columns of the flare that hides an end of a lap
+  double flankSigmaPx = 0.0;  // of both flanks' rows at a corner, where their light tells it; 0: not told
+  bool isFlush = false;       // told by the light along the stripe: a plate flush with its table, a tight gap
+  bool isVague = false;       // a flare hides an end, and no stripe near it tells where it is
+  bool isUnsure = false;      // another place may be it as well, or little speaks for it: counts once it repeats
 };
 
 // The seam of the frame before; its stripe, profile and places belong to somebody else.
