@@ -32,7 +32,8 @@ struct TChoice {
   TChoice(TPointView centres, TMemory* memory) : points(centres), isIn(centres.size(), 0, memory) {}
 
   // Those that do not lie off the curve; whether they are others than before.
-  bool choose(TStripeCurve curve, double mostOffPx) {
+  bool choose(const TStripeCurve& of, double mostOffPx) {
+    const TStripeCurve curve = of;  // stays in registers
     bool isOther = false;
     double sum = 0.0;
     for (std::size_t i = 0; i < points.size(); ++i) {
