@@ -19,6 +19,7 @@ constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
+constexpr double kCourseShare = 0.75;   // of the step of one centre, that the course of a run shows as surely
 constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
 constexpr double kCourseCentres = 6.0;  // that tell the course of a run beyond an end
 constexpr double kLeastHolePx = 1.5;    // columns between such a run and the flank: a bent end has none
@@ -98,13 +99,14 @@ private:
   }
   bool isOff(int i) const { return std::abs(offsetOf(i)) > offPx; }
   bool isBeside(int i) const { return isOff(i) && std::abs(offsetOf(i)) < kBesidePx; }
+  bool isStep(double px) const { return std::abs(px) > std::max(kLeastStepPx, stepSigmaPx); }
   bool hasHole(int i) const { return std::abs(centres.at(i).x - centres.at(i - side).x) > kLeastHolePx; }
   bool isBreak(int i) const {
     return std::abs(centres.at(i).x - centres.at(i - side).x) > kHolePx ||
            std::abs(offsetOf(i) - offsetOf(i - side)) > offPx;
   }
 
-  // A line through the offsets of the centres that follow each other beyond the end.
+  // A line through the offsets of the centres that follow each other outwards.
   struct TCourse {
     double mean = 0.0;
     double meanX = 0.0;
@@ -112,9 +114,9 @@ private:
     bool isFound = false;
     double at(double x) const { return mean + slope * (x - meanX); }
   };
-  TCourse courseBeyond() const {
+  TCourse courseFrom(int first) const {
     double n = 0.0, sumX = 0.0, sumXX = 0.0, sum = 0.0, sumX1 = 0.0;
-    for (int i = last; has(i) && n < kTailCentres && (i == last || !isBreak(i)); i += side) {
+    for (int i = first; has(i) && n < kTailCentres && (i == first || !isBreak(i)); i += side) {
       const double x = centres.at(i).x - centres.at(last).x;
       n += 1.0;
       sumX += x;
@@ -131,10 +133,10 @@ private:
     return course;
   }
 
-  // The last centre before a run that crosses the line at its end, behind a hole: what lies nearer to that run's
-  // own course is the run's.
+  // The last centre before a run that crosses the line at its end, behind a hole or a step: what lies nearer to
+  // that run's own course is the run's.
   int beforeCrossing() const {
-    const TCourse course = courseBeyond();
+    const TCourse course = courseFrom(last);
     if (!course.isFound) return last;
     const double most = offPx * offPx;
     double gain = 0.0;
@@ -142,21 +144,24 @@ private:
     int kept = last;
     for (int i = last; has(i - side) && std::abs(i - last) < kMostCrossing; i -= side) {
       const double off = offsetOf(i);
-      const double beside = off - course.at(centres.at(i).x);
+      const double courseOff = course.at(centres.at(i).x);
+      const double beside = off - courseOff;
       gain += std::min(off * off, most) - std::min(beside * beside, most);
-      if (gain > best && hasHole(i)) best = gain, kept = i - side;
+      if (gain > best && (hasHole(i) || isStep(courseOff / kCourseShare))) best = gain, kept = i - side;
     }
     return kept;
   }
 
-  // Whether the very next centres, which follow each other, lie beside the line: the stripe goes on, on another
-  // surface.
+  // Whether the very next centres, which follow each other, lie beside the line, or on a course that crosses it:
+  // the stripe goes on, on another surface.
   bool endsInStep() const {
     const int next = last + side;
     if (!has(next + side) || std::abs(centres.at(next).x - centres.at(last).x) > kHolePx) return false;
-    const double stepPx = std::abs(offsetOf(next) - offsetOf(last));
-    return stepPx > std::max(kLeastStepPx, stepSigmaPx) &&
-           std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * stepPx;
+    const double stepPx = offsetOf(next) - offsetOf(last);
+    if (isStep(stepPx) && std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * std::abs(stepPx)) return true;
+    const TCourse course = courseFrom(next);
+    const double courseOff = course.at(centres.at(next).x);
+    return course.isFound && isStep(courseOff / kCourseShare) && course.slope * side * courseOff < 0.0;
   }
 
   // Whether the run from this centre to the end is short beside the hole before it.

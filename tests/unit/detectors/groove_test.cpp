@@ -167,6 +167,22 @@ TEST(Groove, AWallThatHidesTheRootLeavesItUnsure) {
   EXPECT_LT(seam.measurement.confidence, 0.7F);
 }
 
+// A backing that is lit up to the left flank, a few rows under its end; the whole moves to the left.
+TEST(Groove, ABackingThatJoinsAFlankInAStepIsNotItsEnd) {
+  TWeldTracker tracker(scenes::weldParamsFor(TJoint::vGroove));
+  for (const int x : {200, 195, 194, 188, 187}) {
+    SCOPED_TRACE(x);
+    const cv::Mat image = painting({{20, x, 200.0},
+                                    {x, x + 100, 200.0, 1.28},
+                                    {x + 100, x + 130, 332.0, 0.25},
+                                    {x + 130, x + 258, 328.0, -1.0},
+                                    {x + 258, 620, 200.0}});
+    const TTrackedSeam seam = tracker.track(image);
+    ASSERT_EQ(seam.state, TSeamState::found);
+    EXPECT_LT(cv::norm(cv::Point2d(seam.weldPos) - cv::Point2d(x + 114.5, 327.4)), kExactPx);
+  }
+}
+
 TEST(Groove, TrackingFollowsTheFormAndAnotherJointForgetsIt) {
   scenes::TSceneParams params = sceneOf(TJoint::vGroove, 30.0);
   TTrackerOptions options;
