@@ -20,6 +20,8 @@ constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
 constexpr double kCourseShare = 0.75;   // of the step of one centre, that the course of a run shows as surely
+constexpr int kBlurCentres = 2;         // over which such a step may spread
+constexpr double kLeastSeen = 0.5;      // of the course's step, that the centres show there
 constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
 constexpr double kCourseCentres = 6.0;  // that tell the course of a run beyond an end
 constexpr double kLeastHolePx = 1.5;    // columns between such a run and the flank: a bent end has none
@@ -133,6 +135,16 @@ private:
     return course;
   }
 
+  // Whether a course that begins with this centre begins in a step beside the line and makes for it: a bent end
+  // leaves the line without one.
+  bool comesInStep(const TCourse& course, int first) const {
+    const int before = first - kBlurCentres * side;
+    if (!has(before)) return false;
+    const double courseOff = course.at(centres.at(first).x);
+    const double seen = (offsetOf(first) - offsetOf(before)) / courseOff;
+    return isStep(courseOff / kCourseShare) && course.slope * side * courseOff < 0.0 && seen > kLeastSeen;
+  }
+
   // The last centre before a run that crosses the line at its end, behind a hole or a step: what lies nearer to
   // that run's own course is the run's.
   int beforeCrossing() const {
@@ -140,14 +152,15 @@ private:
     if (!course.isFound) return last;
     const double most = offPx * offPx;
     double gain = 0.0;
+    double highest = 0.0;
     double best = 0.0;
     int kept = last;
     for (int i = last; has(i - side) && std::abs(i - last) < kMostCrossing; i -= side) {
       const double off = offsetOf(i);
-      const double courseOff = course.at(centres.at(i).x);
-      const double beside = off - courseOff;
+      const double beside = off - course.at(centres.at(i).x);
       gain += std::min(off * off, most) - std::min(beside * beside, most);
-      if (gain > best && (hasHole(i) || isStep(courseOff / kCourseShare))) best = gain, kept = i - side;
+      highest = std::max(highest, gain);
+      if (gain > best && (hasHole(i) || (gain == highest && comesInStep(course, i)))) best = gain, kept = i - side;
     }
     return kept;
   }
@@ -160,8 +173,7 @@ private:
     const double stepPx = offsetOf(next) - offsetOf(last);
     if (isStep(stepPx) && std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * std::abs(stepPx)) return true;
     const TCourse course = courseFrom(next);
-    const double courseOff = course.at(centres.at(next).x);
-    return course.isFound && isStep(courseOff / kCourseShare) && course.slope * side * courseOff < 0.0;
+    return course.isFound && comesInStep(course, next);
   }
 
   // Whether the run from this centre to the end is short beside the hole before it.

@@ -183,6 +183,23 @@ TEST(Groove, ABackingThatJoinsAFlankInAStepIsNotItsEnd) {
   }
 }
 
+// The last columns of the left flank, burnt steeper: its light ends with them.
+TEST(Groove, ABentEndOfAFlankIsItsEnd) {
+  for (const double bend : {1.4, 1.7}) {
+    SCOPED_TRACE(bend);
+    const cv::Mat image = painting({{20, 100, 100.0},
+                                    {100, 250, 100.0, 0.7},
+                                    {250, 256, 205.0, 0.9},
+                                    {256, 276, 210.4, bend},
+                                    {330, 500, 210.4 + 20.0 * bend, -1.0},
+                                    {500, 620, 60.4}});
+    TWeldTracker tracker(scenes::weldParamsFor(TJoint::vGroove));
+    const TTrackedSeam seam = tracker.track(image);
+    ASSERT_EQ(seam.state, TSeamState::found);
+    EXPECT_LT(std::abs(seam.weldPos.x - 302.5), kExactPx) << seam.weldPos;
+  }
+}
+
 TEST(Groove, TrackingFollowsTheFormAndAnotherJointForgetsIt) {
   scenes::TSceneParams params = sceneOf(TJoint::vGroove, 30.0);
   TTrackerOptions options;
