@@ -26,16 +26,18 @@ inline bool isBright(const unsigned char* block, std::size_t step, int rows, con
 }
 
 // Any step over 5 rows among those that the box sums of the block's rows are made of. An edge needs one
-// above the threshold, since the box difference is the sum of five.
+// above the threshold, since the box difference is the sum of five. In noise the first rows have one.
 inline bool hasStep(const unsigned char* block, std::size_t step, int rows, const v_uint8& leastStep) {
   v_uint8 largest = cv::vx_setzero_u8();
-  for (int row = 0; row < rows + kBoxPx - 1; ++row) {
-    const unsigned char* here = block + row * step;
-    for (int x = 0; x < kStripColumns; x += kBytes) {
-      largest = cv::v_max(largest, cv::v_absdiff(cv::vx_load(here + x), cv::vx_load(here - kBoxPx * step + x)));
+  const auto isIn = [&](int first, int end) {
+    for (int row = first; row < end; ++row) {
+      const unsigned char* here = block + row * step;
+      for (int x = 0; x < kStripColumns; x += kBytes)
+        largest = cv::v_max(largest, cv::v_absdiff(cv::vx_load(here + x), cv::vx_load(here - kBoxPx * step + x)));
     }
-  }
-  return cv::v_check_any(largest >= leastStep);
+    return cv::v_check_any(largest >= leastStep);
+  };
+  return isIn(0, kBoxPx - 1) || isIn(kBoxPx - 1, rows + kBoxPx - 1);
 }
 
 // Asks for a block: no prefetcher of the processor guesses those below on a walk along the rows. What lies below
