@@ -245,6 +245,25 @@ TDarkBreak breakAt(const TScores& scores, int place, int firstColumn) {
           scores.all[i], *line};
 }
 
+int columnsOf(TPointView piece) {
+  return piece.empty() ? 0 : truncToInt(piece.back().x) - truncToInt(piece.front().x) + 1;
+}
+
+// Of a piece, the highest score first.
+void addPlaces(const TFrame& frame, const cv::Mat& grey, TPointView piece, double widthPx,
+               TList<TDarkBreak>& places) {
+  const TCourse course = courseOf(piece, frame.memory);
+  TScores scores = scoreColumns(grey, course, widthPx, frame.memory);
+  for (std::size_t i = 0; i < kMostPlaces; ++i) {
+    const auto highest = std::max_element(scores.all.begin(), scores.all.end());
+    if (!(*highest > 0.0)) return;
+    const int place = static_cast<int>(highest - scores.all.begin());
+    places.push_back(breakAt(scores, place, course.firstColumn));
+    std::fill(scores.all.begin() + std::max(place - kRivalPx, 0),
+              scores.all.begin() + std::min(place + kRivalPx + 1, course.columns()), 0.0);
+  }
+}
+
 double marginOf(TView<TDarkBreak> places) {
   return places[0].score / std::max(places.size() > 1 ? places[1].score : 0.0, 1.0);
 }
@@ -255,22 +274,19 @@ TList<TDarkBreak> findDarkBreaks(const TFrame& frame, const TStripe& stripe) {
   const TTrace& trace = frame.trace;
   const TStageTimer timer(trace, "dark break");
   TList<TDarkBreak> places(frame.memory);
-  const TPointView piece = longestPiece(stripe.points);
-  const int length = piece.empty() ? 0 : truncToInt(piece.back().x) - truncToInt(piece.front().x) + 1;
-  if (!trace.passes(kColumns, length, kLeastColumns)) return places;
+  if (!trace.passes(kColumns, columnsOf(longestPiece(stripe.points)), kLeastColumns)) return places;
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(frame.image));
   const cv::Mat grey = toGrey(frame.image, pixels);
-  const TCourse course = courseOf(piece, frame.memory);
-  TScores scores = scoreColumns(grey, course, stripe.widthPx, frame.memory);
-  places.reserve(kMostPlaces);
-  while (places.size() < kMostPlaces) {
-    const auto highest = std::max_element(scores.all.begin(), scores.all.end());
-    if (!places.empty() && !(*highest > 0.0)) break;
-    const int place = static_cast<int>(highest - scores.all.begin());
-    places.push_back(breakAt(scores, place, course.firstColumn));
-    std::fill(scores.all.begin() + std::max(place - kRivalPx, 0),
-              scores.all.begin() + std::min(place + kRivalPx + 1, course.columns()), 0.0);
+  const TPointView points = stripe.points;
+  places.reserve(points.size() / kLeastColumns * kMostPlaces + kMostPlaces);
+  for (std::size_t i = 0; i < points.size();) {
+    const TPointView piece = firstPiece(points.part(i, points.size() - i));
+    if (columnsOf(piece) >= kLeastColumns) addPlaces(frame, grey, piece, stripe.widthPx, places);
+    i += piece.size();
   }
+  const auto isHigher = [](const TDarkBreak& a, const TDarkBreak& b) { return a.score > b.score; };
+  std::stable_sort(places.begin(), places.end(), isHigher);
+  if (places.size() > kMostPlaces) places.resize(kMostPlaces);
   return places;
 }
 

@@ -26,11 +26,21 @@ TPointView longestRun(TPointView points, const TTest& goesOn) {
   return points.part(bestBegin, bestEnd - bestBegin);
 }
 
-// Centres at most 12 columns and less than 8 rows from the one before.
+// At most 12 columns and less than 8 rows from one centre to the next.
+inline bool isNextOfPiece(cv::Point2f a, cv::Point2f b) {
+  return b.x - a.x <= 12.0F && std::abs(b.y - a.y) < 8.0F;
+}
+
 //   points  x ascending
 inline TPointView longestPiece(TPointView points) {
-  return longestRun(points,
-                    [](cv::Point2f a, cv::Point2f b) { return b.x - a.x <= 12.0F && std::abs(b.y - a.y) < 8.0F; });
+  return longestRun(points, isNextOfPiece);
+}
+
+// The piece that begins with the first point; empty of none.
+inline TPointView firstPiece(TPointView points) {
+  std::size_t count = points.empty() ? 0 : 1;
+  while (count > 0 && count < points.size() && isNextOfPiece(points[count - 1], points[count])) ++count;
+  return points.part(0, count);
 }
 
 }  // namespace weld
