@@ -125,12 +125,10 @@ struct TGapSight {
   TList<TLineHole> holes;
 };
 
-// One that stands out may be the gap, and a break beside it a lost column.
-bool hasOutstandingHole(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TLineHole& widest) {
-  const TFrame quiet = frame.inSilence();
-  findGapAt(quiet, stripe, previous, widest);
-  const int next = nextWidth(stripe.points, widest, TGapSettings::of(frame.params).lineTolerancePx);
-  return widest.rightX - widest.leftX > kTightGapPx && isUnique(quiet, widest, next);
+// What loses columns elsewhere may have darkened some here, and a hole may be the gap.
+bool hasHole(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TLineHole& widest) {
+  findGapAt(frame.inSilence(), stripe, previous, widest);
+  return widest.rightX - widest.leftX > kTightGapPx;
 }
 
 // By its breaks, else by its widest hole.
@@ -142,8 +140,7 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
     const bool isGap = isDarkBreak(frame.trace, sight.breaks) && isTightAt(frame, sight.seen, sight.breaks[0]);
     if (isGap) {
       TSeam seam = seamAt(frame, sight.seen, sight.breaks[0]);
-      seam.isUnsure =
-          sight.breaks[0].score < kSureBreak && hasOutstandingHole(frame, stripe, previous, sight.line);
+      seam.isUnsure = sight.breaks[0].score < kSureBreak && hasHole(frame, stripe, previous, sight.line);
       return seam;
     }
   }
