@@ -187,7 +187,7 @@ TList<TPlace> placesOf(const TFrame& frame, const TGapSight& sight) {
   for (const TDarkBreak& dark : sight.breaks) {
     const bool isGap = dark.line >= kLeastPathLine && isTightAt(quiet, sight.seen, dark);
     if (!isGap) continue;
-    const double score = std::min(dark.score, kMostOfBreak);
+    const double score = std::min({dark.score, dark.line, kMostOfBreak});
     places.push_back(
         {{static_cast<float>(dark.x), static_cast<float>(dark.columns), static_cast<float>(score)}, &dark});
   }
