@@ -30,7 +30,8 @@ constexpr TCheck kStraight{{18, TWeldOutcome::elementMissing, "gap", "the stripe
 
 constexpr double kLeastPathLine = 1.0;  // of a break's line, in scatters, to be followed over frames
 constexpr double kLeastLine = 2.0;      // to be reported
-constexpr double kMostOfBreak = 6.0;
+constexpr double kMostOfBreak = 6.0;    // of the score of one frame,
+constexpr double kMostOfLine = 1.5;     // in lines: speckle draws none
 constexpr float kScoreOfHole = 6.0F;
 constexpr double kSureBreak = 14.0;  // score of a place that many frames showed, or one beyond doubt;
 constexpr double kSureHole = 18.0;   // as lost stretches may do for a few
@@ -187,7 +188,7 @@ TList<TPlace> placesOf(const TFrame& frame, const TGapSight& sight) {
   for (const TDarkBreak& dark : sight.breaks) {
     const bool isGap = dark.line >= kLeastPathLine && isTightAt(quiet, sight.seen, dark);
     if (!isGap) continue;
-    const double score = std::min({dark.score, dark.line, kMostOfBreak});
+    const double score = std::min({dark.score, kMostOfLine * dark.line, kMostOfBreak});
     places.push_back(
         {{static_cast<float>(dark.x), static_cast<float>(dark.columns), static_cast<float>(score)}, &dark});
   }
