@@ -28,6 +28,12 @@ constexpr TCheck kStraight{{18, TWeldOutcome::elementMissing, "gap", "the stripe
                            TRule::atMost,
                            "deg"};
 
+constexpr float kPlateReachPx = 120.0F;
+constexpr double kLeastPlates = 0.6;
+constexpr TCheck kPlates{{18, TWeldOutcome::elementMissing, "gap", "the stripe bends beside its dark break"},
+                         "share of the stripe on the line of its dark break",
+                         TRule::notBelow};
+
 constexpr double kLeastPathLine = 1.0;  // of a break's line, in scatters, to be followed over frames
 constexpr double kLeastLine = 2.0;      // to be reported
 constexpr double kMostOfBreak = 6.0;    // of the score of one frame,
@@ -62,10 +68,11 @@ bool isUnique(const TFrame& frame, const TLineHole& hole, int next) {
   return frame.trace.passes(kUnique, static_cast<double>(next) / (hole.rightX - hole.leftX), kMostRival);
 }
 
-// The plates beside a tight gap are one straight line.
+// The plates beside a tight gap are one straight line, and most of what the stripe shows.
 bool isStraightAcross(const TFrame& frame, TPointView points, double x) {
   const std::optional<double> turnDeg = turnAt(points, static_cast<float>(x), kTurnReachPx);
-  return frame.trace.passes(kStraight, turnDeg.value_or(90.0), kMostTurnDeg);
+  return frame.trace.passes(kStraight, turnDeg.value_or(90.0), kMostTurnDeg) &&
+         frame.trace.passes(kPlates, straightShare(points, static_cast<float>(x), kPlateReachPx), kLeastPlates);
 }
 
 // What is dark for lack of a stripe is no tight gap.

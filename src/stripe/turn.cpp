@@ -3,17 +3,20 @@
 #include "support/arc_tangent.h"
 #include "support/line_math.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace weld {
 
 namespace {
 
-constexpr float kSkippedPx = 4.0F;  // beside the column, where flare rounds a corner
-constexpr int kLeastPoints = 10;    // on either side
+constexpr float kSkippedPx = 4.0F;       // beside the column, where flare rounds a corner
+constexpr int kLeastPoints = 10;         // on either side
+constexpr double kStraightPx = 8.0;      // off a line,
+constexpr double kStraightSlope = 0.04;  // and more by this for every column away: a plate may be bowed
 
-// Angle of the centres in some columns, least squares, degrees; none of a few.
-std::optional<double> angleBetween(TPointView points, float fromX, float toX) {
+// Least squares line through the centres in some columns; none through a few.
+std::optional<TSlopeLine> lineBetween(TPointView points, float fromX, float toX) {
   double n = 0.0;
   cv::Point2d sum;
   for (const cv::Point2f p : points) {
@@ -30,16 +33,28 @@ std::optional<double> angleBetween(TPointView points, float fromX, float toX) {
     xx += d.x * d.x;
     xy += d.x * d.y;
   }
-  return slopeToDeg(xy / guardDivisor(xx));
+  const double k = xy / guardDivisor(xx);
+  return TSlopeLine{k, (sum.y - k * sum.x) / n};
 }
 
 }  // namespace
 
 std::optional<double> turnAt(TPointView points, float x, float reachPx) {
-  const auto left = angleBetween(points, x - reachPx, x - kSkippedPx);
-  const auto right = angleBetween(points, x + kSkippedPx, x + reachPx);
+  const auto left = lineBetween(points, x - reachPx, x - kSkippedPx);
+  const auto right = lineBetween(points, x + kSkippedPx, x + reachPx);
   if (!left || !right) return std::nullopt;
-  return std::abs(*right - *left);
+  return std::abs(slopeToDeg(right->k) - slopeToDeg(left->k));
+}
+
+double straightShare(TPointView points, float x, float reachPx) {
+  const auto line = lineBetween(points, x - reachPx, x + reachPx);
+  if (!line) return 0.0;
+  const auto isOn = [&](cv::Point2f p) {
+    const double tolerancePx = kStraightPx + kStraightSlope * std::abs(static_cast<double>(p.x - x));
+    return std::abs(line->k * static_cast<double>(p.x) + line->b - static_cast<double>(p.y)) <= tolerancePx;
+  };
+  return static_cast<double>(std::count_if(points.begin(), points.end(), isOn)) /
+         static_cast<double>(points.size());
 }
 
 }  // namespace weld

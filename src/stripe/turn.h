@@ -13,4 +13,7 @@ namespace weld {
 //   reachPx columns on either side that count
 std::optional<double> turnAt(TPointView points, float x, float reachPx);
 
+// Share of all centres that go on along the line through those about a column, 0..1.
+double straightShare(TPointView points, float x, float reachPx);
+
 }  // namespace weld
