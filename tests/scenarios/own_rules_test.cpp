@@ -101,6 +101,29 @@ TEST(OwnRules, aTightButtAmongDarkGrainsIsFoundOverFrames) {
   EXPECT_EQ(seam.state, TSeamState::found);
 }
 
+// The break lies on the shorter of two pieces: of one plate, or of the flank of something else.
+TEST(OwnRules, aTightButtOnAShortPieceOfAStraightStripeIsFoundOnceItRepeats) {
+  TGapSettings settings;
+  settings.minGapPx = 2.0;
+  settings.lineTolerancePx = 3.0;
+  for (const int offsetPx : {0, 40}) {
+    SCOPED_TRACE(offsetPx);
+    TTrackerOptions options;
+    options.keepTrace = true;
+    TWeldTracker tracker(settings.params(), options);
+    TTrackedSeam seam;
+    for (int i = 0; i < 2; ++i) {
+      const cv::Mat whole = speckled({"", {164 + i}, 0.6, true, TSeamState::lost, ""});
+      cv::Mat image = whole.clone();
+      whole(cv::Rect(214, 0, 286, 250)).copyTo(image(cv::Rect(214, offsetPx, 286, 250)));
+      image.colRange(200, 214).setTo(38);
+      seam = tracker.track(image);
+    }
+    EXPECT_EQ(seam.state, offsetPx == 0 ? TSeamState::found : TSeamState::lost) << tracker.lastTrace().sentence;
+    EXPECT_NEAR(seam.weldPos.x, offsetPx == 0 ? 165.5F : 0.0F, 1.5F);
+  }
+}
+
 TEST(OwnRules, aGrooveIsNoButtGapAndABackingNoGroove) {
   const TWeldParams params = TGapSettings().params();
   EXPECT_EQ(trackOnce(painted::grooveFrame(), params, TTrackerOptions::exact()).seam.state, TSeamState::found);
