@@ -28,7 +28,6 @@ constexpr TCheck kStraight{{18, TWeldOutcome::elementMissing, "gap", "the stripe
                            TRule::atMost,
                            "deg"};
 
-constexpr float kPlateReachPx = 120.0F;
 constexpr double kLeastPlates = 0.6;
 constexpr TCheck kPlates{{18, TWeldOutcome::elementMissing, "gap", "the stripe bends beside its dark break"},
                          "share of the stripe on the line of its dark break",
@@ -72,7 +71,7 @@ bool isUnique(const TFrame& frame, const TLineHole& hole, int next) {
 bool isStraightAcross(const TFrame& frame, TPointView points, double x) {
   const std::optional<double> turnDeg = turnAt(points, static_cast<float>(x), kTurnReachPx);
   return frame.trace.passes(kStraight, turnDeg.value_or(90.0), kMostTurnDeg) &&
-         frame.trace.passes(kPlates, straightShare(points, static_cast<float>(x), kPlateReachPx), kLeastPlates);
+         frame.trace.passes(kPlates, straightShare(points, static_cast<float>(x), kTurnReachPx), kLeastPlates);
 }
 
 // What is dark for lack of a stripe is no tight gap.

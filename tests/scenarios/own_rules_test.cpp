@@ -113,14 +113,14 @@ TEST(OwnRules, aTightButtOnAShortPieceOfAStraightStripeIsFoundOnceItRepeats) {
     TWeldTracker tracker(settings.params(), options);
     TTrackedSeam seam;
     for (int i = 0; i < 2; ++i) {
-      const cv::Mat whole = speckled({"", {164 + i}, 0.6, true, TSeamState::lost, ""});
+      const cv::Mat whole = speckled({"", {160 + i}, 0.6, true, TSeamState::lost, ""});
       cv::Mat image = whole.clone();
-      whole(cv::Rect(214, 0, 286, 250)).copyTo(image(cv::Rect(214, offsetPx, 286, 250)));
-      image.colRange(200, 214).setTo(38);
+      whole(cv::Rect(240, 0, 260, 250)).copyTo(image(cv::Rect(240, offsetPx, 260, 250)));
+      image.colRange(232, 240).setTo(38);
       seam = tracker.track(image);
     }
     EXPECT_EQ(seam.state, offsetPx == 0 ? TSeamState::found : TSeamState::lost) << tracker.lastTrace().sentence;
-    EXPECT_NEAR(seam.weldPos.x, offsetPx == 0 ? 165.5F : 0.0F, 1.5F);
+    EXPECT_NEAR(seam.weldPos.x, offsetPx == 0 ? 161.5F : 0.0F, 1.5F);
   }
 }
 
