@@ -72,9 +72,10 @@ bool passesJumpTest(const TSeam& found, const TTrackerOptions& options, TJumpMem
   const bool repeats = memory.pendingFrames > 0 && seamDistance(seam, memory.pending) <= options.maxJumpPx;
   const int frames = repeats ? memory.pendingFrames + 1 : 1;
   if (found.isUnsure && !memory.hasSeam) {
-    const bool isSeenAgain = repeats && seamDistance(seam, memory.pending) <= kSamePlacePx;
-    memory =
-        isSeenAgain ? TJumpMemory{true, seam, 0, {}, shouldersOf(found)} : TJumpMemory{false, {}, 1, seam, {}};
+    const bool isSeenAgain =
+        repeats && seamDistance(seam, memory.pending) <= kSamePlacePx && found.isFlush == memory.isPendingFlush;
+    memory = isSeenAgain ? TJumpMemory{true, seam, 0, {}, shouldersOf(found)}
+                         : TJumpMemory{false, {}, 1, seam, {}, found.isFlush};
     return trace.holds(kUnsure, isSeenAgain);
   }
   const bool isConfirmed = jumpPx > options.maxJumpPx && frames >= options.acceptAfterFrames;

@@ -29,6 +29,7 @@ struct TJumpMemory {
   int pendingFrames = 0;  // frames in a row that showed a seam at another place
   cv::Point2f pending;    // that place in the last of them
   TShoulders shoulders;   // of the last seam that was let through
+  bool isPendingFlush = false;
 };
 
 // Takes note of what a frame found. A groove has moved by as much as its shoulders, whatever its root does: a bead

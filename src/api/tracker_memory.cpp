@@ -8,7 +8,7 @@
 namespace weld {
 namespace {
 
-constexpr std::uint64_t kVersion = 2;  // of the order of the fields below
+constexpr std::uint64_t kVersion = 3;  // of the order of the fields below
 constexpr std::size_t kMostPoints = 1U << 20U;
 
 class TByteWriter {
@@ -61,8 +61,8 @@ void visit(TBytes& bytes, TWeldLineRes& line) {
 
 template <typename TBytes>
 void visit(TBytes& bytes, TJumpMemory& jumps) {
-  static_assert(sizeof(TJumpMemory) == 44, "a new field belongs here, too");
-  visitAll(bytes, jumps.hasSeam, jumps.pendingFrames, jumps.shoulders.areFound);
+  static_assert(sizeof(TJumpMemory) == 48, "a new field belongs here, too");
+  visitAll(bytes, jumps.hasSeam, jumps.pendingFrames, jumps.shoulders.areFound, jumps.isPendingFlush);
   visit(bytes, jumps.seam);
   visit(bytes, jumps.pending);
   visit(bytes, jumps.shoulders.left);
@@ -135,7 +135,7 @@ std::string memoryBytes(TTrackerMemory memory, TTemplateView forms) {
   TJumpMemory& jumps = memory.jumps;
   if (!jumps.hasSeam) jumps.seam = {};
   if (!jumps.hasSeam || !jumps.shoulders.areFound) jumps.shoulders = {};
-  if (jumps.pendingFrames == 0) jumps.pending = {};
+  if (jumps.pendingFrames == 0) jumps.pending = {}, jumps.isPendingFlush = false;
   TByteWriter writer;
   visit(writer, memory, forms);
   std::uint64_t sum = checksum(writer.bytes);

@@ -127,8 +127,10 @@ TEST(SeamGate, letsAnUnsureFirstSeamPassOnceItHasRepeated) {
     const char* name;
     std::vector<float> columns;  // of unsure seams, frame by frame, NaN without one
     std::vector<bool> passes;
+    bool isFlushFirst = false;  // the others are not
   } rows[] = {
       {"same place", {100, 120, 100}, {false, true, true}},
+      {"of another kind", {100, 100, 100}, {false, false, true}, true},
       {"elsewhere", {100, 120.5F, 100, 300}, {false, false, false, false}},
       {"lost between", {100, kNaN, 100, 100}, {false, true, false, true}},
       {"known place", {100, 100, kNaN, 130}, {false, true, true, true}},
@@ -139,6 +141,7 @@ TEST(SeamGate, letsAnUnsureFirstSeamPassOnceItHasRepeated) {
       TSeam seam = seamAt({row.columns[i], 50.0F});
       seam.isFound = row.columns[i] == row.columns[i];
       seam.isUnsure = true;
+      seam.isFlush = row.isFlushFirst && i == 0;
       EXPECT_EQ(passesJumpTest(seam, TTrackerOptions(), memory, {}), row.passes[i]) << row.name << ' ' << i;
     }
   }
