@@ -86,29 +86,29 @@ bool mayStandOut(const TSample& s) {
   return s.level >= kWhite && s.thicknessPx >= kLeastSwellPx;
 }
 
-// Cosine of the stripe's slope on one side of a sample; 1 where it is broken.
-double cosineBeside(TView<TSample> samples, std::size_t i, int way) {
-  const TSample* const from = samples.begin() + i;
-  const TSample* to = from;
-  for (int step = 0; step < kSlopeReach; ++step) {
-    const TSample* const next = to + way;
-    if (next < samples.begin() || next >= samples.end()) break;
-    if (std::abs(next->y - to->y) > kMostSlope * std::abs(next->x - to->x)) return 1.0;
-    to = next;
-  }
-  const double dx = std::abs(static_cast<double>(to->x - from->x));
-  const double dy = static_cast<double>(to->y - from->y);
+// Cosine of the stripe's slope from one sample to another.
+double cosineTo(const TSample& from, const TSample& to) {
+  const double dx = std::abs(static_cast<double>(to.x - from.x));
+  const double dy = static_cast<double>(to.y - from.y);
   return dx > 0.0 ? dx / std::sqrt(dx * dx + dy * dy) : 1.0;
 }
 
-// From rows to px across the stripe; at a bend across the steeper side.
+// From rows to px across the stripe; at a bend across the steeper side, and along the image beside a break.
 void takeSlopes(TList<TSample>& samples) {
   constexpr std::size_t kReach = kSlopeReach;
+  const auto isBreak = [](const TSample& a, const TSample& b) {
+    return std::abs(b.y - a.y) > kMostSlope * std::abs(b.x - a.x);
+  };
+  const std::size_t last = samples.size() - 1;
   TList<double> right(samples.size(), samples.get_allocator().resource());
+  std::size_t broken = samples.size() + kReach;  // the first break from here on
+  for (std::size_t i = samples.size(); i-- > 0;) {
+    if (i < last && isBreak(samples[i], samples[i + 1])) broken = i;
+    right[i] = broken < i + kReach ? 1.0 : cosineTo(samples[i], samples[std::min(i + kReach, last)]);
+  }
   for (std::size_t i = 0; i < samples.size(); ++i) {
-    right[i] = cosineBeside(samples, i, 1);
     // The way back has the same slope.
-    const double left = i < kReach ? cosineBeside(samples, i, -1) : right[i - kReach];
+    const double left = i >= kReach ? right[i - kReach] : broken < i ? 1.0 : cosineTo(samples[i], samples.front());
     samples[i].thicknessPx *= std::min(left, right[i]);
   }
 }

@@ -52,18 +52,45 @@ struct TChoice {
   double squares = 0.0;  // of their distances
 };
 
-// As a template argument the number of parameters unrolls the sums.
+// Of the powers of u, and of rows by them. Single numbers stay in registers, which an array does not.
+struct TPowerSums {
+  void add(double u, double y) {
+    const double u2 = u * u;
+    n += 1.0;
+    s1 += u;
+    s2 += u2;
+    s3 += u2 * u;
+    s4 += u2 * u2;
+    y0 += y;
+    y1 += u * y;
+    y2 += u2 * y;
+  }
+
+  double n = 0.0;
+  double s1 = 0.0;
+  double s2 = 0.0;
+  double s3 = 0.0;
+  double s4 = 0.0;
+  double y0 = 0.0;
+  double y1 = 0.0;
+  double y2 = 0.0;
+};
+
+// As a template argument the number of parameters leaves out sums that nobody asks for.
 template <std::size_t parameters>
 bool solveFor(const TChoice& choice, TStripeCurve& curve) {
-  TNormalEquations equations(parameters);
+  const double originX = curve.originX;
+  TPowerSums sums;
   TExtent extent;
   for (std::size_t i = 0; i < choice.points.size(); ++i) {
     if (choice.isIn[i] == 0) continue;
     const auto x = static_cast<double>(choice.points[i].x);
-    const double u = (x - curve.originX) / kUnitPx;
-    equations.add({1.0, u, u * u}, static_cast<double>(choice.points[i].y), 1.0);
+    sums.add((x - originX) / kUnitPx, static_cast<double>(choice.points[i].y));
     extent = {std::min(extent.first, x), std::max(extent.last, x)};
   }
+  TNormalEquations equations(parameters);
+  equations.addSums({{{sums.n}, {sums.s1, sums.s2}, {sums.s2, sums.s3, sums.s4}}}, {sums.y0, sums.y1, sums.y2},
+                    sums.n);
   if (equations.weight() < kLeastCentres || !equations.factor()) return false;
   const TTriple solution = equations.solution();
   curve.a = solution[0];

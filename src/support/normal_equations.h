@@ -21,6 +21,14 @@ public:
     }
     sum += w;
   }
+  // The same of many values, by their sums: slope times slope, its lower half; slope times offset; weight.
+  void addSums(const std::array<TTriple, 3>& squares, const TTriple& products, double w) {
+    for (std::size_t k = 0; k < count; ++k) {
+      for (std::size_t m = 0; m <= k; ++m) a[k][m] += squares[k][m];
+      b[k] += products[k];
+    }
+    sum += w;
+  }
   double weight() const { return sum; }
 
   // Cholesky's factor; false where a parameter is not held by the data. To be called once, before the solutions.
