@@ -1,5 +1,6 @@
 #include "stripe/dark_break.h"
 
+#include "stripe/break_lines.h"
 #include "stripe/longest_piece.h"
 #include "support/grey_image.h"
 #include "support/line_math.h"
@@ -21,16 +22,12 @@ constexpr int kBesideColumns = 10;  // that a dark column is held against, on ei
 constexpr int kStepColumns = 20;    // on either side of a step
 constexpr int kStepSkipped = 2;
 constexpr int kMargin = kStepColumns + kStepSkipped;  // columns at either end without a score
-constexpr int kSteepest = 15;                         // tenths of a column per row: of the joint in the image
-constexpr int kLineRows = 9;                          // beside the stripe, on either side
-constexpr double kLineClearance = 7.0;                // px beyond the edges of the stripe
 constexpr int kRivalPx = 14;                          // nearer places are the same break
 constexpr int kSamePlacePx = 2;
 
 // Scatters below these come of images without noise.
 constexpr double kLeastDipScatter = 0.06;
 constexpr double kLeastStepScatter = 0.05;  // px
-constexpr double kLeastLineScatter = 0.5;   // grey levels
 
 constexpr double kMostOfDip = 8.0;
 constexpr double kMostOfStep = 4.0;
@@ -173,44 +170,6 @@ TValues findSteps(const TValues& centres, TMemory* memory) {
   return steps;
 }
 
-// Grey level of a row between two columns; that of the border beyond it.
-double levelAt(const cv::Mat& grey, int y, double x) {
-  const auto* const row = grey.ptr<unsigned char>(std::clamp(y, 0, grey.rows - 1));
-  const int left = std::clamp(static_cast<int>(std::floor(x)), 0, grey.cols - 2);
-  const double share = std::clamp(x - left, 0.0, 1.0);
-  return row[left] * (1.0 - share) + row[left + 1] * share;
-}
-
-// How dark a line through each column is beside the stripe, in scatters; of all slopes the darkest.
-TValues findLines(const cv::Mat& grey, const TCourse& course, double widthPx, TMemory* memory) {
-  const int nearest = roundToInt(0.5 * widthPx + kLineClearance);
-  const int columns = course.columns();
-  TValues lines(course.centres.size(), 0.0, memory);
-  TValues levels(memory);
-  TValues darkness(memory);
-  for (int tenths = -kSteepest; tenths <= kSteepest; ++tenths) {
-    levels.assign(course.centres.size(), 0.0);
-    for (int i = 0; i < columns; ++i) {
-      const int row = roundToInt(course.rows[static_cast<std::size_t>(i)]);
-      for (int d = nearest; d < nearest + kLineRows; ++d) {
-        const double shift = 0.1 * tenths * d;
-        const int x = course.firstColumn + i;
-        levels[static_cast<std::size_t>(i)] +=
-            levelAt(grey, row + d, x + shift) + levelAt(grey, row - d, x - shift);
-      }
-      levels[static_cast<std::size_t>(i)] /= 2 * kLineRows;
-    }
-    darkness.assign(course.centres.size(), 0.0);
-    for (int i = 7; i + 7 < columns; ++i) {
-      const double beside = std::min(meanOf(levels, i - 7, 5), meanOf(levels, i + 3, 5));
-      darkness[static_cast<std::size_t>(i)] = beside - levels[static_cast<std::size_t>(i)];
-    }
-    const double scatter = scatterOf(darkness, kLeastLineScatter);
-    for (std::size_t i = 0; i < lines.size(); ++i) lines[i] = std::max(lines[i], darkness[i] / scatter);
-  }
-  return lines;
-}
-
 struct TScores {
   TDips dips;
   TValues lines;
@@ -218,7 +177,8 @@ struct TScores {
 };
 
 TScores scoreColumns(const cv::Mat& grey, const TCourse& course, double widthPx, TMemory* memory) {
-  TScores scores{findDips(brightnessAlong(grey, course, memory), memory), findLines(grey, course, widthPx, memory),
+  TScores scores{findDips(brightnessAlong(grey, course, memory), memory),
+                 findLines(grey, course.firstColumn, course.rows, widthPx, memory),
                  TValues(course.centres.size(), 0.0, memory)};
   const TValues steps = findSteps(course.centres, memory);
   for (int i = kMargin; i + kMargin < course.columns(); ++i) {
