@@ -14,15 +14,16 @@ namespace weld {
 
 namespace {
 
-constexpr int kSteepest = 15;           // tenths of a column per row: of the joint in the image
-constexpr int kLineRows = 9;            // beside the stripe, on either side
+constexpr int kSteepest = 15;  // tenths of a column per row: of the joint in the image
+constexpr int kLineRows = 9;   // beside the stripe, on either side
+constexpr int kRows = 2 * kLineRows;
 constexpr double kLineClearance = 7.0;  // px beyond the edges of the stripe
 constexpr int kBesideFrom = 3;          // columns from the line to those that it is held against,
 constexpr int kBesideColumns = 5;       // on either side
 constexpr int kBesideTo = kBesideFrom + kBesideColumns - 1;
 
-constexpr int kShares = 10;                           // of a column
-constexpr int kLightUnits = 2 * kLineRows * kShares;  // sums of so many make a grey level
+constexpr int kShares = 10;                   // of a column
+constexpr int kLightUnits = kRows * kShares;  // sums of so many make a grey level
 constexpr int kDarkUnits = kLightUnits * kBesideColumns;
 constexpr double kLeastScatter = 0.5;  // grey levels: of images without noise
 
@@ -52,11 +53,11 @@ struct TCrossing {
   std::uint16_t left;  // shares of that column and of the next
   std::uint16_t right;
 };
-using TCrossings = std::array<TCrossing, 2 * kLineRows>;
+using TCrossings = std::array<TCrossing, kRows>;
 
 TCrossings crossingsOf(int nearestRow, int tenths) {
   TCrossings crossings;
-  for (int k = 0; k < 2 * kLineRows; ++k) {
+  for (int k = 0; k < kRows; ++k) {
     const int row = k < kLineRows ? nearestRow + k : kLineRows - nearestRow - k;
     const int shift = tenths * row;
     const int column = shift >= 0 ? shift / kShares : -((kShares - 1 - shift) / kShares);
