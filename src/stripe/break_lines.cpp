@@ -95,14 +95,6 @@ void takeDarkness(const TList<std::uint16_t>& light, TList<int>& darkness) {
   for (std::size_t i = kBesideTo; i + kBesideTo < light.size(); ++i)
     darkness[i] = std::min(sumFrom(i - kBesideTo), sumFrom(i + kBesideFrom)) - kBesideColumns * light[i];
 }
-
-double scatterOf(const TList<int>& darkness, TList<int>& work) {
-  work.assign(darkness.begin(), darkness.end());
-  const int median = medianOf(work);
-  for (int& v : work) v = std::abs(v - median);
-  return std::max(1.4826 * medianOf(work) / kDarkUnits, kLeastScatter);
-}
-
 TList<double> darkestLines(const TBand& band, TMemory* memory) {
   const std::size_t columns = band.rows.size();
   TList<double> lines(columns, 0.0, memory);
@@ -112,7 +104,7 @@ TList<double> darkestLines(const TBand& band, TMemory* memory) {
   for (int tenths = -kSteepest; tenths <= kSteepest; ++tenths) {
     sumLight(band, tenths, light);
     takeDarkness(light, darkness);
-    const double unit = scatterOf(darkness, work) * kDarkUnits;
+    const double unit = std::max(scatterOf(darkness, work) / kDarkUnits, kLeastScatter) * kDarkUnits;
     for (std::size_t i = 0; i < columns; ++i) lines[i] = std::max(lines[i], darkness[i] / unit);
   }
   return lines;

@@ -50,14 +50,6 @@ constexpr TCheck kMarginCheck{kNoCertain, "score over that of the next break", T
 
 using TValues = TList<double>;
 
-// Standard deviation of what is no outlier.
-double scatterOf(const TValues& values, double least) {
-  TValues work(values, values.get_allocator().resource());
-  const double median = medianOf(work);
-  for (double& v : work) v = std::abs(v - median);
-  return std::max(1.4826 * medianOf(work), least);
-}
-
 double meanOf(const TValues& values, int first, int count) {
   double sum = 0.0;
   for (int i = first; i < first + count; ++i) sum += values[static_cast<std::size_t>(i)];
@@ -127,6 +119,7 @@ TDips findDips(const TValues& brightness, TMemory* memory) {
   const int columns = static_cast<int>(brightness.size());
   TDips dips{TValues(brightness.size(), 0.0, memory), TList<int>(brightness.size(), 1, memory)};
   TValues depth(memory);
+  TValues work(memory);
   for (int width = 1; width <= kMostDark; ++width) {
     depth.assign(brightness.size(), 0.0);
     for (int i = kBesideColumns; i + width + kBesideColumns <= columns; ++i) {
@@ -135,7 +128,7 @@ TDips findDips(const TValues& brightness, TMemory* memory) {
       const double drop = beside - meanOf(brightness, i, width);
       depth[static_cast<std::size_t>(i + (width - 1) / 2)] = drop / std::max(beside, 1.0);
     }
-    const double scatter = scatterOf(depth, kLeastDipScatter);
+    const double scatter = std::max(scatterOf(depth, work), kLeastDipScatter);
     for (std::size_t i = 0; i < depth.size(); ++i) {
       if (depth[i] / scatter <= dips.depth[i]) continue;
       dips.depth[i] = depth[i] / scatter;
@@ -165,7 +158,8 @@ TValues findSteps(const TValues& centres, TMemory* memory) {
         extrapolate(centres, i + kStepSkipped, kStepColumns, i) -
         extrapolate(centres, i - kStepSkipped - kStepColumns + 1, kStepColumns, i);
   }
-  const double scatter = scatterOf(steps, kLeastStepScatter);
+  TValues work(memory);
+  const double scatter = std::max(scatterOf(steps, work), kLeastStepScatter);
   for (double& step : steps) step = std::abs(step) / scatter;
   return steps;
 }
