@@ -94,7 +94,7 @@ const std::vector<TPointRow>& pointRows() {
 
 const std::vector<TRunRow>& runRows() {
   static const std::vector<TRunRow> rows = {
-      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 19, kAny, 95.5},
+      {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 17, kAny, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 9, kAny, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 13, kAny, 99.5},
       {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 0, 95.5},

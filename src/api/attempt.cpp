@@ -82,8 +82,10 @@ void concludeSeam(const TQuest& quest, TSeam& seam) {
       quest.refusesImpossible && seam.isFound && !isSeamPointPossible(frame, seam, quest.joint.rules);
   if (isRefused) {
     const TBreakPlaces places = seam.places;
+    const TKnownShapes shapes = seam.shapes;
     seam = TSeam(std::move(seam.stripePts));
     seam.places = places;
+    seam.shapes = shapes;
   }
   if (!frame.trace) return;
   const int points = static_cast<int>(seam.stripePts.size());

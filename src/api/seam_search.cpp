@@ -67,6 +67,7 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   if (!search.isAutomatic()) return attemptByRule(search.quest, {search.options.extraction}, previous);
   TPrevious unfound;
   unfound.places = search.memory.last.places;
+  unfound.shapes = search.memory.last.shapes;
   unfound.pos = search.memory.last.pos;
   unfound.isFlush = search.memory.last.isFlush;
   unfound.isSearchedAnew = search.memory.last.isFound;
@@ -88,6 +89,7 @@ TFound searchFirst(const TSearch& search) {
   TPrevious stripe(found.seam);
   stripe.profile = nullptr;  // laid on less of the stripe
   stripe.places = search.memory.last.places;
+  stripe.shapes = search.memory.last.shapes;
   stripe.isOfThisFrame = true;
   TFound second = searchNear(search, {stripe, static_cast<int>(found.seam.stripePts.size())}, {});
   return second.seam.isFound && !isClearer(found.seam, second.seam) ? std::move(second) : std::move(found);

@@ -58,6 +58,7 @@ struct TWeldTracker::TState {
   std::optional<weld::TProfileFit> lastProfile;
   bool wasFlush = false;
   weld::TBreakPlaces places;
+  weld::TKnownShapes shapes;
   int bestColumns = 0;      // of the results of the recent frames
   int edgePairColumns = 0;  // of the last result
   weld::TJumpMemory jumps;
@@ -111,6 +112,7 @@ weld::TFound TWeldTracker::TState::search(const weld::TFrame& frame, const weld:
   if (followsProfile && lastProfile) previous.profile = &*lastProfile;
   previous.isFlush = guides && wasFlush;
   previous.places = &places;
+  if (options.extraction == TStripeExtraction::automatic) previous.shapes = &shapes;
   weld::TFound found = searchSeam(quest, options, {previous, bestColumns, edgePairColumns});
   const bool isAnother = quest.usesOwnRules && joint->rules.rivalOf != nullptr && isAtNewPlace(found.seam) &&
                          !isShownBy(frame, found.seam, found.stripe, joint->rules.rivalOf);
@@ -201,6 +203,7 @@ TTrackedSeam TWeldTracker::track(const cv::Mat& image) {
   std::swap(state->trace, trace);
   state->jumps = jumps;
   state->places = found.seam.places;
+  state->shapes = found.seam.shapes;
   state->announcedFrames = announced;
   state->heldFrames = isHeld ? state->heldFrames + 1 : 0;
   if (!isHeld) {
@@ -219,6 +222,7 @@ void TWeldTracker::reset() {
   state->lastProfile.reset();
   state->wasFlush = false;
   state->places = {};
+  state->shapes = {};
   state->bestColumns = 0;
   state->edgePairColumns = 0;
   state->jumps = {};
@@ -242,7 +246,7 @@ const TFrameTrace& TWeldTracker::lastTrace() const {
 std::string TWeldTracker::memory() const {
   const TState& s = *state;
   return weld::memoryBytes(
-      {s.last, s.lastProfile, s.wasFlush, s.places, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames},
+      {s.last, s.lastProfile, s.wasFlush, s.places, s.shapes, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames},
       s.forms());
 }
 
@@ -254,6 +258,7 @@ bool TWeldTracker::setMemory(std::string_view bytes) {
   state->lastProfile = memory->profile;
   state->wasFlush = memory->wasFlush;
   state->places = memory->places;
+  state->shapes = memory->shapes;
   state->bestColumns = memory->bestColumns;
   state->edgePairColumns = memory->edgePairColumns;
   state->jumps = memory->jumps;

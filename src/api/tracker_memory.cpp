@@ -8,7 +8,7 @@
 namespace weld {
 namespace {
 
-constexpr std::uint64_t kVersion = 3;  // of the order of the fields below
+constexpr std::uint64_t kVersion = 4;  // of the order of the fields below
 constexpr std::size_t kMostPoints = 1U << 20U;
 
 class TByteWriter {
@@ -77,6 +77,15 @@ void visit(TBytes& bytes, TBreakPlaces& places) {
 }
 
 template <typename TBytes>
+void visit(TBytes& bytes, TKnownShapes& shapes) {
+  bytes.value(shapes.count);
+  shapes.count = std::clamp(shapes.count, 0, static_cast<int>(TKnownShapes::kMost));
+  for (TShape& shape : shapes.all) {
+    for (cv::Point2f& point : shape) visit(bytes, point);
+  }
+}
+
+template <typename TBytes>
 void visit(TBytes& bytes, TProfileFit& fit) {
   visitAll(bytes, fit.outcome, fit.sense, fit.confidence, fit.score, fit.noisePx);
   for (TMeasuredPoint& point : fit.features) {
@@ -119,6 +128,7 @@ void visit(TBytes& bytes, TTrackerMemory& memory, TTemplateView forms) {
   visit(bytes, memory.profile, forms);
   visitAll(bytes, memory.wasFlush, memory.bestColumns, memory.edgePairColumns, memory.heldFrames);
   visit(bytes, memory.places);
+  visit(bytes, memory.shapes);
   visit(bytes, memory.jumps);
 }
 

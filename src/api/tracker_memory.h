@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/seam_gate.h"
+#include "detectors/known_shape.h"
 #include "profile/builtin_profiles.h"
 #include "profile/profile_fit.h"
 #include "stripe/break_path.h"
@@ -18,6 +19,7 @@ struct TTrackerMemory {
   std::optional<TProfileFit> profile;
   bool wasFlush = false;
   TBreakPlaces places;
+  TKnownShapes shapes;
   int bestColumns = 0;
   int edgePairColumns = 0;
   TJumpMemory jumps;

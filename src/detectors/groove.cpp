@@ -40,6 +40,13 @@ constexpr TCheck kKnown{{41, TWeldOutcome::fitTooWeak, "shoulder", "the shoulder
                         TRule::atMost,
                         "px"};
 
+constexpr TCheck kSteady{{42, TWeldOutcome::changedTooMuch, "root", "the root lies elsewhere in every frame"},
+                         "distance from where the last frames showed the root",
+                         TRule::atMost,
+                         "px"};
+
+constexpr double kTornPx = 1.0;  // unseen columns; of a stripe with fewer it is the part that differs
+
 // The two tests of an angle.
 struct TAngleCheck {
   TCheck least;
@@ -181,9 +188,13 @@ TWeldPoint pointAt(const TProfileFit& fit, TWeldPosType pos) {
 
 TSeam findGroove(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
   const TTemplateView forms = profilesOf(frame.params.weldType);
-  const std::optional<TProfileFit> fit = layProfile(frame, stripe, forms, previous);
+  std::optional<TProfileFit> fit = layProfile(frame, stripe, forms, previous);
   TSeam seam(TPoints(stripe.points, frame.memory));
+  if (previous.shapes != nullptr) seam.shapes = *previous.shapes;
   if (!fit) return seam;
+  const double offPx = previous.shapes != nullptr ? keepShape(*fit, seam.shapes) : 0.0;
+  const bool isTorn = fit->unseenPx > kTornPx;
+  if (isTorn && !frame.trace.passes(kSteady, offPx, kMostPointSigmaPx)) return seam;
   const TWeldPoint point = pointAt(*fit, frame.params.weldPosType);
   frame.trace.addTestedPoint(point.pos);
   if (isGroove(*fit, TGrooveSettings::of(frame.params), frame.trace) &&

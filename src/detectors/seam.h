@@ -1,6 +1,7 @@
 // What a joint's detector finds, and what it may know of the frame before.
 #pragma once
 
+#include "detectors/known_shape.h"
 #include "profile/profile_fit.h"
 #include "stripe/break_path.h"
 #include "stripe/stripe.h"
@@ -49,6 +50,7 @@ struct TSeam : TSeamValues {
   std::optional<TSeamEnds> ends;       // of lap and plate, where they are read so
   TBreakPlaces places;        // where this frame and those before may show a butt gap; middle and width of
                               // a lap's or plate's ends in them
+  TKnownShapes shapes;        // of a groove in this frame and those before
   double hiddenPx = 0.0;      // columns of the flare that hides an end of a lap
   double flankSigmaPx = 0.0;  // of both flanks' rows at a corner, where their light tells it; 0: not told
   bool isFlush = false;       // told by the light along the stripe: a plate flush with its table, a tight gap
@@ -64,6 +66,7 @@ struct TPrevious : TSeamValues {
         stripePts(seam.stripePts),
         profile(seam.profile ? &*seam.profile : nullptr),
         places(&seam.places),
+        shapes(&seam.shapes),
         isFlush(seam.isFlush) {}
   explicit TPrevious(const TWeldLineRes& line)
       : TSeamValues{line.isFound, line.weldPos, line.auxVal1, line.auxVal2,
@@ -73,6 +76,7 @@ struct TPrevious : TSeamValues {
   TPointView stripePts;
   const TProfileFit* profile = nullptr;
   const TBreakPlaces* places = nullptr;
+  const TKnownShapes* shapes = nullptr;  // of the default tracker
   bool isFlush = false;
   bool isSearchedAnew = false;  // it was found, and the image is searched for it as if not
   bool isOfThisFrame = false;   // found in a first look at it

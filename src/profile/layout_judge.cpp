@@ -126,6 +126,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   fit.profile = layout.profile;
   fit.sense = layout.sense;
   fit.noisePx = stripe.noisePx();
+  fit.unseenPx = stripe.holes().unseenPx;
   fit.score = nullCost - score.cost;
   fit.platesApartDeg = platesApartDeg(layout);
   fit.worstShare = score.worstShare;

@@ -78,6 +78,7 @@ struct TProfileFit {
   double confidence = 0.0;                    // 0..1
   double score = 0.0;                         // by how much it is cheaper than a plate or a curve
   double noisePx = 0.0;                       // of the stripe
+  double unseenPx = 0.0;  // root mean square of the columns by which its holes cut an end short
   std::array<TMeasuredPoint, kFeatures> features{};
   TJointMeasures measures;
   double leastDepthPx = kNoMeasure;    // that stands out of the noise
