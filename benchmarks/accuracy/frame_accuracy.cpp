@@ -77,9 +77,9 @@ bool printRun(const fs::path& root, const TRunRow& row) {
   const double worst = *std::min_element(score.columnPercents.begin(), score.columnPercents.end());
   const bool isFoundHeld = score.found >= row.leastFound && score.found <= row.mostFound;
   const bool areColumnsHeld = mean >= row.leastColumnsPercent;
-  std::printf("| %-33s | %-8s | %2d of %2d%-2s | %2d | %5.1f%-2s | %5.1f | %2d of %2d |\n", row.folder,
+  std::printf("| %-33s | %-8s | %2d of %2d%-2s | %2d | %5.1f%-2s | %5.1f | %2d of %2d | %s |\n", row.folder,
               findWeldJoint(row.asked.joint)->shortName, score.found, score.frames, mark(isFoundHeld), score.named,
-              mean, mark(areColumnsHeld), worst, score.jumpedToes, score.quietSteps);
+              mean, mark(areColumnsHeld), worst, score.jumpedToes, score.quietSteps, row.asked.settings);
   std::fflush(stdout);
   return isFoundHeld && areColumnsHeld;
 }
@@ -87,8 +87,10 @@ bool printRun(const fs::path& root, const TRunRow& row) {
 bool printRunTable(const fs::path& root) {
   std::printf(
       "\nRuns, tracked: found; not found and called a groove; columns within 3 px of the weak lines, mean "
-      "and worst frame; shoulders that move by more than 5 px between alike neighbours\n\n");
-  std::printf("| run | joint | found | named | columns %% | worst %% | toes |\n|---|---|---|---|---|---|---|\n");
+      "and worst frame; shoulders that move by more than 5 px between neighbours at rest\n\n");
+  std::printf(
+      "| run | joint | found | named | columns %% | worst %% | toes | settings "
+      "|\n|---|---|---|---|---|---|---|---|\n");
   bool isHeld = true;
   for (const TRunRow& row : accuracy::runRows()) isHeld = printRun(root, row) && isHeld;
   return isHeld;

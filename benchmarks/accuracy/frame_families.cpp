@@ -95,8 +95,13 @@ const std::vector<TPointRow>& pointRows() {
 const std::vector<TRunRow>& runRows() {
   static const std::vector<TRunRow> rows = {
       {"hanhiver-groove/run1_v_multipass", {TWeldType::vGroove}, {12, 31}, 17, kAny, 95.5},
-      {"hanhiver-groove/run2_v_small_root", {TWeldType::vGroove}, {28, 38}, 9, kAny, 99.0},
-      {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 13, kAny, 99.5},
+      {"hanhiver-groove/run2_v_small_root",
+       {TWeldType::vGroove, TPos::centre, "minElementPx=19"},
+       {28, 38},
+       11,
+       kAny,
+       99.0},
+      {"hanhiver-groove/run5_bevel_step", {TWeldType::singleBevel}, {1, 14}, 14, kAny, 99.5},
       {"hanhiver-groove/run1_v_multipass", {TWeldType::buttGap}, {12, 31}, 0, 0, 95.5},
       {"hanhiver-groove/run2_v_small_root", {TWeldType::buttGap}, {28, 43}, 0, 0, 99.0},
       {"hanhiver-groove/run5_bevel_step", {TWeldType::buttGap}, {1, 14}, 0, 0, 99.5},

@@ -10,7 +10,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double kColumnPx = 3.0;  // a centre so near the weak line follows the stripe
-constexpr double kQuietPx = 2.0;   // median shift of a weak line that stays where it is
+constexpr double kQuietPx = 2.0;   // shift of a weak line that stays where it is, in most of its columns
+constexpr std::size_t kQuietPercent = 95;
 constexpr double kMostToeStepPx = 5.0;
 
 std::optional<cv::Point2d> pointOf(const TTrackedSeam& seam, const std::optional<TFeature>& feature) {
@@ -61,6 +62,7 @@ double columnPercent(const TWeakLine& line, const std::vector<cv::Point2f>& cent
   return columns > 0 ? 100.0 * near / columns : std::nan("");
 }
 
+// Plates stay where they are when a part moves sideways; its flanks do not.
 bool isQuiet(const TWeakLine& before, const TWeakLine& line) {
   std::vector<double> shifts;
   auto other = before.begin();
@@ -68,7 +70,8 @@ bool isQuiet(const TWeakLine& before, const TWeakLine& line) {
     while (other != before.end() && other->x < p.x) ++other;
     if (other != before.end() && other->x == p.x) shifts.push_back(std::abs(other->y - p.y));
   }
-  return medianOf(shifts) <= kQuietPx;
+  std::sort(shifts.begin(), shifts.end());
+  return !shifts.empty() && shifts[shifts.size() * kQuietPercent / 100] <= kQuietPx;
 }
 
 struct TRunFrame {

@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::size_t kMostRefined = 7;  // layouts of a joint
 constexpr std::size_t kMostRefinedOfMany = 3;
-constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much
+constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much,
+constexpr double kLastHope = 60.0;  // where that one does not meet
 constexpr double kClear = 22.0;     // by which a layout that fits beats the others
 constexpr double kMostInflation = 4.0;
 constexpr double kSharpU = 12.0;
@@ -54,20 +55,21 @@ public:
 
   // Layouts of all forms in the senses allowed, the cheapest first; none that is hopeless beside the cheapest of
   // them or beside a plate.
-  //   most  cost of a layout of another joint that this one has to compete with
-  TList<TProfileCut> search(TTemplateView forms, double most) {
+  //   most      cost of a layout of another joint that this one has to compete with
+  //   hopeless  dearer than the cheapest layout by so much
+  TList<TProfileCut> search(TTemplateView forms, double most, double hopeless = kHopeless) {
     TList<TProfileCut> cuts(memory);
     double least = std::min(most, leastNull + kNullSlack);
     for (const TProfileTemplate& form : forms) {
       for (const int sense : {1, -1}) {
         if (sense == -options.senses) continue;
-        for (const TProfileCut& cut : searchProfile(form, sense, choices, least + kHopeless, memory)) {
+        for (const TProfileCut& cut : searchProfile(form, sense, choices, least + hopeless, memory)) {
           insertCheap(cuts, cut);
           least = std::min(least, cut.cost);
         }
       }
     }
-    while (!cuts.empty() && cuts.back().cost > least + kHopeless) cuts.pop_back();
+    while (!cuts.empty() && cuts.back().cost > least + hopeless) cuts.pop_back();
     return cuts;
   }
 
@@ -234,7 +236,9 @@ TProfileFit fitProfile(const TStripeProfile& stripe, TTemplateView forms, const 
                        std::pmr::memory_resource* memory) {
   if (!stripe.isUsable()) return refused(TProfileOutcome::tooFewCentres);
   TFormSearch search(stripe, options, memory);
-  return search.best(search.search(forms, kNoLimit), kMostRefined);
+  const TProfileFit fit = search.best(search.search(forms, kNoLimit), kMostRefined);
+  if (fit.outcome != TProfileOutcome::notMeeting) return fit;
+  return search.best(search.search(forms, kNoLimit, kLastHope), kMostRefined);
 }
 
 TProfileFit trackProfile(const TStripeProfile& stripe, const TProfileFit& before, const TProfileOptions& options,
