@@ -16,7 +16,8 @@ constexpr double kBound = 2.0;     // cost of a centre that belongs to nothing
 constexpr double kMost = 3.0;      // of one that an element does not explain
 constexpr double kFreeCost = 0.8;  // of a centre outside the joint, over the bound
 constexpr double kBowPerLength = 0.003;
-constexpr int kMostScored = 90;  // centres of an element, evenly picked
+constexpr int kMostScored = 90;  // centres of an element, one of each stretch of it
+constexpr double kGolden = 0.6180339887498949;
 constexpr double kInlierSigmas = 3.5;
 constexpr double kEndPx = 90.0;  // columns next to a corner that must be seen
 constexpr double kCostPerLine = 8.0;
@@ -64,8 +65,8 @@ public:
     double bent = 0.0;
     double straight = 0.0;
     int scored = 0;
-    for (int i = element.span.first; i < element.span.last; i += step, ++scored) {
-      const cv::Point2d p = centres.at(i);
+    for (int from = element.span.first; from < element.span.last; from += step, ++scored) {
+      const cv::Point2d p = centres.at(std::min(from + picked(scored), element.span.last - 1));
       bent += costOf(surface.offsetOf(p), inv);
       if (range.kind == TElementKind::line) straight += costOf(element.lines.whole.offsetOf(p.x, p.y), inv);
     }
@@ -89,6 +90,11 @@ private:
       inside += offset * offset < limit ? 1 : 0;
     }
     return span.count() > 0 ? static_cast<double>(inside) / span.count() : 1.0;
+  }
+  // Whole rows repeat along a tilted line: at equal distances all centres may be alike.
+  int picked(int stretch) const {
+    const double turns = kGolden * stretch;
+    return static_cast<int>((turns - std::floor(turns)) * step);
   }
   double bow2() const {
     const double bowPx = kBowPerLength * (element.right.x - element.left.x);
