@@ -94,6 +94,20 @@ TEST_F(ProfileEngine, FindsJointsAsExactlyAsPromised) {
   }
 }
 
+// Steps of one row about every 14 columns, as many as lie between the centres that are scored.
+TEST_F(ProfileEngine, WholeRowsOfATiltedPlateHideNoNarrowGroove) {
+  for (int phase = 0; phase < 14; ++phase) {
+    std::vector<cv::Point2f> points;
+    for (int x = 0; x < 1272; ++x) {
+      if (x >= 646 && x < 654) continue;  // the wall
+      const double deepPx = x > 598 && x < 646 ? 2.2 * (x - 598) : 0.0;
+      points.emplace_back(static_cast<float>(x),
+                          std::round(static_cast<float>(400.0 + deepPx - (x + phase) / 14.0)));
+    }
+    EXPECT_TRUE(fit(points, TWeldType::singleBevel).isFound()) << phase;
+  }
+}
+
 TEST_F(ProfileEngine, ReportsNoJointOnPlatesAndCurves) {
   for (const TLevel level : {TLevel::clean, TLevel::noisy, TLevel::harsh}) {
     int reported = 0;
