@@ -107,9 +107,10 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   const auto isOn = [&](cv::Point2f p) {
     return static_cast<double>(p.x) >= ends.left && static_cast<double>(p.x) <= ends.right;
   };
+  const TPoints straight = onStraightLine(stripe.points, frame.memory);
   TSeam seam(frame.memory);
-  seam.stripePts.reserve(stripe.points.size());
-  std::copy_if(stripe.points.begin(), stripe.points.end(), std::back_inserter(seam.stripePts), isOn);
+  seam.stripePts.reserve(straight.size());
+  std::copy_if(straight.begin(), straight.end(), std::back_inserter(seam.stripePts), isOn);
   if (seam.stripePts.size() < 2) return seam;
   const cv::Point2f start = seam.stripePts.front();
   const cv::Point2f end = seam.stripePts.back();
