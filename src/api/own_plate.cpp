@@ -25,6 +25,8 @@ constexpr TCheck kWidth{{28, TWeldOutcome::sizeOutOfRange, "plate", "plate too n
                         "minWidthPx"};
 
 constexpr double kBorderPx = 10.0;
+constexpr double kFlarePx =
+    12.0;  // columns from a flare and its halo, within which a step of the light is its edge
 constexpr double kLeastRival = 0.7;       // of the change of light at the ends: may be an end as well
 constexpr float kTouchingPx = 12.0F;      // columns to the next centre of a stripe that goes on
 constexpr double kMostOffPx = 8.0;        // of that centre
@@ -57,6 +59,17 @@ struct TEnds {
   double right = 0.0;
   double change = 0.0;  // the smaller one of both
 };
+
+// A step at a flare lies anywhere under it: an edge shines to both sides.
+void moveUnderFlares(TView<TFlare> flares, TList<TLightStep>& steps) {
+  for (TLightStep& step : steps) {
+    for (const TFlare& flare : flares) {
+      const auto first = static_cast<double>(flare.firstX);
+      const auto last = static_cast<double>(flare.lastX);
+      if (step.x > first - kFlarePx && step.x < last + kFlarePx) step.x = flare.middleX;
+    }
+  }
+}
 
 // Of the opposite steps those whose smaller one is largest.
 std::optional<TEnds> endsBetween(const TList<TLightStep>& steps) {
@@ -94,9 +107,10 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
   const auto isOn = [&](cv::Point2f p) {
     return static_cast<double>(p.x) >= ends.left && static_cast<double>(p.x) <= ends.right;
   };
+  const TPoints straight = onStraightLine(stripe.points, frame.memory);
   TSeam seam(frame.memory);
-  seam.stripePts.reserve(stripe.points.size());
-  std::copy_if(stripe.points.begin(), stripe.points.end(), std::back_inserter(seam.stripePts), isOn);
+  seam.stripePts.reserve(straight.size());
+  std::copy_if(straight.begin(), straight.end(), std::back_inserter(seam.stripePts), isOn);
   if (seam.stripePts.size() < 2) return seam;
   const cv::Point2f start = seam.stripePts.front();
   const cv::Point2f end = seam.stripePts.back();
@@ -200,10 +214,12 @@ double moveIntoFlare(const TFrame& frame, const TStripe& stripe, bool isRight, T
   return x;
 }
 
-TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
+TSeam findPlateWithEnds(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares,
+                        const TPrevious& previous) {
   // Along a raised plate the stripe is straight too, and its light may change near the ends.
   const bool isRaised = previous.isFound && !previous.isFlush;
-  const TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
+  TList<TLightStep> steps = isRaised ? TList<TLightStep>(frame.memory) : findLightSteps(frame, stripe);
+  moveUnderFlares(flares, steps);
   const bool wasFlush = previous.isFound && previous.isFlush;
   if (steps.empty() && !wasFlush) {
     TSeam seam = findPlate(frame, stripe, previous);
@@ -245,8 +261,9 @@ void readEnds(const TFrame& frame, const TEndOfPiece& plate, const TLines& lines
 }
 
 TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlaresWithHalo(frame, stripe.points));
-  TSeam seam = findPlateWithEnds(frame, rest ? *rest : stripe, previous);
+  const TList<TFlare> flares = findFlaresWithHalo(frame, stripe.points);
+  const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
+  TSeam seam = findPlateWithEnds(frame, rest ? *rest : stripe, flares, previous);
   if (!seam.isFound || seam.stripePts.size() < kLeastBeyond || !havePlateEndsSupport(seam)) return seam;
   TToldColumns told = seam.ends ? TToldColumns{seam.ends->left.x, seam.ends->right.x} : TToldColumns();
   const TPoints seen(seam.stripePts, frame.memory);

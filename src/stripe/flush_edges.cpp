@@ -258,4 +258,13 @@ TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe) {
   return found;
 }
 
+TPoints onStraightLine(TPointView points, TMemory* memory) {
+  const TSlopeLine line = fitStraight(points);
+  TPoints on(memory);
+  on.reserve(points.size());
+  std::copy_if(points.begin(), points.end(), std::back_inserter(on),
+               [&](cv::Point2f p) { return offLine(line, p) <= kMostOffPx; });
+  return on;
+}
+
 }  // namespace weld

@@ -17,4 +17,8 @@ struct TLightStep {
 //   stripe  centres inside the image, x ascending
 TList<TLightStep> findLightSteps(const TFrame& frame, const TStripe& stripe);
 
+// The centres of such a straight stripe without those of glare beside it.
+//   points  at least one
+TPoints onStraightLine(TPointView points, TMemory* memory);
+
 }  // namespace weld

@@ -25,6 +25,8 @@ constexpr TLitJoint kLitJoints[] = {
     {"another one", TJoint::corner, TLevel::noisy, 50013, 0.2},
     {"flare on the corner", TJoint::corner, TLevel::real, 50015, 2.0},
     {"blob that the plate seems to go on in", TJoint::plate, TLevel::harsh, 50025, 0.5},
+    {"flare over an end of a flush plate", TJoint::plate, TLevel::real, 50201, 4.0},
+    {"torch beside an end of a flush plate", TJoint::plate, TLevel::real, 50064, 4.0},
     {"flare over an edge of the gap", TJoint::buttGap, TLevel::real, 60000, -1.0},
 };
 
