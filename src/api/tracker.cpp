@@ -245,9 +245,9 @@ const TFrameTrace& TWeldTracker::lastTrace() const {
 // All that reset() forgets and a seam depends on.
 std::string TWeldTracker::memory() const {
   const TState& s = *state;
-  return weld::memoryBytes(
-      {s.last, s.lastProfile, s.wasFlush, s.places, s.shapes, s.bestColumns, s.edgePairColumns, s.jumps, s.heldFrames},
-      s.forms());
+  return weld::memoryBytes({s.last, s.lastProfile, s.wasFlush, s.places, s.shapes, s.bestColumns,
+                            s.edgePairColumns, s.jumps, s.heldFrames},
+                           s.forms());
 }
 
 bool TWeldTracker::setMemory(std::string_view bytes) {
