@@ -25,8 +25,7 @@ constexpr TCheck kWidth{{28, TWeldOutcome::sizeOutOfRange, "plate", "plate too n
                         "minWidthPx"};
 
 constexpr double kBorderPx = 10.0;
-constexpr double kFlarePx =
-    12.0;  // columns from a flare and its halo, within which a step of the light is its edge
+constexpr double kFlarePx = 12.0;         // columns from a flare within which a step of the light is its edge
 constexpr double kLeastRival = 0.7;       // of the change of light at the ends: may be an end as well
 constexpr float kTouchingPx = 12.0F;      // columns to the next centre of a stripe that goes on
 constexpr double kMostOffPx = 8.0;        // of that centre

@@ -6,8 +6,9 @@
 
 namespace weld {
 
-// Moves every line and arc of a layout up or down by what the middle of the light lies off it, on the mean of
-// columns where its centres are; the ends go with it. Where too few columns show a stripe on its own it stays.
+// Moves every line and arc of a layout up or down, and turns its lines, by what the middle of the light lies off
+// them in columns where their centres are, as far as that stands out of its scatter; ends and rounded corners
+// follow. What fewer than 12 columns show stays.
 void moveToLight(const TFrame& frame, const TOrientedCentres& centres, TProfileLayout& layout);
 
 }  // namespace weld

@@ -95,6 +95,7 @@ void takeDarkness(const TList<std::uint16_t>& light, TList<int>& darkness) {
   for (std::size_t i = kBesideTo; i + kBesideTo < light.size(); ++i)
     darkness[i] = std::min(sumFrom(i - kBesideTo), sumFrom(i + kBesideFrom)) - kBesideColumns * light[i];
 }
+
 TList<double> darkestLines(const TBand& band, TMemory* memory) {
   const std::size_t columns = band.rows.size();
   TList<double> lines(columns, 0.0, memory);
