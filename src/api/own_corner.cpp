@@ -30,6 +30,7 @@ constexpr double kFlankReachPx = 8.0;  // of a bowed flank's centres from its li
 constexpr float kBowReachPx = 640.0F;  // columns beside a corner that tell its flanks,
 constexpr float kRoundPx = 4.0F;       // but for these, where flare rounds it
 constexpr int kSteps = 4;
+constexpr double kFineSigmaPx = 0.15;  // of a crossing that needs no more centres
 constexpr double kMostMovePx = 12.0;
 
 constexpr TCheck kBend{{37, TWeldOutcome::fitTooWeak, "corner", "the flanks cross where the stripe does not bend"},
@@ -109,35 +110,51 @@ TPointView within(TPointView points, TPointView piece) {
   return {first, static_cast<std::size_t>(last - first)};
 }
 
-// The light of a flank between two columns.
+// The centres of a flank between two columns.
 TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& flank, float fromX, float toX) {
   TPoints on(frame.memory);
+  on.reserve(points.size());
   for (const cv::Point2f p : points) {
     const double off = flank.k * static_cast<double>(p.x) + flank.b - static_cast<double>(p.y);
     if (p.x >= fromX && p.x <= toX && std::abs(off) <= kFlankReachPx) on.push_back(p);
   }
-  return onLight(frame, on);
+  return on;
 }
 
-// The crossing of the flanks once more, by centres to a fraction of a row and with the bow of the flanks.
-void refineCrossing(const TFrame& frame, TPointView points, TSeam& seam) {
-  const float x0 = seam.pos.x;
-  const TPoints leftPoints =
-      flankBetween(frame, points, {seam.auxVal1, seam.auxVal2}, x0 - kBowReachPx, x0 - kRoundPx);
-  const TPoints rightPoints =
-      flankBetween(frame, points, {seam.auxVal3, seam.auxVal4}, x0 + kRoundPx, x0 + kBowReachPx);
-  const auto originX = static_cast<double>(x0);
-  const auto left = fitStripeCurve(leftPoints, originX, frame.memory);
-  const auto right = fitStripeCurve(rightPoints, originX, frame.memory);
-  if (!left || !right) return;
+// Where the flanks cross, with the bow of the flanks, and how far that may lie off along y.
+struct TCrossing {
+  cv::Point2d pos;
+  double sigmaPx;
+};
+
+//   step  of the centres every so many are looked at
+std::optional<TCrossing> crossingOf(const TFrame& frame, TPointView leftFlank, TPointView rightFlank,
+                                    double originX, std::size_t step) {
+  const auto left = fitStripeCurve(onLight(frame, leftFlank, step), originX, frame.memory);
+  const auto right = fitStripeCurve(onLight(frame, rightFlank, step), originX, frame.memory);
+  if (!left || !right) return std::nullopt;
   double x = originX;
-  for (int step = 0; step < kSteps; ++step)
+  for (int i = 0; i < kSteps; ++i)
     x -= (right->rowAt(x) - left->rowAt(x)) / guardDivisor(right->slopeAt(x) - left->slopeAt(x));
-  if (!(std::abs(x - originX) <= kMostMovePx)) return;
-  seam.pos = cv::Point2f(cv::Point2d(x, 0.5 * (left->rowAt(x) + right->rowAt(x))));
+  if (!(std::abs(x - originX) <= kMostMovePx)) return std::nullopt;
   const double leftSigma = left->sigmaAtOrigin();
   const double rightSigma = right->sigmaAtOrigin();
-  seam.flankSigmaPx = std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma);
+  return TCrossing{{x, 0.5 * (left->rowAt(x) + right->rowAt(x))},
+                   std::sqrt(leftSigma * leftSigma + rightSigma * rightSigma)};
+}
+
+// The crossing of the flanks once more, by centres to a fraction of a row. Neighbours scatter nearly as one; where
+// they scatter much, all of them count.
+void refineCrossing(const TFrame& frame, TPointView points, TSeam& seam) {
+  const float x0 = seam.pos.x;
+  const auto originX = static_cast<double>(x0);
+  const TPoints left = flankBetween(frame, points, {seam.auxVal1, seam.auxVal2}, x0 - kBowReachPx, x0 - kRoundPx);
+  const TPoints right = flankBetween(frame, points, {seam.auxVal3, seam.auxVal4}, x0 + kRoundPx, x0 + kBowReachPx);
+  std::optional<TCrossing> crossing = crossingOf(frame, left, right, originX, 2);
+  if (!crossing || crossing->sigmaPx > kFineSigmaPx) crossing = crossingOf(frame, left, right, originX, 1);
+  if (!crossing) return;
+  seam.pos = cv::Point2f(crossing->pos);
+  seam.flankSigmaPx = crossing->sigmaPx;
 }
 
 }  // namespace

@@ -38,17 +38,23 @@ public:
     const double dark = 0.5 * (darkOn(-1) + darkOn(1));
     const double foot = dark + kHeightShare * (peak - dark);
     if (peak - foot < kLeastHeight) return NAN;
-    double sum = peak - foot;
-    double moment = sum * peakRow;
+    const int darkest = truncToInt(foot);
+    int rows = 1;
+    int sum = peak;
+    int rowSum = peakRow;
+    int moment = peak * peakRow;
     for (const int way : {-1, 1}) {
       int row = peakRow + way;
-      for (; std::abs(row) < kReachRows && at(row) > foot; row += way) {
-        sum += at(row) - foot;
-        moment += (at(row) - foot) * row;
+      for (int level = at(row); level > darkest; level = at(row)) {
+        ++rows;
+        sum += level;
+        rowSum += row;
+        moment += level * row;
+        row += way;
+        if (std::abs(row) >= kReachRows) return NAN;
       }
-      if (std::abs(row) >= kReachRows) return NAN;
     }
-    return moment / sum;
+    return (moment - foot * rowSum) / (sum - foot * rows);
   }
 
 private:
@@ -78,15 +84,17 @@ double lightMiddle(const cv::Mat& image, cv::Point2d centre) {
   }
 }
 
-TPoints onLight(const TFrame& frame, TPointView centres) {
+TPoints onLight(const TFrame& frame, TPointView centres, std::size_t step) {
+  const std::size_t looked = (centres.size() + step - 1) / step;
   TPoints light(frame.memory);
   light.reserve(centres.size());
-  for (const cv::Point2f p : centres) {
+  for (std::size_t i = 0; i < centres.size(); i += step) {
+    const cv::Point2f p = centres[i];
     const auto row = static_cast<double>(p.y);
     const double middle = isFine(row) ? row : lightMiddle(frame.image, p);
     if (std::abs(middle - row) <= kMostOffPx) light.emplace_back(p.x, static_cast<float>(middle));
   }
-  if (2 * light.size() <= centres.size()) light.assign(centres.begin(), centres.end());
+  if (2 * light.size() <= looked) light.assign(centres.begin(), centres.end());
   return light;
 }
 

@@ -18,6 +18,7 @@ double lightMiddle(const cv::Mat& image, cv::Point2d centre);
 
 // The middle of the light at centres of a stripe, without those that do not tell it; the centres themselves where
 // that leaves half of them or less.
-TPoints onLight(const TFrame& frame, TPointView centres);
+//   step  of the centres every so many are looked at, the first among them; at least 1
+TPoints onLight(const TFrame& frame, TPointView centres, std::size_t step);
 
 }  // namespace weld

@@ -10,13 +10,14 @@ namespace weld {
 
 namespace {
 
+constexpr std::size_t kRoughCentres = 40;  // of either half, about, that tell the rough line
 constexpr int kPasses = 4;
 constexpr double kFirstOffPx = 6.0;   // from the rough line
 constexpr double kLeastOffPx = 0.75;  // that a centre may lie off
 constexpr double kOffScatters = 2.5;
 constexpr double kLeastCentres = 10.0;
 constexpr double kUnitPx = 100.0;      // of dx in the equations
-constexpr double kAlike = 3.0;         // neighbours that scatter as one
+constexpr double kAlikePx = 3.0;       // columns whose centres scatter as one
 constexpr double kBowSigmas = 4.0;     // that show a bow
 constexpr double kLeastBowed = 100.0;  // px that tell a bow,
 constexpr double kMostBeyond = 0.25;   // which goes on so far, in lengths
@@ -107,17 +108,18 @@ TStripeCurve roughLine(TPointView points, double originX, TMemory* memory) {
   TStripeCurve line;
   line.originX = originX;
   const std::size_t half = points.size() / 2;
+  const std::size_t every = std::max<std::size_t>(half / kRoughCentres, 1);
   TList<double> values(memory);
   values.reserve(points.size());
-  for (std::size_t i = 0; i + half < points.size(); ++i) {
+  for (std::size_t i = 0; i + half < points.size(); i += every) {
     const cv::Point2f step = points[i + half] - points[i];
     if (step.x > 0.0F) values.push_back(static_cast<double>(step.y / step.x));
   }
   if (values.empty()) return line;
   line.k = medianOf(values);
   values.clear();
-  for (const cv::Point2f p : points)
-    values.push_back(static_cast<double>(p.y) - line.rowAt(static_cast<double>(p.x)));
+  for (std::size_t i = 0; i < points.size(); i += every)
+    values.push_back(static_cast<double>(points[i].y) - line.rowAt(static_cast<double>(points[i].x)));
   line.a = medianOf(values);
   return line;
 }
@@ -132,15 +134,23 @@ std::optional<TStripeCurve> fit(TPointView points, const TStripeCurve& rough, TM
     const bool isOther = choice.choose(curve, mostOffPx);
     if ((isOther || pass == 0) && !solveFor<parameters>(choice, curve)) return std::nullopt;
     curve.noisePx = std::sqrt(choice.squares / curve.count);
+    const double before = mostOffPx;
     mostOffPx = std::max(kOffScatters * curve.noisePx, kLeastOffPx);
+    if (!isOther && mostOffPx == before) break;  // every further pass would be this one
   }
   return curve;
+}
+
+// Scatter of the mean of all centres.
+double sigmaOfMean(const TStripeCurve& curve) {
+  const double alike = std::clamp(kAlikePx * curve.count / std::max(curve.lengthPx, 1.0), 1.0, kAlikePx);
+  return curve.noisePx * std::sqrt(alike / curve.count);
 }
 
 }  // namespace
 
 double TStripeCurve::sigmaAtOrigin() const {
-  const double mean = noisePx * std::sqrt(kAlike / count);
+  const double mean = sigmaOfMean(*this);
   const double lengths = 0.5 + beyondPx / std::max(lengthPx, 1.0);  // from the middle
   const double bow = c == 0.0 ? 0.0 : 4.0 * kBowSpread * (lengths * lengths - 1.0 / 12.0);
   return mean * std::sqrt(1.0 + 12.0 * lengths * lengths + bow * bow);
@@ -155,7 +165,7 @@ std::optional<TStripeCurve> fitStripeCurve(TPointView points, double originX, TM
   const std::optional<TStripeCurve> bent = fit<3>(points, rough, memory);
   if (!bent) return std::nullopt;
   const double bowPx = 0.25 * std::abs(bent->c) * bent->lengthPx * bent->lengthPx;
-  const double sigmaPx = kBowSpread * bent->noisePx * std::sqrt(kAlike / bent->count);
+  const double sigmaPx = kBowSpread * sigmaOfMean(*bent);
   const bool isBowed = bowPx > kBowSigmas * sigmaPx && bent->lengthPx > kLeastBowed &&
                        bent->beyondPx < kMostBeyond * bent->lengthPx;
   return isBowed ? bent : fit<2>(points, rough, memory);

@@ -13,6 +13,7 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kLineCentres = 300;
+constexpr std::size_t kManyCentres = 100;  // from these on every third tells as much: neighbours scatter as one
 
 constexpr std::size_t kInside = 24;   // centres before them tell the brightness of the piece
 constexpr int kFarthestInside = 114;  // columns
@@ -166,8 +167,9 @@ double shareBeyond(const TColumnsOfLight& light, int last) {
 
 TSlopeLine lineAtEnd(const TFrame& frame, const TEndOfPiece& end) {
   const TPointView centres = centresNear(end);
+  const std::size_t step = centres.size() < kManyCentres ? 1 : 3;
   const auto originX = static_cast<double>(centres.front().x);
-  const std::optional<TStripeCurve> line = fitStripeLine(onLight(frame, centres), originX, frame.memory);
+  const std::optional<TStripeCurve> line = fitStripeLine(onLight(frame, centres, step), originX, frame.memory);
   if (!line) return {0.0, static_cast<double>(end.isRight ? centres.back().y : centres.front().y)};
   return {line->k, line->a - line->k * originX};
 }
