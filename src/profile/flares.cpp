@@ -8,7 +8,9 @@ namespace weld {
 
 namespace {
 
-constexpr int kSlopeReach = 5;           // centres looked at, on either side
+constexpr std::size_t kSlopeReach = 5;   // centres looked at, on either side
+constexpr std::size_t kHintStep = 2;     // of them every so many hint at a flare
+constexpr double kHint = 0.7;            // by this share of what one takes, for its middle may lie between
 constexpr float kMostSlope = 4.0F;       // of what is no break
 constexpr int kMostHalfPx = 48;          // rows from a centre to the edge of the light
 constexpr int kWhite = 200;              // grey level of a flare
@@ -25,8 +27,7 @@ constexpr float kLeastColumns = 12.0F;
 constexpr float kMostColumns = 100.0F;
 constexpr float kHaloPerRadius = 0.5F;
 constexpr double kEndPx = 12.0;
-constexpr double kDrowned = 0.9;      // radii
-constexpr double kRoundingPx = 1e-6;  // of a mean, by far
+constexpr double kDrowned = 0.9;  // radii
 
 // The brightest channel: a flare is white in that of the laser at least.
 int levelOf(const cv::Mat& image, int y, int x) {
@@ -63,10 +64,10 @@ cv::Point pixelAt(const cv::Mat& image, cv::Point2f centre) {
   return {truncToInt(centre.x), std::clamp(roundToInt(centre.y), 0, image.rows - 1)};
 }
 
-TList<TSample> sample(const cv::Mat& image, TPointView points, TMemory* memory) {
+TList<TSample> sample(const cv::Mat& image, TPointView points, std::size_t step, TMemory* memory) {
   TList<TSample> samples(memory);
-  samples.reserve(points.size() / kFlareStride + 1);
-  for (std::size_t i = 0; i < points.size(); i += kFlareStride) {
+  samples.reserve(points.size() / step + 1);
+  for (std::size_t i = 0; i < points.size(); i += step) {
     const cv::Point at = pixelAt(image, points[i]);
     const int level = levelOf(image, at.y, at.x);
     const int least = roundToInt(kEdgeShare * level);
@@ -82,8 +83,9 @@ bool isSolid(const cv::Mat& image, const TSample& s) {
 }
 
 // None without it.
-bool mayStandOut(const TSample& s) {
-  return s.level >= kWhite && s.thicknessPx >= kLeastSwellPx;
+//   share  of what it takes
+bool mayStandOut(const TSample& s, double share) {
+  return s.level >= kWhite && s.thicknessPx >= share * kLeastSwellPx;
 }
 
 // Cosine of the stripe's slope from one sample to another.
@@ -94,21 +96,21 @@ double cosineTo(const TSample& from, const TSample& to) {
 }
 
 // From rows to px across the stripe; at a bend across the steeper side, and along the image beside a break.
-void takeSlopes(TList<TSample>& samples) {
-  constexpr std::size_t kReach = kSlopeReach;
+//   reach  samples that tell the slope on either side
+void takeSlopes(TList<TSample>& samples, std::size_t reach) {
   const auto isBreak = [](const TSample& a, const TSample& b) {
     return std::abs(b.y - a.y) > kMostSlope * std::abs(b.x - a.x);
   };
   const std::size_t last = samples.size() - 1;
   TList<double> right(samples.size(), samples.get_allocator().resource());
-  std::size_t broken = samples.size() + kReach;  // the first break from here on
+  std::size_t broken = samples.size() + reach;  // the first break from here on
   for (std::size_t i = samples.size(); i-- > 0;) {
     if (i < last && isBreak(samples[i], samples[i + 1])) broken = i;
-    right[i] = broken < i + kReach ? 1.0 : cosineTo(samples[i], samples[std::min(i + kReach, last)]);
+    right[i] = broken < i + reach ? 1.0 : cosineTo(samples[i], samples[std::min(i + reach, last)]);
   }
   for (std::size_t i = 0; i < samples.size(); ++i) {
     // The way back has the same slope.
-    const double left = i >= kReach ? right[i - kReach] : broken < i ? 1.0 : cosineTo(samples[i], samples.front());
+    const double left = i >= reach ? right[i - reach] : broken < i ? 1.0 : cosineTo(samples[i], samples.front());
     samples[i].thicknessPx *= std::min(left, right[i]);
   }
 }
@@ -116,7 +118,9 @@ void takeSlopes(TList<TSample>& samples) {
 // The stripe on either side of a column that moves from left to right.
 class TBeside {
 public:
-  TBeside(TView<TSample> stripe, TMemory* memory) : samples(stripe), sums(stripe.size() + 1, memory) {
+  //   leastSamples  that tell a side
+  TBeside(TView<TSample> stripe, std::size_t leastSamples, TMemory* memory)
+      : samples(stripe), least(leastSamples), sums(stripe.size() + 1, memory) {
     for (std::size_t i = 0; i < samples.size(); ++i) sums[i + 1] = sums[i] + samples[i].thicknessPx;
   }
 
@@ -127,14 +131,11 @@ public:
 
   // Mean thickness of the thicker side; none of a few columns.
   std::optional<double> thickness() const {
-    return ofThicker([&](const TWindow& w) {
-      const auto add = [](double sum, const TSample& s) { return sum + s.thicknessPx; };
-      return std::accumulate(samples.begin() + w.first, samples.begin() + w.last, 0.0, add);
-    });
-  }
-  // The same, but for rounding, at once.
-  std::optional<double> roughThickness() const {
-    return ofThicker([&](const TWindow& w) { return sums[w.last] - sums[w.first]; });
+    const bool hasLeft = left.count() >= least;
+    const bool hasRight = right.count() >= least;
+    if (!hasLeft && !hasRight) return std::nullopt;
+    if (hasLeft && hasRight) return std::max(mean(left), mean(right));
+    return mean(hasLeft ? left : right);
   }
 
 private:
@@ -149,24 +150,17 @@ private:
     }
   };
 
-  template <typename TSum>
-  std::optional<double> ofThicker(const TSum& sumOf) const {
-    const auto mean = [&](const TWindow& w) { return sumOf(w) / static_cast<double>(w.count()); };
-    const bool hasLeft = left.count() >= kLeastBeside;
-    const bool hasRight = right.count() >= kLeastBeside;
-    if (!hasLeft && !hasRight) return std::nullopt;
-    if (hasLeft && hasRight) return std::max(mean(left), mean(right));
-    return mean(hasLeft ? left : right);
-  }
+  double mean(const TWindow& w) const { return (sums[w.last] - sums[w.first]) / static_cast<double>(w.count()); }
 
   TView<TSample> samples;
+  std::size_t least;
   TList<double> sums;
   TWindow left;
   TWindow right;
 };
 
-bool standsOut(const TSample& sample, std::optional<double> besidePx) {
-  return besidePx && !(sample.thicknessPx < std::max(kLeastSwell * *besidePx, *besidePx + kLeastSwellPx));
+bool standsOut(double thicknessPx, std::optional<double> besidePx) {
+  return besidePx && !(thicknessPx < std::max(kLeastSwell * *besidePx, *besidePx + kLeastSwellPx));
 }
 
 // The flare about one of its columns; without a radius where it is not round.
@@ -194,23 +188,35 @@ TFlare flareAbout(const cv::Mat& image, TView<TSample> samples, const TSample* t
   return {first->x, last->x, moment / weight, rows / weight, static_cast<double>(radiusPx)};
 }
 
+// By some of the centres.
+bool mayHaveFlare(const TFrame& frame, TPointView points) {
+  TList<TSample> samples = sample(frame.image, points, kHintStep * kFlareStride, frame.memory);
+  // Across the stripe it is not thicker.
+  if (std::none_of(samples.begin(), samples.end(), [](const TSample& s) { return mayStandOut(s, kHint); }))
+    return false;
+  takeSlopes(samples, kSlopeReach / kHintStep);
+  TBeside stripeBeside(samples, kLeastBeside / kHintStep, frame.memory);
+  return std::any_of(samples.begin(), samples.end(), [&](const TSample& s) {
+    if (!mayStandOut(s, kHint)) return false;
+    stripeBeside.moveTo(static_cast<double>(s.x));
+    return standsOut(s.thicknessPx / kHint, stripeBeside.thickness());
+  });
+}
+
 }  // namespace
 
 TList<TFlare> findFlares(const TFrame& frame, TPointView points) {
   TList<TFlare> flares(frame.memory);
-  TList<TSample> samples = sample(frame.image, points, frame.memory);
-  // Across the stripe it is not thicker.
-  if (std::none_of(samples.begin(), samples.end(), mayStandOut)) return flares;
-  takeSlopes(samples);
+  if (!mayHaveFlare(frame, points)) return flares;
+  TList<TSample> samples = sample(frame.image, points, kFlareStride, frame.memory);
+  takeSlopes(samples, kSlopeReach);
   const TView<TSample> all = samples;
-  TBeside stripeBeside(all, frame.memory);
+  TBeside stripeBeside(all, kLeastBeside, frame.memory);
   for (const TSample* s = all.begin(); s < all.end(); ++s) {
-    if (!mayStandOut(*s)) continue;
+    if (!mayStandOut(*s, 1.0)) continue;
     stripeBeside.moveTo(static_cast<double>(s->x));
-    const std::optional<double> rough = stripeBeside.roughThickness();
-    if (!rough || !standsOut(*s, *rough - kRoundingPx)) continue;
     const std::optional<double> beside = stripeBeside.thickness();
-    if (!standsOut(*s, beside) || !isSolid(frame.image, *s)) continue;
+    if (!standsOut(s->thicknessPx, beside) || !isSolid(frame.image, *s)) continue;
     const TFlare flare = flareAbout(frame.image, all, s, *beside);
     while (s + 1 < all.end() && s[1].x <= flare.lastX) ++s;
     if (flare.radiusPx > 0.0) flares.push_back(flare);

@@ -49,25 +49,25 @@ TList<double> lightOf(const TFrame& frame, const TStripe& stripe, std::size_t st
   const cv::Mat seen = frame.image(rows);
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
   const cv::Mat grey = toGrey(seen, pixels);
+  const auto pitch = static_cast<std::ptrdiff_t>(grey.step[0]);
   for (std::size_t i = 0; i < stripe.points.size(); i += step) {
     const cv::Point2f p = stripe.points[i];
+    const unsigned char* const column = grey.data + truncToInt(p.x);
     const int row = roundToInt(static_cast<double>(p.y)) - rows.y;
-    const auto level = [&](int y) {
-      return static_cast<double>(grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), truncToInt(p.x)));
-    };
-    double sum = 0.0;
+    const auto level = [&](int y) { return static_cast<int>(column[std::clamp(y, 0, grey.rows - 1) * pitch]); };
+    int sum = 0;
     for (int d = -kRows; d <= kRows; ++d) sum += level(row + d);
-    light.push_back(sum / (2 * kRows + 1) - 0.5 * (level(row - far) + level(row + far)));
+    light.push_back(static_cast<double>(sum) / (2 * kRows + 1) - 0.5 * (level(row - far) + level(row + far)));
   }
   return light;
 }
 
-// By some of the centres: whether one is dark against those on either side.
+// By some of the centres: whether two in a row, as every run has them, are dark against those on either side.
 bool mayHaveDimRun(const TList<double>& light) {
   constexpr std::size_t kFar = kNearest / kSampled;
-  for (std::size_t i = kFar; i + kFar < light.size(); ++i) {
-    const double least = kSampledShare * std::min(light[i - kFar], light[i + kFar]);
-    if (light[i] < least) return true;
+  const auto pair = [&](std::size_t first) { return light[first] + light[first + 1]; };
+  for (std::size_t i = kFar; i + kFar + 1 < light.size(); ++i) {
+    if (pair(i) < kSampledShare * std::min(pair(i - kFar), pair(i + kFar))) return true;
   }
   return false;
 }
@@ -97,9 +97,9 @@ private:
     const int right = i + kNearest + 1;
     if (left < 0 || right + kBeside > count) return false;
     const double beside = std::min(mean(light, left, left + kBeside), mean(light, right, right + kBeside));
+    if (!(mean(light, i - half, i + half + 1) < share * beside)) return false;
     const double course = 0.5 * (mean(row, left, left + kBeside) + mean(row, right, right + kBeside));
-    return mean(light, i - half, i + half + 1) < share * beside &&
-           std::abs(mean(row, i, i + 1) - course) <= kMostOffPx;
+    return std::abs(mean(row, i, i + 1) - course) <= kMostOffPx;
   }
 
   static double mean(const TList<double>& sums, int first, int last) {

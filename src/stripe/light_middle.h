@@ -1,15 +1,14 @@
 // Where the grey levels have the stripe: centres of edge pairs are whole rows, and lie a little above it.
 #pragma once
 
+#include "support/line_math.h"
 #include "trace/frame.h"
-
-#include <cmath>
 
 namespace weld {
 
 // A centre of a ridge is to a fraction of a row already.
 inline bool isFine(double row) {
-  return row != std::floor(row);
+  return row != truncToInt(row);
 }
 
 // Row of the middle of the light in the column of a centre. Not a number where there is no stripe on its own, next

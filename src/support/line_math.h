@@ -80,9 +80,11 @@ inline int truncToInt(float value) {
   return static_cast<int>(value >= -kEnd && value < kEnd ? value : -kEnd);
 }
 
-// Nearest integer, ties to even; out of range as in truncToInt.
+// Nearest integer, ties to even; out of range as in truncToInt. A double beyond 2^52 has no fraction, so that the
+// sum rounds; not every processor has an instruction that does.
 inline int roundToInt(double value) {
-  const double rounded = std::nearbyint(value);
+  constexpr double kNoFraction = 6755399441055744.0;  // 1.5 * 2^52
+  const double rounded = (value + kNoFraction) - kNoFraction;
   return fitsInt(rounded) ? static_cast<int>(rounded) : std::numeric_limits<int>::min();
 }
 
