@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kSlopeReach = 5;   // centres looked at, on either side
 constexpr std::size_t kHintStep = 2;     // of them every so many hint at a flare
-constexpr double kHint = 0.7;            // by this share of what one takes, for its middle may lie between
+constexpr double kHint = 0.8;            // by this share of what one takes, for its middle may lie between
 constexpr float kMostSlope = 4.0F;       // of what is no break
 constexpr int kMostHalfPx = 48;          // rows from a centre to the edge of the light
 constexpr int kWhite = 200;              // grey level of a flare
