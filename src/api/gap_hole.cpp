@@ -168,8 +168,10 @@ bool isDark(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
 // The plates of a gap lie on one line, or on two that are parallel.
 bool isOnLine(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
   const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;
-  const auto isNear = [&](cv::Point2f p) { return offLine(hole, p) < tolerancePx; };
-  const auto near = std::count_if(stripe.points.begin(), stripe.points.end(), isNear);
+  const TNearLine isNear(hole.slope, hole.intercept, tolerancePx);
+  const auto near = std::count_if(stripe.points.begin(), stripe.points.end(), [&](cv::Point2f p) {
+    return isNear(static_cast<double>(p.x), static_cast<double>(p.y));
+  });
   return frame.trace.passes(kOnLine, static_cast<double>(near) / static_cast<double>(stripe.points.size()),
                             kLeastOnLine);
 }
@@ -197,10 +199,11 @@ bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
 
 TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
   const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;
+  const TNearLine isNear(line.slope, line.intercept, tolerancePx);
   TList<TLineHole> holes(frame.memory);
   const cv::Point2f* last = nullptr;
   for (const cv::Point2f& p : points) {
-    if (!(offLine(line, p) < tolerancePx)) continue;
+    if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
     if (last != nullptr && p.x - last->x > kLeastHolePx)
       holes.push_back({line.slope, line.intercept, truncToInt(last->x), truncToInt(p.x)});
     last = &p;
@@ -209,10 +212,11 @@ TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole
 }
 
 int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
+  const TNearLine isNear(hole.slope, hole.intercept, tolerancePx);
   int widest = 0;
   const cv::Point2f* last = nullptr;
   for (const cv::Point2f& p : points) {
-    if (!(offLine(hole, p) < tolerancePx)) continue;
+    if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
     const bool isOther = last != nullptr && truncToInt(last->x) != hole.leftX;
     if (isOther) widest = std::max(widest, truncToInt(p.x) - truncToInt(last->x));
     last = &p;

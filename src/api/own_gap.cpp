@@ -138,7 +138,7 @@ bool hasHole(const TFrame& frame, const TStripe& stripe, const TPrevious& previo
   return widest.rightX - widest.leftX > kTightGapPx;
 }
 
-// By its breaks, else by its widest hole.
+// By its breaks, else by its widest hole, whose seam is not yet read.
 TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& previous, TGapSight& sight) {
   const TGapSettings settings = TGapSettings::of(frame.params);
   const bool isTight = settings.minGapPx <= kTightGapPx;
@@ -161,7 +161,6 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
   const bool isGap = isNearLast(seam, previous) || isUnique(frame, hole, next);
   if (!isGap) return TSeam(std::move(seam.stripePts));
-  seam = seamAt(frame, stripe, hole);
   seam.isUnsure = isTight || next >= std::max(settings.minGapPx, kLeastRivalPx);
   return seam;
 }
