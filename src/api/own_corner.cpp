@@ -101,23 +101,14 @@ bool bends(const TFrame& frame, TPointView points, float x) {
           frame.trace.passes(kTurn, std::min(*near, *far), kLeastTurnDeg));
 }
 
-// The centres in the columns of a piece.
-TPointView within(TPointView points, TPointView piece) {
-  const auto isBefore = [](cv::Point2f p, float x) { return p.x < x; };
-  const auto isBeyond = [](float x, cv::Point2f p) { return x < p.x; };
-  const auto* const first = std::lower_bound(points.begin(), points.end(), piece.front().x, isBefore);
-  const auto* const last = std::upper_bound(first, points.end(), piece.back().x, isBeyond);
-  return {first, static_cast<std::size_t>(last - first)};
-}
-
 // The centres of a flank between two columns.
 TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& flank, float fromX, float toX) {
+  const TPointView between = centresBetween(points, fromX, toX);
   TPoints on(frame.memory);
-  on.reserve(points.size());
-  for (const cv::Point2f p : points) {
-    const double off = flank.k * static_cast<double>(p.x) + flank.b - static_cast<double>(p.y);
-    if (p.x >= fromX && p.x <= toX && std::abs(off) <= kFlankReachPx) on.push_back(p);
-  }
+  on.reserve(between.size());
+  std::copy_if(between.begin(), between.end(), std::back_inserter(on), [&](cv::Point2f p) {
+    return std::abs(flank.k * static_cast<double>(p.x) + flank.b - static_cast<double>(p.y)) <= kFlankReachPx;
+  });
   return on;
 }
 
@@ -170,7 +161,8 @@ TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious&
   if (!seam.isFound) return seam;
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
   const TPointView clear = rest ? rest->points : stripe.points;
-  if (!bends(frame, within(clear, on), seam.pos.x)) return TSeam(std::move(seam.stripePts));
+  if (!bends(frame, centresBetween(clear, on.front().x, on.back().x), seam.pos.x))
+    return TSeam(std::move(seam.stripePts));
   refineCrossing(frame, clear, seam);
   return seam;
 }

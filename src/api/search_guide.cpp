@@ -73,9 +73,9 @@ bool hasEnoughStretches(const TPoints& guide) {
     const int column = truncToInt(p.x);
     if (column - begin <= kMaxStretchPx) continue;
     begin = column;
-    ++stretches;
+    if (++stretches == kMinStretches) return true;
   }
-  return stretches >= kMinStretches;
+  return false;
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ constexpr double kDrowned = 0.9;  // radii
 // The brightest channel: a flare is white in that of the laser at least.
 int levelOf(const cv::Mat& image, int y, int x) {
   const unsigned char* const pixel = image.ptr(y, x);
+  if (image.channels() == 1) return *pixel;
   return *std::max_element(pixel, pixel + std::min(image.channels(), 3));
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numeric>
 #include <utility>
 
@@ -167,9 +168,8 @@ bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TCo
   const auto hasPair = [&](const TWeldPointStatus& s) {
     return s.status == kCentreFound && span.holds(static_cast<float>(s.pos));
   };
-  const auto isCentre = [&](cv::Point2f p) { return span.holds(p.x); };
   const auto pairs = std::count_if(edgePairs.status.begin(), edgePairs.status.end(), hasPair);
-  const auto centres = std::count_if(edgePairs.points.begin(), edgePairs.points.end(), isCentre);
+  const auto centres = static_cast<std::ptrdiff_t>(centresBetween(edgePairs.points, span.from, span.to).size());
   return pairs - centres > kMaxDroppedColumns;
 }
 

@@ -10,8 +10,8 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kRoughCentres = 40;  // of either half, about, that tell the rough line
-constexpr int kPasses = 4;
+constexpr std::size_t kRoughCentres = 25;  // of either half, about, that tell the rough line
+constexpr int kPasses = 3;
 constexpr double kFirstOffPx = 6.0;   // from the rough line
 constexpr double kLeastOffPx = 0.75;  // that a centre may lie off
 constexpr double kOffScatters = 2.5;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace weld {
 
@@ -77,16 +78,17 @@ public:
     const int x = column - part.x;
     if (x < 0 || x >= grey.cols) return 0.0;
     const int row = roundToInt(line.k * column + line.b) - part.y;
-    double around = HUGE_VAL;
+    int around = std::numeric_limits<int>::max();
     for (int d = half + kClearPx; d + kAroundRows <= far() + 1; d += kAroundRows)
       around = std::min(
-          {around, meanOf(x, row - d - kAroundRows + 1, row - d), meanOf(x, row + d, row + d + kAroundRows - 1)});
-    return meanOf(x, row - half, row + half) - around;
+          {around, sumOf(x, row - d - kAroundRows + 1, row - d), sumOf(x, row + d, row + d + kAroundRows - 1)});
+    return static_cast<double>(sumOf(x, row - half, row + half)) / (2 * half + 1) -
+           static_cast<double>(around) / kAroundRows;
   }
 
 private:
   int far() const { return 2 * half + kClearPx + 2 * kAroundRows; }
-  double meanOf(int x, int from, int to) const {
+  int sumOf(int x, int from, int to) const {
     int sum = 0;
     if (from >= 0 && to < grey.rows) {
       const unsigned char* pixel = grey.ptr(from, x);
@@ -94,7 +96,7 @@ private:
     } else {
       for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
     }
-    return static_cast<double>(sum) / (to - from + 1);
+    return sum;
   }
 
   TSlopeLine line;

@@ -10,26 +10,23 @@ namespace weld {
 
 namespace {
 
-constexpr float kSkippedPx = 4.0F;       // beside the column, where flare rounds a corner
-constexpr int kLeastPoints = 10;         // on either side
-constexpr double kStraightPx = 8.0;      // off a line,
-constexpr double kStraightSlope = 0.04;  // and more by this for every column away: a plate may be bowed
+constexpr float kSkippedPx = 4.0F;        // beside the column, where flare rounds a corner
+constexpr std::size_t kLeastPoints = 10;  // on either side
+constexpr double kStraightPx = 8.0;       // off a line,
+constexpr double kStraightSlope = 0.04;   // and more by this for every column away: a plate may be bowed
 
 // Least squares line through the centres in some columns; none through a few.
-std::optional<TSlopeLine> lineBetween(TPointView points, float fromX, float toX) {
-  double n = 0.0;
+std::optional<TSlopeLine> lineBetween(TPointView stripe, float fromX, float toX) {
+  const TPointView points = centresBetween(stripe, fromX, toX);
+  if (points.size() < kLeastPoints) return std::nullopt;
+  const auto n = static_cast<double>(points.size());
   cv::Point2d sum;
-  for (const cv::Point2f p : points) {
-    if (p.x < fromX || p.x > toX) continue;
-    sum += cv::Point2d(p);
-    n += 1.0;
-  }
-  if (n < kLeastPoints) return std::nullopt;
+  for (const cv::Point2f p : points) sum += cv::Point2d(p);
+  const cv::Point2d mean = sum / n;
   double xx = 0.0;
   double xy = 0.0;
   for (const cv::Point2f p : points) {
-    if (p.x < fromX || p.x > toX) continue;
-    const cv::Point2d d = cv::Point2d(p) - sum / n;
+    const cv::Point2d d = cv::Point2d(p) - mean;
     xx += d.x * d.x;
     xy += d.x * d.y;
   }
