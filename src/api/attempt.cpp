@@ -43,10 +43,11 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
 }
 
 // Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival.
-TStripe fillOpenParts(const TQuest& quest, const TLook& look, TStripe edgePairs) {
+//   near  the columns in which missing stripe harms
+TStripe fillOpenParts(const TQuest& quest, const TLook& look, const TColumnSpan& near, TStripe edgePairs) {
   const TFrame& frame = quest.frame;
   const int leastColumns = quest.joint.rules.isLocal ? 1 : kLeastHole;
-  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), leastColumns);
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), leastColumns, near);
   const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
   return fillUp(frame, std::move(edgePairs), ridges);
 }
@@ -60,7 +61,8 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
                           leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
   const bool isMostThere = columns >= extraction.minColumns;
-  if (extraction.onlyFills && isMostThere) return {fillOpenParts(quest, look, std::move(edgePairs)), columns};
+  if (extraction.onlyFills && isMostThere)
+    return {fillOpenParts(quest, look, extraction.near, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 

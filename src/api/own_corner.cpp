@@ -103,7 +103,7 @@ bool bends(const TFrame& frame, TPointView points, float x) {
 
 // The centres of a flank between two columns.
 TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& flank, float fromX, float toX) {
-  const TPointView between = centresBetween(points, fromX, toX);
+  const TPointView between = centresIn(points, {fromX, toX});
   TPoints on(frame.memory);
   on.reserve(between.size());
   std::copy_if(between.begin(), between.end(), std::back_inserter(on), [&](cv::Point2f p) {
@@ -161,7 +161,7 @@ TSeam findOwnCorner(const TFrame& frame, const TStripe& stripe, const TPrevious&
   if (!seam.isFound) return seam;
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
   const TPointView clear = rest ? rest->points : stripe.points;
-  if (!bends(frame, centresBetween(clear, on.front().x, on.back().x), seam.pos.x))
+  if (!bends(frame, centresIn(clear, {on.front().x, on.back().x}), seam.pos.x))
     return TSeam(std::move(seam.stripePts));
   refineCrossing(frame, clear, seam);
   return seam;

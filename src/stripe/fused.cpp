@@ -169,7 +169,7 @@ bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TCo
     return s.status == kCentreFound && span.holds(static_cast<float>(s.pos));
   };
   const auto pairs = std::count_if(edgePairs.status.begin(), edgePairs.status.end(), hasPair);
-  const auto centres = static_cast<std::ptrdiff_t>(centresBetween(edgePairs.points, span.from, span.to).size());
+  const auto centres = static_cast<std::ptrdiff_t>(centresIn(edgePairs.points, span).size());
   return pairs - centres > kMaxDroppedColumns;
 }
 

@@ -5,17 +5,7 @@
 #include "stripe/stripe.h"
 #include "trace/frame.h"
 
-#include <limits>
-
 namespace weld {
-
-// Image columns from <= x <= to.
-struct TColumnSpan {
-  float from = -std::numeric_limits<float>::infinity();
-  float to = std::numeric_limits<float>::infinity();
-
-  bool holds(float x) const { return x >= from && x <= to; }
-};
 
 // True when edge pairs leave stripe behind that ridges may follow: columns of the span with a pair that is no
 // centre (flare thicker than the rest, a short rest between two breaks), or fewer than minColumns centres in all

@@ -53,11 +53,12 @@ void forHoles(const TStripe& edgePairs, const TDo& treat) {
 }  // namespace
 
 TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize,
-                              int leastColumns) {
+                              int leastColumns, const TColumnSpan& near) {
   TList<cv::Rect> parts(edgePairs.points.get_allocator().resource());
   const cv::Rect image({0, 0}, imageSize);
   forHoles(edgePairs, [&](const THole& hole) {
     if (hole.isLevel() && hole.columns() < leastColumns) return;
+    if (static_cast<float>(hole.last) < near.from || static_cast<float>(hole.first) > near.to) return;
     const cv::Rect columns(hole.first - kBesideColumns, 0, hole.columns() + 2 * kBesideColumns, image.height);
     const bool isApart = parts.empty() || parts.back().br().x < columns.x;
     if (isApart) {

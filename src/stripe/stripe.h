@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace weld {
 
@@ -26,13 +27,21 @@ struct TStripe {
   double widthPx = 0.0;            // most frequent stripe width; 0: not known
 };
 
-// The centres in the columns from one to another, both of them included.
+// Image columns from <= x <= to.
+struct TColumnSpan {
+  float from = -std::numeric_limits<float>::infinity();
+  float to = std::numeric_limits<float>::infinity();
+
+  bool holds(float x) const { return x >= from && x <= to; }
+};
+
+// The centres in these columns.
 //   points  x ascending
-inline TPointView centresBetween(TPointView points, float fromX, float toX) {
+inline TPointView centresIn(TPointView points, const TColumnSpan& span) {
   const auto isBefore = [](cv::Point2f p, float x) { return p.x < x; };
   const auto isBeyond = [](float x, cv::Point2f p) { return x < p.x; };
-  const auto* const first = std::lower_bound(points.begin(), points.end(), fromX, isBefore);
-  const auto* const last = std::upper_bound(first, points.end(), toX, isBeyond);
+  const auto* const first = std::lower_bound(points.begin(), points.end(), span.from, isBefore);
+  const auto* const last = std::upper_bound(first, points.end(), span.to, isBeyond);
   return {first, static_cast<std::size_t>(last - first)};
 }
 

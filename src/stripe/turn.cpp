@@ -17,7 +17,7 @@ constexpr double kStraightSlope = 0.04;   // and more by this for every column a
 
 // Least squares line through the centres in some columns; none through a few.
 std::optional<TSlopeLine> lineBetween(TPointView stripe, float fromX, float toX) {
-  const TPointView points = centresBetween(stripe, fromX, toX);
+  const TPointView points = centresIn(stripe, {fromX, toX});
   if (points.size() < kLeastPoints) return std::nullopt;
   const auto n = static_cast<double>(points.size());
   cv::Point2d sum;
