@@ -214,12 +214,12 @@ TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole
 int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
   const TNearLine isNear(hole.slope, hole.intercept, tolerancePx);
   int widest = 0;
-  const cv::Point2f* last = nullptr;
-  for (const cv::Point2f& p : points) {
+  int last = hole.leftX;
+  for (const cv::Point2f p : points) {
     if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
-    const bool isOther = last != nullptr && truncToInt(last->x) != hole.leftX;
-    if (isOther) widest = std::max(widest, truncToInt(p.x) - truncToInt(last->x));
-    last = &p;
+    const int column = truncToInt(p.x);
+    if (last != hole.leftX) widest = std::max(widest, column - last);
+    last = column;
   }
   return widest;
 }

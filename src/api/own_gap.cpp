@@ -102,14 +102,13 @@ TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found
 }
 
 TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
-  TSeam seam(TPoints(stripe.points, frame.memory));
   // On the line it shines out of the gap, beside it it is a ghost; neither is an edge.
-  const auto shinesOut = [&](cv::Point2f p) {
-    const int column = truncToInt(p.x);
-    return column > hole.leftX && column < hole.rightX;
-  };
-  seam.stripePts.erase(std::remove_if(seam.stripePts.begin(), seam.stripePts.end(), shinesOut),
-                       seam.stripePts.end());
+  const TPointView inside = centresIn(
+      stripe.points, {static_cast<float>(hole.leftX + 1), std::nextafter(static_cast<float>(hole.rightX), 0.0F)});
+  TSeam seam(frame.memory);
+  seam.stripePts.reserve(stripe.points.size());
+  seam.stripePts.insert(seam.stripePts.end(), TPointView(stripe.points).begin(), inside.begin());
+  seam.stripePts.insert(seam.stripePts.end(), inside.end(), TPointView(stripe.points).end());
   const TWeldPosType pos = frame.params.weldPosType;
   const double x = pos == TWeldPosType::left    ? hole.leftX
                    : pos == TWeldPosType::right ? hole.rightX

@@ -134,8 +134,8 @@ TSeam seamBetween(const TFrame& frame, const TStripe& stripe, const TEnds& ends)
 TPoints beyond(const TFrame& frame, TPointView points, cv::Point2f end, bool isRight) {
   TPoints on(frame.memory);
   const auto isFarther = [&](cv::Point2f p) { return isRight ? p.x > end.x : p.x < end.x; };
-  for (const cv::Point2f p : points) {
-    if (isFarther(p) && std::abs(p.x - end.x) <= kReachPx) on.push_back(p);
+  for (const cv::Point2f p : centresIn(points, {end.x - kReachPx, end.x + kReachPx})) {
+    if (isFarther(p)) on.push_back(p);
   }
   if (!isRight) std::reverse(on.begin(), on.end());
   cv::Point2f last = end;
@@ -150,10 +150,11 @@ TPoints beyond(const TFrame& frame, TPointView points, cv::Point2f end, bool isR
 
 // Centres beyond an end that lie on the line of the plate, behind holes as well.
 int countOnLine(TPointView points, const TSeam& seam, cv::Point2f end, bool isRight) {
-  return static_cast<int>(std::count_if(points.begin(), points.end(), [&](cv::Point2f p) {
+  const TPointView about = centresIn(points, {end.x - kLineReachPx, end.x + kLineReachPx});
+  return static_cast<int>(std::count_if(about.begin(), about.end(), [&](cv::Point2f p) {
     const float columns = isRight ? p.x - end.x : end.x - p.x;
     const double row = seam.auxVal1 * static_cast<double>(p.x) + seam.auxVal2;
-    return columns > 0.0F && columns <= kLineReachPx && std::abs(row - static_cast<double>(p.y)) < kOnLinePx;
+    return columns > 0.0F && std::abs(row - static_cast<double>(p.y)) < kOnLinePx;
   }));
 }
 

@@ -13,11 +13,10 @@ namespace {
 constexpr float kBeyondPx = 100.0F;  // columns behind a flare that tell the stripe beside it
 constexpr double kBesidePx = 6.0;    // rows from the line of the piece
 constexpr std::size_t kLeastBeside = 25;
-constexpr int kFarthestPx = 100;  // that a line is carried on
-constexpr int kMostDarkPx = 26;   // over what is not white
-constexpr float kTellingPx =
-    300.0F;  // a flare, the stripe beside it and its slope: nothing farther from an end tells
-constexpr double kReachPx = 12.0;  // that an end may lie beyond its flare
+constexpr int kFarthestPx = 100;      // that a line is carried on
+constexpr int kMostDarkPx = 26;       // over what is not white
+constexpr float kTellingPx = 240.0F;  // a flare, the stripe beside it and its slope: nothing farther tells
+constexpr double kReachPx = 12.0;     // that an end may lie beyond its flare
 
 // The stripe behind the flare, beside the line of the piece.
 TPoints neighbourOf(const TFrame& frame, const TFlare& flare, TPointView points, const TEndOfPiece& end) {
@@ -34,13 +33,9 @@ TPoints neighbourOf(const TFrame& frame, const TFlare& flare, TPointView points,
 // The centres that tell of a flare at an end. The same ones are looked at as on the whole piece.
 TPointView tellingOf(const TEndOfPiece& end) {
   const TPointView piece = end.piece;
-  if (!end.isRight) {
-    const auto isFar = [&](cv::Point2f p) { return p.x - piece.front().x > kTellingPx; };
-    return piece.part(0,
-                      static_cast<std::size_t>(std::find_if(piece.begin(), piece.end(), isFar) - piece.begin()));
-  }
-  const auto isNear = [&](cv::Point2f p) { return piece.back().x - p.x <= kTellingPx; };
-  auto first = static_cast<std::size_t>(std::find_if(piece.begin(), piece.end(), isNear) - piece.begin());
+  if (!end.isRight) return centresIn(piece, {piece.front().x, piece.front().x + kTellingPx});
+  const TPointView near = centresIn(piece, {piece.back().x - kTellingPx, piece.back().x});
+  auto first = static_cast<std::size_t>(near.begin() - piece.begin());
   first -= first % kFlareStride;
   return piece.part(first, piece.size() - first);
 }

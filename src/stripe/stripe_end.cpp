@@ -91,8 +91,9 @@ private:
   int sumOf(int x, int from, int to) const {
     int sum = 0;
     if (from >= 0 && to < grey.rows) {
-      const unsigned char* pixel = grey.ptr(from, x);
-      for (int y = from; y <= to; ++y, pixel += grey.step[0]) sum += *pixel;
+      const auto pitch = static_cast<std::ptrdiff_t>(grey.step[0]);
+      const unsigned char* pixel = grey.data + from * pitch + x;
+      for (int y = from; y <= to; ++y, pixel += pitch) sum += *pixel;
     } else {
       for (int y = from; y <= to; ++y) sum += grey.at<unsigned char>(std::clamp(y, 0, grey.rows - 1), x);
     }
