@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::size_t kSlopeReach = 5;   // centres looked at, on either side
 constexpr std::size_t kHintStep = 2;     // of them every so many hint at a flare
-constexpr double kHint = 0.8;            // by this share of what one takes, for its middle may lie between
+constexpr double kHint = 0.8;            // by this share of what one takes,
+constexpr double kNearly = 0.95;         // and they or those beside by this
 constexpr float kMostSlope = 4.0F;       // of what is no break
 constexpr int kMostHalfPx = 48;          // rows from a centre to the edge of the light
 constexpr int kWhite = 200;              // grey level of a flare
@@ -65,16 +66,18 @@ cv::Point pixelAt(const cv::Mat& image, cv::Point2f centre) {
   return {truncToInt(centre.x), std::clamp(roundToInt(centre.y), 0, image.rows - 1)};
 }
 
+TSample sampleAt(const cv::Mat& image, cv::Point2f centre) {
+  const cv::Point at = pixelAt(image, centre);
+  const int level = levelOf(image, at.y, at.x);
+  const int least = roundToInt(kEdgeShare * level);
+  const int rows = least > 0 ? rowsAbout(image, at, least) : 0;
+  return {centre.x, centre.y, static_cast<double>(rows), rows, level};
+}
+
 TList<TSample> sample(const cv::Mat& image, TPointView points, std::size_t step, TMemory* memory) {
   TList<TSample> samples(memory);
   samples.reserve(points.size() / step + 1);
-  for (std::size_t i = 0; i < points.size(); i += step) {
-    const cv::Point at = pixelAt(image, points[i]);
-    const int level = levelOf(image, at.y, at.x);
-    const int least = roundToInt(kEdgeShare * level);
-    const int rows = least > 0 ? rowsAbout(image, at, least) : 0;
-    samples.push_back({points[i].x, points[i].y, static_cast<double>(rows), rows, level});
-  }
+  for (std::size_t i = 0; i < points.size(); i += step) samples.push_back(sampleAt(image, points[i]));
   return samples;
 }
 
@@ -189,19 +192,28 @@ TFlare flareAbout(const cv::Mat& image, TView<TSample> samples, const TSample* t
   return {first->x, last->x, moment / weight, rows / weight, static_cast<double>(radiusPx)};
 }
 
-// By some of the centres.
+// By every so many centres, and those beside where they hint at one.
 bool mayHaveFlare(const TFrame& frame, TPointView points) {
-  TList<TSample> samples = sample(frame.image, points, kHintStep * kFlareStride, frame.memory);
+  constexpr std::size_t kStep = kHintStep * kFlareStride;
+  TList<TSample> samples = sample(frame.image, points, kStep, frame.memory);
   // Across the stripe it is not thicker.
   if (std::none_of(samples.begin(), samples.end(), [](const TSample& s) { return mayStandOut(s, kHint); }))
     return false;
   takeSlopes(samples, kSlopeReach / kHintStep);
   TBeside stripeBeside(samples, kLeastBeside / kHintStep, frame.memory);
-  return std::any_of(samples.begin(), samples.end(), [&](const TSample& s) {
-    if (!mayStandOut(s, kHint)) return false;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const TSample& s = samples[i];
+    if (!mayStandOut(s, kHint)) continue;
     stripeBeside.moveTo(static_cast<double>(s.x));
-    return standsOut(s.thicknessPx / kHint, stripeBeside.thickness());
-  });
+    const std::optional<double> beside = stripeBeside.thickness();
+    if (!standsOut(s.thicknessPx / kHint, beside)) continue;
+    int rows = s.rows;
+    for (const std::size_t next : {i * kStep - kFlareStride, i * kStep + kFlareStride}) {
+      if (next < points.size()) rows = std::max(rows, sampleAt(frame.image, points[next]).rows);
+    }
+    if (standsOut(s.thicknessPx * rows / s.rows / kNearly, beside)) return true;
+  }
+  return false;
 }
 
 }  // namespace
