@@ -11,6 +11,7 @@
 #include "support/kernels/kernels.h"
 #include "timing.h"
 #include "trace_cost.h"
+#include "tracker_cost.h"
 #include "worst_case.h"
 
 #include <opencv2/imgproc.hpp>
@@ -276,6 +277,7 @@ int main() {
   reportColour();
   bench::reportContrast();
   reportAllocations();
+  bench::reportTrackerCost();
   bench::reportTraceCost();
   bench::reportWorstCases();
   bench::reportWideFrames();
