@@ -39,25 +39,42 @@ public:
     const double foot = dark + kHeightShare * (peak - dark);
     if (peak - foot < kLeastHeight) return NAN;
     const int darkest = truncToInt(foot);
-    int rows = 1;
-    int sum = peak;
-    int rowSum = peakRow;
-    int moment = peak * peakRow;
-    for (const int way : {-1, 1}) {
-      int row = peakRow + way;
-      for (int level = at(row); level > darkest; level = at(row)) {
-        ++rows;
-        sum += level;
-        rowSum += row;
-        moment += level * row;
-        row += way;
-        if (std::abs(row) >= kReachRows) return NAN;
-      }
-    }
-    return (moment - foot * rowSum) / (sum - foot * rows);
+    TSide above;
+    TSide below;
+    if (!sumSide(-1, peakRow, darkest, above) || !sumSide(1, peakRow, darkest, below)) return NAN;
+    const double light = above.light + peak + below.light - foot * (above.rows + 1 + below.rows);
+    const double moment = below.moment - above.moment - foot * (below.rowSum() - above.rowSum());
+    return peakRow + moment / light;
   }
 
 private:
+  // What lies on one side of the peak over the foot of the stripe.
+  struct TSide {
+    int rows = 0;
+    int light = 0;
+    int moment = 0;  // by the rows from the peak
+
+    double rowSum() const { return 0.5 * rows * (rows + 1); }
+  };
+
+  // False where it goes on to the end of the reach.
+  bool sumSide(int way, int peakRow, int darkest, TSide& side) const {
+    const std::ptrdiff_t next = way * step;
+    const unsigned char* pixel = middle + peakRow * step + next;
+    const int most = kReachRows - way * peakRow;
+    int rows = 0;
+    int light = 0;
+    int moment = 0;
+    for (int level = greyOf(pixel, channels); level > darkest; level = greyOf(pixel, channels)) {
+      ++rows;
+      light += level;
+      moment += level * rows;
+      if (rows + 1 == most) return false;
+      pixel += next;
+    }
+    side = {rows, light, moment};
+    return true;
+  }
   double darkOn(int way) const {
     int sum = 0;
     for (int row = kReachRows - kDarkRows; row < kReachRows; ++row) sum += at(way * row);
