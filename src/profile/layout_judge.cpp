@@ -97,15 +97,14 @@ TLayoutJudge::TLayoutJudge(const TStripeProfile& s, const TProfileOptions& o, st
       options(o),
       turnedY(s.centres().y, memory),
       upright{s.centres().x, s.centres().y, s.centres().weight},
-      turned(upright),
-      sums(s.centres().x.size() + 1, memory) {
+      turned(upright) {
   for (double& y : turnedY) y = -y;
   turned.y = turnedY;
 }
 
 std::optional<TLayoutScore> TLayoutJudge::refine(TProfileLayout& layout, int rounds) {
   const TRefineSettings settings{stripe.noisePx(), stripe.widthPx(), rounds};
-  if (!refineLayout(centresOf(layout.sense), settings, layout, sums)) return std::nullopt;
+  if (!refineLayout(centresOf(layout.sense), settings, layout)) return std::nullopt;
   return scoreLayout(centresOf(layout.sense), layout, stripe.noisePx());
 }
 

@@ -31,7 +31,6 @@ private:
   TList<double> turnedY;
   TOrientedCentres upright;
   TOrientedCentres turned;
-  TWindowSums sums;
 };
 
 }  // namespace weld

@@ -1,7 +1,11 @@
 #include "profile/local_fit.h"
 
+#include "support/kernels/kernels.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace weld {
@@ -22,7 +26,7 @@ constexpr double kSteepest = 0.02;  // cosine of a line's angle
 constexpr int kRoughCentres = 100;
 
 // As TMoments::lineOf, about a given origin.
-TLine lineOf(const TWindowSum& s, double originX, double originY) {
+TLine lineOf(const TMomentSum& s, double originX, double originY) {
   TLine line;
   const double mx = s.x / s.n;
   const double my = s.y / s.n;
@@ -47,39 +51,43 @@ TLine lineOf(const TWindowSum& s, double originX, double originY) {
   return line;
 }
 
-TWindowSum difference(const TWindowSum& a, const TWindowSum& b) {
+TMomentSum sumOf(const TMomentSum& a, const TMomentSum& b) {
+  return {a.n + b.n, a.x + b.x, a.y + b.y, a.xx + b.xx, a.xy + b.xy, a.yy + b.yy};
+}
+
+TMomentSum difference(const TMomentSum& a, const TMomentSum& b) {
   return {a.n - b.n, a.x - b.x, a.y - b.y, a.xx - b.xx, a.xy - b.xy, a.yy - b.yy};
 }
 
+// A stretch of centres, and windows of falling size at either end of it.
 class TWindows {
 public:
-  TWindows(const TOrientedCentres& c, TSpan s, bool isRough, TWindowSums& m)
+  TWindows(const TOrientedCentres& c, TSpan s, const TLocalFitSettings& settings)
       : centres(c),
         span(s),
-        step(isRough ? std::max(1, s.count() / kRoughCentres) : 1),
-        origin(c.at((s.first + s.last) / 2)),
-        sums(m) {}
+        step(settings.isRough ? std::max(1, s.count() / kRoughCentres) : 1),
+        origin(c.at((s.first + s.last) / 2)) {
+    if (settings.isRough) return;
+    for (const double windowPx : kWindowsPx) addWindow(std::min(windowPx, settings.mostPx));
+    std::sort(cuts.begin(), cuts.begin() + cutCount, [](const TCut& a, const TCut& b) { return a.at < b.at; });
+  }
 
   void weigh(const TBlend& blend, double limit2) {
+    const TCubicCurve curve = blend.curve(limit2);
+    const TMomentKernels& fast = kernels().moments;
     total = {};
-    sums[0] = total;
-    const double invLimit2 = 1.0 / limit2;
-    std::size_t next = 1;
-    for (int i = span.first; i < span.last; i += step) {
-      const auto at = static_cast<std::size_t>(i);
-      const double offset = blend.offsetOf(centres.x[at], centres.y[at]);
-      const double u = std::max(0.0, 1.0 - offset * offset * invLimit2);
-      const double w = centres.weight[at] * u * u;
-      const double x = centres.x[at] - origin.x;
-      const double y = centres.y[at] - origin.y;
-      total.n += w;
-      total.x += w * x;
-      total.y += w * y;
-      total.xx += w * x * x;
-      total.xy += w * x * y;
-      total.yy += w * y * y;
-      sums[next++] = total;
+    int from = span.first;
+    const auto addUpTo = [&](int end) {
+      const auto at = static_cast<std::size_t>(from);
+      const TMomentPoints points{&centres.x[at], &centres.y[at], &centres.weight[at], end - from, step};
+      if (end > from) total = sumOf(total, fast.sumNear(points, curve, origin.x, origin.y));
+      from = end;
+    };
+    for (int i = 0; i < cutCount; ++i) {
+      addUpTo(cuts[static_cast<std::size_t>(i)].at);
+      cuts[static_cast<std::size_t>(i)].before = total;
     }
+    addUpTo(span.last);
   }
 
   // Weight over the number of centres.
@@ -88,44 +96,57 @@ public:
   TLine whole() const { return lineOf(total, origin.x, origin.y); }
 
   // The window at one end that promises the smallest error there.
-  TLine best(bool isLeft, double noise2, double mostPx) const {
+  TLine best(bool isLeft, double noise2) const {
     TLine chosen = whole();
     double least = std::numeric_limits<double>::infinity();
-    const double lengthPx =
-        centres.x[static_cast<std::size_t>(span.last) - 1] - centres.x[static_cast<std::size_t>(span.first)];
-    for (const double windowPx : kWindowsPx) {
-      const double sizePx = std::min(windowPx, mostPx);
-      const bool isWhole = sizePx >= lengthPx;
-      const TWindowSum part = isWhole ? total : partOf(isLeft, sizePx);
-      if (part.n >= kFewestInWindow || isWhole) {
-        const TLine line = lineOf(part, origin.x, origin.y);
-        const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
-                            kVarianceShare * std::max(line.variance, noise2) / part.n;
-        if (rate < least) {
-          least = rate;
-          chosen = line;
-        }
+    const auto look = [&](const TMomentSum& part) {
+      const TLine line = lineOf(part, origin.x, origin.y);
+      const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
+                          kVarianceShare * std::max(line.variance, noise2) / part.n;
+      if (rate < least) {
+        least = rate;
+        chosen = line;
       }
+    };
+    if (hasWhole) look(total);
+    for (int i = 0; i < cutCount; ++i) {
+      const TCut& cut = cuts[static_cast<std::size_t>(i)];
+      const TMomentSum part = isLeft ? cut.before : difference(total, cut.before);
+      if (cut.isLeft == isLeft && part.n >= kFewestInWindow) look(part);
     }
     return chosen;
   }
 
 private:
-  TWindowSum partOf(bool isLeft, double sizePx) const {
-    if (isLeft) {
-      const int last = centres.indexOf(centres.x[static_cast<std::size_t>(span.first)] + sizePx);
-      return sums[static_cast<std::size_t>(std::min(last, span.last) - span.first)];
-    }
-    const int first = centres.indexOf(centres.x[static_cast<std::size_t>(span.last) - 1] - sizePx);
-    return difference(total, sums[static_cast<std::size_t>(std::max(first, span.first) - span.first)]);
+  // Where a window of the left end stops, or one of the right end begins.
+  struct TCut {
+    int at = 0;
+    bool isLeft = true;
+    TMomentSum before;  // of the stretch
+  };
+
+  void addWindow(double sizePx) {
+    const double leftX = centres.at(span.first).x;
+    const double rightX = centres.at(span.last - 1).x;
+    hasWhole = hasWhole || sizePx >= rightX - leftX;
+    if (sizePx >= rightX - leftX || sizePx == lastPx) return;
+    lastPx = sizePx;
+    const auto next = static_cast<std::size_t>(cutCount);
+    cuts[next].at = std::min(centres.indexOf(leftX + sizePx), span.last);
+    cuts[next + 1].at = std::max(centres.indexOf(rightX - sizePx), span.first);
+    cuts[next + 1].isLeft = false;
+    cutCount += 2;
   }
 
   const TOrientedCentres& centres;
   TSpan span;
   int step;
   cv::Point2d origin;
-  TWindowSums& sums;
-  TWindowSum total;
+  std::array<TCut, 2 * std::size(kWindowsPx)> cuts;
+  int cutCount = 0;
+  double lastPx = 0.0;    // size of the last window
+  bool hasWhole = false;  // a window as large as the stretch
+  TMomentSum total;
 };
 
 }  // namespace
@@ -149,10 +170,10 @@ int TOrientedCentres::indexOf(double column) const {
 }
 
 TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
-                          const TLocalFitSettings& settings, TWindowSums& sums) {
+                          const TLocalFitSettings& settings) {
   TLocalLines lines;
   if (span.count() < static_cast<int>(kFewest)) return lines;
-  TWindows windows(centres, span, settings.isRough, sums);
+  TWindows windows(centres, span, settings);
   const TBlend blend(before, centres.at(span.first).x, centres.at(span.last - 1).x);
   double limit2 = settings.cutOff * settings.cutOff * settings.noise2;
   windows.weigh(blend, limit2);
@@ -164,8 +185,8 @@ TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLo
   lines.isFound = true;
   lines.left = lines.right = lines.whole = windows.whole();
   if (settings.isRough) return lines;
-  lines.left = windows.best(true, settings.noise2, settings.mostPx);
-  lines.right = windows.best(false, settings.noise2, settings.mostPx);
+  lines.left = windows.best(true, settings.noise2);
+  lines.right = windows.best(false, settings.noise2);
   return lines;
 }
 

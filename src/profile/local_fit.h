@@ -3,6 +3,7 @@
 #pragma once
 
 #include "profile/moments.h"
+#include "support/kernels/weighted_moments.h"
 
 #include <algorithm>
 
@@ -35,18 +36,12 @@ struct TLocalLines {
   bool isFound = false;
 };
 
-// Working memory for one element: sums over its leading centres.
-struct TWindowSum {
-  double n = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
-};
-using TWindowSums = TList<TWindowSum>;  // at least one more than the stripe has centres
-
 // Tukey-weighted lines; the distance from a blend of the two local lines found before tells the weight.
 //   span      centres of the element
 //   before    from the round before, or one line thrice
 // Not found with fewer than 3 centres of weight.
 TLocalLines fitLocalLines(const TOrientedCentres& centres, TSpan span, const TLocalLines& before,
-                          const TLocalFitSettings& settings, TWindowSums& sums);
+                          const TLocalFitSettings& settings);
 
 // The surface between its two local lines: a cubic that has both at its ends, and the lines beyond them. A
 // straight surface is straight, an evenly bowed one is met exactly.
@@ -61,6 +56,9 @@ public:
     if (t >= 1.0) return right.offsetOf(x, y);
     return (y - (c0 + t * (c1 + t * (c2 + t * c3)))) * cosine;
   }
+
+  // The cubic, with Tukey's weight of what lies nearer than the limit.
+  TCubicCurve curve(double limit2) const { return {from, scale, c0, c1, c2, c3, cosine, 1.0 / limit2}; }
 
 private:
   const TLine& left;

@@ -80,8 +80,7 @@ TProfileLayout layoutOf(const TProfileCut& cut, TFitTable& table);
 
 // Moves corners, tangent points and ends to where the centres have them. False where the elements do not meet as
 // the template says.
-bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout,
-                  TWindowSums& sums);
+bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout);
 
 // Places corners between lines that have moved since; ends at holes and walls keep their columns.
 void meetAnew(const TOrientedCentres& centres, TProfileLayout& layout);

@@ -19,8 +19,8 @@ constexpr int kFewestCentres = 4;
 
 class TRefiner {
 public:
-  TRefiner(const TOrientedCentres& c, const TRefineSettings& s, TProfileLayout& l, TWindowSums& w)
-      : centres(c), settings(s), layout(l), sums(w) {}
+  TRefiner(const TOrientedCentres& c, const TRefineSettings& s, TProfileLayout& l)
+      : centres(c), settings(s), layout(l) {}
 
   bool run() {
     for (round = 0; round < settings.rounds; ++round) {
@@ -69,7 +69,7 @@ private:
   // A plate is read next to its corner; the rest of it only tells how far it reaches.
   void addFarLine(std::size_t e, const TLocalLines& before, TLocalFitSettings how) {
     how.isRough = true;
-    const TLocalLines all = fitLocalLines(centres, element(e).span, before, how, sums);
+    const TLocalLines all = fitLocalLines(centres, element(e).span, before, how);
     if (!all.isFound) return;
     TLocalLines& lines = element(e).lines;
     (e == 0 ? lines.left : lines.right) = lines.whole = all.whole;
@@ -87,7 +87,7 @@ private:
       const TLocalFitSettings how{fitted.noise2, cutOffOf(fitted, start2), isPlate ? kPlateWindowPx : 1e9,
                                   isRough};
       const TLocalLines before = fitted.lines;
-      fitted.lines = fitLocalLines(centres, spanToFit(e, isRough), before, how, sums);
+      fitted.lines = fitLocalLines(centres, spanToFit(e, isRough), before, how);
       if (isPlate && !isRough) addFarLine(e, before, how);
       if (!fitted.lines.isFound) return false;
     }
@@ -265,15 +265,13 @@ private:
   const TOrientedCentres& centres;
   const TRefineSettings& settings;
   TProfileLayout& layout;
-  TWindowSums& sums;
   int round = 0;
 };
 
 }  // namespace
 
-bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout,
-                  TWindowSums& sums) {
-  return TRefiner(centres, settings, layout, sums).run();
+bool refineLayout(const TOrientedCentres& centres, const TRefineSettings& settings, TProfileLayout& layout) {
+  return TRefiner(centres, settings, layout).run();
 }
 
 }  // namespace weld

@@ -22,7 +22,7 @@ struct TLitJoint {
 
 constexpr TLitJoint kLitJoints[] = {
     {"stripe whose edge pairs lie above its light", TJoint::corner, TLevel::noisy, 50002, 0.2},
-    {"another one", TJoint::corner, TLevel::noisy, 50013, 0.2},
+    {"another one", TJoint::corner, TLevel::noisy, 50025, 0.2},
     {"flare on the corner", TJoint::corner, TLevel::real, 50015, 2.0},
     {"blob that the plate seems to go on in", TJoint::plate, TLevel::harsh, 50025, 0.5},
     {"flare over an end of a flush plate", TJoint::plate, TLevel::real, 50201, 4.0},

@@ -7,6 +7,7 @@
 #include "support/kernels/kernels.h"
 #include "support/kernels/line_rating.inl.h"
 #include "support/kernels/ridge_rows.inl.h"
+#include "support/kernels/weighted_moments.inl.h"
 
 namespace weld {
 namespace {
@@ -17,7 +18,8 @@ constexpr TKernels kAllKernels{
      rows::correlate},
     {zelFit::sumTruncatedQuadratics},
     {contrast::sumEight, contrast::meanOfTwo, contrast::respondDark, contrast::respondBright,
-     contrast::respondEdge, contrast::highest, contrast::sumMagnitudes, contrast::rate, contrast::advance}};
+     contrast::respondEdge, contrast::highest, contrast::sumMagnitudes, contrast::rate, contrast::advance},
+    {moments::sumNear}};
 
 }  // namespace
 }  // namespace weld

@@ -5,6 +5,7 @@
 #include "support/kernels/edge_kernels.h"
 #include "support/kernels/line_rating.h"
 #include "support/kernels/ridge_rows.h"
+#include "support/kernels/weighted_moments.h"
 
 namespace weld {
 
@@ -13,6 +14,7 @@ struct TKernels {
   TRidgeRows ridgeRows;
   zelFit::TLineRating lineRating;
   TContrastRows contrastRows;
+  TMomentKernels moments;
 };
 
 extern const TKernels kBaselineKernels;  // what every processor of the architecture can do

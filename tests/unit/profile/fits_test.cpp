@@ -3,11 +3,14 @@
 #include "profile/circle_refine.h"
 #include "profile/local_fit.h"
 #include "scenes/random.h"
+#include "support/kernels/kernels.h"
 #include "support/seed.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <vector>
 
@@ -110,9 +113,34 @@ TEST(Moments, CircleOfANoisyArcIsNotBiased) {
   EXPECT_NEAR(sum / kTrials, 100.0, 1.0);
 }
 
+TEST(WeightedMoments, AreThoseOfTheNearPointsOnEveryProcessor) {
+  scenes::TRandom random(testing_support::seedOfCurrentTest(), scenes::TStream::noise);
+  TCloud c;
+  for (int x = 0; x < 90; ++x) c.add(x, random.uniform(20, 40), random.uniform(0.1, 1));
+  const TCubicCurve curve{10.0, 0.02, 30.0, -4.0, 3.0, 2.0, 0.9, 1.0 / 49.0};
+  for (const int step : {1, 3}) {
+    for (int count = 0; count < 90; ++count) {
+      TMomentSum direct;
+      for (int i = 0; i < count; i += step) {
+        const auto at = static_cast<std::size_t>(i);
+        const double t = (c.x[at] - 10.0) / 50.0;
+        const double off = 0.9 * (c.y[at] - (30.0 - 4.0 * t + 3.0 * t * t + 2.0 * t * t * t));
+        const double u = std::max(0.0, 1.0 - off * off / 49.0);
+        direct.n += c.w[at] * u * u;
+        direct.xy += c.w[at] * u * u * (c.x[at] - 40.0) * (c.y[at] - 30.0);
+      }
+      const TMomentPoints points{c.x.data(), c.y.data(), c.w.data(), count, step};
+      const TMomentSum sum = kernels().moments.sumNear(points, curve, 40.0, 30.0);
+      const TMomentSum baseline = kBaselineKernels.moments.sumNear(points, curve, 40.0, 30.0);
+      EXPECT_NEAR(sum.n, direct.n, 1e-9) << count;
+      EXPECT_NEAR(sum.xy, direct.xy, 1e-9) << count;
+      EXPECT_EQ(std::memcmp(&sum, &baseline, sizeof sum), 0) << count;
+    }
+  }
+}
+
 TLocalLines fit(const TCloud& s, const TLine& start, double noise2, double cutOff = 4.7) {
-  TWindowSums sums(s.x.size() + 1, std::pmr::get_default_resource());
-  return fitLocalLines(s.centres(), s.all(), {start, start, start, true}, {noise2, cutOff, 1e9, false}, sums);
+  return fitLocalLines(s.centres(), s.all(), {start, start, start, true}, {noise2, cutOff, 1e9, false});
 }
 
 // Variance of the height at the right end of a straight line, over the least possible one.
