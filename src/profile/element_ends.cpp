@@ -89,25 +89,33 @@ std::optional<TCorner> cornerBetween(const TFittedElement& left, const TFittedEl
   return TCorner{a, b, *at, sine > 0.0, perRadius, 0.9 * std::min(leftPx, rightPx) / std::max(perRadius, 1e-3)};
 }
 
-// Bounded cost of the centres about a corner, rounded or not.
+// Bounded cost of some centres by their distances.
+template <typename TOffset>
+double costOver(const TOrientedCentres& centres, int first, int last, double noise2, const TOffset& offsetOf) {
+  double cost = 0.0;
+  for (int i = first; i < last; ++i) {
+    const double offset = offsetOf(centres.at(i));
+    const double square = offset * offset;
+    cost += 4.0 * square / (square + 8.0 * noise2);
+  }
+  return cost;
+}
+
+// Of the centres about a corner, rounded or not.
 double cornerCost(const TOrientedCentres& centres, TSpan span, const TCorner& corner, double r, double noise2) {
   const std::optional<TCircle> circle =
       r > 0.0 ? touching(r, corner.a, corner.b, corner.isCentreBelow) : std::nullopt;
-  const double fromX = corner.at.x - (circle ? corner.perRadius * r * corner.a.dx : 0.0);
-  const double toX = corner.at.x + (circle ? corner.perRadius * r * corner.b.dx : 0.0);
-  double cost = 0.0;
-  for (int i = span.first; i < span.last; ++i) {
-    const cv::Point2d p = centres.at(i);
-    double offset = 0.0;
-    if (p.x < fromX) {
-      offset = corner.a.offsetOf(p.x, p.y);
-    } else if (p.x > toX || !circle) {
-      offset = corner.b.offsetOf(p.x, p.y);
-    } else {
-      offset = TFillet{*circle, corner.isCentreBelow}.offsetOf(p);
-    }
-    const double t = offset * offset / (8.0 * noise2);
-    cost += 4.0 * t / (1.0 + t);
+  const double tangentPx = circle ? corner.perRadius * r : 0.0;
+  const auto borderAt = [&](double x) { return std::clamp(centres.indexOf(x), span.first, span.last); };
+  const int from = borderAt(corner.at.x - tangentPx * corner.a.dx);
+  const int to = std::max(from, borderAt(corner.at.x + tangentPx * corner.b.dx));
+  const auto offLeft = [&](cv::Point2d p) { return corner.a.offsetOf(p.x, p.y); };
+  const auto offRight = [&](cv::Point2d p) { return corner.b.offsetOf(p.x, p.y); };
+  double cost =
+      costOver(centres, span.first, from, noise2, offLeft) + costOver(centres, to, span.last, noise2, offRight);
+  if (circle) {
+    const TFillet fillet{*circle, corner.isCentreBelow};
+    cost += costOver(centres, from, to, noise2, [&](cv::Point2d p) { return fillet.offsetOf(p); });
   }
   return cost;
 }

@@ -25,32 +25,6 @@ constexpr int kWidenings = 4;         // of the cut-off, twofold
 constexpr double kSteepest = 0.02;  // cosine of a line's angle
 constexpr int kRoughCentres = 100;
 
-// As TMoments::lineOf, about a given origin.
-TLine lineOf(const TMomentSum& s, double originX, double originY) {
-  TLine line;
-  const double mx = s.x / s.n;
-  const double my = s.y / s.n;
-  const double xx = std::max(0.0, s.xx / s.n - mx * mx);
-  const double yy = std::max(0.0, s.yy / s.n - my * my);
-  const double xy = s.xy / s.n - mx * my;
-  const double half = 0.5 * (xx - yy);
-  const double root = std::sqrt(half * half + xy * xy);
-  double dx = half >= 0.0 ? half + root : xy;
-  double dy = half >= 0.0 ? xy : root - half;
-  const double length = std::sqrt(dx * dx + dy * dy);
-  if (length > 0.0) {
-    const double sign = dx < 0.0 ? -1.0 : 1.0;
-    line.dx = sign * dx / length;
-    line.dy = sign * dy / length;
-  }
-  line.x = mx + originX;
-  line.y = my + originY;
-  line.weight = s.n;
-  line.spread = s.n * (0.5 * (xx + yy) + root);
-  line.variance = std::max(0.0, 0.5 * (xx + yy) - root);
-  return line;
-}
-
 TMomentSum sumOf(const TMomentSum& a, const TMomentSum& b) {
   return {a.n + b.n, a.x + b.x, a.y + b.y, a.xx + b.xx, a.xy + b.xy, a.yy + b.yy};
 }
@@ -93,14 +67,14 @@ public:
   // Weight over the number of centres.
   double share() const { return total.n * step / span.count(); }
   bool hasLine() const { return total.n >= kFewest; }
-  TLine whole() const { return lineOf(total, origin.x, origin.y); }
+  TLine whole() const { return lineOf(total, origin); }
 
   // The window at one end that promises the smallest error there.
   TLine best(bool isLeft, double noise2) const {
     TLine chosen = whole();
     double least = std::numeric_limits<double>::infinity();
     const auto look = [&](const TMomentSum& part) {
-      const TLine line = lineOf(part, origin.x, origin.y);
+      const TLine line = lineOf(part, origin);
       const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
                           kVarianceShare * std::max(line.variance, noise2) / part.n;
       if (rate < least) {

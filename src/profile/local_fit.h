@@ -3,7 +3,6 @@
 #pragma once
 
 #include "profile/moments.h"
-#include "support/kernels/weighted_moments.h"
 
 #include <algorithm>
 

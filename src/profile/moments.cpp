@@ -15,13 +15,14 @@ struct TCentral {
   double meanX, meanY, xx, xy, yy, xz, yz, zz, z;
 };
 
-TCentral centralOf(const TMoments::TSums& s) {
+TCentral centralOf(const TMomentSum& s) {
+  const double perWeight = 1.0 / s.n;
   TCentral c{};
-  c.meanX = s.x / s.n;
-  c.meanY = s.y / s.n;
-  c.xx = std::max(0.0, s.xx / s.n - c.meanX * c.meanX);
-  c.yy = std::max(0.0, s.yy / s.n - c.meanY * c.meanY);
-  c.xy = s.xy / s.n - c.meanX * c.meanY;
+  c.meanX = s.x * perWeight;
+  c.meanY = s.y * perWeight;
+  c.xx = std::max(0.0, s.xx * perWeight - c.meanX * c.meanX);
+  c.yy = std::max(0.0, s.yy * perWeight - c.meanY * c.meanY);
+  c.xy = s.xy * perWeight - c.meanX * c.meanY;
   return c;
 }
 
@@ -86,7 +87,7 @@ TMoments::TMoments(TView<double> xs, TView<double> ys, TView<double> weights, st
     const double x = xs[i] - originX;
     const double y = ys[i] - originY;
     const double z = x * x + y * y;
-    sums += {w, w * x, w * y, w * x * x, w * x * y, w * y * y, w * x * z, w * y * z, w * z * z};
+    sums += {{w, w * x, w * y, w * x * x, w * x * y, w * y * y}, w * x * z, w * y * z, w * z * z};
     prefix.push_back(sums);
   }
 }
@@ -96,7 +97,7 @@ TMoments::TSums TMoments::sumsOf(TSpan span) const {
   return sums -= prefix[static_cast<std::size_t>(span.first)];
 }
 
-TLine TMoments::lineOf(const TSums& sums) const {
+TLine lineOf(const TMomentSum& sums, cv::Point2d origin) {
   TLine line;
   if (!(sums.n > 0.0)) return line;
   const TCentral c = centralOf(sums);
@@ -104,16 +105,16 @@ TLine TMoments::lineOf(const TSums& sums) const {
   const double root = std::sqrt(half * half + c.xy * c.xy);
   const double large = 0.5 * (c.xx + c.yy) + root;
   const bool isFlat = half >= 0.0;
-  double dx = isFlat ? half + root : c.xy;
-  double dy = isFlat ? c.xy : root - half;
+  const double dx = isFlat ? half + root : c.xy;
+  const double dy = isFlat ? c.xy : root - half;
   const double length = std::sqrt(dx * dx + dy * dy);
   if (length > 0.0) {
-    const double sign = dx < 0.0 ? -1.0 : 1.0;
-    line.dx = sign * dx / length;
-    line.dy = sign * dy / length;
+    const double perLength = (dx < 0.0 ? -1.0 : 1.0) / length;
+    line.dx = dx * perLength;
+    line.dy = dy * perLength;
   }
-  line.x = c.meanX + originX;
-  line.y = c.meanY + originY;
+  line.x = c.meanX + origin.x;
+  line.y = c.meanY + origin.y;
   line.weight = sums.n;
   line.spread = large * sums.n;
   line.variance = std::max(0.0, 0.5 * (c.xx + c.yy) - root);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stripe/stripe.h"
+#include "support/kernels/weighted_moments.h"
 
 #include <cstddef>
 #include <optional>
@@ -39,6 +40,10 @@ struct TCircle {
   double weight = 0.0;
 };
 
+// Total least squares; variance 0 for two points. A single point gives a level line through it.
+//   sums  about the origin
+TLine lineOf(const TMomentSum& sums, cv::Point2d origin);
+
 // Weighted centres of a stripe and the sums over every leading stretch of them. Coordinates are taken about the
 // middle of the stripe: raw pixel sums would cost the small circles accuracy.
 class TMoments {
@@ -47,15 +52,14 @@ public:
   TMoments(TView<double> xs, TView<double> ys, TView<double> weights, std::pmr::memory_resource* memory);
 
   // Sums of a stretch, or of several joined ones.
-  struct TSums {
-    double n = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0, xz = 0, yz = 0, zz = 0;
+  struct TSums : TMomentSum {
+    double xz = 0, yz = 0, zz = 0;  // z is the square of the distance from the origin
     TSums& operator+=(const TSums& other);
     TSums& operator-=(const TSums& other);
   };
   TSums sumsOf(TSpan span) const;
 
-  // Total least squares; variance 0 for two points. A single point gives a level line through it.
-  TLine lineOf(const TSums& sums) const;
+  TLine lineOf(const TMomentSum& sums) const { return weld::lineOf(sums, {originX, originY}); }
   TLine lineOf(TSpan span) const { return lineOf(sumsOf(span)); }
   // Sum of the squared normal distances of that line, px^2.
   double residualOf(TSpan span) const;
