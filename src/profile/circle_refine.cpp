@@ -26,10 +26,11 @@ TNormalEquations sumUp(const TOrientedCentres& centres, TSpan span, const TCircl
     const double offset = distance - c.r;
     const double u = 1.0 - offset * offset * invLimit2;
     if (!(u > 0.0) || !(distance > 0.0)) continue;
+    const double perDistance = 1.0 / distance;
     TTriple slope{};
     for (std::size_t k = 0; k < freedom.count; ++k) {
       const TDirection& d = freedom.directions[k];
-      slope[k] = (dx * d.x + dy * d.y) / distance + d.r;
+      slope[k] = (dx * d.x + dy * d.y) * perDistance + d.r;
     }
     sums.add(slope, offset, centres.weight[at] * u * u);
   }
@@ -85,8 +86,8 @@ double touchCost(const TOrientedCentres& centres, TSpan span, const TTouch& touc
     } else {
       offset = std::sqrt((p.x - c.x) * (p.x - c.x) + (p.y - c.y) * (p.y - c.y)) - c.r;
     }
-    const double t = offset * offset / (8.0 * noise2);
-    cost += t / (1.0 + t);
+    const double square = offset * offset;
+    cost += square / (square + 8.0 * noise2);
   }
   return cost;
 }

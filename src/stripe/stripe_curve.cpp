@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace weld {
 
@@ -103,10 +104,18 @@ bool solveFor(const TChoice& choice, TStripeCurve& curve) {
   return true;
 }
 
+// Columns from one centre to the next where none is missing.
+double leastStep(TPointView points) {
+  float least = std::numeric_limits<float>::infinity();
+  for (std::size_t i = 1; i < points.size(); ++i) least = std::min(least, points[i].x - points[i - 1].x);
+  return static_cast<double>(std::max(least, 1.0F));
+}
+
 // Medians of the slopes between the halves and of what is left: a blob beside the stripe does not move it.
 TStripeCurve roughLine(TPointView points, double originX, TMemory* memory) {
   TStripeCurve line;
   line.originX = originX;
+  line.stepPx = leastStep(points);
   const std::size_t half = points.size() / 2;
   const std::size_t every = std::max<std::size_t>(half / kRoughCentres, 1);
   TList<double> values(memory);
@@ -143,8 +152,7 @@ std::optional<TStripeCurve> fit(TPointView points, const TStripeCurve& rough, TM
 
 // Scatter of the mean of all centres.
 double sigmaOfMean(const TStripeCurve& curve) {
-  const double alike = std::clamp(kAlikePx * curve.count / std::max(curve.lengthPx, 1.0), 1.0, kAlikePx);
-  return curve.noisePx * std::sqrt(alike / curve.count);
+  return curve.noisePx * std::sqrt(std::max(kAlikePx / curve.stepPx, 1.0) / curve.count);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ struct TStripeCurve {
   double lengthPx = 0.0;
   double beyondPx = 0.0;  // from these to the origin
   double count = 0.0;     // of these centres
+  double stepPx = 1.0;    // from one to the next where none is missing
 
   double rowAt(double x) const {
     const double dx = x - originX;
