@@ -71,24 +71,25 @@ public:
 
   // The window at one end that promises the smallest error there.
   TLine best(bool isLeft, double noise2) const {
-    TLine chosen = whole();
+    TMomentSum chosen = total;
     double least = std::numeric_limits<double>::infinity();
     const auto look = [&](const TMomentSum& part) {
-      const TLine line = lineOf(part, origin);
-      const double rate = kBiasShare * std::max(0.0, line.variance - kBiasFrom * noise2) +
-                          kVarianceShare * std::max(line.variance, noise2) / part.n;
+      const double variance = varianceOf(part);
+      const double rate = kBiasShare * std::max(0.0, variance - kBiasFrom * noise2) +
+                          kVarianceShare * std::max(variance, noise2) / part.n;
       if (rate < least) {
         least = rate;
-        chosen = line;
+        chosen = part;
       }
     };
     if (hasWhole) look(total);
     for (int i = 0; i < cutCount; ++i) {
       const TCut& cut = cuts[static_cast<std::size_t>(i)];
+      if (cut.isLeft != isLeft) continue;
       const TMomentSum part = isLeft ? cut.before : difference(total, cut.before);
-      if (cut.isLeft == isLeft && part.n >= kFewestInWindow) look(part);
+      if (part.n >= kFewestInWindow) look(part);
     }
-    return chosen;
+    return lineOf(chosen, origin);
   }
 
 private:

@@ -121,12 +121,16 @@ TLine lineOf(const TMomentSum& sums, cv::Point2d origin) {
   return line;
 }
 
-double TMoments::residualOf(TSpan span) const {
-  const TSums sums = sumsOf(span);
+double varianceOf(const TMomentSum& sums) {
   if (!(sums.n > 0.0)) return 0.0;
   const TCentral c = centralOf(sums);
   const double half = 0.5 * (c.xx - c.yy);
-  return sums.n * std::max(0.0, 0.5 * (c.xx + c.yy) - std::sqrt(half * half + c.xy * c.xy));
+  return std::max(0.0, 0.5 * (c.xx + c.yy) - std::sqrt(half * half + c.xy * c.xy));
+}
+
+double TMoments::residualOf(TSpan span) const {
+  const TSums sums = sumsOf(span);
+  return sums.n > 0.0 ? sums.n * varianceOf(sums) : 0.0;
 }
 
 std::optional<TCircle> TMoments::circleOf(const TSums& sums) const {

@@ -43,6 +43,8 @@ struct TCircle {
 // Total least squares; variance 0 for two points. A single point gives a level line through it.
 //   sums  about the origin
 TLine lineOf(const TMomentSum& sums, cv::Point2d origin);
+// Of that line alone.
+double varianceOf(const TMomentSum& sums);
 
 // Weighted centres of a stripe and the sums over every leading stretch of them. Coordinates are taken about the
 // middle of the stripe: raw pixel sums would cost the small circles accuracy.
