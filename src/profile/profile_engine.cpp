@@ -9,8 +9,7 @@ namespace weld {
 
 namespace {
 
-constexpr std::size_t kMostRefined = 7;  // layouts of a joint
-constexpr std::size_t kMostRefinedOfMany = 3;
+constexpr std::size_t kMostRefined = 7;  // layouts of a joint: the cheapest few may not meet
 constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much,
 constexpr double kLastHope = 60.0;  // where that one does not meet
 constexpr double kClear = 22.0;     // by which a layout that fits beats the others
@@ -266,7 +265,7 @@ TList<TRankedJoint> rankProfiles(const TStripeProfile& stripe, const TProfileOpt
     const TList<TProfileCut> cuts = search.search(profilesOf(type), least);
     if (cuts.empty()) continue;
     least = std::min(least, cuts.front().cost);
-    TProfileFit fit = search.best(cuts, kMostRefinedOfMany);
+    TProfileFit fit = search.best(cuts, kMostRefined);
     if (type == TWeldType::uGroove) fit.score += roundingOf(fit);
     if (!fit.isFound()) continue;
     const auto isBetter = [](const TRankedJoint& one, const TRankedJoint& other) {
