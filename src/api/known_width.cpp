@@ -21,6 +21,13 @@ TBreakPlace placeOf(const TEndColumns& ends, float score) {
 
 }  // namespace
 
+std::optional<TEndColumns> knownEnds(const TBreakPlaces& places) {
+  if (places.count == 0 || places.all[0].score < kLeastKnown) return std::nullopt;
+  const auto x = static_cast<double>(places.all[0].x);
+  const auto width = static_cast<double>(places.all[0].widthPx);
+  return TEndColumns{x - 0.5 * width, x + 0.5 * width};
+}
+
 TEndColumns keepWidth(const TEndColumns& seen, TBreakPlaces& places) {
   std::array<TBreakPlace, 2> shown{placeOf(seen, kScore), {}};
   const TBreakPlaces before = places;

@@ -3,6 +3,8 @@
 
 #include "stripe/break_path.h"
 
+#include <optional>
+
 namespace weld {
 
 struct TEndColumns {
@@ -10,6 +12,9 @@ struct TEndColumns {
   double right = 0.0;
   bool areKnown = true;  // false: neither lies where the frames before had it, and not as far from the other one
 };
+
+// The ends that several frames before showed.
+std::optional<TEndColumns> knownEnds(const TBreakPlaces& places);
 
 // The ends as far apart as several frames before showed them: of two that are not, the one that lies where it did
 // tells the other.

@@ -6,6 +6,7 @@
 #include "support/line_math.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace weld {
 
@@ -14,6 +15,7 @@ namespace {
 constexpr double kShadowPx = 4.0;  // columns between the two ends, about: the upper piece hides the lower one's
 constexpr double kMostShadowPx = 20.0;
 constexpr double kMostBackPx = 6.0;
+constexpr double kMostMovePx = 8.0;  // of an end, from frame to frame
 constexpr TCheck kSideBySide{
     {26, TWeldOutcome::fitTooWeak, "end of a piece", "a flare hides an end, and the other one lies elsewhere"},
     "ends side by side at a flare"};
@@ -34,19 +36,43 @@ cv::Point2d seamPoint(const TSeamEnds& ends, TWeldPosType pos) {
   }
 }
 
+// Where a piece ends on its line.
+struct TLapEnd {
+  TSlopeLine line;
+  double x = 0.0;
+  bool isSharp = false;
+
+  cv::Point2d pos() const { return {x, line.k * x + line.b}; }
+};
+
 // By the light; under a flare next to the end of the other piece, or, where that is hidden too, in its middle.
-cv::Point2d endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece& end, TSeam& seam) {
+TLapEnd endOf(const TFrame& frame, const TStripe& stripe, const TEndOfPiece& end, TSeam& seam) {
   const TSlopeLine line = lineAtEnd(frame, end);
   const std::optional<TFlare> flare = flareBeyond(frame, end, line);
-  if (!flare) return endOfLight(frame, end, line).pos;
+  if (!flare) {
+    const TLitEnd lit = endOfLight(frame, end, line);
+    return {line, lit.pos.x, lit.isSharp};
+  }
   seam.hiddenPx = std::max(seam.hiddenPx, static_cast<double>(flare->lastX - flare->firstX));
   const auto told = endUnderFlare(frame, *flare, stripe.points, end);
   seam.isVague = seam.isVague || !told;
-  const double x = told.value_or(flare->middleX);
-  return {x, line.k * x + line.b};
+  return {line, told.value_or(flare->middleX)};
 }
 
-TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe) {
+// Of ends that reach past one another the one that fades out is other light: it lies next to the sharp one, unless
+// the frames before had that elsewhere.
+void parkBesideSharp(TLapEnd& left, TLapEnd& right, const std::optional<TEndColumns>& before) {
+  if (right.x - left.x >= -kMostBackPx || left.isSharp == right.isSharp) return;
+  if (before && std::abs(right.isSharp ? right.x - before->right : left.x - before->left) > kMostMovePx) return;
+  const double apartPx = before ? before->right - before->left : kShadowPx;
+  if (right.isSharp) {
+    left.x = right.x - apartPx;
+  } else {
+    right.x = left.x + apartPx;
+  }
+}
+
+TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe, const std::optional<TEndColumns>& before) {
   const TList<TFlare> flares = findFlares(frame, stripe.points);
   const std::optional<TStripe> rest = withoutFlares(frame, stripe, flares);
   std::optional<TLapPieces> pieces;
@@ -59,8 +85,10 @@ TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe) {
   const int betweenPx = roundToInt(static_cast<double>(right.front().x - left.back().x));
   const int freePx = std::max(betweenPx, 0);
   const int reachPx = freePx + kOverlapPx;
-  seam.ends = TSeamEnds{endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx, kShadowPx}, seam),
-                        endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx, kShadowPx}, seam)};
+  TLapEnd leftEnd = endOf(frame, stripe, {left, true, stripe.widthPx, reachPx, freePx, kShadowPx}, seam);
+  TLapEnd rightEnd = endOf(frame, stripe, {right, false, stripe.widthPx, reachPx, freePx, kShadowPx}, seam);
+  parkBesideSharp(leftEnd, rightEnd, before);
+  seam.ends = TSeamEnds{leftEnd.pos(), rightEnd.pos()};
   const double shadowPx = seam.ends->right.x - seam.ends->left.x;
   const bool areApart = shadowPx < -kMostBackPx || shadowPx > kMostShadowPx;
   if (!frame.trace.holds(kSideBySide, seam.hiddenPx == 0.0 || !areApart)) return TSeam(std::move(seam.stripePts));
@@ -70,7 +98,8 @@ TSeam findWithFineEnds(const TFrame& frame, const TStripe& stripe) {
 }  // namespace
 
 TSeam findOwnLap(const TFrame& frame, const TStripe& stripe, const TPrevious& previous) {
-  TSeam seam = findWithFineEnds(frame, stripe);
+  const auto before = previous.places != nullptr ? knownEnds(*previous.places) : std::nullopt;
+  TSeam seam = findWithFineEnds(frame, stripe, before);
   if (previous.places != nullptr) seam.places = *previous.places;
   if (!seam.ends) {
     seam.places = follow(seam.places, {});
