@@ -215,6 +215,21 @@ TEST(OwnRules, aCornerIsWhereTheStripeBendsAndItsFlanksTouch) {
   EXPECT_LT(cv::norm(corner.seam.weldPos - cv::Point2f(320.0F, 280.0F)), 2.0);
 }
 
+TEST(OwnRules, aPieceOfALapThatFadesOutBesideTheOtherEndsNextToIt) {
+  cv::Mat image(300, 700, CV_8UC1, cv::Scalar(0));
+  image(cv::Rect(100, 144, 201, 12)) = 255;
+  image(cv::Rect(304, 194, 296, 12)) = 255;
+  for (int x = 301; x < 325; ++x) {
+    const int half = 6 - (x - 301) / 6;
+    image(cv::Rect(x, 150 - half, 1, 2 * half)) = 255 - 7 * (x - 300);  // a blob that touches the left end
+  }
+  TWeldParams params;
+  params.weldType = TWeldType::lap;
+  const TTrackedSeam seam = trackOnce(image, params).seam;
+  ASSERT_EQ(seam.state, TSeamState::found);
+  EXPECT_NEAR(seam.weldPos.x, 302.0, 2.0);
+}
+
 // Flush with its table: the plate is the dim stretch of one straight stripe.
 TEST(OwnRules, aFlushPlateEndsWhereTheLightChanges) {
   cv::Mat image = painted::dark();
