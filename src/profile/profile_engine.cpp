@@ -10,9 +10,9 @@ namespace weld {
 namespace {
 
 constexpr std::size_t kMostRefined = 7;  // layouts of a joint: the cheapest few may not meet
-constexpr double kHopeless = 30.0;  // dearer than the cheapest layout by so much,
-constexpr double kLastHope = 60.0;  // where that one does not meet
-constexpr double kClear = 22.0;     // by which a layout that fits beats the others
+constexpr double kHopeless = 30.0;       // dearer than the cheapest layout by so much,
+constexpr double kLastHope = 60.0;       // where that one does not meet
+constexpr double kClear = 22.0;          // by which a layout that fits beats the others
 constexpr double kMostInflation = 4.0;
 constexpr double kSharpU = 12.0;
 constexpr double kRoundedFlat = 18.0;
