@@ -40,6 +40,7 @@ std::vector<cv::Mat> sequenceOf(scenes::TJoint joint, TLevel level, unsigned see
   motion.driftPx = {seed % 2 == 0 ? 1.2 : -1.2, 0.5};
   motion.jitterPx = 1.5;
   std::vector<cv::Mat> images;
+  images.reserve(kFrames);
   for (int i = 0; i < kFrames; ++i) images.push_back(scenes::renderScene(scenes::frameOf(first, motion, i)).image);
   return images;
 }

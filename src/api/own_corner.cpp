@@ -115,7 +115,7 @@ TPoints flankBetween(const TFrame& frame, TPointView points, const TSlopeLine& f
 // Where the flanks cross, with the bow of the flanks, and how far that may lie off along y.
 struct TCrossing {
   cv::Point2d pos;
-  double sigmaPx;
+  double sigmaPx = 0.0;
 };
 
 //   step  of the centres every so many are looked at

@@ -35,7 +35,7 @@ TPointView tellingOf(const TEndOfPiece& end) {
   const TPointView piece = end.piece;
   if (!end.isRight) return centresIn(piece, {piece.front().x, piece.front().x + kTellingPx});
   const TPointView near = centresIn(piece, {piece.back().x - kTellingPx, piece.back().x});
-  auto first = static_cast<std::size_t>(near.begin() - piece.begin());
+  std::size_t first = piece.size() - near.size();
   first -= first % kFlareStride;
   return piece.part(first, piece.size() - first);
 }
