@@ -6,6 +6,8 @@
 
 #include <opencv2/core/hal/intrin.hpp>
 
+#include <cstddef>
+
 namespace weld {
 namespace moments {
 namespace {
@@ -13,8 +15,8 @@ namespace {
 using cv::v_float64;
 
 constexpr int kPoints = 4;  // side by side
-constexpr int kLanes = v_float64::nlanes;
-constexpr int kVectors = kPoints / kLanes;
+constexpr std::ptrdiff_t kLanes = v_float64::nlanes;
+constexpr int kVectors = kPoints / v_float64::nlanes;
 static_assert(kVectors * kLanes == kPoints, "points fill whole vectors");
 
 struct TSums {
