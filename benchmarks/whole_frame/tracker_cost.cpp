@@ -15,7 +15,7 @@ namespace {
 
 using scenes::TLevel;
 
-constexpr unsigned kFirstSeed = 411;
+constexpr unsigned kFirstSeed = 611;  // nothing was made quicker on these
 constexpr unsigned kSequences = 4;
 constexpr int kFrames = 25;
 constexpr int kRepetitions = 5;  // of a sequence; of each frame the quickest counts
