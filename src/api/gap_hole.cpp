@@ -93,11 +93,6 @@ TPointView pointsFrom(TPointView points, int firstX, int endX) {
   return {first, static_cast<std::size_t>(last - first)};
 }
 
-// The centres between the edges of a hole.
-TPointView pointsIn(TPointView points, const TLineHole& hole) {
-  return pointsFrom(points, hole.leftX + 1, hole.rightX);
-}
-
 bool isBreak(const TFrame& frame, TPointView points, const TLineHole& hole) {
   const TPointView inside = pointsIn(points, hole);
   const int longest = std::max(columnsGoingOn(points, hole, inside.begin(), 1),
@@ -196,6 +191,10 @@ bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
 }
 
 }  // namespace
+
+TPointView pointsIn(TPointView points, const TLineHole& hole) {
+  return pointsFrom(points, hole.leftX + 1, hole.rightX);
+}
 
 TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
   const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;

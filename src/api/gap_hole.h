@@ -6,6 +6,9 @@
 
 namespace weld {
 
+// The centres between the edges of a hole.
+TPointView pointsIn(TPointView points, const TLineHole& hole);
+
 // The steps between neighbouring centres of a line that are wider than from column to column.
 //   line  a hole of it
 TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line);

@@ -103,12 +103,12 @@ TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TDarkBreak& found
 
 TSeam seamAt(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
   // On the line it shines out of the gap, beside it it is a ghost; neither is an edge.
-  const TPointView inside = centresIn(
-      stripe.points, {static_cast<float>(hole.leftX + 1), std::nextafter(static_cast<float>(hole.rightX), 0.0F)});
+  const TPointView points = stripe.points;
+  const TPointView inside = pointsIn(points, hole);
   TSeam seam(frame.memory);
-  seam.stripePts.reserve(stripe.points.size());
-  seam.stripePts.insert(seam.stripePts.end(), TPointView(stripe.points).begin(), inside.begin());
-  seam.stripePts.insert(seam.stripePts.end(), inside.end(), TPointView(stripe.points).end());
+  seam.stripePts.reserve(points.size());
+  seam.stripePts.insert(seam.stripePts.end(), points.begin(), inside.begin());
+  seam.stripePts.insert(seam.stripePts.end(), inside.end(), points.end());
   const TWeldPosType pos = frame.params.weldPosType;
   const double x = pos == TWeldPosType::left    ? hole.leftX
                    : pos == TWeldPosType::right ? hole.rightX

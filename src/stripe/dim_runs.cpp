@@ -46,7 +46,8 @@ TList<double> lightOf(const TFrame& frame, const TStripe& stripe, std::size_t st
   light.reserve(stripe.points.size());
   const int far = roundToInt(stripe.widthPx) + kClearPx;
   const cv::Rect all({0, 0}, frame.image.size());
-  const cv::Rect rows = isColour(frame.image) ? rowsAbout(frame, stripe.points, far) : all;  // to convert
+  // Colour is converted in these alone.
+  const cv::Rect rows = isColour(frame.image) ? rowsAbout(frame, stripe.points, far) : all;
   const cv::Mat seen = frame.image(rows);
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
   const cv::Mat grey = toGrey(seen, pixels);

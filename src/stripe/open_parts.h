@@ -13,6 +13,6 @@ namespace weld {
 //   leastColumns  of a hole over which the stripe goes level; smaller ones are left alone,
 //   near          and so are holes outside these columns
 TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize,
-                              int leastColumns, const TColumnSpan& near = {});
+                              int leastColumns, const TColumnSpan& near);
 
 }  // namespace weld

@@ -155,7 +155,7 @@ TEST(RidgeStripe, isSoughtOnlyAboutHolesThatMatter) {
     known.erase(known.begin() + first, known.begin() + first + row.holeColumns);
     TStripe edgePairs = stripeOf(known, TCentreOrigin::edgePair);
     for (int x = 0; x < 640; ++x) edgePairs.status.push_back({x, kEdgeMissing});
-    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, image.size(), 12);
+    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, image.size(), 12, {});
     ASSERT_EQ(toVector(parts), row.parts) << row.name;
     const TStripe ridges = extractRidgesBeside(frame, regions, parts, edgePairs.points);
     if (parts.empty()) continue;
