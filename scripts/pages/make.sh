@@ -7,8 +7,6 @@ cd "$(dirname "$0")/../.."
 build=$1
 pages=$2
 
-scripts/pages/check_links.py README.md SECURITY.md CHANGELOG.md docs/*.md
-
 rm -rf "$pages"
 mkdir -p "$pages"
 PROJECT_VERSION=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt") \
