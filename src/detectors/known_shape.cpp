@@ -110,6 +110,15 @@ bool isKnown(cv::Point2f now, const TCommon& known, const TPlaces& places) {
 
 }  // namespace
 
+bool isUsual(const TKnownShapes& shapes) {
+  const TShape& latest = shapes.all[0];
+  const auto showsSame = [&](const TShape& shape) {
+    return std::equal(shape.begin(), shape.end(), latest.begin(),
+                      [](cv::Point2f a, cv::Point2f b) { return isSeen(a) == isSeen(b); });
+  };
+  return 2 * std::count_if(shapes.all.begin(), shapes.all.begin() + shapes.count, showsSame) >= shapes.count;
+}
+
 double keepShape(TProfileFit& fit, TKnownShapes& shapes) {
   const TShape now = shapeOf(fit);
   TPlaces moves;

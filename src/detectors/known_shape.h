@@ -22,6 +22,10 @@ struct TKnownShapes {
   int count = 0;
 };
 
+// Whether the latest frame shows the features that most of them show; false for a form of the joint that came up
+// of late.
+bool isUsual(const TKnownShapes& shapes);
+
 // Moves a feature to where most of the last frames, three or more, showed it beside the other features, but not
 // where the two latest ones show it as this frame does; then measures width, depth and gap anew. What lies
 // elsewhere in every frame stays, and is as unsure as it is far from where it was.

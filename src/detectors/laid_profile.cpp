@@ -1,6 +1,7 @@
 #include "detectors/laid_profile.h"
 
 #include "detectors/groove_report.h"
+#include "detectors/known_shape.h"
 
 #include <cmath>
 
@@ -74,7 +75,8 @@ TProfileFit lay(const TFrame& frame, const TStripeProfile& stripe, TTemplateView
   TProfileOptions options;
   options.frame = &frame;
   options.flares = flares;
-  if (previous.isFound && isOf(forms, previous.profile)) {
+  const bool isSettled = previous.shapes == nullptr || isUsual(*previous.shapes);
+  if (previous.isFound && isOf(forms, previous.profile) && isSettled) {
     const TStageTimer timer(frame.trace, "profile followed");
     TProfileFit fit = trackProfile(stripe, *previous.profile, options, frame.memory);
     if (fit.isFound()) return fit;

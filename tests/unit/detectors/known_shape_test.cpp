@@ -74,5 +74,24 @@ TEST(KnownShape, oneFrameTellsNothing) {
   EXPECT_EQ(drift.show(25.0).measures.gapPx, 30.0);
 }
 
+TEST(KnownShape, aFormThatCameUpOfLateIsNotUsual) {
+  TDrift drift;
+  const auto showClosed = [&] {
+    TProfileFit fit = grooveAt({100.0, 200.0}, 0.0, 0.0);
+    for (const TFeature edge : {TFeature::leftRoot, TFeature::rightRoot})
+      fit.features[static_cast<std::size_t>(edge)] = {};
+    keepShape(fit, drift.shapes);
+  };
+  EXPECT_TRUE(isUsual(drift.shapes));
+  for (int i = 0; i < 4; ++i) drift.show(5.0);
+  EXPECT_TRUE(isUsual(drift.shapes));
+  for (int i = 0; i < 3; ++i) {
+    showClosed();
+    EXPECT_FALSE(isUsual(drift.shapes)) << i;
+  }
+  showClosed();
+  EXPECT_TRUE(isUsual(drift.shapes));
+}
+
 }  // namespace
 }  // namespace weld
