@@ -4,6 +4,7 @@
 #include "profile/flank_bow.h"
 #include "profile/joint_features.h"
 #include "profile/lit_ends.h"
+#include "profile/wall_end.h"
 #include "support/exact_log.h"
 
 #include <algorithm>
@@ -15,7 +16,6 @@ namespace {
 
 constexpr double kConfidenceScale = 20.0;  // gain over a plate
 constexpr double kRightPx = 3.0;
-constexpr double kHiddenPerRadius = 0.3;  // standard deviation of an edge under its flare
 // Of the joints found, however unclear, and what clarity adds; both from made joints of every level.
 constexpr double kRightAtLeast = 0.3;
 constexpr double kRightByClarity = 0.65;
@@ -54,25 +54,6 @@ double confidenceOf(const TProfileFit& fit, double worstShare) {
   const double isExact = seam.isFound ? 1.0 - exactExp(-kRightPx * kRightPx / (sigma * sigma)) : 1.0;
   const double clarity = (1.0 - exactExp(-fit.score / kConfidenceScale)) * isExact * worstShare;
   return kRightAtLeast + kRightByClarity * clarity;
-}
-
-// The wall's edge flares to both sides of it.
-void endInFlares(TView<TFlare> flares, TProfileLayout& layout) {
-  for (std::size_t j = 0; j + 1 < layout.count(); ++j) {
-    if (layout.profile->junctions[j].kind != TJunctionKind::jump) continue;
-    for (const bool isRightEnd : {true, false}) {
-      const std::size_t e = isRightEnd ? j : j + 1;
-      TFittedElement& plate = layout.elements[e];
-      if (layout.range(e).role != TElementRole::plate) continue;
-      cv::Point2d& end = isRightEnd ? plate.right : plate.left;
-      const TFlare* const flare = flareAt(flares, end.x);
-      if (flare == nullptr) continue;
-      const TLine& line = isRightEnd ? plate.lines.right : plate.lines.left;
-      end.y += (flare->middleX - end.x) * line.dy / std::max(line.dx, 0.02);
-      end.x = flare->middleX;
-      plate.hiddenPx = kHiddenPerRadius * flare->radiusPx;
-    }
-  }
 }
 
 // Nothing where an end is no plate.
@@ -120,7 +101,7 @@ TProfileFit TLayoutJudge::judge(const TProfileLayout& refined, const TLayoutScor
   if (options.frame != nullptr) moveToLight(*options.frame, centres, layout);
   meetAnew(centres, layout);
   if (options.frame != nullptr) extendToLight(*options.frame, centres, layout);
-  endInFlares(options.flares, layout);
+  endAtWalls({options.frame, centres, options.flares, stripe.widthPx()}, layout);
   TProfileFit fit;
   fit.profile = layout.profile;
   fit.sense = layout.sense;
