@@ -131,7 +131,8 @@ private:
     course.slope = (sumX1 - sumX * sum / n) / (sumXX - sumX * sumX / n);
     course.mean = sum / n;
     course.meanX = centres.at(last).x + sumX / n;
-    course.isFound = std::abs(course.slope) > kForeignSlope / std::max(line.dx, 0.02);
+    const double alongPerColumn = std::abs(1.0 + course.slope * line.dy) / std::max(line.dx, 0.02);
+    course.isFound = std::abs(course.slope) > kForeignSlope * alongPerColumn;
     return course;
   }
 
