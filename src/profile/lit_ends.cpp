@@ -20,6 +20,7 @@ constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
 constexpr double kCourseShare = 0.75;   // of the step of one centre, that the course of a run shows as surely
+constexpr double kCornerGain = 0.5;     // by which its centres lie nearer to a run that begins in a corner
 constexpr int kBlurCentres = 2;         // over which such a step may spread
 constexpr double kLeastSeen = 0.5;      // of the course's step, that the centres show there
 constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
@@ -146,8 +147,10 @@ private:
     return isStep(courseOff / kCourseShare) && course.slope * side * courseOff < 0.0 && seen > kLeastSeen;
   }
 
-  // The last centre before a run that crosses the line at its end, behind a hole or a step: what lies nearer to
-  // that run's own course is the run's.
+  bool isFlatter(const TCourse& course) const { return std::abs(course.slope + line.dy) < std::abs(line.dy); }
+
+  // The last centre before a run that crosses the line at its end, behind a hole or a step, or in a corner to
+  // something flatter: what lies nearer to that run's own course is the run's.
   int beforeCrossing() const {
     const TCourse course = courseFrom(last);
     if (!course.isFound) return last;
@@ -161,7 +164,9 @@ private:
       const double beside = off - course.at(centres.at(i).x);
       gain += std::min(off * off, most) - std::min(beside * beside, most);
       highest = std::max(highest, gain);
-      if (gain > best && (hasHole(i) || (gain == highest && comesInStep(course, i)))) best = gain, kept = i - side;
+      const bool turns =
+          gain == highest && (comesInStep(course, i) || (isFlatter(course) && gain > kCornerGain * most));
+      if (gain > best && (hasHole(i) || turns)) best = gain, kept = i - side;
     }
     return kept;
   }
@@ -174,7 +179,7 @@ private:
     const double stepPx = offsetOf(next) - offsetOf(last);
     if (isStep(stepPx) && std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * std::abs(stepPx)) return true;
     const TCourse course = courseFrom(next);
-    return course.isFound && comesInStep(course, next);
+    return course.isFound && (comesInStep(course, next) || isFlatter(course));
   }
 
   // Whether the run from this centre to the end is short beside the hole before it.
