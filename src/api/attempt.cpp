@@ -43,11 +43,11 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
 }
 
 // Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival.
-//   near  the columns in which missing stripe harms
-TStripe fillOpenParts(const TQuest& quest, const TLook& look, const TColumnSpan& near, TStripe edgePairs) {
+TStripe fillOpenParts(const TQuest& quest, const TLook& look, const TExtraction& extraction, TStripe edgePairs) {
   const TFrame& frame = quest.frame;
   const int leastColumns = quest.joint.rules.isLocal ? 1 : kLeastHole;
-  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), leastColumns, near);
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(),
+                                              {leastColumns, extraction.near, extraction.before});
   const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
   return fillUp(frame, std::move(edgePairs), ridges);
 }
@@ -62,7 +62,7 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   if (!asksRidges) return {std::move(edgePairs), columns};
   const bool isMostThere = columns >= extraction.minColumns;
   if (extraction.onlyFills && isMostThere)
-    return {fillOpenParts(quest, look, extraction.near, std::move(edgePairs)), columns};
+    return {fillOpenParts(quest, look, extraction, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }
 

@@ -27,7 +27,8 @@ struct TExtraction {
   int minColumns = 0;      // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
   int leastColumns = 0;    // but not where they do so through fewer than these: it is elsewhere
   TColumnSpan near = {};   // and where they leave stripe behind in these
-  bool onlyFills = false;  // then they are sought where edge pairs leave the stripe open, and nowhere else
+  bool onlyFills = false;  // then they are sought where edge pairs leave the stripe open, and nowhere else ...
+  TPointView before = {};  // ... but in the holes of the last stripe: ridges did not fill them then, either
 };
 
 // A frame, the joint that is looked for in it, and what it may ask of the ridges.

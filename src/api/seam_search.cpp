@@ -49,8 +49,12 @@ TColumnSpan columnsNear(const TSearch& search) {
 TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColumnSpan& span) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TExtraction extraction{search.options.extraction, shareOf(known.columns, kWholeShare),
-                               shareOf(known.edgePairColumns, kPresentShare), span, search.memory.last.isFound};
+  const TExtraction extraction{search.options.extraction,
+                               shareOf(known.columns, kWholeShare),
+                               shareOf(known.edgePairColumns, kPresentShare),
+                               span,
+                               search.memory.last.isFound,
+                               search.memory.last.stripePts};
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 

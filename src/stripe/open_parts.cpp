@@ -1,5 +1,6 @@
 #include "stripe/open_parts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -8,7 +9,9 @@ namespace weld {
 namespace {
 
 constexpr int kBesideColumns = 80;
-constexpr float kLevelPx = 6.0F;   // rows from side to side of a hole over which the stripe goes level
+constexpr float kLevelPx = 6.0F;    // rows from side to side of a hole over which the stripe goes level
+constexpr double kMostMoved = 8.0;  // columns of a hole that the last frame had stripe in
+constexpr double kMostMovedShare = 0.5;
 constexpr double kMostOpen = 0.7;  // of the columns: from here on one search of all is quicker
 
 // What the regions have of some columns.
@@ -29,6 +32,13 @@ struct THole {
   int columns() const { return last - first + 1; }
   bool isLevel() const { return left != nullptr && right != nullptr && std::abs(right->y - left->y) <= kLevelPx; }
 };
+
+// But for a few columns at its ends: the part has moved.
+bool wasOpen(const THole& hole, TPointView before) {
+  if (before.empty()) return false;
+  const TPointView inside = centresIn(before, {static_cast<float>(hole.first), static_cast<float>(hole.last)});
+  return static_cast<double>(inside.size()) <= std::min(kMostMoved, kMostMovedShare * hole.columns());
+}
 
 template <typename TDo>
 void forHoles(const TStripe& edgePairs, const TDo& treat) {
@@ -53,12 +63,13 @@ void forHoles(const TStripe& edgePairs, const TDo& treat) {
 }  // namespace
 
 TList<cv::Rect> findOpenParts(const TStripe& edgePairs, TView<cv::Rect> regions, cv::Size imageSize,
-                              int leastColumns, const TColumnSpan& near) {
+                              const TOpenRule& rule) {
   TList<cv::Rect> parts(edgePairs.points.get_allocator().resource());
   const cv::Rect image({0, 0}, imageSize);
   forHoles(edgePairs, [&](const THole& hole) {
-    if (hole.isLevel() && hole.columns() < leastColumns) return;
-    if (static_cast<float>(hole.last) < near.from || static_cast<float>(hole.first) > near.to) return;
+    if (hole.isLevel() && hole.columns() < rule.leastColumns) return;
+    if (static_cast<float>(hole.last) < rule.near.from || static_cast<float>(hole.first) > rule.near.to) return;
+    if (wasOpen(hole, rule.before)) return;
     const cv::Rect columns(hole.first - kBesideColumns, 0, hole.columns() + 2 * kBesideColumns, image.height);
     const bool isApart = parts.empty() || parts.back().br().x < columns.x;
     if (isApart) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace weld {
 namespace {
@@ -155,7 +156,7 @@ TEST(RidgeStripe, isSoughtOnlyAboutHolesThatMatter) {
     known.erase(known.begin() + first, known.begin() + first + row.holeColumns);
     TStripe edgePairs = stripeOf(known, TCentreOrigin::edgePair);
     for (int x = 0; x < 640; ++x) edgePairs.status.push_back({x, kEdgeMissing});
-    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, image.size(), 12, {});
+    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, image.size(), {12});
     ASSERT_EQ(toVector(parts), row.parts) << row.name;
     const TStripe ridges = extractRidgesBeside(frame, regions, parts, edgePairs.points);
     if (parts.empty()) continue;
@@ -166,6 +167,22 @@ TEST(RidgeStripe, isSoughtOnlyAboutHolesThatMatter) {
     EXPECT_LT(ridges.points.size(), static_cast<std::size_t>(row.holeColumns) + 20U) << row.name << ": no more";
     for (const cv::Point2f p : ridges.points)
       EXPECT_NEAR(p.y, p.x < 320.0F ? 240.0F : 240.0F + row.rise, 4.0) << row.name << " at " << p.x;
+  }
+}
+
+TEST(RidgeStripe, isNotSoughtAgainInAHoleOfTheLastFrame) {
+  const auto stripeWithHole = [](int first) {
+    std::vector<cv::Point2f> centres = painted::linePoints(0, 640, 240.0);
+    centres.erase(centres.begin() + first, centres.begin() + first + 40);
+    return stripeOf(centres, TCentreOrigin::edgePair);
+  };
+  TStripe edgePairs = stripeWithHole(300);
+  for (int x = 0; x < 640; ++x) edgePairs.status.push_back({x, kEdgeMissing});
+  const std::vector<cv::Rect> regions = {{0, 200, 640, 80}};
+  for (const int movedPx : {0, 8, -8, 9, -9}) {
+    const TStripe before = stripeWithHole(300 + movedPx);
+    const TList<cv::Rect> parts = findOpenParts(edgePairs, regions, {640, 480}, {12, {}, before.points});
+    EXPECT_EQ(parts.empty(), std::abs(movedPx) <= 8) << movedPx;
   }
 }
 
