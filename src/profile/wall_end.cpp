@@ -43,13 +43,8 @@ TPoints centresBefore(const TFrame& frame, const TOrientedCentres& centres, int 
   return points;
 }
 
-// The column of the light's end; nothing without an image or centres.
-struct TLitColumn {
-  double x;
-  bool isSharp;
-};
-
-std::optional<TLitColumn> litColumn(const TWallLight& light, int sense, const TWallEnd& end) {
+// Where the light of the plate ends; nothing without an image or centres.
+std::optional<TLitEnd> litEnd(const TWallLight& light, int sense, const TWallEnd& end) {
   if (light.frame == nullptr) return std::nullopt;
   const TPoints points = centresBefore(*light.frame, light.centres, sense, end);
   if (points.size() < kLeastCentres) return std::nullopt;
@@ -57,18 +52,17 @@ std::optional<TLitColumn> litColumn(const TWallLight& light, int sense, const TW
   const double k = line.dy / std::max(line.dx, kLeastCosine);
   const bool isFree = std::abs(line.offsetOf(end.beyond.x, end.beyond.y)) > kBesidePx;
   const int freePx = isFree ? kReachPx : roundToInt(std::abs(end.beyond.x - end.pos().x));
-  const TLitEnd lit = endOfLight(*light.frame, {points, end.isRight, light.stripeWidthPx, kReachPx, freePx},
-                                 {sense * k, sense * (line.y - k * line.x)});
-  return TLitColumn{lit.pos.x + (end.isRight ? kHalfColumn : -kHalfColumn), lit.isSharp};
+  return endOfLight(*light.frame, {points, end.isRight, light.stripeWidthPx, kReachPx, freePx},
+                    {sense * k, sense * (line.y - k * line.x)});
 }
 
 void settle(const TWallLight& light, int sense, const TWallEnd& at, TFittedElement& plate) {
   cv::Point2d& end = at.isRight ? plate.right : plate.left;
   const TFlare* const flare = flareAt(light.flares, end.x);
-  const std::optional<TLitColumn> lit = litColumn(light, sense, at);
+  const std::optional<TLitEnd> lit = litEnd(light, sense, at);
   if (!lit && flare == nullptr) return;
   const bool isHidden = flare != nullptr && !(lit && lit->isSharp);
-  const double x = isHidden ? flare->middleX : lit->x;
+  const double x = isHidden ? flare->middleX : lit->pos.x + (at.isRight ? kHalfColumn : -kHalfColumn);
   if (isHidden) plate.hiddenPx = kHiddenPerRadius * flare->radiusPx;
   end.y += (x - end.x) * at.line().dy / std::max(at.line().dx, kLeastCosine);
   end.x = x;
