@@ -22,6 +22,11 @@ constexpr int kBesideFrom = 3;          // columns from the line to those that i
 constexpr int kBesideColumns = 5;       // on either side
 constexpr int kBesideTo = kBesideFrom + kBesideColumns - 1;
 
+constexpr int kBlockColumns = 32;        // whose surroundings are taken for equally lit
+constexpr double kLowShare = 0.16;       // of them, a scatter below their median
+constexpr double kMostScatters = 2.0;    // above it: what is brighter is no room light
+constexpr int kLeastOver = 3;            // grey levels
+
 constexpr int kShares = 10;                   // of a column
 constexpr int kLightUnits = kRows * kShares;  // sums of so many make a grey level
 constexpr int kDarkUnits = kLightUnits * kBesideColumns;
@@ -44,6 +49,34 @@ cv::Mat bordered(const cv::Mat& grey, const cv::Rect& part, const TBuffer<unsign
   cv::copyMakeBorder(grey(seen), levels, seen.y - part.y, part.br().y - seen.br().y, seen.x - part.x,
                      part.br().x - seen.br().x, cv::BORDER_REPLICATE);
   return levels;
+}
+
+// A further line of light beside the stripe would make a dark one of what lies between the two.
+void dimToRoomLight(TBand& band) {
+  const int columns = static_cast<int>(band.rows.size());
+  for (int first = 0; first < columns; first += kBlockColumns) {
+    const int count = std::min(kBlockColumns, columns - first);
+    std::array<int, 256> histogram{};
+    for (int i = first; i < first + count; ++i) {
+      const int row = band.rows[static_cast<std::size_t>(i)];
+      for (int k = 0; k < kLineRows; ++k) {
+        for (const int y : {row - band.nearestRow - k, row + band.nearestRow + k})
+          ++histogram[band.levels.at<unsigned char>(y, band.firstColumn + i)];
+      }
+    }
+    const auto levelOf = [&](double share) {
+      int rest = static_cast<int>(share * kRows * count);
+      int level = 0;
+      while (rest >= histogram[static_cast<std::size_t>(level)]) rest -= histogram[static_cast<std::size_t>(level++)];
+      return level;
+    };
+    const int median = levelOf(0.5);
+    const double over = std::max(kMostScatters * (median - levelOf(kLowShare)), 1.0 * kLeastOver);
+    const int left = first == 0 ? 0 : band.firstColumn + first;
+    const int right = first + count == columns ? band.levels.cols : band.firstColumn + first + count;
+    cv::Mat block = band.levels.colRange(left, right);
+    cv::min(block, median + over, block);
+  }
 }
 
 // A row beside the stripe, and where a line that leans meets it.
@@ -127,6 +160,7 @@ TList<double> findLines(const cv::Mat& grey, int firstColumn, TView<double> rows
   const TBuffer<unsigned char> pixels(memory, static_cast<std::size_t>(part.area()));
   band.levels = bordered(grey, part, pixels);
   for (int& row : band.rows) row -= part.y;
+  dimToRoomLight(band);
   return darkestLines(band, memory);
 }
 
