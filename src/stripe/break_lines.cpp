@@ -24,7 +24,7 @@ constexpr int kBesideTo = kBesideFrom + kBesideColumns - 1;
 
 constexpr int kBlockColumns = 32;        // whose surroundings are taken for equally lit
 constexpr double kLowShare = 0.16;       // of them, a scatter below their median
-constexpr double kMostScatters = 2.0;    // above it: what is brighter is no room light
+constexpr double kMostScatters = 1.5;    // above it: what is brighter is no room light
 constexpr int kLeastOver = 3;            // grey levels
 
 constexpr int kShares = 10;                   // of a column
