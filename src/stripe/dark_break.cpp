@@ -21,7 +21,7 @@ constexpr int kMostDark = 3;        // columns
 constexpr int kBesideColumns = 10;  // that a dark column is held against, on either side
 constexpr int kStepColumns = 20;    // on either side of a step
 constexpr int kStepSkipped = 2;
-constexpr int kMargin = kStepColumns + kStepSkipped;  // columns at either end without a score
+constexpr int kStepMargin = kStepColumns + kStepSkipped;  // columns at either end without a step
 constexpr int kRivalPx = 14;                          // nearer places are the same break
 constexpr int kSamePlacePx = 2;
 
@@ -153,7 +153,7 @@ double extrapolate(const TValues& rows, int first, int count, int column) {
 // The step of the centres across each column, in scatters.
 TValues findSteps(const TValues& centres, TMemory* memory) {
   TValues steps(centres.size(), 0.0, memory);
-  for (int i = kMargin; i + kMargin < static_cast<int>(centres.size()); ++i) {
+  for (int i = kStepMargin; i + kStepMargin < static_cast<int>(centres.size()); ++i) {
     steps[static_cast<std::size_t>(i)] =
         extrapolate(centres, i + kStepSkipped, kStepColumns, i) -
         extrapolate(centres, i - kStepSkipped - kStepColumns + 1, kStepColumns, i);
@@ -175,7 +175,8 @@ TScores scoreColumns(const cv::Mat& grey, const TCourse& course, double widthPx,
                  findLines(grey, course.firstColumn, course.rows, widthPx, memory),
                  TValues(course.centres.size(), 0.0, memory)};
   const TValues steps = findSteps(course.centres, memory);
-  for (int i = kMargin; i + kMargin < course.columns(); ++i) {
+  for (int i = 0; i < course.columns(); ++i) {
+    if (!(scores.dips.depth[static_cast<std::size_t>(i)] > 0.0)) continue;
     const double dip = std::min(scores.dips.depth[static_cast<std::size_t>(i)], kMostOfDip);
     const double step = std::min(highestNear(steps, i), kMostOfStep);
     const double line = std::clamp(highestNear(scores.lines, i) - kLineFloor, 0.0, kMostOfLine);
