@@ -14,11 +14,12 @@ namespace weld {
 
 namespace {
 
-constexpr int kLeastColumns = 80;
+constexpr int kLeastColumns = 40;
 constexpr int kCourseReach = 7;     // columns to either side whose median is the course of the stripe
 constexpr int kStripeReach = 2;     // rows about the course that tell the brightness
 constexpr int kMostDark = 3;        // columns
-constexpr int kBesideColumns = 10;  // that a dark column is held against, on either side
+constexpr int kBesideColumns = 10;  // that a dark column is held against, on either side,
+constexpr int kLeastBeside = 5;     // and at an end of the piece
 constexpr int kStepColumns = 20;    // on either side of a step
 constexpr int kStepSkipped = 2;
 constexpr int kStepMargin = kStepColumns + kStepSkipped;  // columns at either end without a step
@@ -122,9 +123,11 @@ TDips findDips(const TValues& brightness, TMemory* memory) {
   TValues work(memory);
   for (int width = 1; width <= kMostDark; ++width) {
     depth.assign(brightness.size(), 0.0);
-    for (int i = kBesideColumns; i + width + kBesideColumns <= columns; ++i) {
-      const double beside = std::min(meanOf(brightness, i - kBesideColumns, kBesideColumns),
-                                     meanOf(brightness, i + width, kBesideColumns));
+    for (int i = kLeastBeside; i + width + kLeastBeside <= columns; ++i) {
+      const int left = std::min(i, kBesideColumns);
+      const int right = std::min(columns - i - width, kBesideColumns);
+      const double beside =
+          std::min(meanOf(brightness, i - left, left), meanOf(brightness, i + width, right));
       const double drop = beside - meanOf(brightness, i, width);
       depth[static_cast<std::size_t>(i + (width - 1) / 2)] = drop / std::max(beside, 1.0);
     }
