@@ -6,6 +6,7 @@
 #include "stripe/break_path.h"
 #include "stripe/dark_break.h"
 #include "stripe/dim_runs.h"
+#include "stripe/flush_edges.h"
 #include "stripe/turn.h"
 #include "support/line_math.h"
 #include "zelWeldSettings.h"
@@ -52,6 +53,10 @@ constexpr double kSamePlacePx = 20.0;
 
 constexpr TCheck kOtherKind{{17, TWeldOutcome::elementMissing, "gap", "a hole and a dark break take turns"},
                             "gap of the same kind as in the last frame"};
+
+constexpr float kPlateEndPx = 14.0F;  // from the seam
+constexpr TCheck kPlateEnd{{17, TWeldOutcome::elementMissing, "gap", "a plate ends at the gap, flush with its table"},
+                           "one plate on either side of the gap"};
 
 constexpr TCheck kUnique{{17, TWeldOutcome::elementMissing, "gap", "several gaps in the stripe"},
                          "width of the next gap over that of the widest",
@@ -237,6 +242,19 @@ TLineHole asKnown(TLineHole hole, const TPrevious& previous) {
   return hole;
 }
 
+// A plate flush with its table is brighter or darker than that from one end to the other.
+bool isPlateEnd(const TFrame& frame, const TStripe& stripe, const TSeam& seam) {
+  const TList<TLightStep> steps = findLightSteps(frame.inSilence(), stripe);
+  const auto isHere = [&](const TLightStep& step) {
+    return std::abs(static_cast<float>(step.x) - seam.pos.x) <= kPlateEndPx;
+  };
+  const auto here = std::find_if(steps.begin(), steps.end(), isHere);
+  const bool hasOtherEnd =
+      here != steps.end() &&
+      std::any_of(steps.begin(), steps.end(), [&](const TLightStep& s) { return s.change * here->change < 0.0; });
+  return !frame.trace.holds(kPlateEnd, !hasOtherEnd);
+}
+
 }  // namespace
 
 TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& previous) {
@@ -264,6 +282,7 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& pre
     seam = seamAt(frame, stripe, asKnown(sight.line, previous));
     seam.isUnsure = isUnsure;
   }
+  if (seam.isFound && !isKnown(previous) && isPlateEnd(frame, seen, seam)) seam = TSeam(std::move(seam.stripePts));
   seam.places = path;
   if (!seam.isFound) seam.stripePts.assign(seen.points.begin(), seen.points.end());
   return seam;
