@@ -54,9 +54,10 @@ constexpr double kSamePlacePx = 20.0;
 constexpr TCheck kOtherKind{{17, TWeldOutcome::elementMissing, "gap", "a hole and a dark break take turns"},
                             "gap of the same kind as in the last frame"};
 
-constexpr float kPlateEndPx = 14.0F;  // from the seam
-constexpr TCheck kPlateEnd{{17, TWeldOutcome::elementMissing, "gap", "a plate ends at the gap, flush with its table"},
-                           "one plate on either side of the gap"};
+constexpr double kPlateEndPx = 14.0;  // from an edge of the gap
+constexpr TCheck kPlateEnd{
+    {17, TWeldOutcome::elementMissing, "gap", "a plate ends at the gap, flush with its table"},
+    "one plate on either side of the gap"};
 
 constexpr TCheck kUnique{{17, TWeldOutcome::elementMissing, "gap", "several gaps in the stripe"},
                          "width of the next gap over that of the widest",
@@ -245,8 +246,12 @@ TLineHole asKnown(TLineHole hole, const TPrevious& previous) {
 // A plate flush with its table is brighter or darker than that from one end to the other.
 bool isPlateEnd(const TFrame& frame, const TStripe& stripe, const TSeam& seam) {
   const TList<TLightStep> steps = findLightSteps(frame.inSilence(), stripe);
+  const auto isBefore = [](cv::Point2f p, float x) { return p.x < x; };
+  const TPoints& points = seam.stripePts;
+  const auto right = std::lower_bound(points.begin(), points.end(), seam.pos.x, isBefore);
+  if (right == points.begin() || right == points.end()) return false;
   const auto isHere = [&](const TLightStep& step) {
-    return std::abs(static_cast<float>(step.x) - seam.pos.x) <= kPlateEndPx;
+    return step.x >= (right - 1)->x - kPlateEndPx && step.x <= right->x + kPlateEndPx;
   };
   const auto here = std::find_if(steps.begin(), steps.end(), isHere);
   const bool hasOtherEnd =

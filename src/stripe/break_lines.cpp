@@ -22,10 +22,10 @@ constexpr int kBesideFrom = 3;          // columns from the line to those that i
 constexpr int kBesideColumns = 5;       // on either side
 constexpr int kBesideTo = kBesideFrom + kBesideColumns - 1;
 
-constexpr int kBlockColumns = 32;        // whose surroundings are taken for equally lit
-constexpr double kLowShare = 0.16;       // of them, a scatter below their median
-constexpr double kMostScatters = 1.5;    // above it: what is brighter is no room light
-constexpr int kLeastOver = 3;            // grey levels
+constexpr int kBlockColumns = 32;      // whose surroundings are taken for equally lit
+constexpr double kLowShare = 0.16;     // of them, a scatter below their median
+constexpr double kMostScatters = 1.5;  // above it: what is brighter is no room light
+constexpr int kLeastOver = 3;          // grey levels
 
 constexpr int kShares = 10;                   // of a column
 constexpr int kLightUnits = kRows * kShares;  // sums of so many make a grey level
@@ -67,7 +67,8 @@ void dimToRoomLight(TBand& band) {
     const auto levelOf = [&](double share) {
       int rest = static_cast<int>(share * kRows * count);
       int level = 0;
-      while (rest >= histogram[static_cast<std::size_t>(level)]) rest -= histogram[static_cast<std::size_t>(level++)];
+      while (rest >= histogram[static_cast<std::size_t>(level)])
+        rest -= histogram[static_cast<std::size_t>(level++)];
       return level;
     };
     const int median = levelOf(0.5);

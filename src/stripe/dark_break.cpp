@@ -23,7 +23,7 @@ constexpr int kLeastBeside = 5;     // and at an end of the piece
 constexpr int kStepColumns = 20;    // on either side of a step
 constexpr int kStepSkipped = 2;
 constexpr int kStepMargin = kStepColumns + kStepSkipped;  // columns at either end without a step
-constexpr int kRivalPx = 14;                          // nearer places are the same break
+constexpr int kRivalPx = 14;                              // nearer places are the same break
 constexpr int kSamePlacePx = 2;
 
 // Scatters below these come of images without noise.
@@ -126,8 +126,7 @@ TDips findDips(const TValues& brightness, TMemory* memory) {
     for (int i = kLeastBeside; i + width + kLeastBeside <= columns; ++i) {
       const int left = std::min(i, kBesideColumns);
       const int right = std::min(columns - i - width, kBesideColumns);
-      const double beside =
-          std::min(meanOf(brightness, i - left, left), meanOf(brightness, i + width, right));
+      const double beside = std::min(meanOf(brightness, i - left, left), meanOf(brightness, i + width, right));
       const double drop = beside - meanOf(brightness, i, width);
       depth[static_cast<std::size_t>(i + (width - 1) / 2)] = drop / std::max(beside, 1.0);
     }
