@@ -17,7 +17,7 @@ struct TDarkBreak {
 // The places where the stripe is darker than on either side for 1 to 3 columns, the highest score first, a few.
 // Speckle is dark too: the score adds the step of the centres across the break and the dark line that the joint
 // draws in the light beside the stripe.
-//   stripe  centres inside the image, x ascending; its pieces of 80 columns or more count.
+//   stripe  centres inside the image, x ascending; its pieces of 40 columns or more count.
 TList<TDarkBreak> findDarkBreaks(const TFrame& frame, const TStripe& stripe);
 
 // Whether the first place is a break by this frame alone: not where the score is low, where another place comes
