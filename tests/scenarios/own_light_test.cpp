@@ -52,4 +52,30 @@ TEST(OwnLight, ofAGhostInAGapIsNotItsEdge) {
   EXPECT_NEAR(seam.measurement.gapPx, 44.6, 1.5) << "46 columns from centre to centre";
 }
 
+TEST(OwnLight, isNoTightGapWhereAPlateEndsOrBetweenTwoLines) {
+  const struct {
+    const char* name;
+    TJoint joint;
+    std::uint64_t seed;
+  } rows[] = {{"lost stretch at the end of a flush plate", TJoint::plate, 161001},
+              {"second laser beside the stripe", TJoint::buttGap, 161005}};
+  for (const auto& row : rows) {
+    scenes::TMotion motion;
+    motion.driftPx = {-1.2, 0.5};
+    motion.jitterPx = 1.5;
+    TWeldParams params = scenes::weldParamsFor(TJoint::buttGap);
+    params.dPara8 = 1.0;  // minGapPx
+    TWeldTracker tracker(params);
+    for (int i = 0; i < 12; ++i) {
+      const scenes::TSceneParams scene = frameOf(randomScene(row.joint, TLevel::real, row.seed), motion, i);
+      const scenes::TScene frame = renderScene(scene);
+      const TTrackedSeam seam = tracker.track(frame.image);
+      if (seam.state != TSeamState::found) continue;
+      EXPECT_EQ(row.joint, TJoint::buttGap) << row.name << ", frame " << i;
+      const cv::Point2d truth = seamPoint(TJoint::buttGap, frame.truth, TWeldPosType::centre);
+      EXPECT_NEAR(seam.weldPos.x, truth.x, 5.0) << row.name << ", frame " << i;
+    }
+  }
+}
+
 }  // namespace
