@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace weld {
 
@@ -19,8 +20,10 @@ constexpr double kTailCentres = 12.0;   // of a run that tell its direction
 constexpr double kTurnCentres = 8.0;    // fewer tell none
 constexpr double kForeignSlope = 0.35;  // against the flank
 constexpr double kLeastStepPx = 1.2;
-constexpr double kCourseShare = 0.75;   // of the step of one centre, that the course of a run shows as surely
-constexpr double kCornerGain = 0.5;     // by which its centres lie nearer to a run that begins in a corner
+constexpr double kCourseShare = 0.75;  // of the step of one centre, that the course of a run shows as surely
+constexpr double kCornerGain = 0.5;    // by which its centres lie nearer to a run that begins in a corner
+constexpr double kSharpPx = 1.0;       // of a centre from the line in such a corner
+constexpr double kLongestBackingPx = 60.0;
 constexpr int kBlurCentres = 2;         // over which such a step may spread
 constexpr double kLeastSeen = 0.5;      // of the course's step, that the centres show there
 constexpr double kRunPerHole = 3.0;     // columns of a run, over those of the hole before it
@@ -78,6 +81,7 @@ public:
   // Along the line, up to the centres of something else: the light there is theirs.
   double freePx(cv::Point2d end) const {
     if (endsInStep()) return 0.0;
+    if (const std::optional<double> corner = cornerWithNext()) return alongTo(*corner, end);
     int off = 0;
     int first = last;
     for (int i = last + side; has(i); i += side) {
@@ -97,8 +101,9 @@ private:
   bool has(int i) const { return i >= 0 && i < centres.count() && std::abs(i - last) < kFarthestCentres; }
   double offsetOf(int i) const { return line.offsetOf(centres.at(i).x, centres.at(i).y); }
   // From an end to a centre, less half a column.
-  double alongTo(int i, cv::Point2d end) const {
-    return std::max(0.0, (centres.at(i).x - end.x) * side - 0.5) / std::max(line.dx, 0.02);
+  double alongTo(int i, cv::Point2d end) const { return alongTo(centres.at(i).x - 0.5 * side, end); }
+  double alongTo(double x, cv::Point2d end) const {
+    return std::max(0.0, (x - end.x) * side) / std::max(line.dx, 0.02);
   }
   bool isOff(int i) const { return std::abs(offsetOf(i)) > offPx; }
   bool isBeside(int i) const { return isOff(i) && std::abs(offsetOf(i)) < kBesidePx; }
@@ -132,8 +137,7 @@ private:
     course.slope = (sumX1 - sumX * sum / n) / (sumXX - sumX * sumX / n);
     course.mean = sum / n;
     course.meanX = centres.at(last).x + sumX / n;
-    const double alongPerColumn = std::abs(1.0 + course.slope * line.dy) / std::max(line.dx, 0.02);
-    course.isFound = std::abs(course.slope) > kForeignSlope * alongPerColumn;
+    course.isFound = std::abs(course.slope) > kForeignSlope / std::max(line.dx, 0.02);
     return course;
   }
 
@@ -147,13 +151,24 @@ private:
     return isStep(courseOff / kCourseShare) && course.slope * side * courseOff < 0.0 && seen > kLeastSeen;
   }
 
-  bool isFlatter(const TCourse& course) const { return std::abs(course.slope + line.dy) < std::abs(line.dy); }
+  // The column in which a flatter run, no longer than a backing, meets the line in a sharp corner.
+  std::optional<double> cornerWith(const TCourse& course) const {
+    if (!course.isFound || std::abs(course.slope + line.dy) >= std::abs(line.dy)) return std::nullopt;
+    const double x = course.meanX - course.mean / course.slope;
+    int i = last;
+    while (has(i - side) && (centres.at(i).x - x) * side > 0.0) i -= side;
+    while (has(i + side) && (centres.at(i).x - x) * side < 0.0) i += side;
+    if (std::abs(offsetOf(i)) >= kSharpPx) return std::nullopt;
+    while (has(i + side) && !isBreak(i + side)) i += side;
+    return std::abs(centres.at(i).x - x) <= kLongestBackingPx ? std::make_optional(x) : std::nullopt;
+  }
 
   // The last centre before a run that crosses the line at its end, behind a hole or a step, or in a corner to
   // something flatter: what lies nearer to that run's own course is the run's.
   int beforeCrossing() const {
     const TCourse course = courseFrom(last);
     if (!course.isFound) return last;
+    const bool isCorner = cornerWith(course).has_value();
     const double most = offPx * offPx;
     double gain = 0.0;
     double highest = 0.0;
@@ -164,8 +179,7 @@ private:
       const double beside = off - course.at(centres.at(i).x);
       gain += std::min(off * off, most) - std::min(beside * beside, most);
       highest = std::max(highest, gain);
-      const bool turns =
-          gain == highest && (comesInStep(course, i) || (isFlatter(course) && gain > kCornerGain * most));
+      const bool turns = gain == highest && (comesInStep(course, i) || (isCorner && gain > kCornerGain * most));
       if (gain > best && (hasHole(i) || turns)) best = gain, kept = i - side;
     }
     return kept;
@@ -179,7 +193,14 @@ private:
     const double stepPx = offsetOf(next) - offsetOf(last);
     if (isStep(stepPx) && std::abs(offsetOf(next + side) - offsetOf(next)) < 0.5 * std::abs(stepPx)) return true;
     const TCourse course = courseFrom(next);
-    return course.isFound && (comesInStep(course, next) || isFlatter(course));
+    return course.isFound && comesInStep(course, next);
+  }
+
+  // The column in which a flatter run crosses the line that the very next centres belong to.
+  std::optional<double> cornerWithNext() const {
+    const int next = last + side;
+    if (!has(next) || std::abs(centres.at(next).x - centres.at(last).x) > kHolePx) return std::nullopt;
+    return cornerWith(courseFrom(next));
   }
 
   // Whether the run from this centre to the end is short beside the hole before it.

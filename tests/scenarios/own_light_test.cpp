@@ -29,7 +29,6 @@ constexpr TLitJoint kLitJoints[] = {
     {"torch beside an end of a flush plate", TJoint::plate, TLevel::real, 50064, 4.0},
     {"hole beside the end of a plate at a wall", TJoint::singleBevel, TLevel::harsh, 41085, 1.0},
     {"flare beside a sharp end at a wall", TJoint::singleBevel, TLevel::harsh, 41184, 1.0},
-    {"steep flank that steps to a backing", TJoint::singleBevel, TLevel::clean, 61187, 1.0},
     {"flank that joins a backing in a corner", TJoint::singleBevel, TLevel::clean, 61103, 2.0},
     {"flare over an edge of the gap", TJoint::buttGap, TLevel::real, 60000, -1.0},
 };
