@@ -1,7 +1,6 @@
 #include "api/joint_rivals.h"
 
 #include "api/joints.h"
-#include "profile/flares.h"
 #include "stripe/longest_piece.h"
 
 #include <algorithm>
@@ -69,13 +68,11 @@ const char* rivalOfGroove(TView<TRankedJoint> ranked, const TSeam& /*seam*/) {
 
 bool isShownBy(const TFrame& frame, const TSeam& seam, const TStripe& stripe, TRivalTest rivalOf) {
   const TStageTimer timer(frame.trace, "other joints");
-  const std::optional<TStripe> rest = withoutFlares(frame, stripe, findFlares(frame, stripe.points));
-  const TStripe& seen = rest ? *rest : stripe;
-  const TPointView points = seam.isFlush ? longestPiece(seen.points) : TPointView(seen.points);
+  const TPointView points = seam.isFlush ? longestPiece(stripe.points) : TPointView(stripe.points);
   const TView<TCentreSource> sources =
-      TView<TCentreSource>(seen.sources)
-          .part(static_cast<std::size_t>(points.begin() - seen.points.data()), points.size());
-  const TStripeProfile profile(points, sources, seen.widthPx, frame.memory);
+      TView<TCentreSource>(stripe.sources)
+          .part(static_cast<std::size_t>(points.begin() - stripe.points.data()), points.size());
+  const TStripeProfile profile(points, sources, stripe.widthPx, frame.memory);
   const TList<TRankedJoint> ranked = rankProfiles(profile, {}, frame.memory);
   const char* const rival = rivalOf(ranked, seam);
   const TCheck check{{54, TWeldOutcome::elementMissing, "joint", rival != nullptr ? rival : ""},
