@@ -42,12 +42,13 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
   }
 }
 
-// Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival.
+// Lines and arcs lie over small holes of a level stripe; next to a gap another hole is its rival, and the gap
+// itself is asked about in every frame.
 TStripe fillOpenParts(const TQuest& quest, const TLook& look, const TExtraction& extraction, TStripe edgePairs) {
   const TFrame& frame = quest.frame;
-  const int leastColumns = quest.joint.rules.isLocal ? 1 : kLeastHole;
-  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(),
-                                              {leastColumns, extraction.near, extraction.before});
+  const TOpenRule rule = quest.joint.rules.isLocal ? TOpenRule{1, extraction.near, {}}
+                                                   : TOpenRule{kLeastHole, extraction.near, extraction.before};
+  const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), rule);
   const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
   return fillUp(frame, std::move(edgePairs), ridges);
 }
