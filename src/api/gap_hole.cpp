@@ -190,16 +190,11 @@ bool mayShine(const TFrame& frame, TPointView points, int edge, int away) {
   return count < kFullShare * kNearPx || near < kFullShare * far;
 }
 
-}  // namespace
-
-TPointView pointsIn(TPointView points, const TLineHole& hole) {
-  return pointsFrom(points, hole.leftX + 1, hole.rightX);
-}
-
-TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line) {
-  const double tolerancePx = TGapSettings::of(frame.params).lineTolerancePx;
+// The steps between neighbouring centres of a line that are wider than from column to column.
+//   line  a hole of it
+TList<TLineHole> holesOf(TPointView points, const TLineHole& line, double tolerancePx, TMemory* memory) {
   const TNearLine isNear(line.slope, line.intercept, tolerancePx);
-  TList<TLineHole> holes(frame.memory);
+  TList<TLineHole> holes(memory);
   const cv::Point2f* last = nullptr;
   for (const cv::Point2f& p : points) {
     if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
@@ -208,19 +203,6 @@ TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole
     last = &p;
   }
   return holes;
-}
-
-int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
-  const TNearLine isNear(hole.slope, hole.intercept, tolerancePx);
-  int widest = 0;
-  int last = hole.leftX;
-  for (const cv::Point2f p : points) {
-    if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
-    const int column = truncToInt(p.x);
-    if (last != hole.leftX) widest = std::max(widest, column - last);
-    last = column;
-  }
-  return widest;
 }
 
 TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
@@ -255,6 +237,44 @@ bool isInSight(const TFrame& frame, TView<TFlare> flares, const TLineHole& hole)
 bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole) {
   return isOnLine(frame, stripe, hole) && isBreak(frame, stripe.points, hole) &&
          isOpen(frame, stripe.points, hole) && isDark(frame, stripe, hole);
+}
+
+}  // namespace
+
+TPointView pointsIn(TPointView points, const TLineHole& hole) {
+  return pointsFrom(points, hole.leftX + 1, hole.rightX);
+}
+
+int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx) {
+  const TNearLine isNear(hole.slope, hole.intercept, tolerancePx);
+  int widest = 0;
+  int last = hole.leftX;
+  for (const cv::Point2f p : points) {
+    if (!isNear(static_cast<double>(p.x), static_cast<double>(p.y))) continue;
+    const int column = truncToInt(p.x);
+    if (last != hole.leftX) widest = std::max(widest, column - last);
+    last = column;
+  }
+  return widest;
+}
+
+std::optional<TLineHole> openHole(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares,
+                                  const TLineHole& hole) {
+  if (!isInSight(frame, flares, hole) || !isHole(frame, stripe, hole)) return std::nullopt;
+  return widened(frame, stripe, hole);
+}
+
+TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares, const TLineHole& line,
+                           const TAskedHole& asked) {
+  const TGapSettings settings = TGapSettings::of(frame.params);
+  TList<TLineHole> open(frame.memory);
+  for (const TLineHole& hole : holesOf(stripe.points, line, settings.lineTolerancePx, frame.memory)) {
+    if (hole.rightX - hole.leftX < settings.minGapPx) continue;
+    const bool wasAsked = hole.leftX == asked.hole.leftX && hole.rightX == asked.hole.rightX;
+    const std::optional<TLineHole> wide = wasAsked ? asked.open : openHole(frame, stripe, flares, hole);
+    if (wide) open.push_back(*wide);
+  }
+  return open;
 }
 
 }  // namespace weld

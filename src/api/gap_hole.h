@@ -4,27 +4,33 @@
 #include "detectors/gap.h"
 #include "profile/flares.h"
 
+#include <optional>
+
 namespace weld {
 
 // The centres between the edges of a hole.
 TPointView pointsIn(TPointView points, const TLineHole& hole);
 
-// The steps between neighbouring centres of a line that are wider than from column to column.
-//   line  a hole of it
-TList<TLineHole> holesOf(const TFrame& frame, TPointView points, const TLineHole& line);
-
 // Columns of the widest step between neighbouring centres of the line, but that of the hole.
 int nextWidth(TPointView points, const TLineHole& hole, double tolerancePx);
 
-// The hole as wide as the dark on the line beside it: where something dimmer than the stripe shines out of a gap,
-// its centres are none of the line's.
-TLineHole widened(const TFrame& frame, const TStripe& stripe, const TLineHole& hole);
-
-// Whether no flare lies in a hole: the edge under it may be anywhere.
+// A hole that may be the gap, as wide as the dark on the line: where something dimmer than the stripe shines out
+// of a gap, its centres are none of the line's. Nothing where stripe or light go on through the hole or beside its
+// line, or where a flare hides an edge.
 //   flares  that the stripe leaves out
-bool isInSight(const TFrame& frame, TView<TFlare> flares, const TLineHole& hole);
+std::optional<TLineHole> openHole(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares,
+                                  const TLineHole& hole);
 
-// Whether stripe and light end at the hole: not where they go on through it or beside its line.
-bool isHole(const TFrame& frame, const TStripe& stripe, const TLineHole& hole);
+// What was said of a hole.
+struct TAskedHole {
+  TLineHole hole;
+  std::optional<TLineHole> open;
+};
+
+// All of a line that are not too narrow.
+//   line   a hole of it
+//   asked  one that is not asked again
+TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, TView<TFlare> flares, const TLineHole& line,
+                           const TAskedHole& asked);
 
 }  // namespace weld

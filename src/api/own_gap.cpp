@@ -135,6 +135,7 @@ struct TGapSight {
   TList<TDarkBreak> breaks;
   TLineHole line;  // with the widest hole
   TList<TLineHole> holes;
+  TAskedHole widest{};
 };
 
 // What loses columns elsewhere may have darkened some here, and a hole may be the gap.
@@ -160,28 +161,15 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   TSeam seam = findGapAt(frame, stripe, previous, hole);
   if (!seam.isFound) return seam;
   const bool isWide = !isTight || hole.rightX - hole.leftX > kTightGapPx;
-  if (!isWide || !isInSight(frame, sight.flares, hole) || !isHole(frame, stripe, hole))
-    return TSeam(std::move(seam.stripePts));
-  hole = widened(frame, stripe, hole);
+  if (isWide) sight.widest = {hole, openHole(frame, stripe, sight.flares, hole)};
+  if (!sight.widest.open) return TSeam(std::move(seam.stripePts));
+  hole = *sight.widest.open;
+  if (isNearLast(seam, previous) && !previous.isOfThisFrame) return seam;
   const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
   const bool isGap = isNearLast(seam, previous) || isUnique(frame, hole, next);
   if (!isGap) return TSeam(std::move(seam.stripePts));
   seam.isUnsure = isTight || next >= std::max(settings.minGapPx, kLeastRivalPx);
   return seam;
-}
-
-// The holes of a line that may be the gap, as wide as their dark.
-TList<TLineHole> openHoles(const TFrame& frame, const TStripe& stripe, const TGapSight& sight) {
-  const TFrame quiet = frame.inSilence();
-  const int minGapPx = truncToInt(std::ceil(TGapSettings::of(frame.params).minGapPx));
-  TList<TLineHole> holes = holesOf(frame, stripe.points, sight.line);
-  const auto isNone = [&](const TLineHole& hole) {
-    return hole.rightX - hole.leftX < minGapPx || !isInSight(quiet, sight.flares, hole) ||
-           !isHole(quiet, stripe, hole);
-  };
-  holes.erase(std::remove_if(holes.begin(), holes.end(), isNone), holes.end());
-  for (TLineHole& hole : holes) hole = widened(quiet, stripe, hole);
-  return holes;
 }
 
 // A place of this frame, and the seam that it would be.
@@ -271,7 +259,7 @@ TSeam findOwnGap(const TFrame& frame, const TStripe& whole, const TPrevious& pre
   TGapSight sight{seen, flares, TList<TDarkBreak>(frame.memory), {}, TList<TLineHole>(frame.memory)};
   TSeam seam = findAlone(frame, stripe, previous, sight);
   if (sight.line.rightX == 0) findGapAt(frame.inSilence(), stripe, previous, sight.line);
-  if (sight.line.rightX > 0) sight.holes = openHoles(frame, stripe, sight);
+  if (sight.line.rightX > 0) sight.holes = openHoles(frame.inSilence(), stripe, flares, sight.line, sight.widest);
   const TList<TPlace> places = placesOf(frame, sight);
   TList<TBreakPlace> shown(frame.memory);
   std::transform(places.begin(), places.end(), std::back_inserter(shown), [](const TPlace& p) { return p.place; });

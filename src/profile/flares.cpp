@@ -81,6 +81,13 @@ TList<TSample> sample(const cv::Mat& image, TPointView points, std::size_t step,
   return samples;
 }
 
+bool hasWhite(const cv::Mat& image, TPointView points, std::size_t step) {
+  for (std::size_t i = 0; i < points.size(); i += step) {
+    if (isWhite(image, pixelAt(image, points[i]))) return true;
+  }
+  return false;
+}
+
 // Asked of few samples.
 bool isSolid(const cv::Mat& image, const TSample& s) {
   return s.level >= kWhite && rowsAbout(image, pixelAt(image, {s.x, s.y}), kWhite) >= kWhiteShare * s.rows;
@@ -195,6 +202,7 @@ TFlare flareAbout(const cv::Mat& image, TView<TSample> samples, const TSample* t
 // By every so many centres, and those beside where they hint at one.
 bool mayHaveFlare(const TFrame& frame, TPointView points) {
   constexpr std::size_t kStep = kHintStep * kFlareStride;
+  if (!hasWhite(frame.image, points, kStep)) return false;
   TList<TSample> samples = sample(frame.image, points, kStep, frame.memory);
   // Across the stripe it is not thicker.
   if (std::none_of(samples.begin(), samples.end(), [](const TSample& s) { return mayStandOut(s, kHint); }))

@@ -52,11 +52,15 @@ TList<double> lightOf(const TFrame& frame, const TStripe& stripe, std::size_t st
   const TBuffer<unsigned char> pixels(frame.memory, greyBytes(seen));
   const cv::Mat grey = toGrey(seen, pixels);
   const auto pitch = static_cast<std::ptrdiff_t>(grey.step[0]);
+  const int lastRow = grey.rows - 1;
   for (std::size_t i = 0; i < stripe.points.size(); i += step) {
     const cv::Point2f p = stripe.points[i];
     const unsigned char* const column = grey.data + truncToInt(p.x);
     const int row = roundToInt(static_cast<double>(p.y)) - rows.y;
-    const auto level = [&](int y) { return static_cast<int>(column[std::clamp(y, 0, grey.rows - 1) * pitch]); };
+    const bool isInside = row >= far && row + far <= lastRow;
+    const auto level = [&](int y) {
+      return static_cast<int>(column[(isInside ? y : std::clamp(y, 0, lastRow)) * pitch]);
+    };
     int sum = 0;
     for (int d = -kRows; d <= kRows; ++d) sum += level(row + d);
     light.push_back(static_cast<double>(sum) / (2 * kRows + 1) - 0.5 * (level(row - far) + level(row + far)));

@@ -20,9 +20,10 @@ TEST(GapHole, isAsWideAsTheDarkOnItsLine) {
       if (!isInGap || x % 2 == 0) stripe.points.emplace_back(static_cast<float>(x), 60.0F);
     }
     const TWeldParams params;
-    const TLineHole hole = widened(heapFrame(image, params), stripe, {0.0, 60.0, 220, 240});
-    EXPECT_EQ(hole.leftX, light < 90 ? 200 : 220);
-    EXPECT_EQ(hole.rightX, 240);
+    const std::optional<TLineHole> hole = openHole(heapFrame(image, params), stripe, {}, {0.0, 60.0, 220, 240});
+    ASSERT_TRUE(hole.has_value());
+    EXPECT_EQ(hole->leftX, light < 90 ? 200 : 220);
+    EXPECT_EQ(hole->rightX, 240);
   }
 }
 
@@ -39,7 +40,8 @@ TEST(GapHole, doesNotBeginWithAFlank) {
       stripe.points.emplace_back(static_cast<float>(x), static_cast<float>(y));
     }
     const TWeldParams params;
-    EXPECT_EQ(isHole(heapFrame(image, params), stripe, {0.0, 60.0, 100, 500}), flankColumns < 15) << flankColumns;
+    const TLineHole hole{0.0, 60.0, 100, 500};
+    EXPECT_EQ(openHole(heapFrame(image, params), stripe, {}, hole).has_value(), flankColumns < 15) << flankColumns;
   }
 }
 
