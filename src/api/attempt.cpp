@@ -14,7 +14,8 @@ namespace weld {
 
 namespace {
 
-constexpr int kLeastHole = 12;               // columns, of a joint that is fitted over all of the stripe
+constexpr int kLeastHole = 12;               // columns, of a joint that is fitted over all of the stripe,
+constexpr int kLeastSearchedHole = 4;        // and that has no stripe to follow
 constexpr std::size_t kMinRidgePoints = 10;  // of a second chance
 
 constexpr TCheck kSearchRegion{
@@ -46,8 +47,9 @@ void reportStripe(const TTrace& trace, const TLook& look, const TStripe& stripe)
 // itself is asked about in every frame.
 TStripe fillOpenParts(const TQuest& quest, const TLook& look, const TExtraction& extraction, TStripe edgePairs) {
   const TFrame& frame = quest.frame;
+  const int leastHole = extraction.before.empty() ? kLeastSearchedHole : kLeastHole;
   const TOpenRule rule = quest.joint.rules.isLocal ? TOpenRule{1, extraction.near, {}}
-                                                   : TOpenRule{kLeastHole, extraction.near, extraction.before};
+                                                   : TOpenRule{leastHole, extraction.near, extraction.before};
   const TList<cv::Rect> parts = findOpenParts(edgePairs, look.regions, frame.image.size(), rule);
   const TStripe ridges = extractRidgesBeside(frame, look.regions, parts, edgePairs.points);
   return fillUp(frame, std::move(edgePairs), ridges);
@@ -61,8 +63,7 @@ TExtracted extractAs(const TQuest& quest, const TLook& look, const TExtraction& 
   const bool asksRidges = extraction.kind == TStripeExtraction::automatic && columns >= extraction.leastColumns &&
                           leavesStripeUnexplained(edgePairs, extraction.minColumns, extraction.near);
   if (!asksRidges) return {std::move(edgePairs), columns};
-  const bool isMostThere = columns >= extraction.minColumns;
-  if (extraction.onlyFills && isMostThere)
+  if (columns >= extraction.fillsFrom)
     return {fillOpenParts(quest, look, extraction, std::move(edgePairs)), columns};
   return {fuse(frame, std::move(edgePairs), extractRidges(frame, look.regions, quest.ridges)), columns};
 }

@@ -6,6 +6,7 @@
 #include "stripe/fused.h"
 #include "stripe/ridge/ridge_stripe.h"
 
+#include <limits>
 #include <utility>
 
 namespace weld {
@@ -24,10 +25,11 @@ struct TFound {
 // How an attempt extracts the stripe.
 struct TExtraction {
   TStripeExtraction kind = TStripeExtraction::edgePairs;
-  int minColumns = 0;      // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
-  int leastColumns = 0;    // but not where they do so through fewer than these: it is elsewhere
-  TColumnSpan near = {};   // and where they leave stripe behind in these
-  bool onlyFills = false;  // then they are sought where edge pairs leave the stripe open, and nowhere else ...
+  int minColumns = 0;     // automatic: ridges are asked where edge pairs follow the stripe through fewer columns,
+  int leastColumns = 0;   // but not where they do so through fewer than these: it is elsewhere
+  TColumnSpan near = {};  // and where they leave stripe behind in these
+  int fillsFrom = std::numeric_limits<int>::max();  // columns of edge pairs; on as many ridges are sought only
+                                                    // where these leave the stripe open, ...
   TPointView before = {};  // ... but in the holes of the last stripe: ridges did not fill them then, either
 };
 

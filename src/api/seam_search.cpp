@@ -12,6 +12,7 @@ namespace weld {
 namespace {
 
 constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
+constexpr double kFilledShare = 0.84;   // of them: on as many the ridges of a whole image cannot be clearly more
 constexpr float kNearPx = 120.0F;       // beside a seam that is local
 constexpr double kPresentShare = 0.25;  // of those that edge pairs saw: on less the stripe has gone elsewhere
 
@@ -49,12 +50,13 @@ TColumnSpan columnsNear(const TSearch& search) {
 TFound searchNear(const TSearch& search, const TSearchMemory& known, const TColumnSpan& span) {
   const bool findsAnew =
       search.isAutomatic() && search.options.guideMarginPx > 0 && search.quest.joint.rules.findsAnewOnGuide;
-  const TExtraction extraction{search.options.extraction,
-                               shareOf(known.columns, kWholeShare),
-                               shareOf(known.edgePairColumns, kPresentShare),
-                               span,
-                               search.memory.last.isFound,
-                               search.memory.last.stripePts};
+  TExtraction extraction{search.options.extraction, shareOf(known.columns, kWholeShare),
+                         shareOf(known.edgePairColumns, kPresentShare), span,
+                         shareOf(known.columns, kFilledShare)};
+  if (search.memory.last.isFound) {
+    extraction.fillsFrom = extraction.minColumns;
+    extraction.before = search.memory.last.stripePts;
+  }
   return attempt(search.quest, lookAround(search, known.last), extraction, findsAnew ? TPrevious() : known.last);
 }
 
@@ -75,7 +77,8 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   unfound.pos = search.memory.last.pos;
   unfound.isFlush = search.memory.last.isFlush;
   unfound.isSearchedAnew = search.memory.last.isFound;
-  const TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
+  TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
+  everything.fillsFrom = shareOf(search.columns(), kFilledShare);
   return attempt(search.quest, lookEverywhere(search.quest.frame), everything, unfound);
 }
 
