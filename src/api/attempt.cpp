@@ -15,7 +15,7 @@ namespace weld {
 namespace {
 
 constexpr int kLeastHole = 12;               // columns, of a joint that is fitted over all of the stripe,
-constexpr int kLeastSearchedHole = 4;        // and that has no stripe to follow
+constexpr int kLeastSearchedHole = 2;        // and that has no stripe to follow
 constexpr std::size_t kMinRidgePoints = 10;  // of a second chance
 
 constexpr TCheck kSearchRegion{

@@ -78,7 +78,8 @@ TFound searchWhole(const TSearch& search, const TPrevious& previous) {
   unfound.isFlush = search.memory.last.isFlush;
   unfound.isSearchedAnew = search.memory.last.isFound;
   TExtraction everything{TStripeExtraction::automatic, search.columns() + 1};
-  everything.fillsFrom = shareOf(search.columns(), kFilledShare);
+  // Beside a seam that is local, ridges speak against what bridges a hole.
+  if (!search.quest.joint.rules.isLocal) everything.fillsFrom = shareOf(search.columns(), kFilledShare);
   return attempt(search.quest, lookEverywhere(search.quest.frame), everything, unfound);
 }
 
