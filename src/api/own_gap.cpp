@@ -164,6 +164,7 @@ TSeam findAlone(const TFrame& frame, const TStripe& stripe, const TPrevious& pre
   if (isWide) sight.widest = {hole, openHole(frame, stripe, sight.flares, hole)};
   if (!sight.widest.open) return TSeam(std::move(seam.stripePts));
   hole = *sight.widest.open;
+  // The frame before speaks for it: neither unique nor sure need it be.
   if (isNearLast(seam, previous) && !previous.isOfThisFrame) return seam;
   const int next = nextWidth(stripe.points, hole, settings.lineTolerancePx);
   const bool isGap = isNearLast(seam, previous) || isUnique(frame, hole, next);

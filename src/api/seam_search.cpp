@@ -2,6 +2,7 @@
 
 #include "api/seam_gate.h"
 #include "api/search_guide.h"
+#include "stripe/fused.h"
 #include "stripe/whole_stripe.h"
 
 #include <algorithm>
@@ -11,8 +12,9 @@ namespace weld {
 
 namespace {
 
-constexpr double kWholeShare = 0.8;     // of the columns that a stripe should have: on less the ridges are asked
-constexpr double kFilledShare = 0.84;   // of them: on as many the ridges of a whole image cannot be clearly more
+constexpr double kWholeShare = 0.8;    // of the columns that a stripe should have: on less the ridges are asked
+constexpr double kFilledShare = 0.84;  // of them: on as many the ridges of a whole image cannot be clearly more
+static_assert(kFilledShare * kClearlyMore >= 1.0);
 constexpr float kNearPx = 120.0F;       // beside a seam that is local
 constexpr double kPresentShare = 0.25;  // of those that edge pairs saw: on less the stripe has gone elsewhere
 

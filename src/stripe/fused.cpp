@@ -11,8 +11,7 @@
 namespace weld {
 namespace {
 
-constexpr int kMaxDroppedColumns = 8;  // columns with a pair but no centre that need no explanation
-constexpr double kClearlyMore = 1.2;
+constexpr int kMaxDroppedColumns = 8;      // columns with a pair but no centre that need no explanation
 constexpr double kLeastAgreementPx = 3.0;  // or half of the stripe's width
 constexpr int kMostOpenColumns = 2;        // without a ridge either, where one bridges a hole
 constexpr double kLeastLight = 0.2;        // of a bridge over that of the stripe beside it: less is a reflection

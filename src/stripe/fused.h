@@ -12,6 +12,9 @@ namespace weld {
 // (thin, thick, soft or dim).
 bool leavesStripeUnexplained(const TStripe& edgePairs, int minColumns, const TColumnSpan& span = {});
 
+// To replace edge pairs, ridges must follow the stripe through more than so many times the columns.
+inline constexpr double kClearlyMore = 1.2;
+
 // Both extractions of the same regions in one. Where they see the stripe apart, the one that goes on from the
 // columns beside. Holes of the edge pairs are filled where the ridge bridges them from side to side, and where
 // their pairs were dropped: elsewhere a ridge would run on into a gap. The status of filled columns is that of
